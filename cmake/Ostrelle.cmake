@@ -1,0 +1,46 @@
+# What every target of the project is compiled with, and the three ways to declare one.
+
+add_library(ostrelle_options INTERFACE)
+target_compile_features(ostrelle_options INTERFACE cxx_std_23)
+target_compile_options(ostrelle_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+# GLib uses "signals" as a member name, and a bare literal hides its encoding.
+target_compile_definitions(ostrelle_options INTERFACE
+    QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
+target_include_directories(ostrelle_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+
+if(OSTRELLE_SANITIZE)
+    add_compile_options(-fsanitize=${OSTRELLE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${OSTRELLE_SANITIZE})
+endif()
+if(OSTRELLE_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# ostrelle_library(<name> SOURCES <file>... [LINK <library>...])
+# One subsystem. What it may use is what its link list names.
+function(ostrelle_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_link_libraries(${name} PUBLIC ostrelle_options ${arg_LINK})
+endfunction()
+
+# ostrelle_test(<name> SOURCES <file>... [LINK <library>...])
+# A Qt Test program that CTest runs in a home directory of its own.
+function(ostrelle_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ostrelle_options ostrelle_testsupport ${arg_LINK} Qt6::Test)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 120
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR}")
+endfunction()
+
+# ostrelle_fuzz_target(<name> SOURCES <file>... [LINK <library>...])
+# A libFuzzer program; its seed corpus is the folder fuzz/corpus/<name>.
+function(ostrelle_fuzz_target name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ostrelle_options ${arg_LINK})
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+endfunction()

@@ -1,0 +1,64 @@
+#include "core/BackgroundWork.h"
+
+#include <QDeadlineTimer>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+constexpr int threadsPerPool = 64;
+
+void prepare(QThreadPool &pool, QThread::Priority priority)
+{
+    pool.setMaxThreadCount(threadsPerPool);
+    pool.setThreadPriority(priority);
+}
+
+} // namespace
+
+QThreadPool &utilityPool()
+{
+    static QThreadPool pool;
+    static const bool prepared = (prepare(pool, QThread::LowPriority), true);
+    Q_UNUSED(prepared)
+    return pool;
+}
+
+QThreadPool &userInitiatedPool()
+{
+    static QThreadPool pool;
+    static const bool prepared = (prepare(pool, QThread::NormalPriority), true);
+    Q_UNUSED(prepared)
+    return pool;
+}
+
+bool finishBackgroundWork(std::chrono::milliseconds within)
+{
+    const QDeadlineTimer deadline(within);
+    bool finished = true;
+    for (QThreadPool *pool : {&utilityPool(), &userInitiatedPool()}) {
+        pool->clear();
+        finished = pool->waitForDone(static_cast<int>(deadline.remainingTime())) && finished;
+    }
+    return finished;
+}
+
+PassLimit::Pass::~Pass()
+{
+    if (m_running) {
+        --*m_running;
+    }
+}
+
+std::optional<PassLimit::Pass> PassLimit::begin()
+{
+    if (m_running->fetch_add(1) >= m_limit) {
+        --*m_running;
+        return std::nullopt;
+    }
+    return Pass(m_running);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QThreadPool>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <optional>
+
+namespace ostrelle
+{
+
+// Where work that may block runs. Each pool has up to 64 threads, so that a few hung tools do not
+// hold up everything else.
+QThreadPool &utilityPool();       // polls and housekeeping
+QThreadPool &userInitiatedPool(); // what the user waits for
+
+// Waits for both pools; false when the time was not enough. Tasks that were not started are
+// dropped.
+bool finishBackgroundWork(std::chrono::milliseconds within);
+
+// Bounds how many passes of one kind are under way. Polls are not serialised, but with a tool that
+// hangs, ticks beyond the limit are dropped. Any thread.
+class PassLimit
+{
+public:
+    class Pass
+    {
+    public:
+        explicit Pass(std::shared_ptr<std::atomic<int>> running)
+            : m_running(std::move(running))
+        {
+        }
+        Pass(Pass &&) = default;
+        Pass &operator=(Pass &&) = delete;
+        Pass(const Pass &) = delete;
+        Pass &operator=(const Pass &) = delete;
+        ~Pass();
+
+    private:
+        std::shared_ptr<std::atomic<int>> m_running;
+    };
+
+    explicit PassLimit(int limit)
+        : m_limit(limit)
+    {
+    }
+
+    // A pass that lasts as long as the returned object, or nothing when too many are under way.
+    std::optional<Pass> begin();
+
+private:
+    const int m_limit;
+    // Shared with the passes, which may outlive the object that counts them.
+    const std::shared_ptr<std::atomic<int>> m_running = std::make_shared<std::atomic<int>>(0);
+};
+
+} // namespace ostrelle

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+namespace ostrelle
+{
+
+// Short desktop notifications, handed to the system's script runner where there is one, else to the
+// desktop's notification service.
+class NotificationManager
+{
+public:
+    NotificationManager() = delete;
+
+    // Fire and forget; any thread.
+    static void send(const QString &title, const QString &body);
+
+    // The one-line script that shows the banner; both texts are escaped for its string literals.
+    static QString script(const QString &title, const QString &body);
+};
+
+} // namespace ostrelle

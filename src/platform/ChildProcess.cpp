@@ -1,0 +1,221 @@
+#include "platform/ChildProcess.h"
+
+#include "platform/Files.h"
+#include "platform/ProcessSetup.h"
+
+#include <algorithm>
+#include <csignal>
+#include <map>
+#include <mutex>
+#include <sys/pidfd.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// The children that somebody waits for, so that shutdown can end them. A process descriptor names
+// its process for good, where a number could by then belong to a stranger.
+class RunningChildren
+{
+public:
+    static RunningChildren &instance()
+    {
+        static RunningChildren children;
+        return children;
+    }
+
+    // False when the program is ending: the caller kills the child that it just started.
+    bool add(pid_t pid)
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (!m_ending) {
+            m_children.emplace(pid, Descriptor(::pidfd_open(pid, 0)));
+        }
+        return !m_ending;
+    }
+
+    void remove(pid_t pid)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_children.erase(pid);
+    }
+
+    void endAll()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_ending = true;
+        for (const auto &[pid, process] : m_children) {
+            // The group goes with its leader, as long as that is surely still the one we started.
+            if (::pidfd_send_signal(process.get(), SIGKILL, nullptr, 0) == 0) {
+                ::kill(-pid, SIGKILL);
+            }
+        }
+    }
+
+private:
+    std::mutex m_mutex;
+    // protected by m_mutex
+    std::map<pid_t, Descriptor> m_children;
+    bool m_ending = false;
+};
+
+class Registration
+{
+public:
+    explicit Registration(pid_t pid)
+        : m_pid(pid)
+        , m_accepted(RunningChildren::instance().add(pid))
+    {
+    }
+    ~Registration() { RunningChildren::instance().remove(m_pid); }
+    Q_DISABLE_COPY_MOVE(Registration)
+
+    bool accepted() const { return m_accepted; }
+
+private:
+    pid_t m_pid;
+    bool m_accepted;
+};
+
+class Deadline
+{
+public:
+    explicit Deadline(std::optional<std::chrono::milliseconds> after)
+    {
+        if (after) {
+            m_end = std::chrono::steady_clock::now() + *after;
+        }
+    }
+
+    bool passed() const { return m_end && std::chrono::steady_clock::now() >= *m_end; }
+
+    // In the form of QProcess: milliseconds, -1 for ever.
+    int remaining() const
+    {
+        if (!m_end) {
+            return -1;
+        }
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(*m_end - std::chrono::steady_clock::now());
+        return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+    }
+
+private:
+    std::optional<std::chrono::steady_clock::time_point> m_end;
+};
+
+void connectStreams(QProcess &process, Capture capture)
+{
+    const QString nowhere = QProcess::nullDevice();
+    process.setStandardInputFile(nowhere);
+    if (capture == Capture::Merged) {
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        return;
+    }
+    if (capture == Capture::StandardError) {
+        process.setReadChannel(QProcess::StandardError);
+    } else {
+        process.setStandardErrorFile(nowhere);
+    }
+    if (capture != Capture::StandardOutput) {
+        process.setStandardOutputFile(nowhere);
+    }
+}
+
+void killWithGroup(QProcess &process)
+{
+    if (const auto pid = static_cast<pid_t>(process.processId()); pid > 0) {
+        ::kill(-pid, SIGKILL);
+    }
+    process.kill();
+    process.waitForFinished(-1);
+}
+
+ChildFailure failure(ChildFailure::Kind kind, const QString &text)
+{
+    return {kind, text};
+}
+
+// Collects the output until the child has ended; on failure the child still runs.
+std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOptions &options)
+{
+    const Deadline deadline(options.killAfter);
+    QByteArray output;
+    while (process.state() != QProcess::NotRunning) {
+        // Wakes up for output and for the end; a child that closed its output is waited for below.
+        if (!process.waitForReadyRead(deadline.remaining()) && !deadline.passed()) {
+            process.waitForFinished(deadline.remaining());
+        }
+        output += process.readAll();
+        if (output.size() > options.maxOutputBytes) {
+            return std::unexpected(
+                failure(ChildFailure::Kind::TooMuchOutput, u"The command wrote too much output"_s));
+        }
+        if (deadline.passed() && process.state() != QProcess::NotRunning) {
+            return std::unexpected(
+                failure(ChildFailure::Kind::TimedOut, u"The command timed out"_s));
+        }
+    }
+    return output;
+}
+
+} // namespace
+
+void prepareChild(QProcess &process)
+{
+    const pid_t parent = ::getpid();
+    process.setChildProcessModifier([parent] {
+        restoreForChild();
+        ::setpgid(0, 0);
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (::getppid() != parent) {
+            ::_exit(127); // the parent was killed before the line above could take effect
+        }
+    });
+}
+
+std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
+                                                  const ChildOptions &options)
+{
+    QProcess process;
+    prepareChild(process);
+    connectStreams(process, options.capture);
+    process.setProgram(command.program);
+    process.setArguments(command.arguments);
+    process.setWorkingDirectory(command.workingDirectory);
+    if (command.environment) {
+        process.setProcessEnvironment(*command.environment);
+    }
+    process.start();
+    if (!process.waitForStarted(-1)) {
+        return std::unexpected(failure(ChildFailure::Kind::NotStarted, process.errorString()));
+    }
+
+    const Registration registration(static_cast<pid_t>(process.processId()));
+    if (!registration.accepted()) {
+        killWithGroup(process);
+        return std::unexpected(
+            failure(ChildFailure::Kind::NotStarted, u"The program is about to end"_s));
+    }
+    const auto output = collect(process, options);
+    if (!output) {
+        killWithGroup(process);
+        return std::unexpected(output.error());
+    }
+    return ChildResult{.exitedNormally = process.exitStatus() == QProcess::NormalExit,
+                       .exitStatus = process.exitCode(),
+                       .output = *output};
+}
+
+void endAllChildren()
+{
+    RunningChildren::instance().endAll();
+}
+
+} // namespace ostrelle

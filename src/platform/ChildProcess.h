@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <expected>
+#include <optional>
+
+namespace ostrelle
+{
+
+// What to start. An absent environment means the program's own.
+struct ChildCommand {
+    QString program;
+    QStringList arguments = {};
+    std::optional<QProcessEnvironment> environment = std::nullopt;
+    QString workingDirectory = {};
+};
+
+// Which of the child's streams is collected; the others go to the null device.
+enum class Capture { Nothing, StandardOutput, StandardError, Merged };
+
+struct ChildOptions {
+    Capture capture = Capture::StandardOutput;
+    // How long the child may run; it is killed after that. None: as long as it likes.
+    std::optional<std::chrono::milliseconds> killAfter = std::nullopt;
+    // A child that writes more is killed, so that a flood cannot fill the memory.
+    qsizetype maxOutputBytes = qsizetype{64} * 1024 * 1024;
+};
+
+struct ChildResult {
+    bool exitedNormally = false;
+    int exitStatus = 0; // of a normal exit
+    QByteArray output;
+};
+
+struct ChildFailure {
+    enum class Kind { NotStarted, TimedOut, TooMuchOutput };
+    Kind kind;
+    QString text; // the platform's description
+};
+
+// Runs a child to its end and returns what it wrote. Blocks: background threads only. The end is
+// the end of the child itself; a grandchild that holds the pipe open does not prolong the call.
+// Standard input is the null device. The child dies with this program, also after a kill -9.
+std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
+                                                  const ChildOptions &options = {});
+
+// Kills every child that runChild() still waits for, with its process group, and lets no new one
+// start: the program is about to end. Returns at once. Any thread.
+void endAllChildren();
+
+// Sets up a process that is to be started by hand: its own process group, the signals and limits
+// that this program was started with, and death together with the thread that starts it.
+void prepareChild(QProcess &process);
+
+} // namespace ostrelle

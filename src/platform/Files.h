@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <expected>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace ostrelle
+{
+
+// Why a file could not be read or written; `text` is the system's own description.
+struct FileProblem {
+    enum class Kind { Missing, NotRegular, TooLarge, Failed };
+    Kind kind;
+    QString text;
+};
+
+// Larger than any sane configuration or tracker document; what is beyond is not read into memory.
+inline constexpr std::size_t maxDocumentBytes = std::size_t{256} * 1024 * 1024;
+
+// True when something stands at the path, whatever it is; symbolic links are followed.
+bool fileExists(const QString &path);
+
+// Reads a whole regular file. A FIFO or a device is refused without waiting for it.
+std::expected<std::string, FileProblem> readFile(const QString &path,
+                                                 std::size_t maxBytes = maxDocumentBytes);
+
+// Replaces a file's content in place, as readers and links expect, and creates it with `mode` if it
+// is missing. Room is reserved before the first byte is changed: on a full disk, at a quota or at a
+// file size limit the old content stays.
+std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_view content,
+                                              mode_t mode = 0644);
+
+// The same for a document that QJsonDocument wrote.
+std::expected<void, FileProblem> writeInPlace(const QString &path, const QByteArray &content,
+                                              mode_t mode = 0644);
+
+// An open descriptor that is closed at the end of its scope.
+class Descriptor
+{
+public:
+    explicit Descriptor(int fd = -1) noexcept
+        : m_fd(fd)
+    {
+    }
+    Descriptor(Descriptor &&other) noexcept;
+    Descriptor &operator=(Descriptor &&other) noexcept;
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor();
+
+    int get() const noexcept { return m_fd; }
+    int release() noexcept;
+    explicit operator bool() const noexcept { return m_fd >= 0; }
+
+private:
+    int m_fd;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,83 @@
+#include "platform/SecretFile.h"
+
+#include "platform/Files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+
+#include <sys/stat.h>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+constexpr mode_t ownerOnly = 0600;
+constexpr std::size_t maxFileBytes = std::size_t{4} * 1024 * 1024;
+
+} // namespace
+
+std::optional<QJsonObject> SecretFile::load() const
+{
+    const auto content = readFile(m_path, maxFileBytes);
+    if (!content) {
+        return content.error().kind == FileProblem::Kind::Missing ? std::optional(QJsonObject())
+                                                                  : std::nullopt;
+    }
+    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(*content));
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+std::expected<void, SecretProblem> SecretFile::save(const QJsonObject &secrets) const
+{
+    QDir().mkpath(QFileInfo(m_path).path());
+    // A file that somebody opened up is closed again before a secret is written into it.
+    ::chmod(QFile::encodeName(m_path).constData(), ownerOnly);
+    if (!writeInPlace(m_path, QJsonDocument(secrets).toJson(), ownerOnly)) {
+        return std::unexpected(SecretProblem::Refused);
+    }
+    return {};
+}
+
+std::expected<std::optional<QByteArray>, SecretProblem> SecretFile::read(const QString &account)
+{
+    const std::scoped_lock lock(m_mutex);
+    const auto secrets = load();
+    if (!secrets) {
+        return std::unexpected(SecretProblem::Refused);
+    }
+    const QJsonValue secret = secrets->value(account);
+    return secret.isString() ? std::optional(secret.toString().toUtf8()) : std::nullopt;
+}
+
+std::expected<void, SecretProblem> SecretFile::write(const QString &account,
+                                                     const QByteArray &secret)
+{
+    const std::scoped_lock lock(m_mutex);
+    auto secrets = load();
+    if (!secrets) {
+        QFile::rename(m_path, m_path + QStringLiteral(".broken"));
+        secrets.emplace();
+    }
+    secrets->insert(account, QString::fromUtf8(secret));
+    return save(*secrets);
+}
+
+std::expected<void, SecretProblem> SecretFile::remove(const QString &account)
+{
+    const std::scoped_lock lock(m_mutex);
+    auto secrets = load();
+    if (!secrets) {
+        return std::unexpected(SecretProblem::Refused);
+    }
+    if (!secrets->contains(account)) {
+        return {};
+    }
+    secrets->remove(account);
+    return save(*secrets);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/SecretStore.h"
+
+#include <QJsonObject>
+
+#include <mutex>
+
+namespace ostrelle
+{
+
+// Secrets in one JSON object of account names and texts, in a file of mode 0600 from the moment it
+// is created. A file that cannot be understood is set aside as "<name>.broken", never overwritten.
+class SecretFile final : public SecretStore
+{
+public:
+    explicit SecretFile(const QString &path)
+        : m_path(path)
+    {
+    }
+
+    std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override;
+    std::expected<void, SecretProblem> write(const QString &account,
+                                             const QByteArray &secret) override;
+    std::expected<void, SecretProblem> remove(const QString &account) override;
+
+private:
+    std::optional<QJsonObject> load() const;
+    std::expected<void, SecretProblem> save(const QJsonObject &secrets) const;
+
+    const QString m_path;
+    std::mutex m_mutex; // one reader or writer at a time
+};
+
+} // namespace ostrelle

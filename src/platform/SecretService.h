@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/SecretStore.h"
+
+namespace ostrelle
+{
+
+// The desktop's Secret Service (org.freedesktop.secrets) through libsecret: items with the
+// attributes "service" = "ai.duskrell.ostrelle" and "account", in the default collection.
+class SecretService final : public SecretStore
+{
+public:
+    std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override;
+    std::expected<void, SecretProblem> write(const QString &account,
+                                             const QByteArray &secret) override;
+    std::expected<void, SecretProblem> remove(const QString &account) override;
+};
+
+} // namespace ostrelle

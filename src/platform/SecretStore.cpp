@@ -1,0 +1,105 @@
+#include "platform/SecretStore.h"
+
+#include "platform/Log.h"
+#include "platform/Paths.h"
+#include "platform/SecretFile.h"
+#include "platform/SecretService.h"
+
+#include <atomic>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// A secret that was saved while the service was away stays readable once it is back.
+class PreferredStore final : public SecretStore
+{
+public:
+    explicit PreferredStore(const QString &file)
+        : m_path(file)
+        , m_file(file)
+    {
+    }
+
+    std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override
+    {
+        const auto secret = m_service.read(account);
+        tellWhere(reachable(secret));
+        if (secret && *secret) {
+            return secret;
+        }
+        const auto kept = m_file.read(account);
+        return kept && *kept ? kept : (reachable(secret) ? secret : kept);
+    }
+
+    std::expected<void, SecretProblem> write(const QString &account,
+                                             const QByteArray &secret) override
+    {
+        const auto written = m_service.write(account, secret);
+        tellWhere(reachable(written));
+        if (!reachable(written)) {
+            return m_file.write(account, secret);
+        }
+        if (written) {
+            m_file.remove(account);
+        }
+        return written;
+    }
+
+    std::expected<void, SecretProblem> remove(const QString &account) override
+    {
+        const auto removed = m_service.remove(account);
+        const auto removedFromFile = m_file.remove(account);
+        return reachable(removed) ? removed : removedFromFile;
+    }
+
+private:
+    enum class Place { Unknown, Service, File };
+
+    template<typename Answer>
+    static bool reachable(const Answer &answer)
+    {
+        return answer || answer.error() != SecretProblem::Unreachable;
+    }
+
+    void tellWhere(bool service)
+    {
+        const Place place = service ? Place::Service : Place::File;
+        if (m_place.exchange(place) != place) {
+            logLine(service ? u"[Ostrelle] Secrets are kept in the desktop's Secret Service"_s
+                            : u"[Ostrelle] No Secret Service; secrets are kept in "_s + m_path);
+        }
+    }
+
+    const QString m_path;
+    SecretService m_service;
+    SecretFile m_file;
+    std::atomic<Place> m_place = Place::Unknown;
+};
+
+} // namespace
+
+QString toString(SecretProblem problem)
+{
+    switch (problem) {
+    case SecretProblem::Unreachable:
+        return u"the secret store cannot be reached"_s;
+    case SecretProblem::Locked:
+        return u"the secret store is locked"_s;
+    case SecretProblem::Refused:
+        return u"the secret store refused"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+SecretStore &secretStore()
+{
+    static PreferredStore store(homeDirectory() + u"/.ostrelle/secrets.json"_s);
+    return store;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <expected>
+#include <optional>
+
+namespace ostrelle
+{
+
+enum class SecretProblem {
+    Unreachable, // there is no store of this kind, or it does not answer
+    Locked,      // it would have to ask the user first
+    Refused,     // it answered with an error
+};
+
+QString toString(SecretProblem problem);
+
+// One way of keeping secrets, each under an account name. Calls block for a few seconds at most and
+// may come from any thread but the main one; none of them ever raises a prompt.
+class SecretStore
+{
+public:
+    virtual ~SecretStore() = default;
+    SecretStore(const SecretStore &) = delete;
+    SecretStore &operator=(const SecretStore &) = delete;
+
+    // The secret's bytes, or nothing when there is none under that account.
+    virtual std::expected<std::optional<QByteArray>, SecretProblem>
+    read(const QString &account) = 0;
+
+    // Stores or replaces; afterwards there is exactly one secret under that account.
+    virtual std::expected<void, SecretProblem> write(const QString &account,
+                                                     const QByteArray &secret) = 0;
+
+    virtual std::expected<void, SecretProblem> remove(const QString &account) = 0;
+
+protected:
+    SecretStore() = default;
+};
+
+// The process's store: the desktop's Secret Service while one can be reached, else a file that only
+// the user can read. One log line says which, and one more whenever that changes.
+SecretStore &secretStore();
+
+} // namespace ostrelle

@@ -1,0 +1,47 @@
+#include "platform/TerminationSignals.h"
+
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+int openSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaddset(&signals, signal);
+    }
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+} // namespace
+
+TerminationSignals::TerminationSignals(QObject *parent)
+    : QObject(parent)
+    , m_signals(openSignals())
+    , m_notifier(new QSocketNotifier(m_signals, QSocketNotifier::Read, this))
+{
+    connect(m_notifier, &QSocketNotifier::activated, this, [this] {
+        signalfd_siginfo information{};
+        while (::read(m_signals, &information, sizeof information) > 0) {
+            Q_EMIT terminationRequested();
+        }
+    });
+}
+
+TerminationSignals::~TerminationSignals()
+{
+    m_notifier->setEnabled(false);
+    ::close(m_signals);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,52 @@
+#include "support/ScratchHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+ScratchHome::ScratchHome()
+{
+    QDir(m_directory.path()).mkdir(QStringLiteral(".run"));
+    QFile::setPermissions(path(QStringLiteral(".run")),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    qputenv("HOME", m_directory.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", path(QStringLiteral(".config")).toUtf8());
+    qputenv("XDG_RUNTIME_DIR", path(QStringLiteral(".run")).toUtf8());
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
+ScratchHome::~ScratchHome() = default;
+
+QString ScratchHome::path(const QString &relative) const
+{
+    return relative.isEmpty() ? m_directory.path() : m_directory.filePath(relative);
+}
+
+QString ScratchHome::write(const QString &relative, const QByteArray &content) const
+{
+    const QString file = path(relative);
+    QDir().mkpath(QFileInfo(file).path());
+    QFile out(file);
+    if (!out.open(QIODevice::WriteOnly) || out.write(content) != content.size()) {
+        qFatal("cannot write %s", qPrintable(file));
+    }
+    return file;
+}
+
+QByteArray ScratchHome::read(const QString &relative) const
+{
+    QFile in(path(relative));
+    return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+}
+
+bool ScratchHome::exists(const QString &relative) const
+{
+    return QFileInfo::exists(path(relative));
+}
+
+QString ScratchHome::writeScript(const QString &relative, const QByteArray &body) const
+{
+    const QString file = write(relative, "#!/bin/sh\n" + body + "\n");
+    QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return file;
+}
