@@ -1,10 +1,12 @@
 #include "core/KeychainHelper.h"
 
+#include "core/BackgroundWork.h"
 #include "core/OstrelleConfig.h"
 #include "platform/Log.h"
 #include "platform/SecretStore.h"
 
 #include <QStringDecoder>
+#include <QtConcurrent>
 
 #include <algorithm>
 
@@ -24,6 +26,42 @@ QString accountOf(const QString &key)
 bool holdsToken(const std::optional<QString> &token)
 {
     return token && !token->isEmpty();
+}
+
+bool holdsPlainTokens(const OstrelleConfig &config)
+{
+    const auto saved = config.gateway.saved.value_or(QList<SavedGateway>());
+    return holdsToken(config.gateway.token) ||
+           std::ranges::any_of(saved, [](const auto &entry) { return holdsToken(entry.token); });
+}
+
+void storeTokens(const OstrelleConfig &config)
+{
+    if (holdsToken(config.gateway.token)) {
+        KeychainHelper::saveToken(*config.gateway.token, KeychainHelper::activeKey);
+        KeychainHelper::saveToken(*config.gateway.token, config.gateway.url);
+    }
+    for (const SavedGateway &entry : config.gateway.saved.value_or(QList<SavedGateway>())) {
+        if (holdsToken(entry.token)) {
+            KeychainHelper::saveToken(*entry.token, entry.url);
+        }
+    }
+}
+
+// Removes what `stored` holds, and nothing that appeared since.
+void removeTokens(OstrelleConfig &config, const OstrelleConfig &stored)
+{
+    if (holdsToken(stored.gateway.token) && config.gateway.token == stored.gateway.token) {
+        config.gateway.token.reset();
+    }
+    if (!config.gateway.saved || !stored.gateway.saved) {
+        return;
+    }
+    for (SavedGateway &entry : *config.gateway.saved) {
+        if (holdsToken(entry.token) && stored.gateway.saved->contains(entry)) {
+            entry.token.reset();
+        }
+    }
 }
 
 } // namespace
@@ -48,33 +86,18 @@ void KeychainHelper::saveToken(const QString &token, const QString &key)
     }
 }
 
-bool KeychainHelper::needsMigration(const OstrelleConfig &config)
+void KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QObject *owner)
 {
-    const auto saved = config.gateway.saved.value_or(QList<SavedGateway>());
-    return holdsToken(config.gateway.token) ||
-           std::ranges::any_of(saved, [](const auto &entry) { return holdsToken(entry.token); });
-}
-
-void KeychainHelper::migrateFromConfig(OstrelleConfig &config)
-{
-    if (!needsMigration(config)) {
+    if (!holdsPlainTokens(config)) {
         return;
     }
-    if (holdsToken(config.gateway.token)) {
-        saveToken(*config.gateway.token, activeKey);
-        saveToken(*config.gateway.token, config.gateway.url);
-        config.gateway.token.reset();
-    }
-    if (config.gateway.saved) {
-        for (SavedGateway &entry : *config.gateway.saved) {
-            if (holdsToken(entry.token)) {
-                saveToken(*entry.token, entry.url);
-                entry.token.reset();
-            }
-        }
-    }
-    config.save();
-    logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
+    QtConcurrent::run(&utilityPool(), &storeTokens, config).then(owner, [config] {
+        // Loaded afresh, because it may have been changed while the store was busy.
+        OstrelleConfig current = OstrelleConfig::load();
+        removeTokens(current, config);
+        current.save();
+        logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
+    });
 }
 
 } // namespace ostrelle

@@ -4,14 +4,15 @@
 
 #include <optional>
 
+class QObject;
+
 namespace ostrelle
 {
 
 struct OstrelleConfig;
 
 // Gateway tokens in the secret store, each under a key: the gateway's base URL exactly as the
-// configuration has it, or `activeKey` for the gateway in use. All calls may wait for the store:
-// background threads only.
+// configuration has it, or `activeKey` for the gateway in use.
 class KeychainHelper
 {
 public:
@@ -19,18 +20,18 @@ public:
 
     static const QString activeKey;
 
-    // Absent when there is none, when the store refuses or when its bytes are not UTF-8.
+    // Absent when there is none, when the store refuses or when its bytes are not UTF-8. May wait
+    // for the store: background threads only.
     static std::optional<QString> getToken(const QString &key);
 
-    // Stores or replaces. A failure is told in one log line, without the token.
+    // Stores or replaces. A failure is told in one log line, without the token. May wait for the
+    // store: background threads only.
     static void saveToken(const QString &token, const QString &key);
 
-    // True when the configuration still holds a plain-text token; asks nothing of the store.
-    static bool needsMigration(const OstrelleConfig &config);
-
-    // Moves plain-text tokens of older versions from the configuration into the store, and saves
-    // the configuration when anything moved.
-    static void migrateFromConfig(OstrelleConfig &config);
+    // Moves plain-text tokens of older versions from the configuration into the store; when there
+    // were any, they are then removed from the configuration file. Returns at once: the store is
+    // served in the background, the file is changed on the thread of `owner`, if that still exists.
+    static void migrateFromConfig(const OstrelleConfig &config, QObject *owner);
 };
 
 } // namespace ostrelle
