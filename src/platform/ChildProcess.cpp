@@ -7,9 +7,13 @@
 #include <csignal>
 #include <map>
 #include <mutex>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <unistd.h>
+
+// glibc 2.36 declares these functions without C linkage.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace ostrelle
 {

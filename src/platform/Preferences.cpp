@@ -1,11 +1,14 @@
 #include "platform/Preferences.h"
 
+#include "platform/Files.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace ostrelle
@@ -17,12 +20,23 @@ namespace
 {
 
 // Far beyond what a person's preferences need; a larger file is taken as broken, not read.
-constexpr qint64 maxFileBytes = qint64{1024} * 1024;
+constexpr std::size_t maxFileBytes = std::size_t{1024} * 1024;
 
+bool isWellFormed(QByteArrayView line)
+{
+    line = line.trimmed();
+    return line.isEmpty() || line.front() == ';' || line.front() == '#' || line.contains('=') ||
+           (line.front() == '[' && line.back() == ']');
+}
+
+// QSettings tells of a format error only once for as long as the file does not change.
 bool isReadable(const QString &file)
 {
-    const QFileInfo info(file);
-    return !info.exists() || (info.isFile() && info.size() <= maxFileBytes);
+    const auto content = readFile(file, maxFileBytes);
+    if (!content) {
+        return content.error().kind == FileProblem::Kind::Missing;
+    }
+    return std::ranges::all_of(QByteArray::fromStdString(*content).split('\n'), isWellFormed);
 }
 
 QVariant valueIn(const QString &file, const QString &key)
@@ -53,9 +67,6 @@ bool rewrite(const QString &file, Change change)
         return false;
     }
     const QSettings current(file, QSettings::IniFormat);
-    if (current.status() != QSettings::NoError) {
-        return false;
-    }
     QDir().mkpath(QFileInfo(file).path());
     const QString draftFile = file + u".new"_s;
     QFile::remove(draftFile);

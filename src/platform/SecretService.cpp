@@ -78,6 +78,7 @@ public:
     static std::expected<std::unique_ptr<Conversation>, SecretProblem> begin()
     {
         if (!sessionBus()) {
+            secret_service_disconnect(); // it may hold the connection to a bus that is gone
             return std::unexpected(SecretProblem::Unreachable);
         }
         auto conversation = std::unique_ptr<Conversation>(new Conversation);
@@ -87,6 +88,8 @@ public:
         }
         return conversation;
     }
+
+    bool deadlinePassed() const { return g_cancellable_is_cancelled(m_calls.cancellable()) != 0; }
 
     // Without unlocking anything; locked items come without their secret.
     std::expected<Items, SecretProblem> search(const QString &account)
@@ -135,7 +138,11 @@ public:
         if (*failure.out()) {
             return std::unexpected(lost(failure));
         }
-        if (!collection || secret_collection_get_locked(collection.get())) {
+        if (!collection) {
+            // Nobody has set a keyring up here; one can only be made by asking the user.
+            return std::unexpected(SecretProblem::Unreachable);
+        }
+        if (secret_collection_get_locked(collection.get())) {
             return std::unexpected(SecretProblem::Locked);
         }
         return {};
@@ -185,15 +192,27 @@ private:
     GObjectPtr<::SecretService> m_service;
 };
 
-} // namespace
-
-std::expected<std::optional<QByteArray>, SecretProblem> SecretService::read(const QString &account)
+// A service that was restarted is found at the second attempt; one that hangs is not tried again.
+template<typename Work>
+auto converse(Work work) -> decltype(work(std::declval<Conversation &>()))
 {
-    const auto conversation = Conversation::begin();
-    if (!conversation) {
-        return std::unexpected(conversation.error());
+    for (bool again = true;; again = false) {
+        const auto conversation = Conversation::begin();
+        if (!conversation) {
+            return std::unexpected(conversation.error());
+        }
+        const auto answer = work(**conversation);
+        const bool lost = !answer && answer.error() == SecretProblem::Unreachable;
+        if (!lost || !again || (*conversation)->deadlinePassed()) {
+            return answer;
+        }
     }
-    const auto items = (*conversation)->search(account);
+}
+
+std::expected<std::optional<QByteArray>, SecretProblem> readIn(Conversation &conversation,
+                                                               const QString &account)
+{
+    const auto items = conversation.search(account);
     if (!items) {
         return std::unexpected(items.error());
     }
@@ -214,45 +233,55 @@ std::expected<std::optional<QByteArray>, SecretProblem> SecretService::read(cons
     return std::nullopt;
 }
 
-std::expected<void, SecretProblem> SecretService::write(const QString &account,
-                                                        const QByteArray &secret)
+std::expected<void, SecretProblem> writeIn(Conversation &conversation, const QString &account,
+                                           const QByteArray &secret)
 {
-    const auto conversation = Conversation::begin();
-    if (!conversation) {
-        return std::unexpected(conversation.error());
-    }
-    if (const auto unlocked = (*conversation)->requireUnlockedCollection(); !unlocked) {
+    if (const auto unlocked = conversation.requireUnlockedCollection(); !unlocked) {
         return unlocked;
     }
-    const auto items = (*conversation)->search(account);
+    const auto items = conversation.search(account);
     if (!items) {
         return std::unexpected(items.error());
     }
     // Storing replaces one item with these attributes; all but one have to go before.
     for (const GList *entry = items->get(); entry && entry->next; entry = entry->next) {
-        (*conversation)->deleteItem(static_cast<SecretItem *>(entry->data));
+        static_cast<void>(conversation.deleteItem(static_cast<SecretItem *>(entry->data)));
     }
-    return (*conversation)->store(account, secret);
+    return conversation.store(account, secret);
 }
 
-std::expected<void, SecretProblem> SecretService::remove(const QString &account)
+std::expected<void, SecretProblem> removeIn(Conversation &conversation, const QString &account)
 {
-    const auto conversation = Conversation::begin();
-    if (!conversation) {
-        return std::unexpected(conversation.error());
-    }
-    const auto items = (*conversation)->search(account);
+    const auto items = conversation.search(account);
     if (!items) {
         return std::unexpected(items.error());
     }
     for (const GList *entry = items->get(); entry; entry = entry->next) {
-        if (const auto deleted =
-                (*conversation)->deleteItem(static_cast<SecretItem *>(entry->data));
-            !deleted) {
+        const auto deleted = conversation.deleteItem(static_cast<SecretItem *>(entry->data));
+        if (!deleted) {
             return deleted;
         }
     }
     return {};
+}
+
+} // namespace
+
+std::expected<std::optional<QByteArray>, SecretProblem> SecretService::read(const QString &account)
+{
+    return converse([&](Conversation &conversation) { return readIn(conversation, account); });
+}
+
+std::expected<void, SecretProblem> SecretService::write(const QString &account,
+                                                        const QByteArray &secret)
+{
+    return converse(
+        [&](Conversation &conversation) { return writeIn(conversation, account, secret); });
+}
+
+std::expected<void, SecretProblem> SecretService::remove(const QString &account)
+{
+    return converse([&](Conversation &conversation) { return removeIn(conversation, account); });
 }
 
 } // namespace ostrelle

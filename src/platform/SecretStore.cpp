@@ -28,24 +28,33 @@ public:
     std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override
     {
         const auto secret = m_service.read(account);
-        tellWhere(reachable(secret));
         if (secret && *secret) {
+            tellWhere(Place::Service);
             return secret;
         }
         const auto kept = m_file.read(account);
-        return kept && *kept ? kept : (reachable(secret) ? secret : kept);
+        if (kept && *kept) {
+            tellWhere(Place::File);
+            return kept;
+        }
+        // What is in neither tells nothing new about where secrets are kept.
+        if (m_place == Place::Unknown) {
+            tellWhere(reachable(secret) ? Place::Service : Place::File);
+        }
+        return reachable(secret) ? secret : kept;
     }
 
     std::expected<void, SecretProblem> write(const QString &account,
                                              const QByteArray &secret) override
     {
         const auto written = m_service.write(account, secret);
-        tellWhere(reachable(written));
         if (!reachable(written)) {
+            tellWhere(Place::File);
             return m_file.write(account, secret);
         }
+        tellWhere(Place::Service);
         if (written) {
-            m_file.remove(account);
+            static_cast<void>(m_file.remove(account));
         }
         return written;
     }
@@ -66,12 +75,12 @@ private:
         return answer || answer.error() != SecretProblem::Unreachable;
     }
 
-    void tellWhere(bool service)
+    void tellWhere(Place place)
     {
-        const Place place = service ? Place::Service : Place::File;
         if (m_place.exchange(place) != place) {
-            logLine(service ? u"[Ostrelle] Secrets are kept in the desktop's Secret Service"_s
-                            : u"[Ostrelle] No Secret Service; secrets are kept in "_s + m_path);
+            logLine(place == Place::Service
+                        ? u"[Ostrelle] Secrets are kept in the desktop's Secret Service"_s
+                        : u"[Ostrelle] No Secret Service; secrets are kept in "_s + m_path);
         }
     }
 

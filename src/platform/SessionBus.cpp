@@ -34,6 +34,9 @@ GObjectPtr<GDBusConnection> sessionBus()
         g_bus_get(G_BUS_TYPE_SESSION, calls.cancellable(), callback, data);
     });
     GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result.get(), nullptr));
+    if (connection && g_dbus_connection_is_closed(connection.get())) {
+        return nullptr; // of a bus that is gone, and still held by somebody
+    }
     if (connection) {
         // By default GLib ends the whole process together with the bus.
         g_dbus_connection_set_exit_on_close(connection.get(), FALSE);

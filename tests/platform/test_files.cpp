@@ -1,0 +1,85 @@
+#include "platform/Files.h"
+#include "platform/ProcessSetup.h"
+#include "support/FileSizeLimit.h"
+#include "support/ScratchHome.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+class TestFiles : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { prepareProcess(); }
+
+    void writesInPlace_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("new file") << QByteArray() << QByteArray("content");
+        QTest::newRow("longer than before") << QByteArray("old") << QByteArray(100000, 'n');
+        QTest::newRow("shorter than before") << QByteArray(100000, 'o') << QByteArray("new");
+        QTest::newRow("to nothing") << QByteArray("old") << QByteArray("");
+    }
+
+    void writesInPlace()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        const ScratchHome home;
+        if (!before.isNull()) {
+            home.write(u"target"_s, before);
+        }
+        // Through a link, which has to stay one.
+        QFile::link(home.path(u"target"_s), home.path(u"link"_s));
+        QVERIFY(writeInPlace(home.path(u"link"_s), after));
+        QVERIFY(QFileInfo(home.path(u"link"_s)).isSymLink());
+        QCOMPARE(home.read(u"target"_s), after);
+    }
+
+    void keepsTheOldContentWithoutRoom()
+    {
+        const ScratchHome home;
+        const QByteArray before(5000, 'o');
+        home.write(u"file"_s, before);
+        const FileSizeLimit limit(8000);
+        const auto written = writeInPlace(home.path(u"file"_s), QByteArray(20000, 'n'));
+        QVERIFY(!written);
+        QCOMPARE(written.error().kind, FileProblem::Kind::Failed);
+        QCOMPARE(home.read(u"file"_s), before);
+    }
+
+    void refusesWhatIsNoFile_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<FileProblem::Kind>("kind");
+        QTest::newRow("pipe without a writer") << u"pipe"_s << FileProblem::Kind::NotRegular;
+        QTest::newRow("directory") << u"."_s << FileProblem::Kind::NotRegular;
+        QTest::newRow("device") << u"/dev/zero"_s << FileProblem::Kind::NotRegular;
+        QTest::newRow("missing") << u"missing"_s << FileProblem::Kind::Missing;
+        QTest::newRow("below a file") << u"large/below"_s << FileProblem::Kind::Missing;
+        QTest::newRow("too large") << u"large"_s << FileProblem::Kind::TooLarge;
+    }
+
+    void refusesWhatIsNoFile()
+    {
+        QFETCH(QString, path);
+        QFETCH(FileProblem::Kind, kind);
+        const ScratchHome home;
+        home.write(u"large"_s, QByteArray(1001, 'x'));
+        ::mkfifo(qPrintable(home.path(u"pipe"_s)), 0600);
+        const auto content = readFile(QDir(home.path()).absoluteFilePath(path), 1000);
+        QVERIFY(!content);
+        QCOMPARE(content.error().kind, kind);
+        QVERIFY(!content.error().text.isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFiles)
+#include "test_files.moc"

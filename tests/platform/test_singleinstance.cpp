@@ -1,0 +1,74 @@
+#include "platform/SingleInstance.h"
+#include "support/ScratchHome.h"
+
+#include <QLocalSocket>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <future>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+class TestSingleInstance : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void handsTheMessageToTheFirst_data()
+    {
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("a link") << QByteArray("ostrelle://config?token=a%20b&x=1");
+        QTest::newRow("a plain second start") << QByteArray("");
+        QTest::newRow("several lines") << QByteArray("one\ntwo\n");
+        QTest::newRow("long") << QByteArray(20000, 'x');
+    }
+
+    void handsTheMessageToTheFirst()
+    {
+        QFETCH(QByteArray, message);
+        const ScratchHome home;
+        SingleInstance first;
+        QCOMPARE(first.claim({}), SingleInstance::Role::First);
+        QSignalSpy started(&first, &SingleInstance::started);
+        auto second =
+            std::async(std::launch::async, [&] { return SingleInstance().claim(message); });
+        QTRY_COMPARE(started.size(), 1);
+        QCOMPARE(started.first().first().toByteArray(), message);
+        QCOMPARE(second.get(), SingleInstance::Role::HandedOver);
+    }
+
+    void isFirstAgainAfterACrash()
+    {
+        const ScratchHome home;
+        {
+            SingleInstance first;
+            QCOMPARE(first.claim({}), SingleInstance::Role::First);
+        }
+        // What a killed program leaves: the socket's file, and a lock of a process that is gone.
+        const QDir run(home.path(u".run"_s));
+        SingleInstance next;
+        QCOMPARE(next.claim({}), SingleInstance::Role::First);
+        QCOMPARE(run.entryList({u"ostrelle-*"_s}, QDir::Files | QDir::System).size(), 2);
+    }
+
+    void survivesARudePeer()
+    {
+        const ScratchHome home;
+        SingleInstance first;
+        QCOMPARE(first.claim({}), SingleInstance::Role::First);
+        QSignalSpy started(&first, &SingleInstance::started);
+        const QDir run(home.path(u".run"_s));
+        const QStringList sockets = run.entryList(QDir::System);
+        QCOMPARE(sockets.size(), 1);
+        QLocalSocket rude;
+        rude.connectToServer(run.filePath(sockets.first()));
+        QVERIFY(rude.waitForConnected());
+        rude.write(QByteArray(200000, 'x')); // no end of line
+        QTRY_COMPARE_WITH_TIMEOUT(rude.state(), QLocalSocket::UnconnectedState, 10000);
+        QCOMPARE(started.size(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSingleInstance)
+#include "test_singleinstance.moc"

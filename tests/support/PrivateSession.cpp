@@ -1,0 +1,120 @@
+#include "support/PrivateSession.h"
+
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int patienceMilliseconds = 20000;
+
+// Without service directories: nothing appears on this bus that the test did not start.
+constexpr const char *busConfiguration = R"(<busconfig>
+  <type>session</type>
+  <listen>unix:tmpdir=/tmp</listen>
+  <policy context="default">
+    <allow send_destination="*"/>
+    <allow receive_sender="*"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>)";
+
+void end(QProcess &process)
+{
+    // A frozen process has to run again before it can end.
+    if (process.state() == QProcess::Running) {
+        ::kill(static_cast<pid_t>(process.processId()), SIGCONT);
+        process.terminate();
+        if (!process.waitForFinished(2000)) {
+            process.kill();
+            process.waitForFinished();
+        }
+    }
+}
+
+} // namespace
+
+PrivateSession::PrivateSession()
+{
+    m_configuration.open();
+    m_configuration.write(busConfiguration);
+    m_configuration.flush();
+    QProcess &bus = start(u"dbus-daemon"_s, {u"--config-file"_s, m_configuration.fileName(),
+                                             u"--nofork"_s, u"--print-address"_s});
+    while (!bus.canReadLine() && bus.waitForReadyRead(patienceMilliseconds)) {
+    }
+    const QByteArray address = bus.readLine().trimmed();
+    if (address.isEmpty()) {
+        qFatal("no session bus: %s", qPrintable(bus.errorString()));
+    }
+    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+}
+
+PrivateSession::~PrivateSession()
+{
+    for (auto process = m_processes.rbegin(); process != m_processes.rend(); ++process) {
+        end(**process);
+    }
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
+QProcess &PrivateSession::start(const QString &program, const QStringList &arguments)
+{
+    QProcess &process = *m_processes.emplace_back(std::make_unique<QProcess>());
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(program, arguments);
+    if (!process.waitForStarted()) {
+        qFatal("cannot start %s: %s", qPrintable(program), qPrintable(process.errorString()));
+    }
+    return process;
+}
+
+QProcess &PrivateSession::startKeyring()
+{
+    QProcess &keyring = start(u"gnome-keyring-daemon"_s,
+                              {u"--foreground"_s, u"--unlock"_s, u"--components=secrets"_s});
+    keyring.write("test password");
+    keyring.closeWriteChannel();
+    if (!waitForService(u"org.freedesktop.secrets"_s)) {
+        qFatal("the keyring does not appear on the bus");
+    }
+    return keyring;
+}
+
+QProcess &PrivateSession::startNotificationDaemon()
+{
+    QProcess &server = start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
+                                         u"640x480x24"_s, u"-nolisten"_s, u"tcp"_s});
+    while (!server.canReadLine() && server.waitForReadyRead(patienceMilliseconds)) {
+    }
+    const QString display = u':' + QString::fromLatin1(server.readLine().trimmed());
+    QProcess &daemon = start(
+        u"env"_s, {u"DISPLAY="_s + display, u"dunst"_s, u"-conf"_s, u"/dev/null"_s, u"-print"_s});
+    if (!waitForService(u"org.freedesktop.Notifications"_s)) {
+        qFatal("the notification daemon does not appear on the bus");
+    }
+    return daemon;
+}
+
+bool PrivateSession::waitForService(const QString &name)
+{
+    return QTest::qWaitFor(
+        [&name] {
+            QProcess query;
+            query.start(u"dbus-send"_s,
+                        {u"--session"_s, u"--print-reply=literal"_s,
+                         u"--dest=org.freedesktop.DBus"_s, u"/"_s,
+                         u"org.freedesktop.DBus.NameHasOwner"_s, u"string:"_s + name});
+            query.waitForFinished();
+            return query.readAllStandardOutput().contains("true");
+        },
+        patienceMilliseconds);
+}
+
+void PrivateSession::endBus()
+{
+    end(*m_processes.front());
+}
