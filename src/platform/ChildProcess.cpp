@@ -156,7 +156,9 @@ std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOp
         if (!process.waitForReadyRead(deadline.remaining()) && !deadline.passed()) {
             process.waitForFinished(deadline.remaining());
         }
-        output += process.readAll();
+        if (options.capture != Capture::Nothing) {
+            output += process.readAll();
+        }
         if (output.size() > options.maxOutputBytes) {
             return std::unexpected(
                 failure(ChildFailure::Kind::TooMuchOutput, u"The command wrote too much output"_s));

@@ -1,0 +1,103 @@
+#include "core/KeychainHelper.h"
+#include "core/OstrelleConfig.h"
+#include "support/ScratchHome.h"
+
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString url = u"http://127.0.0.1:18789"_s;
+
+} // namespace
+
+class TestTokens : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        for (const QString &path : {u".ostrelle"_s, u".duskrell"_s}) {
+            QDir(m_home.path(path)).removeRecursively();
+        }
+    }
+
+    void resolvesTheFirstThatIsNotEmpty_data()
+    {
+        QTest::addColumn<QString>("ofUrl");
+        QTest::addColumn<QString>("active");
+        QTest::addColumn<QString>("inConfig");
+        QTest::addColumn<QByteArray>("gatewayFile");
+        QTest::addColumn<QString>("token");
+        const QByteArray gateway = R"({"gateway":{"auth":{"token":"G"}}})";
+        QTest::newRow("of the url") << u"U"_s << u"A"_s << u"C"_s << gateway << u"U"_s;
+        QTest::newRow("of the active gateway") << u""_s << u"A"_s << u"C"_s << gateway << u"A"_s;
+        QTest::newRow("in the configuration") << u""_s << u""_s << u"C"_s << gateway << u"C"_s;
+        QTest::newRow("of the gateway itself")
+            << QString() << QString() << u""_s << gateway << u"G"_s;
+        QTest::newRow("none") << QString() << QString() << QString() << QByteArray() << u""_s;
+        QTest::newRow("gateway's file is broken")
+            << QString() << QString() << QString() << gateway.chopped(3) << u""_s;
+        QTest::newRow("gateway's token is a number")
+            << QString() << QString() << QString()
+            << QByteArray(R"({"gateway":{"auth":{"token":5}}})") << u""_s;
+        QTest::newRow("gateway's auth is a list")
+            << QString() << QString() << QString()
+            << QByteArray(R"({"gateway":{"auth":["token"]}})") << u""_s;
+    }
+
+    void resolvesTheFirstThatIsNotEmpty()
+    {
+        QFETCH(QString, ofUrl);
+        QFETCH(QString, active);
+        QFETCH(QString, inConfig);
+        QFETCH(QByteArray, gatewayFile);
+        QFETCH(QString, token);
+        if (!ofUrl.isNull()) {
+            KeychainHelper::saveToken(ofUrl, url);
+        }
+        if (!active.isNull()) {
+            KeychainHelper::saveToken(active, KeychainHelper::activeKey);
+        }
+        if (!gatewayFile.isNull()) {
+            m_home.write(u".duskrell/duskrell.json"_s, gatewayFile);
+        }
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.token = inConfig;
+        QCOMPARE(config.resolveToken(), token);
+    }
+
+    void movesTokensOutOfTheConfiguration()
+    {
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.token = u"abc"_s;
+        config.gateway.saved->append({.name = u"n"_s, .url = u"http://n"_s, .token = u"def"_s});
+        config.gateway.saved->append({.name = u"e"_s, .url = u"http://e"_s, .token = u""_s});
+        config.save();
+        KeychainHelper::migrateFromConfig(config, this);
+        // Somebody changes the configuration while the store is busy; that must not be lost.
+        config.gateway.url = u"http://changed"_s;
+        config.save();
+
+        QTRY_VERIFY(!OstrelleConfig::load().gateway.token);
+        const OstrelleConfig after = OstrelleConfig::load();
+        QCOMPARE(after.gateway.url, u"http://changed"_s);
+        QCOMPARE(after.gateway.saved->at(1).token, std::nullopt);
+        QCOMPARE(after.gateway.saved->at(2).token, u""_s);
+        QCOMPARE(KeychainHelper::getToken(url), u"abc"_s);
+        QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"abc"_s);
+        QCOMPARE(KeychainHelper::getToken(u"http://n"_s), u"def"_s);
+        QCOMPARE(KeychainHelper::getToken(u"http://n/"_s), std::nullopt);
+        QCOMPARE(KeychainHelper::getToken(u"http://e"_s), std::nullopt);
+    }
+
+private:
+    ScratchHome m_home;
+};
+
+QTEST_GUILESS_MAIN(TestTokens)
+#include "test_tokens.moc"
