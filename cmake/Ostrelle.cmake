@@ -25,6 +25,9 @@ function(ostrelle_library name)
     target_link_libraries(${name} PUBLIC ostrelle_options ${arg_LINK})
 endfunction()
 
+# The forked child of a process with threads only starts another program.
+set(tsan_options "suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp die_after_fork=0")
+
 # ostrelle_test(<name> SOURCES <file>... [LINK <library>...])
 # A Qt Test program that CTest runs in a home directory of its own.
 function(ostrelle_test name)
@@ -32,8 +35,8 @@ function(ostrelle_test name)
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ostrelle_options ostrelle_testsupport ${arg_LINK} Qt6::Test)
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 120
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR}")
+    set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
+        "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};TSAN_OPTIONS=${tsan_options}")
 endfunction()
 
 # ostrelle_fuzz_target(<name> SOURCES <file>... [LINK <library>...])
