@@ -14,6 +14,7 @@
 
 #include <cmath>
 #include <string_view>
+#include <utility>
 
 namespace ostrelle
 {
@@ -47,8 +48,8 @@ std::optional<QJsonObject> readObject(const QString &path)
 class StrictReader
 {
 public:
-    StrictReader(const QJsonObject &object, bool &valid)
-        : m_object(object)
+    StrictReader(QJsonObject object, bool &valid)
+        : m_object(std::move(object))
         , m_valid(valid)
     {
     }
@@ -119,7 +120,7 @@ private:
 QList<SavedGateway> readSaved(const QJsonArray &array, bool &valid)
 {
     QList<SavedGateway> saved;
-    for (const QJsonValue &element : array) {
+    for (const auto &element : array) {
         const StrictReader entry(element.toObject(), valid);
         entry.require(element.isObject());
         saved.append({.name = entry.string("name"_L1),

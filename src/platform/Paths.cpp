@@ -19,7 +19,7 @@ std::optional<QString> resourceDirectory()
 {
     const QDir program(QCoreApplication::applicationDirPath());
     for (const QString &candidate : {u"../share/ostrelle"_s, u"resources"_s}) {
-        const QString path = QDir::cleanPath(program.absoluteFilePath(candidate));
+        QString path = QDir::cleanPath(program.absoluteFilePath(candidate));
         if (QFileInfo(path).isDir()) {
             return path;
         }
@@ -29,7 +29,7 @@ std::optional<QString> resourceDirectory()
 
 std::optional<QString> runtimeDirectory()
 {
-    const QString path = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    QString path = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     if (path.isEmpty()) {
         return std::nullopt;
     }

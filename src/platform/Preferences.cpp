@@ -99,8 +99,8 @@ Preferences::Preferences()
 {
 }
 
-Preferences::Preferences(const QString &file)
-    : m_file(file)
+Preferences::Preferences(QString file)
+    : m_file(std::move(file))
 {
 }
 

@@ -14,7 +14,7 @@ class Preferences
 {
 public:
     Preferences();
-    explicit Preferences(const QString &file);
+    explicit Preferences(QString file);
 
     // True when the file is missing or well formed and of a sane size.
     bool opens() const;

@@ -5,6 +5,7 @@
 #include <QJsonObject>
 
 #include <mutex>
+#include <utility>
 
 namespace ostrelle
 {
@@ -14,8 +15,8 @@ namespace ostrelle
 class SecretFile final : public SecretStore
 {
 public:
-    explicit SecretFile(const QString &path)
-        : m_path(path)
+    explicit SecretFile(QString path)
+        : m_path(std::move(path))
     {
     }
 

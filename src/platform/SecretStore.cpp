@@ -19,9 +19,9 @@ namespace
 class PreferredStore final : public SecretStore
 {
 public:
-    explicit PreferredStore(const QString &file)
-        : m_path(file)
-        , m_file(file)
+    explicit PreferredStore(QString file)
+        : m_path(std::move(file))
+        , m_file(m_path)
     {
     }
 
