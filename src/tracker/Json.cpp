@@ -1,0 +1,316 @@
+#include "tracker/Json.h"
+
+#include <algorithm>
+#include <cmath>
+#include <simdjson.h>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+namespace ondemand = simdjson::ondemand;
+using simdjson::error_code;
+
+namespace
+{
+
+constexpr int maxDepth = 512;
+constexpr std::size_t maxValues = std::size_t{4} * 1024 * 1024;
+
+// Builds a tree of values. Every token is read, so that a document is valid when this succeeds.
+// Nodes are the document itself (a lone scalar can only be read there) or values in it.
+class TreeReader
+{
+public:
+    template<typename Node>
+    error_code read(Node &node, JsonValue::Content &content)
+    {
+        if (m_values++ == maxValues) {
+            return simdjson::CAPACITY;
+        }
+        ondemand::json_type type{};
+        if (const auto error = node.type().get(type)) {
+            return error;
+        }
+        switch (type) {
+        case ondemand::json_type::array:
+            return readArray(node, content);
+        case ondemand::json_type::object:
+            return readObject(node, content);
+        case ondemand::json_type::string:
+            return readString(node, content);
+        case ondemand::json_type::number:
+            return readNumber(node, content);
+        case ondemand::json_type::boolean:
+            return readBoolean(node, content);
+        case ondemand::json_type::null:
+            return readNull(node, content);
+        }
+        return simdjson::TAPE_ERROR;
+    }
+
+private:
+    class Level
+    {
+    public:
+        explicit Level(int &depth)
+            : m_depth(depth)
+        {
+            ++m_depth;
+        }
+        ~Level() { --m_depth; }
+        Q_DISABLE_COPY_MOVE(Level)
+
+        bool tooDeep() const { return m_depth > maxDepth; }
+
+    private:
+        int &m_depth;
+    };
+
+    error_code readValue(ondemand::value &value, JsonValue &result)
+    {
+        JsonValue::Content content;
+        const auto error = read(value, content);
+        result = JsonValue(std::move(content));
+        return error;
+    }
+
+    template<typename Node>
+    error_code readArray(Node &node, JsonValue::Content &content)
+    {
+        const Level level(m_depth);
+        ondemand::array array;
+        if (const auto error = node.get_array().get(array); error || level.tooDeep()) {
+            return error ? error : simdjson::DEPTH_ERROR;
+        }
+        JsonArray elements;
+        for (auto element : array) {
+            ondemand::value value;
+            auto error = std::move(element).get(value);
+            if (!error) {
+                error = readValue(value, elements.emplace_back());
+            }
+            if (error) {
+                return error;
+            }
+        }
+        content = std::move(elements);
+        return simdjson::SUCCESS;
+    }
+
+    template<typename Node>
+    error_code readObject(Node &node, JsonValue::Content &content)
+    {
+        const Level level(m_depth);
+        ondemand::object object;
+        if (const auto error = node.get_object().get(object); error || level.tooDeep()) {
+            return error ? error : simdjson::DEPTH_ERROR;
+        }
+        std::vector<JsonMember> members;
+        for (auto member : object) {
+            ondemand::field field;
+            auto error = std::move(member).get(field);
+            if (!error) {
+                error = readMember(field, members.emplace_back());
+            }
+            if (error) {
+                return error;
+            }
+        }
+        content = JsonObject(std::move(members));
+        return simdjson::SUCCESS;
+    }
+
+    error_code readMember(ondemand::field &field, JsonMember &member)
+    {
+        std::string_view name;
+        if (const auto error = field.unescaped_key().get(name)) {
+            return error;
+        }
+        member.name = name;
+        return readValue(field.value(), member.value);
+    }
+
+    template<typename Node>
+    static error_code readString(Node &node, JsonValue::Content &content)
+    {
+        std::string_view text;
+        const auto error = node.get_string().get(text);
+        content = std::string(text);
+        return error;
+    }
+
+    template<typename Node>
+    static error_code readNumber(Node &node, JsonValue::Content &content)
+    {
+        std::int64_t integer = 0;
+        if (!node.get_int64().get(integer)) {
+            content = integer;
+            return simdjson::SUCCESS;
+        }
+        double number = 0;
+        const auto error = node.get_double().get(number);
+        content = number;
+        return error;
+    }
+
+    template<typename Node>
+    static error_code readBoolean(Node &node, JsonValue::Content &content)
+    {
+        bool value = false;
+        const auto error = node.get_bool().get(value);
+        content = value;
+        return error;
+    }
+
+    template<typename Node>
+    static error_code readNull(Node &node, JsonValue::Content &content)
+    {
+        bool null = false;
+        const auto error = node.is_null().get(null);
+        content = nullptr;
+        return !error && !null ? simdjson::N_ATOM_ERROR : error;
+    }
+
+    int m_depth = 0;
+    std::size_t m_values = 0;
+};
+
+error_code parse(std::string_view text, JsonValue::Content &content)
+{
+    const simdjson::padded_string padded(text);
+    ondemand::parser parser;
+    ondemand::document document;
+    if (const auto error = parser.iterate(padded).get(document)) {
+        return error;
+    }
+    if (const auto error = TreeReader().read(document, content)) {
+        return error;
+    }
+    const bool atEnd = document.current_location().error() == simdjson::OUT_OF_BOUNDS;
+    return atEnd ? simdjson::SUCCESS : simdjson::TRAILING_CONTENT;
+}
+
+// simdjson's description without its code: "UTF8_ERROR: The input is not valid UTF-8".
+QString describe(error_code error)
+{
+    const QString message = QString::fromUtf8(simdjson::error_message(error));
+    return message.sliced(message.indexOf(u": "_s) + 2);
+}
+
+const JsonValue &nullValue()
+{
+    static const JsonValue null;
+    return null;
+}
+
+} // namespace
+
+JsonObject::JsonObject(std::vector<JsonMember> members)
+    : m_members(std::move(members))
+{
+    std::vector<std::size_t> byName(m_members.size());
+    std::ranges::generate(byName, [next = std::size_t{0}]() mutable { return next++; });
+    std::ranges::sort(byName, {}, [this](std::size_t i) {
+        return std::pair(std::string_view(m_members[i].name), i);
+    });
+
+    std::vector<bool> replaced(m_members.size());
+    std::size_t first = 0;
+    for (std::size_t i = 1; i < byName.size(); ++i) {
+        if (m_members[byName[i]].name != m_members[byName[first]].name) {
+            first = i;
+            continue;
+        }
+        m_members[byName[first]].value = std::move(m_members[byName[i]].value);
+        replaced[byName[i]] = true;
+    }
+    std::erase_if(m_members, [&](const JsonMember &member) {
+        return replaced[static_cast<std::size_t>(&member - m_members.data())];
+    });
+}
+
+const JsonValue *JsonObject::find(std::string_view name) const
+{
+    const auto member = std::ranges::find(m_members, name, &JsonMember::name);
+    return member == m_members.end() ? nullptr : &member->value;
+}
+
+const JsonValue &JsonObject::operator[](std::string_view name) const
+{
+    const JsonValue *value = find(name);
+    return value != nullptr ? *value : nullValue();
+}
+
+std::optional<QString> JsonObject::firstString(std::span<const std::string_view> names) const
+{
+    for (const std::string_view name : names) {
+        if (auto text = (*this)[name].string()) {
+            return text;
+        }
+    }
+    return std::nullopt;
+}
+
+bool JsonObject::isEmpty() const
+{
+    return m_members.empty();
+}
+
+JsonValue::JsonValue()
+    : m_content(nullptr)
+{
+}
+
+JsonValue::JsonValue(Content content)
+    : m_content(std::move(content))
+{
+}
+
+std::optional<QString> JsonValue::string() const
+{
+    const auto *text = std::get_if<std::string>(&m_content);
+    return text != nullptr ? std::optional(QString::fromStdString(*text)) : std::nullopt;
+}
+
+std::optional<bool> JsonValue::boolean() const
+{
+    const auto *value = std::get_if<bool>(&m_content);
+    return value != nullptr ? std::optional(*value) : std::nullopt;
+}
+
+std::optional<double> JsonValue::number() const
+{
+    if (const auto *integer = std::get_if<std::int64_t>(&m_content)) {
+        return static_cast<double>(*integer);
+    }
+    const auto *number = std::get_if<double>(&m_content);
+    return number != nullptr ? std::optional(*number) : std::nullopt;
+}
+
+std::optional<qint64> JsonValue::integer() const
+{
+    if (const auto *integer = std::get_if<std::int64_t>(&m_content)) {
+        return *integer;
+    }
+    const auto *number = std::get_if<double>(&m_content);
+    if (number == nullptr || std::trunc(*number) != *number || std::abs(*number) >= 0x1p63) {
+        return std::nullopt;
+    }
+    return static_cast<qint64>(*number);
+}
+
+std::expected<JsonValue, QString> parseJson(std::string_view text)
+{
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(byteOrderMark)) {
+        text.remove_prefix(byteOrderMark.size());
+    }
+    JsonValue::Content content;
+    if (const error_code error = parse(text, content)) {
+        return std::unexpected(describe(error));
+    }
+    return JsonValue(std::move(content));
+}
+
+} // namespace ostrelle

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "tracker/Json.h"
+
+#include <QList>
+
+namespace ostrelle
+{
+
+// Reads a typed record from an object: a member that is missing or of another type spoils the whole
+// document. What was found wrong first is kept, with its place: "projects[2].description: missing".
+class StrictReader
+{
+public:
+    // `place` is the object's own, empty for the top level; `problem` is shared by all readers of
+    // one document.
+    StrictReader(const JsonValue &value, QString place, std::optional<QString> &problem);
+
+    QString string(std::string_view name) const;
+    qint64 integer(std::string_view name) const;
+
+    // An absent or null member is none.
+    std::optional<QString> optionalString(std::string_view name) const;
+
+    // Every element as `readItem(element, place)` gives it.
+    template<typename Item>
+    QList<Item> list(std::string_view name, auto readItem) const
+    {
+        QList<Item> items;
+        const JsonArray &elements = array(name);
+        items.reserve(static_cast<qsizetype>(elements.size()));
+        for (const JsonValue &element : elements) {
+            items.append(readItem(element, placeOf(name, items.size())));
+        }
+        return items;
+    }
+
+private:
+    const JsonArray &array(std::string_view name) const;
+    QString placeOf(std::string_view name) const;
+    QString placeOf(std::string_view name, qsizetype index) const;
+    void report(std::string_view name, const QString &expected) const;
+
+    const JsonObject *m_object;
+    const QString m_place;
+    std::optional<QString> &m_problem;
+};
+
+// Decodes a whole document whose top level is read by `readRecord(reader)`, or says what is wrong.
+template<typename Record>
+std::expected<Record, QString> decodeStrictly(std::string_view text, auto readRecord)
+{
+    const auto document = parseJson(text);
+    if (!document) {
+        return std::unexpected(document.error());
+    }
+    std::optional<QString> problem;
+    Record record = readRecord(*document, problem);
+    if (problem) {
+        return std::unexpected(*problem);
+    }
+    return record;
+}
+
+} // namespace ostrelle

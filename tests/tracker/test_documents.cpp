@@ -1,0 +1,235 @@
+#include "tracker/AgentStatus.h"
+#include "tracker/CronTracker.h"
+#include "tracker/ProjectTracker.h"
+
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// Only what is there, so that a row shows what it is about.
+QString describe(const AgentStatusItem &item)
+{
+    QStringList parts{item.id, item.name, item.status};
+    for (const auto &part : {item.detail, item.model, item.updated, item.progressText}) {
+        parts.append(part.value_or(u"-"_s));
+    }
+    return parts.join(u'|');
+}
+
+QString describe(const TopologyEntry &entry)
+{
+    QStringList parts{entry.id, entry.status};
+    for (const auto &part : {entry.detail, entry.model, entry.progressText}) {
+        parts.append(part.value_or(u"-"_s));
+    }
+    return (parts << entry.parentId).join(u'|');
+}
+
+std::string nested(std::size_t depth)
+{
+    return std::string(depth, '[') + std::string(depth, ']');
+}
+
+} // namespace
+
+class TestDocuments : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void agents_data()
+    {
+        QTest::addColumn<QByteArray>("agents");
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QString>("topology");
+        const auto row = [](const char *name, const QByteArray &agents, const QString &list,
+                            const QString &topology) {
+            QTest::newRow(name) << agents << list << topology;
+        };
+        row("aliases", R"({"coder":{"state":"busy","task":"Refactor","progress":42.9}})",
+            u"coder|coder|busy|Refactor|-|-|42%"_s, u"coder|busy|Refactor|-|42%|main"_s);
+        row("the readers prefer other members",
+            R"({"a":{"phase":"p","summary":"s","note":"n","activity":"act","ts":"t"}})",
+            u"a|a|p|s|-|t|-"_s, u"a|idle|act|-|-|main"_s);
+        row("aliases of the wrong type are passed over",
+            R"({"a":{"status":1,"state":"s","detail":null,"message":"m","parent":7,
+                "spawnedBy":"b","updated":[],"updatedAt":"u","name":{},"model":false}})",
+            u"a|a|s|m|-|u|-"_s, u"a|s|m|-|-|b"_s);
+        row("no object", R"({"a":"text","b":{"model":"m","parent":null}})",
+            u"b|b|unknown|-|m|-|-"_s, u"a|idle|-|-|-|main b|idle|-|m|-|main"_s);
+        row("same name twice", R"({"a":{"status":"1"},"b":{"status":"2"},"a":{"status":"3"}})",
+            u"a|a|3|-|-|-|- b|b|2|-|-|-|-"_s, u"a|3|-|-|-|main b|2|-|-|-|main"_s);
+        row("negative fraction", R"({"a":{"progress":-0.5}})", u"a|a|unknown|-|-|-|0%"_s,
+            u"a|idle|-|-|0%|main"_s);
+        row("beyond 64 bits", R"({"a":{"progress":1e300,"progressText":"much"}})",
+            u"a|a|unknown|-|-|-|much"_s, u"a|idle|-|-|much|main"_s);
+        row("more digits than 64 bits hold", R"({"a":{"progress":99999999999999999999}})",
+            u"a|a|unknown|-|-|-|-"_s, u"a|idle|-|-|-|main"_s);
+        row("agents are no object", "[1]", {}, {});
+    }
+
+    void agents()
+    {
+        QFETCH(QByteArray, agents);
+        QFETCH(QString, list);
+        QFETCH(QString, topology);
+        const std::string text = "{\"agents\":" + agents.toStdString() + "}";
+        const auto payload = readAgentStatus(text);
+        QVERIFY(payload);
+        QStringList items;
+        for (const AgentStatusItem &item : payload->agents) {
+            items.append(describe(item));
+        }
+        QCOMPARE(items.join(u' '), list);
+        const auto object = readAgentEntries(text);
+        QVERIFY(object);
+        QStringList entries;
+        for (const JsonMember &entry : object->members()) {
+            entries.append(describe(readTopologyEntry(entry)));
+        }
+        QCOMPARE(entries.join(u' '), topology);
+    }
+
+    void completions_data()
+    {
+        QTest::addColumn<QByteArray>("completions");
+        QTest::addColumn<QString>("list");
+        QTest::newRow("full") << QByteArray(R"([{"agent":"a","text":"b","message":"c","ts":"d"}])")
+                              << u"a|b|d"_s;
+        QTest::newRow("summary only")
+            << QByteArray(R"([{"summary":"Shipped"}])") << u"agent|Shipped|-"_s;
+        QTest::newRow("nothing but wrong types")
+            << QByteArray(R"([{"agent":1,"text":{},"ts":2}])") << u"agent|Completed|-"_s;
+        QTest::newRow("one is a number") << QByteArray(R"([{"text":"b"},1])") << u""_s;
+        QTest::newRow("no array") << QByteArray(R"({"text":"b"})") << u""_s;
+    }
+
+    void completions()
+    {
+        QFETCH(QByteArray, completions);
+        QFETCH(QString, list);
+        const auto payload = readAgentStatus(R"({"agents":{"a":{}},"completions":)" +
+                                             completions.toStdString() + "}");
+        QVERIFY(payload);
+        QCOMPARE(payload->agents.size(), 1);
+        QStringList items;
+        for (const AgentCompletionItem &item : payload->completions) {
+            items.append(item.agent + u'|' + item.text + u'|' + item.ts.value_or(u"-"_s));
+        }
+        QCOMPARE(items.join(u' '), list);
+    }
+
+    void whatIsNoDocument_data()
+    {
+        QTest::addColumn<std::string>("text");
+        QTest::addColumn<bool>("isJson");
+        QTest::newRow("empty") << std::string() << false;
+        QTest::newRow("cut") << std::string(R"({"agents":{"a":{}})") << false;
+        QTest::newRow("trailing text") << std::string(R"({"agents":{}} x)") << false;
+        QTest::newRow("two documents") << std::string("{}{}") << false;
+        QTest::newRow("not UTF-8") << std::string("{\"agents\":\"\xff\"}") << false;
+        QTest::newRow("bad number in what nobody reads") << std::string(R"({"x":01})") << false;
+        QTest::newRow("bad word in what nobody reads") << std::string(R"({"x":nul})") << false;
+        QTest::newRow("lone surrogate") << std::string(R"({"x":"\ud800"})") << false;
+        QTest::newRow("nested too deep") << "{\"x\":" + nested(100'000) + "}" << false;
+        QTest::newRow("nested deep") << "{\"x\":" + nested(500) + "}" << true;
+        QTest::newRow("byte order mark") << std::string("\xEF\xBB\xBF{}") << true;
+        QTest::newRow("a number") << std::string("42") << true;
+        QTest::newRow("null") << std::string("null") << true;
+        QTest::newRow("an array") << std::string("[]") << true;
+    }
+
+    void whatIsNoDocument()
+    {
+        QFETCH(std::string, text);
+        QFETCH(bool, isJson);
+        const auto payload = readAgentStatus(text);
+        QCOMPARE(payload.has_value(), isJson);
+        QVERIFY(payload ? payload->agents.isEmpty() : !payload.error().isEmpty());
+    }
+
+    void floodsOfValuesAreRefused()
+    {
+        std::string text = "[0";
+        for (int i = 0; i < 5'000'000; ++i) {
+            text += ",0";
+        }
+        QVERIFY(!readAgentStatus(text + "]"));
+    }
+
+    void projects_data()
+    {
+        QTest::addColumn<QByteArray>("change");
+        QTest::addColumn<QByteArray>("into");
+        QTest::addColumn<QString>("problem");
+        const auto row = [](const char *name, const QByteArray &change, const QByteArray &into,
+                            const QString &problem) {
+            QTest::newRow(name) << change << into << problem;
+        };
+        row("as it should be", "", "", {});
+        row("note is null", R"("note":"n")", R"("note":null)", {});
+        row("no note", R"(,"note":"n")", "", {});
+        row("integer with a fraction of zero", "50", "50.0", {});
+        row("no description", R"("description":"d",)", "", u"projects[0].description: missing"_s);
+        row("progress has a fraction", "50", "50.5", u"projects[0].progress: not an integer"_s);
+        row("progress is a text", "50", R"("50")", u"projects[0].progress: not an integer"_s);
+        row("progress is beyond 64 bits", "50", "1e19", u"projects[0].progress: not an integer"_s);
+        row("name is null", R"("P")", "null", u"projects[0].name: not a string"_s);
+        row("note is a number", R"("n")", "1", u"projects[0].workstreams[0].note: not a string"_s);
+        row("workstream is a text", R"([{"id":"w")", R"(["x",{"id":"w")",
+            u"projects[0].workstreams[0]: not an object"_s);
+        row("no version", R"("version":1,)", "", u"version: missing"_s);
+        row("projects are an object", R"("projects":[)", R"("projects":{},"x":[)",
+            u"projects: not an array"_s);
+        row("top level is an array", R"({"version")", R"([{"version")", u"-"_s);
+    }
+
+    void projects()
+    {
+        QFETCH(QByteArray, change);
+        QFETCH(QByteArray, into);
+        QFETCH(QString, problem);
+        QByteArray text = R"({"version":1,"updated":"u","projects":[{"id":"p","name":"P",)"
+                          R"("description":"d","status":"green","progress":50,"workstreams":)"
+                          R"([{"id":"w","name":"W","status":"red","progress":7,"note":"n"}]}]})";
+        if (!change.isEmpty()) {
+            QVERIFY(text.contains(change));
+            text.replace(change, into);
+        }
+        const auto tracker = readProjectTracker(text.toStdString());
+        if (problem == u"-"_s) {
+            QVERIFY(!tracker);
+            return;
+        }
+        QCOMPARE(tracker ? QString() : tracker.error(), problem);
+        if (tracker) {
+            QCOMPARE(tracker->projects.at(0).progress, 50);
+            QCOMPARE(tracker->projects.at(0).workstreams.at(0).id, u"w"_s);
+        }
+    }
+
+    void cronJobsNeverFailTheDocument()
+    {
+        const auto tracker = readCronTracker(
+            R"({"version":1,"updated":"u","jobs":[{},7,{"id":"j","name":3,"schedule":"every 1m",)"
+            R"("status":"green","lastRun":null,"nextRun":"in 20m","payload":"p","enabled":false}]})");
+        QVERIFY(tracker);
+        QCOMPARE(tracker->jobs.size(), 3);
+        for (const CronJobItem &odd : tracker->jobs.first(2)) {
+            QVERIFY(!odd.id.isEmpty());
+            QCOMPARE(odd, (CronJobItem{odd.id, u"Unnamed Job"_s, {}, u"idle"_s}));
+        }
+        QVERIFY(tracker->jobs.at(0).id != tracker->jobs.at(1).id);
+        QCOMPARE(tracker->jobs.at(2),
+                 (CronJobItem{u"j"_s, u"Unnamed Job"_s, u"every 1m"_s, u"green"_s, std::nullopt,
+                              u"in 20m"_s, u"p"_s, false}));
+        QCOMPARE(readCronTracker(R"({"version":1,"updated":""})").error(), u"jobs: missing"_s);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestDocuments)
+#include "test_documents.moc"
