@@ -1,0 +1,40 @@
+#include "tracker/AgentSyncService.h"
+
+#include "core/ExpandPath.h"
+#include "platform/Files.h"
+#include "tracker/SessionList.h"
+
+#include <QDateTime>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+void syncAgents(const GatewayTool &tool, const QString &statusFile)
+{
+    const QString cli = tool.findDuskrell();
+    if (cli.isEmpty()) {
+        return;
+    }
+    const QString output = tool.runCommand(
+        cli, {u"sessions"_s, u"--all-agents"_s, u"--active"_s, u"2"_s, u"--json"_s});
+    const auto document =
+        agentStatusFromSessions(output.toStdString(), QDateTime::currentDateTime());
+    if (document) {
+        static_cast<void>(writeInPlace(expandPath(statusFile), *document));
+    }
+}
+
+} // namespace
+
+AgentSyncService::AgentSyncService(const OstrelleConfig &config, const GatewayTool &tool,
+                                   QObject *parent)
+    : SyncService([tool, file = config.paths.statusFile] { syncAgents(tool, file); }, parent)
+{
+}
+
+} // namespace ostrelle

@@ -1,0 +1,75 @@
+#include "tracker/CronSyncService.h"
+
+#include "core/ExpandPath.h"
+#include "platform/Files.h"
+#include "platform/Log.h"
+#include "tracker/JobList.h"
+
+#include <QDateTime>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QString listJobs(const GatewayTool &tool, const QString &cli, const QStringList &options = {})
+{
+    return tool.runCommand(cli, QStringList{u"cron"_s, u"list"_s, u"--json"_s} + options);
+}
+
+void write(const QString &file, const QByteArray &content)
+{
+    static_cast<void>(writeInPlace(file, content));
+}
+
+// Stores what the tool says when nobody understands it.
+void syncFromCLI(const GatewayTool &tool, const QString &cronFile)
+{
+    if (const QString cli = tool.findDuskrell(); !cli.isEmpty()) {
+        write(cronFile, listJobs(tool, cli).toUtf8());
+    }
+}
+
+void processOutput(const GatewayTool &tool, const QString &cronFile, const QString &output)
+{
+    const auto document = cronTrackerFromJobs(output.toStdString(), QDateTime::currentDateTime());
+    if (document) {
+        write(cronFile, *document);
+    } else {
+        syncFromCLI(tool, cronFile);
+    }
+}
+
+void syncCronJobs(const GatewayTool &tool, const QString &cronFile)
+{
+    const QString cli = tool.findDuskrell();
+    if (cli.isEmpty()) {
+        logLine(u"[CronSync] duskrell CLI not found"_s);
+        return;
+    }
+    QString output = listJobs(tool, cli, {u"--all"_s});
+    if (output.isEmpty()) {
+        output = listJobs(tool, cli); // an older tool knows no --all
+    }
+    if (!output.isEmpty()) {
+        processOutput(tool, cronFile, output);
+    }
+}
+
+QString cronFileOf(const OstrelleConfig &config)
+{
+    return expandPath(config.paths.cronFile.value_or(u"~/.ostrelle/ostrelle-cron-tracker.json"_s));
+}
+
+} // namespace
+
+CronSyncService::CronSyncService(const OstrelleConfig &config, const GatewayTool &tool,
+                                 QObject *parent)
+    : SyncService([tool, file = cronFileOf(config)] { syncCronJobs(tool, file); }, parent)
+{
+}
+
+} // namespace ostrelle

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+
+namespace ostrelle
+{
+
+// The gateway's command-line tool: where it is and how it is asked. A plain value; all calls block
+// until a child process has ended: background threads only.
+class GatewayTool
+{
+public:
+    // What no answer takes; a run that lasts longer hangs and is killed.
+    static constexpr std::chrono::milliseconds defaultDeadline = std::chrono::minutes(5);
+
+    static QStringList defaultCandidates();
+
+    // The candidates are tried in order, before the program's own PATH.
+    explicit GatewayTool(QStringList candidates = defaultCandidates(),
+                         std::chrono::milliseconds deadline = defaultDeadline);
+
+    // The tool's path, or an empty text when it is not installed.
+    QString findDuskrell() const;
+
+    // The program's whole standard output, whatever its exit status. Empty when it cannot be
+    // started, hangs, floods its output or writes something that is not UTF-8.
+    QString runCommand(const QString &program, const QStringList &args) const;
+
+private:
+    QStringList m_candidates;
+    std::chrono::milliseconds m_deadline;
+};
+
+} // namespace ostrelle

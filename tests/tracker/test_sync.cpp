@@ -1,0 +1,161 @@
+#include "platform/ProcessSetup.h"
+#include "support/FileSizeLimit.h"
+#include "support/ScratchHome.h"
+#include "tracker/AgentSyncService.h"
+#include "tracker/CronSyncService.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+using namespace ostrelle;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+class TestSync : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { prepareProcess(); }
+    void cleanup() { QVERIFY(finishBackgroundWork(10s)); }
+
+    void runsTheTool_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("output");
+        const QString home = u"$HOME"_s;
+        QTest::newRow("exactly two variables")
+            << QByteArray("env -u PWD -u _ -u SHLVL -u OLDPWD | sort")
+            << u"HOME=%1\nPATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin\n"_s;
+        QTest::newRow("arguments") << QByteArray("printf '%s|' \"$@\"") << u"a b|'c'|"_s;
+        QTest::newRow("error status and error output")
+            << QByteArray("echo out; echo err >&2; exit 3") << u"out\n"_s;
+        QTest::newRow("more than a pipe holds")
+            << QByteArray("head -c 300000 /dev/zero | tr '\\0' x") << QString(300'000, u'x');
+        QTest::newRow("not UTF-8") << QByteArray("printf 'a\\377b'") << QString();
+        QTest::newRow("cut UTF-8") << QByteArray("printf 'a\\303'") << QString();
+        QTest::newRow("flood") << QByteArray("exec cat /dev/zero") << QString();
+        QTest::newRow("dies") << QByteArray("printf part; kill -9 $$") << u"part"_s;
+        QTest::newRow("hangs") << QByteArray("echo out; exec sleep 600") << QString();
+        QTest::newRow("grandchild holds the pipe")
+            << QByteArray("sleep 3 & echo out") << u"out\n"_s;
+    }
+
+    void runsTheTool()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, output);
+        const ScratchHome home;
+        const GatewayTool tool({home.writeScript(u"duskrell"_s, script)}, 2s);
+        QCOMPARE(tool.findDuskrell(), home.path(u"duskrell"_s));
+        const QString expected = output.contains(u"%1"_s) ? output.arg(home.path()) : output;
+        QCOMPARE(tool.runCommand(tool.findDuskrell(), {u"a b"_s, u"'c'"_s}), expected);
+    }
+
+    void findsTheTool()
+    {
+        const ScratchHome home;
+        const QByteArray path = qgetenv("PATH");
+        const GatewayTool tool({home.path(u"first"_s), home.path(u"second"_s)});
+        QCOMPARE(tool.findDuskrell(), QString());
+        const QString found = home.writeScript(u"bin/duskrell"_s, {});
+        qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
+        QCOMPARE(tool.findDuskrell(), found);
+        home.write(u"second"_s, "no program");
+        QCOMPARE(tool.findDuskrell(), home.path(u"second"_s));
+        QCOMPARE(tool.runCommand(tool.findDuskrell(), {}), QString());
+        qputenv("PATH", path);
+    }
+
+    void writesTheAgentStatus()
+    {
+        const ScratchHome home;
+        home.write(u"status.json"_s, "before");
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.paths.statusFile = u"~/status.json"_s;
+        AgentSyncService service(
+            config, GatewayTool({home.writeScript(
+                        u"tool"_s, "test \"$*\" = 'sessions --all-agents --active 2 --json' &&"
+                                   " echo '{\"sessions\":[]}'")}));
+        service.start();
+        QTRY_VERIFY(home.read(u"status.json"_s).contains("No active sessions"));
+        // Indented and sorted.
+        QVERIFY(home.read(u"status.json"_s).startsWith("{\n    \"agents\": {\n"));
+    }
+
+    void keepsTheFileWhenAPassFails_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::newRow("prints nothing") << QByteArray();
+        QTest::newRow("prints garbage") << QByteArray("echo error: no gateway");
+        QTest::newRow("no room for the new content") << QByteArray("echo '{\"sessions\":[]}'");
+    }
+
+    void keepsTheFileWhenAPassFails()
+    {
+        QFETCH(QByteArray, script);
+        const ScratchHome home;
+        home.write(u"status.json"_s, "before");
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.paths.statusFile = home.path(u"status.json"_s);
+        AgentSyncService service(config, GatewayTool({home.writeScript(u"tool"_s, script)}));
+        {
+            const FileSizeLimit fullDisk(20);
+            service.sync();
+            QVERIFY(finishBackgroundWork(10s));
+        }
+        QCOMPARE(home.read(u"status.json"_s), QByteArray("before"));
+    }
+
+    void cronPass_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("job list") << QByteArray("echo '{\"jobs\":[{\"id\":\"'$4'\"}]}'")
+                                  << QByteArray("\"id\": \"--all\"");
+        QTest::newRow("knows no --all")
+            << QByteArray("test $# = 3 && echo '{\"jobs\":[{\"id\":\"'$*'\"}]}'")
+            << QByteArray("\"id\": \"cron list --json\"");
+        QTest::newRow("no job list")
+            << QByteArray("echo \"[$*]\"") << QByteArray("[cron list --json]\n");
+        QTest::newRow("no job list, then nothing")
+            << QByteArray("test $# = 3 || echo '[]'") << QByteArray("");
+        QTest::newRow("nothing at all") << QByteArray() << QByteArray("before");
+    }
+
+    void cronPass()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QByteArray, content);
+        const ScratchHome home;
+        home.write(u".ostrelle/ostrelle-cron-tracker.json"_s, "before");
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.paths.cronFile = std::nullopt;
+        CronSyncService service(config, GatewayTool({home.writeScript(u"tool"_s, script)}));
+        service.sync();
+        QVERIFY(finishBackgroundWork(10s));
+        const QByteArray written = home.read(u".ostrelle/ostrelle-cron-tracker.json"_s);
+        if (content.startsWith("\"id\"")) {
+            QVERIFY2(written.contains(content), written);
+        } else {
+            QCOMPARE(written, content);
+        }
+    }
+
+    void hungPassesDoNotPileUp()
+    {
+        const ScratchHome home;
+        const QString tool = home.writeScript(u"tool"_s, "echo >> ~/starts; exec sleep 600");
+        AgentSyncService service(OstrelleConfig::defaults(), GatewayTool({tool}, 3s));
+        for (int i = 0; i < 20; ++i) {
+            service.sync();
+        }
+        QTRY_COMPARE(home.read(u"starts"_s).size(), 4);
+        QVERIFY(finishBackgroundWork(10s));
+        QCOMPARE(home.read(u"starts"_s).size(), 4);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSync)
+#include "test_sync.moc"
