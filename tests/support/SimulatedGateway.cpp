@@ -1,0 +1,63 @@
+#include "support/SimulatedGateway.h"
+
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int startMilliseconds = 20'000; // sanitizers and a busy machine are slow
+
+} // namespace
+
+SimulatedGateway::SimulatedGateway(const ScratchHome &home)
+    : m_home(home)
+{
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(simulatorProgram(), {u"serve"_s, u"--port"_s, u"0"_s});
+    while (!m_process.canReadLine()) {
+        if (!m_process.waitForReadyRead(startMilliseconds)) {
+            qFatal("the gateway simulator does not start");
+        }
+    }
+    m_port = m_process.readLine().trimmed().split(':').last().toUShort();
+}
+
+SimulatedGateway::~SimulatedGateway()
+{
+    m_process.terminate();
+    m_process.waitForFinished();
+}
+
+QString SimulatedGateway::url() const
+{
+    return u"http://127.0.0.1:%1"_s.arg(m_port);
+}
+
+QByteArray SimulatedGateway::token() const
+{
+    const auto config = QJsonDocument::fromJson(m_home.read(u".duskrell/duskrell.json"_s));
+    return config["gateway"_L1]["auth"_L1]["token"_L1].toString().toUtf8();
+}
+
+QList<QJsonObject> SimulatedGateway::recorded() const
+{
+    QList<QJsonObject> entries;
+    for (const QByteArray &line : m_home.read(u".duskrell/simulator-record.jsonl"_s).split('\n')) {
+        if (!line.isEmpty()) {
+            entries.append(QJsonDocument::fromJson(line).object());
+        }
+    }
+    return entries;
+}
+
+QString simulatorProgram()
+{
+    return qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/duskrell"_s;
+}
+
+void playSimulator(const ScratchHome &home, const QJsonObject &settings)
+{
+    home.write(u".duskrell/simulator.json"_s, QJsonDocument(settings).toJson());
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "support/ScratchHome.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QProcess>
+
+// The gateway simulator's service on a free port, at home in a scratch home, for as long as the
+// object lives. Its tool stands at simulatorProgram().
+class SimulatedGateway
+{
+public:
+    explicit SimulatedGateway(const ScratchHome &home);
+    ~SimulatedGateway();
+    SimulatedGateway(const SimulatedGateway &) = delete;
+    SimulatedGateway &operator=(const SimulatedGateway &) = delete;
+
+    quint16 port() const { return m_port; }
+    QString url() const;
+    QByteArray token() const;
+
+    // Every request and every run of the tool in the home since settings had "record" on.
+    QList<QJsonObject> recorded() const;
+
+private:
+    const ScratchHome &m_home;
+    QProcess m_process;
+    quint16 m_port = 0;
+};
+
+QString simulatorProgram();
+
+// What the simulator in this home is from now on: the members that its README names.
+void playSimulator(const ScratchHome &home, const QJsonObject &settings);
