@@ -1,0 +1,114 @@
+#include "statusserver/Acceptor.h"
+
+#include "platform/Log.h"
+#include "statusserver/Listener.h"
+
+#include <cerrno>
+#include <sys/socket.h>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// How many connections are served before those who waited for something else get their turn.
+constexpr int maxAcceptsPerTurn = 64;
+
+// After this long there may be descriptors or memory again.
+constexpr std::chrono::milliseconds pauseAfterError{50};
+
+bool isTransient(int error)
+{
+    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM ||
+           error == ECONNABORTED;
+}
+
+} // namespace
+
+Acceptor::Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient)
+    : m_state(state)
+    , m_onClient(std::move(onClient))
+    , m_serverSocket(loop)
+    , m_pause(loop)
+{
+}
+
+void Acceptor::open(Descriptor serverSocket)
+{
+    m_errorTold = false;
+    asio::error_code error;
+    m_serverSocket.assign(serverSocket.get(), error);
+    if (error) {
+        logLine(u"[StatusServer] Accept error: "_s + QString::fromStdString(error.message()));
+        return;
+    }
+    static_cast<void>(serverSocket.release()); // m_serverSocket owns it now
+    waitForClients();
+}
+
+void Acceptor::close(int serverSocket)
+{
+    if (m_serverSocket.is_open() && m_serverSocket.native_handle() == serverSocket) {
+        asio::error_code ignored;
+        m_serverSocket.close(ignored);
+        m_pause.cancel();
+    }
+}
+
+void Acceptor::waitForClients()
+{
+    m_serverSocket.async_wait(WatchedDescriptor::wait_read, [this](const asio::error_code &error) {
+        if (!error && m_serverSocket.is_open()) {
+            acceptAll();
+        }
+    });
+}
+
+void Acceptor::acceptAll()
+{
+    for (int accepted = 0; accepted < maxAcceptsPerTurn; ++accepted) {
+        // One call, so that no child process can inherit the connection in between.
+        Descriptor client(::accept4(m_serverSocket.native_handle(), nullptr, nullptr,
+                                    SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (!client) {
+            handleError(errno);
+            return;
+        }
+        m_errorTold = false;
+        m_onClient(std::move(client));
+    }
+    waitForClients();
+}
+
+void Acceptor::handleError(int error)
+{
+    if (error == EAGAIN || error == EINTR) {
+        waitForClients();
+        return;
+    }
+    if (!m_state.running()) {
+        return;
+    }
+    if (!m_errorTold) {
+        logLine(u"[StatusServer] Accept error: "_s + systemText(error));
+        m_errorTold = true;
+    }
+    if (isTransient(error)) {
+        pause();
+    }
+}
+
+void Acceptor::pause()
+{
+    m_pause.expires_after(pauseAfterError);
+    m_pause.async_wait([this](const asio::error_code &error) {
+        if (!error && m_serverSocket.is_open()) {
+            acceptAll();
+        }
+    });
+}
+
+} // namespace ostrelle

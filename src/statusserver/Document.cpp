@@ -1,0 +1,63 @@
+#include "statusserver/Document.h"
+
+#include "statusserver/FileReading.h"
+
+#include <algorithm>
+#include <simdjson.h>
+#include <sys/stat.h>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+// More than the longest header.
+constexpr std::size_t headerRoom = 256;
+
+// Reads behind the room for the header; the count of bytes, or nothing on an error.
+std::optional<std::size_t> readBody(int file, std::size_t size, std::string &storage)
+{
+    std::optional<std::size_t> count;
+    // One byte more than the file has shows the end without asking for it again.
+    storage.resize_and_overwrite(headerRoom + size + 1, [&](char *data, std::size_t /*room*/) {
+        count = readAt(file, {data + headerRoom, size + 1}, 0, size);
+        return headerRoom + count.value_or(0);
+    });
+    return count;
+}
+
+void putHeader(Response &response)
+{
+    const std::string header = jsonHeader("200 OK", response.storage.size() - headerRoom);
+    response.begin = headerRoom - header.size();
+    std::ranges::copy(header, response.storage.data() + response.begin);
+}
+
+} // namespace
+
+DocumentOutcome loadDocument(const std::string &path, std::size_t maxBytes, Response &response)
+{
+    const auto file = openRegular(path);
+    if (!file) {
+        return DocumentOutcome::Missing;
+    }
+    // A file that grows while it is read is read again.
+    std::size_t size = file->size;
+    while (size <= maxBytes) {
+        const auto count = readBody(file->descriptor.get(), size, response.storage);
+        if (!count) {
+            return DocumentOutcome::Missing;
+        }
+        if (*count <= size) {
+            putHeader(response);
+            const std::string_view body = std::string_view(response.storage).substr(headerRoom);
+            return simdjson::validate_utf8(body.data(), body.size()) ? DocumentOutcome::Loaded
+                                                                     : DocumentOutcome::Missing;
+        }
+        size *= 2;
+    }
+    return DocumentOutcome::TooLarge;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,74 @@
+#include "statusserver/Listener.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <limits>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <system_error>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// Room for a crowd that connects at once: with a short queue the kernel would let most of it wait
+// for a second before it tries again.
+constexpr int listenQueueLength = 4096;
+
+QString bindFailure(qint64 port, int error)
+{
+    return u"[StatusServer] Failed to bind to port %1: %2"_s.arg(port).arg(systemText(error));
+}
+
+// 0 or the errno value.
+int bindTo(int socket, quint16 port)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_ANY);
+    address.sin_port = htons(port);
+    const auto *const general = reinterpret_cast<const sockaddr *>(&address);
+    return ::bind(socket, general, sizeof address) == 0 ? 0 : errno;
+}
+
+int portOf(int socket)
+{
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    ::getsockname(socket, reinterpret_cast<sockaddr *>(&address), &length);
+    return ntohs(address.sin_port);
+}
+
+} // namespace
+
+std::expected<Listener, QString> listenOn(qint64 port)
+{
+    Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!socket) {
+        return std::unexpected(u"[StatusServer] Failed to create socket"_s);
+    }
+    const int on = 1;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (port < 0 || port > std::numeric_limits<quint16>::max()) {
+        return std::unexpected(bindFailure(port, EINVAL));
+    }
+    if (const int error = bindTo(socket.get(), static_cast<quint16>(port)); error != 0) {
+        return std::unexpected(bindFailure(port, error));
+    }
+    if (::listen(socket.get(), listenQueueLength) != 0) {
+        return std::unexpected(u"[StatusServer] Failed to listen: "_s + systemText(errno));
+    }
+    const int actualPort = portOf(socket.get());
+    return Listener{std::move(socket), actualPort};
+}
+
+QString systemText(int error)
+{
+    return QString::fromStdString(std::generic_category().message(error));
+}
+
+} // namespace ostrelle

@@ -1,0 +1,25 @@
+#include "statusserver/RunLoop.h"
+
+#include "platform/Log.h"
+
+#include <QString>
+
+#include <exception>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+void runUntilStopped(asio::io_context &loop)
+{
+    while (!loop.stopped()) {
+        try {
+            loop.run();
+        } catch (const std::exception &error) {
+            logLine(u"[StatusServer] Request dropped: "_s + QString::fromUtf8(error.what()));
+        }
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "core/OstrelleConfig.h"
+#include "statusserver/AbandonableThread.h"
+#include "statusserver/Acceptor.h"
+#include "statusserver/ClientService.h"
+#include "statusserver/ServerLimits.h"
+#include "statusserver/ServerState.h"
+#include "statusserver/Site.h"
+#include "statusserver/Workers.h"
+
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <memory>
+#include <optional>
+
+namespace ostrelle
+{
+
+// The server's threads and what they share: one thread for all sockets, a few for slow answers.
+// Every thread holds on to the engine, so one that hangs can be left behind.
+class ServerEngine : public std::enable_shared_from_this<ServerEngine>
+{
+public:
+    ServerEngine(const OstrelleConfig &config, const ServerLimits &limits);
+
+    ServerState &state() { return m_state; }
+
+    // Starts to listen, on the I/O thread. Main thread only, like the two below.
+    void start();
+
+    // Refuses connections from now on; those that are there are served to their end.
+    void stop();
+
+    // Drops everything and waits for the threads, but not for long.
+    void finish();
+
+private:
+    void runServer(qint64 port);
+    void runSlowly(Workers::Task task);
+
+    // never changes
+    const qint64 m_port;
+    const Site m_site;
+    // guards itself
+    ServerState m_state;
+    Workers m_workers;
+    asio::io_context m_loop{1};
+    // I/O thread only
+    asio::executor_work_guard<asio::io_context::executor_type> m_open;
+    ClientService m_clients;
+    Acceptor m_acceptor;
+    // main thread only
+    std::optional<AbandonableThread> m_thread;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,86 @@
+#include "statusserver/ServerState.h"
+
+#include <sys/socket.h>
+#include <utility>
+
+namespace ostrelle
+{
+
+void ServerState::observe(std::function<void()> changed)
+{
+    const std::lock_guard lock(m_mutex);
+    m_changed = std::move(changed);
+}
+
+bool ServerState::running() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_running;
+}
+
+bool ServerState::startRequested() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_startRequested;
+}
+
+int ServerState::port() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_port;
+}
+
+bool ServerState::requestStart()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_startRequested || m_running) {
+        return false;
+    }
+    m_startRequested = true;
+    return true;
+}
+
+bool ServerState::enterServing(int serverSocket, int port)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_startRequested || m_running) {
+        return false;
+    }
+    m_serverSocket = serverSocket;
+    m_port = port;
+    m_running = true;
+    m_startRequested = false;
+    tell();
+    return true;
+}
+
+void ServerState::enterIdle()
+{
+    const std::lock_guard lock(m_mutex);
+    m_startRequested = false;
+}
+
+int ServerState::stop()
+{
+    const std::lock_guard lock(m_mutex);
+    const bool wasRunning = std::exchange(m_running, false);
+    m_startRequested = false;
+    m_port = 0;
+    if (m_serverSocket >= 0) {
+        // The descriptor is closed on the I/O thread, which may be busy; nobody waits for it.
+        ::shutdown(m_serverSocket, SHUT_RDWR);
+    }
+    if (wasRunning) {
+        tell();
+    }
+    return std::exchange(m_serverSocket, -1);
+}
+
+void ServerState::tell() const
+{
+    if (m_changed) {
+        m_changed();
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+
+namespace ostrelle
+{
+
+// Where the server stands: idle, starting or serving. Shared by the main thread, which starts and
+// stops, and the I/O thread, which opens the listener. Any thread.
+class ServerState
+{
+public:
+    // `changed` is called on the thread that changes `running`, and must return at once.
+    void observe(std::function<void()> changed);
+
+    bool running() const;
+    bool startRequested() const;
+
+    // The port that is listened on; 0 while not running.
+    int port() const;
+
+    // Idle to starting; false when the server was not idle.
+    bool requestStart();
+
+    // Starting to serving; false when it was stopped meanwhile or serves already.
+    bool enterServing(int serverSocket, int port);
+
+    // Starting to idle.
+    void enterIdle();
+
+    // Any state to idle. Connections are refused at once; the listening socket that is left to
+    // close is returned, or -1.
+    int stop();
+
+private:
+    void tell() const;
+
+    mutable std::mutex m_mutex;
+    // protected by m_mutex
+    std::function<void()> m_changed;
+    int m_serverSocket = -1;
+    int m_port = 0;
+    bool m_running = false;
+    bool m_startRequested = false;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,84 @@
+#include "statusserver/StatusServer.h"
+
+#include "core/BackgroundWork.h"
+#include "core/LegacyAgent.h"
+#include "platform/Paths.h"
+#include "statusserver/ServerEngine.h"
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString legacyStatusLabel = u"com.duskrell.status-server"_s;
+
+QString legacyStatusPlist()
+{
+    return homeDirectory() + u"/Library/LaunchAgents/com.duskrell.status-server.plist"_s;
+}
+
+} // namespace
+
+StatusServer::StatusServer(const OstrelleConfig &config, const ServerLimits &limits,
+                           QObject *parent)
+    : QObject(parent)
+    , m_engine(std::make_shared<ServerEngine>(config, limits))
+{
+    m_engine->state().observe([this] {
+        QMetaObject::invokeMethod(this, &StatusServer::tellRunning, Qt::QueuedConnection);
+    });
+    disableLegacyStatusServer();
+}
+
+StatusServer::~StatusServer()
+{
+    m_engine->state().observe({});
+    m_engine->finish();
+}
+
+void StatusServer::start()
+{
+    m_engine->start();
+}
+
+void StatusServer::stop()
+{
+    m_engine->stop();
+}
+
+bool StatusServer::running() const
+{
+    return m_engine->state().running();
+}
+
+bool StatusServer::startRequested() const
+{
+    return m_engine->state().startRequested();
+}
+
+int StatusServer::port() const
+{
+    return m_engine->state().port();
+}
+
+void StatusServer::disableLegacyStatusServer()
+{
+    utilityPool().start(
+        [agent = LegacyAgent{.label = legacyStatusLabel, .plist = legacyStatusPlist()}] {
+            disableLegacyAgent(agent);
+        });
+}
+
+// A start and a stop that follow each other at once cancel out.
+void StatusServer::tellRunning()
+{
+    if (const bool now = running(); now != m_toldRunning) {
+        m_toldRunning = now;
+        Q_EMIT runningChanged();
+    }
+}
+
+} // namespace ostrelle

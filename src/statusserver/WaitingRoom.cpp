@@ -1,0 +1,74 @@
+#include "statusserver/WaitingRoom.h"
+
+namespace ostrelle
+{
+
+WaitingRoom::WaitingRoom(asio::io_context &loop, std::chrono::milliseconds limit)
+    : m_loop(loop)
+    , m_limit(limit)
+    , m_timer(loop)
+{
+}
+
+void WaitingRoom::enter(Descriptor socket, WaitFor event, Ready ready)
+{
+    WatchedDescriptor watched(m_loop);
+    asio::error_code error;
+    watched.assign(socket.get(), error);
+    if (error) {
+        return;
+    }
+    static_cast<void>(socket.release()); // `watched` owns it now
+    auto guest =
+        std::make_shared<Guest>(std::move(watched), std::chrono::steady_clock::now() + m_limit,
+                                std::move(ready), m_guests.end());
+    guest->place = m_guests.insert(m_guests.end(), guest);
+    guest->socket.async_wait(event, [this, guest](const asio::error_code &failure) {
+        // Who was shown the door has left already, even if the socket became ready meanwhile.
+        if (guest->socket.is_open()) {
+            m_guests.erase(guest->place);
+            Descriptor own(guest->socket.release());
+            if (!failure) {
+                guest->ready(std::move(own));
+            }
+        }
+    });
+    armTimer();
+}
+
+bool WaitingRoom::dropOldest()
+{
+    if (m_guests.empty()) {
+        return false;
+    }
+    asio::error_code ignored;
+    m_guests.front()->socket.close(ignored);
+    m_guests.pop_front();
+    return true;
+}
+
+void WaitingRoom::armTimer()
+{
+    if (m_timerRuns || m_guests.empty()) {
+        return;
+    }
+    m_timerRuns = true;
+    m_timer.expires_at(m_guests.front()->deadline);
+    m_timer.async_wait([this](const asio::error_code &error) {
+        m_timerRuns = false;
+        if (!error) {
+            dropLate();
+            armTimer();
+        }
+    });
+}
+
+void WaitingRoom::dropLate()
+{
+    const auto now = std::chrono::steady_clock::now();
+    while (!m_guests.empty() && m_guests.front()->deadline <= now) {
+        dropOldest();
+    }
+}
+
+} // namespace ostrelle

@@ -1,0 +1,36 @@
+#include "statusserver/Workers.h"
+
+#include "statusserver/RunLoop.h"
+
+#include <asio/post.hpp>
+
+namespace ostrelle
+{
+
+Workers::Workers(std::size_t threads)
+    : m_maxThreads(threads)
+{
+}
+
+void Workers::post(Task task)
+{
+    asio::post(m_queue->tasks, [task = std::move(task), queue = m_queue.get()]() mutable {
+        task(queue->stop.get_token());
+    });
+    const std::lock_guard lock(m_mutex);
+    if (m_threads.size() < m_maxThreads && !m_queue->tasks.stopped()) {
+        m_threads.emplace_back([queue = m_queue] { runUntilStopped(queue->tasks); });
+    }
+}
+
+void Workers::finishUntil(std::chrono::steady_clock::time_point deadline)
+{
+    m_queue->stop.request_stop();
+    m_queue->tasks.stop();
+    const std::lock_guard lock(m_mutex);
+    for (AbandonableThread &thread : m_threads) {
+        thread.finishUntil(deadline);
+    }
+}
+
+} // namespace ostrelle

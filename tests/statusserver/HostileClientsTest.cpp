@@ -1,0 +1,155 @@
+#include "statusserver/HostileClientsTest.h"
+
+#include "core/BackgroundWork.h"
+#include "statusserver/ServerFixture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTest>
+
+#include <fcntl.h>
+#include <list>
+#include <sys/resource.h>
+
+using namespace ostrelle;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
+const QString statusFile = u".ostrelle/ostrelle-agent-tracker.json"_s;
+
+qsizetype openDescriptors()
+{
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
+}
+
+} // namespace
+
+void HostileClientsTest::silentClientIsDropped()
+{
+    const ServerFixture fixture({.untilRequest = 50ms});
+    RawClient first(fixture.server->port());
+    QCOMPARE(first.readAll(), "");
+    // The clock was not left running or stopped for good.
+    RawClient second(fixture.server->port());
+    QCOMPARE(second.readAll(), "");
+    QCOMPARE(fixture.get("/health"), healthy);
+}
+
+void HostileClientsTest::clientThatDoesNotReadIsDropped()
+{
+    const ServerFixture fixture({.untilReading = 50ms});
+    fixture.home.write(statusFile, QByteArray(30'000'000, 'x'));
+    const qsizetype before = openDescriptors();
+    RawClient client(fixture.server->port(), 4096);
+    QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));
+    QVERIFY(!client.read(1).isEmpty());
+    QTRY_COMPARE(openDescriptors(), before + 1); // the client's own end
+    QVERIFY(client.readAll().size() < 30'000'000);
+}
+
+void HostileClientsTest::clientsThatCloseHalfway()
+{
+    const ServerFixture fixture;
+    fixture.home.write(statusFile, QByteArray(5'000'000, 'x'));
+    const qsizetype before = openDescriptors();
+    for (int i = 0; i < 20; ++i) {
+        RawClient gone(fixture.server->port());
+        RawClient unread(fixture.server->port());
+        unread.send("GET /status HTTP/1.1\r\n\r\n");
+        RawClient halfClosed(fixture.server->port());
+        halfClosed.send("GET /health HTTP/1.1\r\n\r\n");
+        halfClosed.finishSending();
+        QCOMPARE(halfClosed.readAll(), healthy);
+        RawClient nothing(fixture.server->port());
+        nothing.finishSending();
+        QCOMPARE(nothing.readAll(), "");
+    }
+    QTRY_COMPARE(openDescriptors(), before);
+}
+
+void HostileClientsTest::silentCrowdKeepsNobodyWaiting()
+{
+    const ServerFixture fixture({.untilRequest = 60s});
+    std::list<RawClient> crowd;
+    for (int i = 0; i < 400; ++i) {
+        QVERIFY(crowd.emplace_back(fixture.server->port()).isConnected());
+    }
+    QCOMPARE(fixture.get("/health"), healthy);
+    // Whoever speaks after all is answered.
+    QVERIFY(crowd.back().send("GET /health HTTP/1.1\r\n\r\n"));
+    QCOMPARE(crowd.back().readAll(), healthy);
+}
+
+void HostileClientsTest::endlessRequestEnds()
+{
+    const ServerFixture fixture({.untilRequest = 200ms});
+    RawClient client(fixture.server->port());
+    QVERIFY(client.send("GET /health HTTP/1.1\r\n" + QByteArray(5000, 'x')));
+    QCOMPARE(client.readAll(), healthy);
+    const QByteArray more(65536, 'x');
+    QTRY_VERIFY(!client.send(more));
+}
+
+void HostileClientsTest::noDescriptorsLeft()
+{
+    const ServerFixture fixture;
+    QCOMPARE(fixture.get("/health"), healthy);
+    utilityPool().waitForDone();
+    PrintedLines printed(fixture.home.path(u"printed"_s));
+    rlimit limit{};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const rlim_t before = limit.rlim_cur;
+    // Room for the client's own end and for nothing else.
+    limit.rlim_cur = static_cast<rlim_t>(Descriptor(::open("/dev/null", O_RDONLY)).get()) + 1;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    RawClient late(fixture.server->port());
+    const bool sent = late.send("GET /health HTTP/1.1\r\n\r\n");
+    const QByteArray complaint = "[StatusServer] Accept error: Too many open files\n";
+    [&] { QTRY_COMPARE(printed.text(), complaint); }();
+    limit.rlim_cur = before;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    QVERIFY(sent);
+    QCOMPARE(late.readAll(), healthy);
+    QCOMPARE(printed.text(), complaint);
+}
+
+void HostileClientsTest::endWhileServing()
+{
+    ServerFixture fixture;
+    fixture.home.write(statusFile, QByteArray(30'000'000, 'x'));
+    fixture.writeSession("");
+    // A log of a terabyte without a block on the disk.
+    const QString log = fixture.home.path(u".duskrell/agents/main/sessions/a.jsonl"_s);
+    QVERIFY(QFile::resize(log, qint64{1} << 40));
+    RawClient digest(fixture.server->port());
+    QVERIFY(digest.send("GET /history HTTP/1.1\r\n\r\n"));
+    RawClient unread(fixture.server->port());
+    QVERIFY(unread.send("GET /status HTTP/1.1\r\n\r\n"));
+    QVERIFY(!unread.read(1).isEmpty());
+    const RawClient silent(fixture.server->port());
+    fixture.server.reset();
+    QCOMPARE(digest.readAll(), "");
+    QVERIFY(!unread.readAll().isNull());
+}
+
+void HostileClientsTest::childrenInheritNoSocket()
+{
+    const ServerFixture fixture;
+    RawClient silent(fixture.server->port());
+    QCOMPARE(fixture.get("/health"), healthy); // so the silent one is accepted by now
+    QProcess child;
+    child.start(u"/bin/sleep"_s, {u"60"_s});
+    QVERIFY(child.waitForStarted());
+    const QDir descriptors(u"/proc/%1/fd"_s.arg(child.processId()));
+    for (const QFileInfo &descriptor : descriptors.entryInfoList(QDir::Files | QDir::System)) {
+        QVERIFY2(!descriptor.symLinkTarget().contains("socket:"_L1),
+                 qPrintable(descriptor.filePath()));
+    }
+    child.kill();
+    QVERIFY(child.waitForFinished());
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QObject>
+
+class HostileClientsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void silentClientIsDropped();
+    void clientThatDoesNotReadIsDropped();
+    void clientsThatCloseHalfway();
+    void silentCrowdKeepsNobodyWaiting();
+    void endlessRequestEnds();
+    void noDescriptorsLeft();
+    void endWhileServing();
+    void childrenInheritNoSocket();
+};
