@@ -1,0 +1,100 @@
+#include "app/OstrelleApp.h"
+
+#include "app/AppDelegate.h"
+#include "core/BackgroundWork.h"
+#include "core/KeychainHelper.h"
+#include "core/NotificationManager.h"
+#include "core/ProjectTracking.h"
+#include "platform/Preferences.h"
+#include "statusserver/StatusServer.h"
+#include "tracker/AgentSyncService.h"
+#include "tracker/CronSyncService.h"
+
+#include <QtConcurrent>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString projectTrackingKey = u"projectTrackingEnabled"_s;
+
+// A link without an address means the gateway in use.
+void storeToken(const ConfigurationLink &link)
+{
+    if (!link.token) {
+        return;
+    }
+    const QString url = link.gatewayBaseURL ? *link.gatewayBaseURL : OstrelleConfig::load().gateway.url;
+    KeychainHelper::saveToken(*link.token, url);
+    KeychainHelper::saveToken(*link.token, KeychainHelper::activeKey);
+}
+
+} // namespace
+
+OstrelleApp::OstrelleApp(AppDelegate &delegate)
+    : m_config(OstrelleConfig::load())
+    , m_statusServer(std::make_unique<StatusServer>(m_config))
+{
+    KeychainHelper::migrateFromConfig(m_config, this);
+    OstrelleConfig::ensureTrackerFiles(m_config);
+    m_statusServer->start();
+    enableProjectTrackingOnFirstStart();
+
+    m_cronSync = std::make_unique<CronSyncService>(m_config);
+    m_cronSync->start();
+    m_agentSync = std::make_unique<AgentSyncService>(m_config);
+    m_agentSync->start();
+    delegate.setServices(m_statusServer.get());
+}
+
+OstrelleApp::~OstrelleApp() = default;
+
+void OstrelleApp::enableProjectTrackingOnFirstStart()
+{
+    Preferences preferences;
+    if (preferences.opens() && preferences.contains(projectTrackingKey)) {
+        return;
+    }
+    preferences.set(projectTrackingKey, true);
+    utilityPool().start(&enableProjectTrackingSkill);
+}
+
+void OstrelleApp::handleIncomingURL(const QString &url)
+{
+    const auto link = ConfigurationLink::parse(url);
+    if (!link) {
+        return;
+    }
+    m_links.enqueue(*link);
+    if (m_links.size() == 1) {
+        handleNextLink();
+    }
+}
+
+void OstrelleApp::handleNextLink()
+{
+    const ConfigurationLink link = m_links.head();
+    QtConcurrent::run(&userInitiatedPool(), &storeToken, link).then(this, [this, link] {
+        adopt(link);
+        m_links.dequeue();
+        if (!m_links.isEmpty()) {
+            handleNextLink();
+        }
+    });
+}
+
+void OstrelleApp::adopt(const ConfigurationLink &link)
+{
+    OstrelleConfig config = OstrelleConfig::load();
+    if (link.gatewayBaseURL) {
+        adoptGateway(config, *link.gatewayBaseURL);
+    }
+    config.save();
+    NotificationManager::send(u"OSTRELLE"_s, u"Gateway configured via QR code"_s);
+}
+
+} // namespace ostrelle

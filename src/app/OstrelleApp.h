@@ -1,0 +1,45 @@
+#pragma once
+
+#include "app/ConfigurationLink.h"
+#include "core/OstrelleConfig.h"
+
+#include <QObject>
+#include <QQueue>
+
+#include <memory>
+
+namespace ostrelle
+{
+
+class AgentSyncService;
+class AppDelegate;
+class CronSyncService;
+class StatusServer;
+
+// Creates every long-lived object once, in a fixed order, and owns it for the life of the process.
+// Main thread only.
+class OstrelleApp : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit OstrelleApp(AppDelegate &delegate);
+    ~OstrelleApp() override;
+
+    // Takes a link of the program's own scheme; any other is ignored. Links are handled one after
+    // the other, each completely.
+    void handleIncomingURL(const QString &url);
+
+private:
+    void enableProjectTrackingOnFirstStart();
+    void handleNextLink();
+    void adopt(const ConfigurationLink &link);
+
+    OstrelleConfig m_config;
+    std::unique_ptr<StatusServer> m_statusServer;
+    std::unique_ptr<CronSyncService> m_cronSync;
+    std::unique_ptr<AgentSyncService> m_agentSync;
+    QQueue<ConfigurationLink> m_links; // the first is being handled
+};
+
+} // namespace ostrelle

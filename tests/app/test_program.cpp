@@ -1,0 +1,210 @@
+#include "app/Program.h"
+#include "core/KeychainHelper.h"
+#include "core/OstrelleConfig.h"
+#include "platform/Preferences.h"
+#include "support/PrivateSession.h"
+#include "support/ScratchHome.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+
+#include <csignal>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// A home with a status server port that the kernel chooses, and the given gateway tool first on the
+// search path.
+class ProgramHome : public ScratchHome
+{
+public:
+    explicit ProgramHome(const QByteArray &tool = "exit 1")
+    {
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.ports.status = 0;
+        config.save();
+        writeScript(u"bin/duskrell"_s, tool);
+        qputenv("PATH", path(u"bin"_s).toUtf8() + ":/usr/local/bin:/usr/bin:/bin");
+    }
+};
+
+QByteArray get(quint16 port, const QByteArray &target)
+{
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, port);
+    client.write("GET " + target + " HTTP/1.1\r\n\r\n");
+    while (client.waitForReadyRead(20000)) {
+    }
+    return client.readAll();
+}
+
+bool isAlive(const QByteArray &pid)
+{
+    return ::kill(pid.trimmed().toInt(), 0) == 0;
+}
+
+} // namespace
+
+class TestProgram : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void endsCleanly_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("TERM") << SIGTERM;
+        QTest::newRow("INT") << SIGINT;
+        QTest::newRow("HUP") << SIGHUP;
+    }
+
+    void endsCleanly()
+    {
+        QFETCH(int, signal);
+        const ProgramHome home;
+        Program program;
+        QVERIFY(program.waitForPort() != 0);
+        QCOMPARE(program.endWith(signal), 0);
+    }
+
+    void publishesWhatTheGatewayToolSays()
+    {
+        const ProgramHome home(R"(case "$1" in
+            sessions) echo '{"sessions":[{"key":"agent:main:main","agentId":"main"}]}' ;;
+            cron) echo '{"jobs":[{"id":"1","name":"Nightly"}]}' ;;
+            esac)");
+        Program program;
+        const quint16 port = program.waitForPort();
+        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/status").contains("Main session"), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/cron").contains("Nightly"), 20000);
+        QVERIFY(get(port, "/projects").endsWith(R"({"version":1,"updated":"","projects":[]})"));
+        QCOMPARE(program.endWith(SIGTERM), 0);
+    }
+
+    void endsAToolThatHangs_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("TERM") << SIGTERM;
+        QTest::newRow("killed outright") << SIGKILL;
+    }
+
+    void endsAToolThatHangs()
+    {
+        QFETCH(int, signal);
+        const ProgramHome home("trap '' TERM INT HUP; echo $$ > \"$HOME/$1.pid\"; "
+                               "while :; do sleep 1; done");
+        Program program;
+        QTRY_VERIFY_WITH_TIMEOUT(!home.read(u"sessions.pid"_s).isEmpty(), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(!home.read(u"cron.pid"_s).isEmpty(), 20000);
+        QCOMPARE(program.endWith(signal), signal == SIGTERM ? 0 : -1);
+        // Nothing that was left behind keeps the next start from working.
+        QVERIFY(Program().waitForPort() != 0);
+        QTRY_VERIFY(!isAlive(home.read(u"sessions.pid"_s)));
+        QTRY_VERIFY(!isAlive(home.read(u"cron.pid"_s)));
+    }
+
+    void handsASecondStartToTheFirst()
+    {
+        const ProgramHome home;
+        PrivateSession session;
+        session.startKeyring();
+        Program first;
+        QVERIFY(first.waitForPort() != 0);
+        QCOMPARE(Program().waitForEnd(), 0);
+        const QString base = u"https://studio.quiet-otter.ts.net"_s;
+        Program second({u"ostrelle://config?gatewayBaseURL=%1&token=s%2526t"_s.arg(base)});
+        QCOMPARE(second.waitForEnd(), 0);
+
+        QTRY_COMPARE_WITH_TIMEOUT(OstrelleConfig::load().gateway.url, base, 20000);
+        QCOMPARE(OstrelleConfig::load().gateway.saved->size(), 2);
+        QCOMPARE(KeychainHelper::getToken(base), u"s%26t"_s);
+        QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"s%26t"_s);
+        QCOMPARE(first.endWith(SIGTERM), 0);
+        QVERIFY(!first.output().contains("s%26t"));
+        QVERIFY(!home.exists(u".ostrelle/secrets.json"_s));
+    }
+
+    void storesATokenForTheGatewayInUse()
+    {
+        const ProgramHome home;
+        Program program({u"ostrelle://config?token=secret"_s}); // a first start with a link
+        QVERIFY(program.waitForPort() != 0);
+        const QString url = OstrelleConfig::defaults().gateway.url;
+        const auto storedUnder = [&](const QString &key) {
+            return QJsonDocument::fromJson(home.read(u".ostrelle/secrets.json"_s))
+                .object()
+                .value(u"gateway-token:"_s + key)
+                .toString();
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(storedUnder(KeychainHelper::activeKey), u"secret"_s, 20000);
+        QCOMPARE(storedUnder(url), u"secret"_s);
+        QCOMPARE(OstrelleConfig::load().gateway.url, url);
+        QCOMPARE(program.endWith(SIGTERM), 0);
+    }
+
+    void enablesProjectTrackingOnce()
+    {
+        const ProgramHome home;
+        home.write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
+                   "/scripts/enable-project-tracking.sh"_s,
+                   "echo run >> \"$HOME/runs\"\n");
+        for (int start = 0; start < 2; ++start) {
+            Program program;
+            QVERIFY(program.waitForPort() != 0);
+            QTRY_COMPARE_WITH_TIMEOUT(home.read(u"runs"_s), "run\n", 20000);
+            QCOMPARE(Preferences().boolean(u"projectTrackingEnabled"_s), true);
+            QCOMPARE(program.endWith(SIGTERM), 0);
+        }
+        QCOMPARE(home.read(u"runs"_s), "run\n");
+    }
+
+    void startsInABrokenHome_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("the directory is a file") << u".ostrelle"_s << QByteArray("in the way");
+        QTest::newRow("preferences are noise")
+            << u".config/ai.duskrell.ostrelle.conf"_s << QByteArray("\0\xff[noise\n", 9);
+        QTest::newRow("configuration directory is a file") << u".config"_s << QByteArray("x");
+        QTest::newRow("configuration is noise")
+            << u".ostrelle/config.json"_s << QByteArray("\xff\xff{");
+    }
+
+    void startsInABrokenHome()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, content);
+        const ProgramHome home;
+        QDir(home.path(file)).removeRecursively();
+        home.write(file, content);
+        Program program;
+        // Where the configuration is lost the default port holds, which may be taken here.
+        QVERIFY(!program.waitForLine("[StatusServer]").isEmpty());
+        QCOMPARE(program.endWith(SIGTERM), 0);
+        QCOMPARE(home.read(file), content);
+    }
+
+    void runsOnWhenThePortIsTaken()
+    {
+        const ProgramHome home;
+        QTcpServer taken;
+        QVERIFY(taken.listen(QHostAddress::AnyIPv4));
+        OstrelleConfig config = OstrelleConfig::load();
+        config.ports.status = taken.serverPort();
+        config.save();
+        Program program;
+        const QByteArray line = program.waitForLine("[StatusServer]");
+        QCOMPARE(line, "[StatusServer] Failed to bind to port " +
+                           QByteArray::number(taken.serverPort()) + ": Address already in use");
+        QCOMPARE(program.endWith(SIGTERM), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProgram)
+#include "test_program.moc"
