@@ -4,6 +4,7 @@
 #include "statusserver/Listener.h"
 
 #include <cerrno>
+#include <poll.h>
 #include <sys/socket.h>
 
 namespace ostrelle
@@ -26,11 +27,19 @@ bool isTransient(int error)
            error == ECONNABORTED;
 }
 
+bool isReadable(int socket)
+{
+    pollfd request{.fd = socket, .events = POLLIN, .revents = 0};
+    return ::poll(&request, 1, 0) > 0;
+}
+
 } // namespace
 
-Acceptor::Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient)
+Acceptor::Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient,
+                   MakeRoom makeRoom)
     : m_state(state)
     , m_onClient(std::move(onClient))
+    , m_makeRoom(std::move(makeRoom))
     , m_serverSocket(loop)
     , m_pause(loop)
 {
@@ -77,7 +86,6 @@ void Acceptor::acceptAll()
             handleError(errno);
             return;
         }
-        m_errorTold = false;
         m_onClient(std::move(client));
     }
     waitForClients();
@@ -85,7 +93,10 @@ void Acceptor::acceptAll()
 
 void Acceptor::handleError(int error)
 {
-    if (error == EAGAIN || error == EINTR) {
+    // Without a free descriptor the kernel does not even look whether somebody waits.
+    const bool nobodyWaits = isTransient(error) && !isReadable(m_serverSocket.native_handle());
+    if (error == EAGAIN || error == EINTR || nobodyWaits) {
+        m_errorTold = false;
         waitForClients();
         return;
     }
@@ -97,7 +108,11 @@ void Acceptor::handleError(int error)
         m_errorTold = true;
     }
     if (isTransient(error)) {
-        pause();
+        if (m_makeRoom()) {
+            waitForClients();
+        } else {
+            pause();
+        }
     }
 }
 

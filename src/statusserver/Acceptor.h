@@ -15,8 +15,11 @@ class Acceptor
 {
 public:
     using OnClient = std::function<void(Descriptor)>;
+    // Called when descriptors or memory are short; true when some were set free.
+    using MakeRoom = std::function<bool()>;
 
-    Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient);
+    Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient,
+             MakeRoom makeRoom);
 
     void open(Descriptor serverSocket);
 
@@ -31,9 +34,10 @@ private:
 
     const ServerState &m_state;
     const OnClient m_onClient;
+    const MakeRoom m_makeRoom;
     WatchedDescriptor m_serverSocket;
     asio::steady_timer m_pause;
-    bool m_errorTold = false; // since the last success
+    bool m_errorTold = false; // since nobody waited for being accepted
 };
 
 } // namespace ostrelle

@@ -28,6 +28,9 @@ public:
 
     void handleClient(Descriptor client);
 
+    // Drops the client that has been silent for longest; false when none is.
+    bool dropSilent() { return m_silent.dropOldest(); }
+
 private:
     // A client whose request is known, and what is to become of it.
     struct Recipient {

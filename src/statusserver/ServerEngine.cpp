@@ -25,8 +25,9 @@ ServerEngine::ServerEngine(const OstrelleConfig &config, const ServerLimits &lim
     , m_workers(limits.workerThreads)
     , m_open(asio::make_work_guard(m_loop))
     , m_clients(m_loop, m_site, limits, [this](Workers::Task task) { runSlowly(std::move(task)); })
-    , m_acceptor(m_loop, m_state,
-                 [this](Descriptor client) { m_clients.handleClient(std::move(client)); })
+    , m_acceptor(
+          m_loop, m_state, [this](Descriptor client) { m_clients.handleClient(std::move(client)); },
+          [this] { return m_clients.dropSilent(); })
 {
 }
 

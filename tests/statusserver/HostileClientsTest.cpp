@@ -27,6 +27,29 @@ qsizetype openDescriptors()
     return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
 }
 
+// Leaves room for one more descriptor while it lives.
+class LastDescriptor
+{
+public:
+    LastDescriptor()
+    {
+        ::getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit limit{.rlim_cur = 128, .rlim_max = m_before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        do {
+            m_taken.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+        } while (m_taken.back());
+        m_taken.resize(m_taken.size() - 2); // the failed one, and one to spare
+    }
+    ~LastDescriptor() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+    LastDescriptor(const LastDescriptor &) = delete;
+    LastDescriptor &operator=(const LastDescriptor &) = delete;
+
+private:
+    std::vector<Descriptor> m_taken;
+    rlimit m_before{};
+};
+
 } // namespace
 
 void HostileClientsTest::silentClientIsDropped()
@@ -101,21 +124,28 @@ void HostileClientsTest::noDescriptorsLeft()
     QCOMPARE(fixture.get("/health"), healthy);
     utilityPool().waitForDone();
     PrintedLines printed(fixture.home.path(u"printed"_s));
-    rlimit limit{};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    const rlim_t before = limit.rlim_cur;
-    // Room for the client's own end and for nothing else.
-    limit.rlim_cur = static_cast<rlim_t>(Descriptor(::open("/dev/null", O_RDONLY)).get()) + 1;
-    ::setrlimit(RLIMIT_NOFILE, &limit);
+    std::optional<LastDescriptor> limit(std::in_place); // the client's own end
     RawClient late(fixture.server->port());
-    const bool sent = late.send("GET /health HTTP/1.1\r\n\r\n");
+    QVERIFY(late.send("GET /health HTTP/1.1\r\n\r\n"));
+    // Nobody is silent, so nobody can be dropped for it.
     const QByteArray complaint = "[StatusServer] Accept error: Too many open files\n";
-    [&] { QTRY_COMPARE(printed.text(), complaint); }();
-    limit.rlim_cur = before;
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-    QVERIFY(sent);
+    QTRY_COMPARE(printed.text(), complaint);
+    limit.reset();
     QCOMPARE(late.readAll(), healthy);
     QCOMPARE(printed.text(), complaint);
+}
+
+void HostileClientsTest::silentClientGivesWay()
+{
+    const ServerFixture fixture({.untilRequest = 60s});
+    utilityPool().waitForDone();
+    RawClient silent(fixture.server->port());
+    QCOMPARE(fixture.get("/health"), healthy); // so the silent one is accepted by now
+    const LastDescriptor limit;                // the client's own end
+    RawClient late(fixture.server->port());
+    QVERIFY(late.send("GET /health HTTP/1.1\r\n\r\n"));
+    QCOMPARE(late.readAll(), healthy);
+    QCOMPARE(silent.readAll(), "");
 }
 
 void HostileClientsTest::endWhileServing()

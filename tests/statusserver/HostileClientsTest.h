@@ -13,6 +13,7 @@ private Q_SLOTS:
     void silentCrowdKeepsNobodyWaiting();
     void endlessRequestEnds();
     void noDescriptorsLeft();
+    void silentClientGivesWay();
     void endWhileServing();
     void childrenInheritNoSocket();
 };

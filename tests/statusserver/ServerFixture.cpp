@@ -1,5 +1,6 @@
 #include "statusserver/ServerFixture.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 #include <netinet/in.h>
@@ -66,8 +67,10 @@ ServerFixture::ServerFixture(const ServerLimits &limits)
 void ServerFixture::restart(const OstrelleConfig &config, const ServerLimits &limits)
 {
     server = std::make_unique<StatusServer>(config, limits);
+    const QSignalSpy changes(server.get(), &StatusServer::runningChanged);
     server->start();
-    QTRY_VERIFY(server->running());
+    QTRY_COMPARE(changes.count(), 1);
+    QVERIFY(server->running());
 }
 
 QByteArray ServerFixture::ask(const QByteArray &request) const
