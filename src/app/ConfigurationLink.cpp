@@ -25,7 +25,8 @@ std::optional<QString> valueIn(const QUrlQuery &query, const QString &key)
 QString profileName(const QString &base)
 {
     const QString host = QUrl(base).host();
-    return host.isEmpty() ? base : host;
+    const qsizetype place = host.isEmpty() ? -1 : base.indexOf(host, 0, Qt::CaseInsensitive);
+    return place < 0 ? base : base.sliced(place, host.size()); // spelled as in the address
 }
 
 } // namespace
@@ -44,10 +45,10 @@ std::optional<ConfigurationLink> ConfigurationLink::parse(const QString &url)
 
 void adoptGateway(OstrelleConfig &config, const QString &base)
 {
-    const SavedGateway profile{
-        .name = profileName(base),
-        .url = base,
-        .isMagicDNS = base.startsWith("https://"_L1) && base.contains(magicDNSSuffix)};
+    const SavedGateway profile{.name = profileName(base),
+                               .url = base,
+                               .isMagicDNS =
+                                   base.startsWith("https://"_L1) && base.contains(magicDNSSuffix)};
     auto saved = config.gateway.saved.value_or(QList<SavedGateway>());
     const auto known = std::ranges::find(saved, base, &SavedGateway::url);
     if (known != saved.end()) {

@@ -9,8 +9,8 @@
 namespace ostrelle
 {
 
-// What a link of the form ostrelle://config?gatewayBaseURL=…&token=… says. Both values are optional;
-// an empty one counts as absent.
+// What a link of the form ostrelle://config?gatewayBaseURL=…&token=… says. Both values are
+// optional; an empty one counts as absent.
 struct ConfigurationLink {
     std::optional<QString> gatewayBaseURL;
     std::optional<QString> token;

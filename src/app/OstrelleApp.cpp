@@ -28,7 +28,8 @@ void storeToken(const ConfigurationLink &link)
     if (!link.token) {
         return;
     }
-    const QString url = link.gatewayBaseURL ? *link.gatewayBaseURL : OstrelleConfig::load().gateway.url;
+    const QString url =
+        link.gatewayBaseURL ? *link.gatewayBaseURL : OstrelleConfig::load().gateway.url;
     KeychainHelper::saveToken(*link.token, url);
     KeychainHelper::saveToken(*link.token, KeychainHelper::activeKey);
 }
@@ -39,7 +40,7 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
     : m_config(OstrelleConfig::load())
     , m_statusServer(std::make_unique<StatusServer>(m_config))
 {
-    KeychainHelper::migrateFromConfig(m_config, this);
+    KeychainHelper::migrateFromConfig(m_config, this).then(this, [this] { handleNextLink(); });
     OstrelleConfig::ensureTrackerFiles(m_config);
     m_statusServer->start();
     enableProjectTrackingOnFirstStart();
@@ -59,7 +60,9 @@ void OstrelleApp::enableProjectTrackingOnFirstStart()
     if (preferences.opens() && preferences.contains(projectTrackingKey)) {
         return;
     }
-    preferences.set(projectTrackingKey, true);
+    if (preferences.opens()) {
+        preferences.set(projectTrackingKey, true);
+    }
     utilityPool().start(&enableProjectTrackingSkill);
 }
 
@@ -70,20 +73,21 @@ void OstrelleApp::handleIncomingURL(const QString &url)
         return;
     }
     m_links.enqueue(*link);
-    if (m_links.size() == 1) {
+    if (!m_handlesLink) {
         handleNextLink();
     }
 }
 
 void OstrelleApp::handleNextLink()
 {
-    const ConfigurationLink link = m_links.head();
+    m_handlesLink = !m_links.isEmpty();
+    if (!m_handlesLink) {
+        return;
+    }
+    const ConfigurationLink link = m_links.dequeue();
     QtConcurrent::run(&userInitiatedPool(), &storeToken, link).then(this, [this, link] {
         adopt(link);
-        m_links.dequeue();
-        if (!m_links.isEmpty()) {
-            handleNextLink();
-        }
+        handleNextLink();
     });
 }
 

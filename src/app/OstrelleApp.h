@@ -39,7 +39,8 @@ private:
     std::unique_ptr<StatusServer> m_statusServer;
     std::unique_ptr<CronSyncService> m_cronSync;
     std::unique_ptr<AgentSyncService> m_agentSync;
-    QQueue<ConfigurationLink> m_links; // the first is being handled
+    QQueue<ConfigurationLink> m_links;
+    bool m_handlesLink = true; // the tokens of the configuration file move first
 };
 
 } // namespace ostrelle

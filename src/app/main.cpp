@@ -7,7 +7,14 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <span>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
 
 namespace
 {
@@ -15,23 +22,31 @@ namespace
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
 
-// The link that the desktop opens the program with, if any.
-QString linkAmong(const QStringList &arguments)
+// Takes the link that the desktop opens the program with, if any. It may carry a token, so it does
+// not stay on the command line, which every user can read.
+QByteArray takeLink(std::span<char *> arguments)
 {
-    const QStringList links = arguments.sliced(1).filter(u":"_s);
-    return links.isEmpty() ? QString() : links.first();
-}
-
-// Work that hangs in the background shall not keep the program from ending.
-int finish(int status)
-{
-    if (!finishBackgroundWork(std::chrono::milliseconds(500))) {
-        std::_Exit(status);
+    for (char *argument : arguments.subspan(std::min<std::size_t>(arguments.size(), 1))) {
+        const QByteArray text(argument);
+        if (text.contains(':')) {
+            std::ranges::fill(argument, argument + text.size(), '\0');
+            return text;
+        }
     }
-    return status;
+    return {};
 }
 
-int run(SingleInstance &instance, const QString &link)
+// Without destroying what a thread that hangs in the background may still use.
+[[noreturn]] void endProcess(int status)
+{
+    std::fflush(stdout);
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_do_leak_check();
+#endif
+    std::_Exit(status);
+}
+
+int run(SingleInstance &instance, const QByteArray &link)
 {
     AppDelegate delegate;
     OstrelleApp app(delegate);
@@ -40,9 +55,15 @@ int run(SingleInstance &instance, const QString &link)
         app.handleIncomingURL(QString::fromUtf8(message));
     });
     if (!link.isEmpty()) {
-        app.handleIncomingURL(link);
+        app.handleIncomingURL(QString::fromUtf8(link));
     }
-    return QCoreApplication::exec();
+    const int status = QCoreApplication::exec();
+    instance.release();
+    // What answers to the application has to be over before the application goes.
+    if (!finishBackgroundWork(std::chrono::milliseconds(500))) {
+        endProcess(status);
+    }
+    return status;
 }
 
 } // namespace
@@ -50,12 +71,12 @@ int run(SingleInstance &instance, const QString &link)
 int main(int argc, char **argv)
 {
     prepareProcess();
+    const QByteArray link = takeLink(std::span(argv, static_cast<std::size_t>(argc)));
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"ostrelle"_s);
 
-    const QString link = linkAmong(QCoreApplication::arguments());
     SingleInstance instance;
-    switch (instance.claim(link.toUtf8())) {
+    switch (instance.claim(link)) {
     case SingleInstance::Role::HandedOver:
         return EXIT_SUCCESS;
     case SingleInstance::Role::Refused:
@@ -64,5 +85,5 @@ int main(int argc, char **argv)
     case SingleInstance::Role::First:
         break;
     }
-    return finish(run(instance, link));
+    endProcess(run(instance, link));
 }

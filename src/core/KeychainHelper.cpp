@@ -48,20 +48,22 @@ void storeTokens(const OstrelleConfig &config)
     }
 }
 
-// Removes what `stored` holds, and nothing that appeared since.
-void removeTokens(OstrelleConfig &config, const OstrelleConfig &stored)
+// Removes what `stored` holds, and nothing that appeared since. False when nothing was removed.
+bool removeTokens(OstrelleConfig &config, const OstrelleConfig &stored)
 {
+    const OstrelleConfig before = config;
     if (holdsToken(stored.gateway.token) && config.gateway.token == stored.gateway.token) {
         config.gateway.token.reset();
     }
     if (!config.gateway.saved || !stored.gateway.saved) {
-        return;
+        return config != before;
     }
     for (SavedGateway &entry : *config.gateway.saved) {
         if (holdsToken(entry.token) && stored.gateway.saved->contains(entry)) {
             entry.token.reset();
         }
     }
+    return config != before;
 }
 
 } // namespace
@@ -86,17 +88,19 @@ void KeychainHelper::saveToken(const QString &token, const QString &key)
     }
 }
 
-void KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QObject *owner)
+QFuture<void> KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QObject *owner)
 {
     if (!holdsPlainTokens(config)) {
-        return;
+        return QtFuture::makeReadyFuture();
     }
-    QtConcurrent::run(&utilityPool(), &storeTokens, config).then(owner, [config] {
-        // Loaded afresh, because it may have been changed while the store was busy.
+    return QtConcurrent::run(&utilityPool(), &storeTokens, config).then(owner, [config] {
+        // Loaded afresh, because it may have been changed while the store was busy; a file that
+        // cannot be read at this moment holds no token to remove and is left alone.
         OstrelleConfig current = OstrelleConfig::load();
-        removeTokens(current, config);
-        current.save();
-        logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
+        if (removeTokens(current, config)) {
+            current.save();
+            logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
+        }
     });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFuture>
 #include <QString>
 
 #include <optional>
@@ -31,7 +32,8 @@ public:
     // Moves plain-text tokens of older versions from the configuration into the store; when there
     // were any, they are then removed from the configuration file. Returns at once: the store is
     // served in the background, the file is changed on the thread of `owner`, if that still exists.
-    static void migrateFromConfig(const OstrelleConfig &config, QObject *owner);
+    // The future ends when all of that is done.
+    static QFuture<void> migrateFromConfig(const OstrelleConfig &config, QObject *owner);
 };
 
 } // namespace ostrelle

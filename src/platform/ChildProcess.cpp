@@ -50,6 +50,12 @@ public:
         m_children.erase(pid);
     }
 
+    bool ending()
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_ending;
+    }
+
     void endAll()
     {
         const std::scoped_lock lock(m_mutex);
@@ -146,6 +152,12 @@ ChildFailure failure(ChildFailure::Kind kind, const QString &text)
     return {kind, text};
 }
 
+std::unexpected<ChildFailure> programIsEnding()
+{
+    return std::unexpected(
+        failure(ChildFailure::Kind::ProgramEnds, u"The program is about to end"_s));
+}
+
 // Collects the output until the child has ended; on failure the child still runs.
 std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOptions &options)
 {
@@ -203,20 +215,29 @@ std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
         return std::unexpected(failure(ChildFailure::Kind::NotStarted, process.errorString()));
     }
 
-    const Registration registration(static_cast<pid_t>(process.processId()));
-    if (!registration.accepted()) {
-        killWithGroup(process);
-        return std::unexpected(
-            failure(ChildFailure::Kind::NotStarted, u"The program is about to end"_s));
-    }
-    const auto output = collect(process, options);
+    const auto pid = static_cast<pid_t>(process.processId());
+    const Registration registration(pid);
+    const auto output = registration.accepted()
+                            ? collect(process, options)
+                            : std::expected<QByteArray, ChildFailure>(programIsEnding());
     if (!output) {
         killWithGroup(process);
         return std::unexpected(output.error());
     }
+    if (options.killLeftovers) {
+        ::kill(-pid, SIGKILL);
+    }
+    if (programEnds()) {
+        return programIsEnding(); // the child may have been cut short
+    }
     return ChildResult{.exitedNormally = process.exitStatus() == QProcess::NormalExit,
                        .exitStatus = process.exitCode(),
                        .output = *output};
+}
+
+bool programEnds()
+{
+    return RunningChildren::instance().ending();
 }
 
 void endAllChildren()

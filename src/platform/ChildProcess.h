@@ -29,6 +29,9 @@ struct ChildOptions {
     std::optional<std::chrono::milliseconds> killAfter = std::nullopt;
     // A child that writes more is killed, so that a flood cannot fill the memory.
     qsizetype maxOutputBytes = qsizetype{64} * 1024 * 1024;
+    // Whether what the child leaves behind in its process group is killed when it has ended. Not
+    // for a command that starts a service.
+    bool killLeftovers = false;
 };
 
 struct ChildResult {
@@ -38,7 +41,7 @@ struct ChildResult {
 };
 
 struct ChildFailure {
-    enum class Kind { NotStarted, TimedOut, TooMuchOutput };
+    enum class Kind { NotStarted, TimedOut, TooMuchOutput, ProgramEnds };
     Kind kind;
     QString text; // the platform's description
 };
@@ -52,6 +55,9 @@ std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
 // Kills every child that runChild() still waits for, with its process group, and lets no new one
 // start: the program is about to end. Returns at once. Any thread.
 void endAllChildren();
+
+// True once endAllChildren() was called: an answer that is missing says nothing. Any thread.
+bool programEnds();
 
 // Sets up a process that is to be started by hand: its own process group, the signals and limits
 // that this program was started with, and death together with the thread that starts it.

@@ -47,7 +47,11 @@ int reserve(int fd, off_t oldSize, off_t size)
     if (size == 0) {
         return 0;
     }
-    const int error = ::posix_fallocate(fd, 0, size);
+    // Not posix_fallocate(): where a file system cannot reserve, that needs a readable descriptor.
+    int error = ::fallocate(fd, 0, 0, size) == 0 ? 0 : errno;
+    if (error == EOPNOTSUPP || error == ENOSYS) {
+        error = 0;
+    }
     if (error != 0 && size > oldSize && ::ftruncate(fd, oldSize) != 0) {
         return errno;
     }

@@ -22,6 +22,9 @@ namespace
 // Far beyond what a person's preferences need; a larger file is taken as broken, not read.
 constexpr std::size_t maxFileBytes = std::size_t{1024} * 1024;
 
+// A key for another service is among the preferences.
+constexpr mode_t ownerOnly = 0600;
+
 bool isWellFormed(QByteArrayView line)
 {
     line = line.trimmed();
@@ -61,15 +64,21 @@ QVariantHash contentOf(const QSettings &settings)
 // QSettings reports success on a full disk and leaves a cut file. So the new content is written
 // beside the old one, read back, and takes its place only when nothing is missing.
 template<typename Change>
-bool rewrite(const QString &file, Change change)
+bool rewrite(const QString &preferences, Change change)
 {
-    if (!isReadable(file)) {
+    if (!isReadable(preferences)) {
         return false;
     }
+    const QFileInfo info(preferences);
+    const QString file = info.exists() ? info.canonicalFilePath() : preferences; // a link stays one
     const QSettings current(file, QSettings::IniFormat);
+    if (current.status() != QSettings::NoError) {
+        return false;
+    }
     QDir().mkpath(QFileInfo(file).path());
     const QString draftFile = file + u".new"_s;
     QFile::remove(draftFile);
+    static_cast<void>(writeInPlace(draftFile, std::string_view(), ownerOnly));
     QVariantHash wanted;
     {
         QSettings draft(draftFile, QSettings::IniFormat);

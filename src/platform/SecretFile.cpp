@@ -20,15 +20,29 @@ constexpr std::size_t maxFileBytes = std::size_t{4} * 1024 * 1024;
 
 } // namespace
 
-std::optional<QJsonObject> SecretFile::load() const
+std::expected<QJsonObject, SecretFile::LoadProblem> SecretFile::load() const
 {
     const auto content = readFile(m_path, maxFileBytes);
     if (!content) {
-        return content.error().kind == FileProblem::Kind::Missing ? std::optional(QJsonObject())
-                                                                  : std::nullopt;
+        if (content.error().kind == FileProblem::Kind::Missing) {
+            return QJsonObject();
+        }
+        return std::unexpected(LoadProblem::Unreadable);
     }
     const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(*content));
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+    if (!document.isObject()) {
+        return std::unexpected(LoadProblem::NotUnderstood);
+    }
+    return document.object();
+}
+
+bool SecretFile::setAside() const
+{
+    QString name = m_path + QStringLiteral(".broken");
+    for (int number = 2; fileExists(name); ++number) {
+        name = m_path + QStringLiteral(".broken-%1").arg(number);
+    }
+    return QFile::rename(m_path, name);
 }
 
 std::expected<void, SecretProblem> SecretFile::save(const QJsonObject &secrets) const
@@ -59,8 +73,10 @@ std::expected<void, SecretProblem> SecretFile::write(const QString &account,
     const std::scoped_lock lock(m_mutex);
     auto secrets = load();
     if (!secrets) {
-        QFile::rename(m_path, m_path + QStringLiteral(".broken"));
-        secrets.emplace();
+        if (secrets.error() == LoadProblem::Unreadable || !setAside()) {
+            return std::unexpected(SecretProblem::Refused);
+        }
+        secrets = QJsonObject();
     }
     secrets->insert(account, QString::fromUtf8(secret));
     return save(*secrets);

@@ -11,7 +11,8 @@ namespace ostrelle
 {
 
 // Secrets in one JSON object of account names and texts, in a file of mode 0600 from the moment it
-// is created. A file that cannot be understood is set aside as "<name>.broken", never overwritten.
+// is created. A file that cannot be understood is set aside as "<name>.broken", or the next
+// free name after it, never overwritten.
 class SecretFile final : public SecretStore
 {
 public:
@@ -26,7 +27,10 @@ public:
     std::expected<void, SecretProblem> remove(const QString &account) override;
 
 private:
-    std::optional<QJsonObject> load() const;
+    enum class LoadProblem { Unreadable, NotUnderstood };
+
+    std::expected<QJsonObject, LoadProblem> load() const;
+    bool setAside() const;
     std::expected<void, SecretProblem> save(const QJsonObject &secrets) const;
 
     const QString m_path;

@@ -25,20 +25,17 @@ public:
     {
     }
 
+    // A successful write to the service empties the file, so what is in the file is the newest.
     std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override
     {
-        const auto secret = m_service.read(account);
-        if (secret && *secret) {
-            tellWhere(Place::Service);
-            return secret;
-        }
         const auto kept = m_file.read(account);
         if (kept && *kept) {
-            tellWhere(Place::File);
+            moveToService(account, **kept);
             return kept;
         }
+        const auto secret = m_service.read(account);
         // What is in neither tells nothing new about where secrets are kept.
-        if (m_place == Place::Unknown) {
+        if (m_place == Place::Unknown || (secret && *secret)) {
             tellWhere(reachable(secret) ? Place::Service : Place::File);
         }
         return reachable(secret) ? secret : kept;
@@ -73,6 +70,15 @@ private:
     static bool reachable(const Answer &answer)
     {
         return answer || answer.error() != SecretProblem::Unreachable;
+    }
+
+    void moveToService(const QString &account, const QByteArray &secret)
+    {
+        const bool moved = m_service.write(account, secret).has_value();
+        if (moved) {
+            static_cast<void>(m_file.remove(account));
+        }
+        tellWhere(moved ? Place::Service : Place::File);
     }
 
     void tellWhere(Place place)

@@ -3,7 +3,10 @@
 #include "platform/Paths.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
+#include <QDir>
 #include <QLocalSocket>
+#include <QThread>
 #include <QTimer>
 
 #include <sys/socket.h>
@@ -18,6 +21,7 @@ namespace
 {
 
 constexpr int answerMilliseconds = 2000;
+constexpr int retryMilliseconds = 50;
 constexpr qsizetype maxMessageBytes = 65536;
 constexpr QByteArrayView received = "received\n";
 
@@ -62,6 +66,7 @@ SingleInstance::SingleInstance(QObject *parent)
     : QObject(parent)
 {
     const QString directory = runtimeDirectory().value_or(homeDirectory() + u"/.ostrelle"_s);
+    QDir().mkpath(directory);
     m_socket = directory + u'/' + nameForHome();
     m_lock = std::make_unique<QLockFile>(m_socket + u".lock"_s);
     m_lock->setStaleLockTime(0); // only the holder's death frees it
@@ -71,16 +76,39 @@ SingleInstance::SingleInstance(QObject *parent)
 
 SingleInstance::~SingleInstance() = default;
 
-SingleInstance::Role SingleInstance::claim(const QByteArray &message)
+bool SingleInstance::becomeFirst()
 {
     if (!m_lock->tryLock() && m_lock->error() == QLockFile::LockFailedError) {
-        return handOver(m_socket, message);
+        return false;
     }
     // Whoever holds the lock may clear away the socket of an instance that was killed. Where no
     // lock can be made, the program runs without it.
     QLocalServer::removeServer(m_socket);
     m_server.listen(m_socket);
-    return Role::First;
+    return true;
+}
+
+SingleInstance::Role SingleInstance::claim(const QByteArray &message)
+{
+    const QDeadlineTimer deadline(answerMilliseconds);
+    while (true) {
+        if (becomeFirst()) {
+            return Role::First;
+        }
+        if (handOver(m_socket, message) == Role::HandedOver) {
+            return Role::HandedOver;
+        }
+        if (deadline.hasExpired()) {
+            return Role::Refused;
+        }
+        QThread::msleep(retryMilliseconds);
+    }
+}
+
+void SingleInstance::release()
+{
+    m_server.close();
+    m_lock->unlock();
 }
 
 void SingleInstance::receive()

@@ -26,15 +26,19 @@ public:
     explicit SingleInstance(QObject *parent = nullptr);
     ~SingleInstance() override;
 
-    // Waits at most two seconds for the first instance's answer. `message` may be empty: a plain
-    // second start.
+    // Waits at most a few seconds for the first instance's answer, which may just be starting or
+    // ending. `message` may be empty: a plain second start.
     Role claim(const QByteArray &message);
+
+    // Lets the next start be the first.
+    void release();
 
 Q_SIGNALS:
     // A later start of the program, with its message.
     void started(const QByteArray &message);
 
 private:
+    bool becomeFirst();
     void receive();
 
     QString m_socket;

@@ -12,12 +12,22 @@ namespace ostrelle
 namespace
 {
 
+// What was ignored when the program was started, by nohup for instance, stays ignored.
+bool isIgnored(int signal)
+{
+    struct sigaction action{};
+    return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 int openSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-        sigaddset(&signals, signal);
+    sigaddset(&signals, SIGTERM);
+    for (const int signal : {SIGINT, SIGHUP}) {
+        if (!isIgnored(signal)) {
+            sigaddset(&signals, signal);
+        }
     }
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
     return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);

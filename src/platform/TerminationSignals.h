@@ -7,8 +7,9 @@ class QSocketNotifier;
 namespace ostrelle
 {
 
-// Turns TERM, INT and HUP into a Qt signal on the main thread. Construct it before any other thread
-// exists: the signals are blocked from then on, and only threads made later inherit that.
+// Turns TERM, and INT and HUP unless the program was started with them ignored, into a Qt signal on
+// the main thread. Construct it before any other thread exists: the signals are blocked from then
+// on, and only threads made later inherit that.
 class TerminationSignals : public QObject
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 #include "tracker/CronSyncService.h"
 
 #include "core/ExpandPath.h"
+#include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "tracker/JobList.h"
@@ -28,8 +29,13 @@ void write(const QString &file, const QByteArray &content)
 // Stores what the tool says when nobody understands it.
 void syncFromCLI(const GatewayTool &tool, const QString &cronFile)
 {
-    if (const QString cli = tool.findDuskrell(); !cli.isEmpty()) {
-        write(cronFile, listJobs(tool, cli).toUtf8());
+    const QString cli = tool.findDuskrell();
+    if (cli.isEmpty()) {
+        return;
+    }
+    const QByteArray raw = listJobs(tool, cli).toUtf8();
+    if (!programEnds()) { // else the tool was cut short
+        write(cronFile, raw);
     }
 }
 

@@ -16,6 +16,9 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+// Far beyond any list of sessions or jobs.
+constexpr qsizetype maxOutputBytes = qsizetype{16} * 1024 * 1024;
+
 QProcessEnvironment toolEnvironment()
 {
     QProcessEnvironment environment;
@@ -26,14 +29,17 @@ QProcessEnvironment toolEnvironment()
 
 QString decodeUtf8(const QByteArray &bytes)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    // With a byte order mark, if there is one: the text is passed on as it came.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
     QString text = decoder(bytes);
     return decoder.hasError() ? QString() : text;
 }
 
 QString outputOf(const ChildCommand &command, std::chrono::milliseconds deadline)
 {
-    const auto result = runChild(command, {.killAfter = deadline});
+    const auto result = runChild(
+        command, {.killAfter = deadline, .maxOutputBytes = maxOutputBytes, .killLeftovers = true});
     return result ? decodeUtf8(result->output) : QString();
 }
 

@@ -25,7 +25,8 @@ public:
     // The tool's path, or an empty text when it is not installed.
     QString findDuskrell() const;
 
-    // The program's whole standard output, whatever its exit status. Empty when it cannot be
+    // The program's whole standard output, whatever its exit status; what it leaves behind is
+    // killed, so this is not for commands that start something. Empty when it cannot be
     // started, hangs, floods its output or writes something that is not UTF-8.
     QString runCommand(const QString &program, const QStringList &args) const;
 

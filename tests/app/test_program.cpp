@@ -3,7 +3,9 @@
 #include "core/OstrelleConfig.h"
 #include "platform/Preferences.h"
 #include "support/PrivateSession.h"
+#include "support/Processes.h"
 #include "support/ScratchHome.h"
+#include "tracker/GatewayTool.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -44,11 +46,6 @@ QByteArray get(quint16 port, const QByteArray &target)
     return client.readAll();
 }
 
-bool isAlive(const QByteArray &pid)
-{
-    return ::kill(pid.trimmed().toInt(), 0) == 0;
-}
-
 } // namespace
 
 class TestProgram : public QObject
@@ -56,6 +53,15 @@ class TestProgram : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        for (const QString &tool : GatewayTool::defaultCandidates()) {
+            if (QFileInfo::exists(tool)) {
+                QSKIP("a real gateway tool is installed, which the program would ask");
+            }
+        }
+    }
+
     void endsCleanly_data()
     {
         QTest::addColumn<int>("signal");
@@ -102,11 +108,13 @@ private Q_SLOTS:
         Program program;
         QTRY_VERIFY_WITH_TIMEOUT(!home.read(u"sessions.pid"_s).isEmpty(), 20000);
         QTRY_VERIFY_WITH_TIMEOUT(!home.read(u"cron.pid"_s).isEmpty(), 20000);
+        const QByteArray sessions = home.read(u"sessions.pid"_s).trimmed();
+        const QByteArray cron = home.read(u"cron.pid"_s).trimmed();
         QCOMPARE(program.endWith(signal), signal == SIGTERM ? 0 : -1);
         // Nothing that was left behind keeps the next start from working.
         QVERIFY(Program().waitForPort() != 0);
-        QTRY_VERIFY(!isAlive(home.read(u"sessions.pid"_s)));
-        QTRY_VERIFY(!isAlive(home.read(u"cron.pid"_s)));
+        QTRY_VERIFY(!isAlive(sessions.toInt()));
+        QTRY_VERIFY(!isAlive(cron.toInt()));
     }
 
     void handsASecondStartToTheFirst()
@@ -145,6 +153,9 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(storedUnder(KeychainHelper::activeKey), u"secret"_s, 20000);
         QCOMPARE(storedUnder(url), u"secret"_s);
         QCOMPARE(OstrelleConfig::load().gateway.url, url);
+        QFile commandLine(u"/proc/%1/cmdline"_s.arg(program.pid()));
+        QVERIFY(commandLine.open(QIODevice::ReadOnly));
+        QVERIFY(!commandLine.readAll().contains("secret"));
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
