@@ -77,6 +77,17 @@ void ProtocolTest::documentsAreServedAsStored()
     QCOMPARE(fixture.get("/status"), jsonAnswer("200 OK", content));
 }
 
+void ProtocolTest::documentThatClaimsToBeEmpty()
+{
+    const ServerFixture fixture;
+    const QString path = fixture.home.path(statusFile);
+    QVERIFY(QFile::remove(path));
+    QVERIFY(QFile::link(u"/proc/self/status"_s, path));
+    const QByteArray answer = fixture.get("/status");
+    QVERIFY(answer.startsWith("HTTP/1.1 200 OK\r\n"));
+    QVERIFY(bodyOf(answer).startsWith("Name:\t"));
+}
+
 void ProtocolTest::whatIsNoDocument_data()
 {
     QTest::addColumn<QByteArray>("kind");
