@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 #include "statusserver/Listener.h"
+#include "statusserver/RunLoop.h"
 
 #include <cerrno>
 #include <poll.h>
@@ -86,9 +87,19 @@ void Acceptor::acceptAll()
             handleError(errno);
             return;
         }
-        m_onClient(std::move(client));
+        handOn(std::move(client));
     }
     waitForClients();
+}
+
+// A client that cannot be served, for want of memory or a thread, must not end the accepting.
+void Acceptor::handOn(Descriptor client)
+{
+    try {
+        m_onClient(std::move(client));
+    } catch (const std::exception &error) {
+        logDropped(error);
+    }
 }
 
 void Acceptor::handleError(int error)

@@ -29,6 +29,7 @@ public:
 private:
     void waitForClients();
     void acceptAll();
+    void handOn(Descriptor client);
     void handleError(int error);
     void pause();
 

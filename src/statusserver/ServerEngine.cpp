@@ -36,10 +36,11 @@ void ServerEngine::start()
     if (!m_state.requestStart()) {
         return;
     }
-    if (!m_thread) {
-        m_thread.emplace([self = shared_from_this()] { runUntilStopped(self->m_loop); });
+    if (ensureThread()) {
+        asio::post(m_loop, [this] { runServer(m_port); });
+    } else {
+        m_state.enterIdle();
     }
-    asio::post(m_loop, [this] { runServer(m_port); });
 }
 
 void ServerEngine::stop()
@@ -58,6 +59,18 @@ void ServerEngine::finish()
     if (m_thread) {
         m_thread->finishUntil(deadline);
     }
+}
+
+bool ServerEngine::ensureThread()
+{
+    try {
+        if (!m_thread) {
+            m_thread.emplace([self = shared_from_this()] { runUntilStopped(self->m_loop); });
+        }
+    } catch (const std::exception &error) {
+        logLine(u"[StatusServer] Failed to start: "_s + QString::fromUtf8(error.what()));
+    }
+    return m_thread.has_value();
 }
 
 void ServerEngine::runServer(qint64 port)
