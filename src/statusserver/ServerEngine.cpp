@@ -84,9 +84,13 @@ void ServerEngine::runServer(qint64 port)
         logLine(listener.error());
         return;
     }
-    if (m_state.enterServing(listener->socket.get(), listener->port)) {
+    if (!m_state.enterServing(listener->socket.get(), listener->port)) {
+        return;
+    }
+    if (m_acceptor.open(listener->socket)) {
         logLine(u"[StatusServer] Listening on port %1"_s.arg(listener->port));
-        m_acceptor.open(std::move(listener->socket));
+    } else {
+        m_state.stop();
     }
 }
 
