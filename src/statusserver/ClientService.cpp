@@ -10,9 +10,11 @@ namespace ostrelle
 namespace
 {
 
-// Of a request that is longer than one receive.
+// Of a request that comes in more than one receive.
 constexpr std::size_t maxDiscardedBytes = std::size_t{1024} * 1024; // a turn
 constexpr int maxDiscardTurns = 16;
+
+constexpr std::string_view requestEnd = "\r\n\r\n";
 
 bool mustWait()
 {
@@ -41,8 +43,9 @@ void ClientService::handleClient(Descriptor client)
 {
     const ssize_t count = ::recv(client.get(), m_received.data(), m_received.size(), MSG_DONTWAIT);
     if (count > 0) {
-        const auto size = static_cast<std::size_t>(count);
-        answer({std::move(client), size == m_received.size()}, {m_received.data(), size});
+        const std::string_view received(m_received.data(), static_cast<std::size_t>(count));
+        const bool complete = received.size() < m_received.size() && received.ends_with(requestEnd);
+        answer({std::move(client), !complete}, received);
     } else if (count < 0 && mustWait()) {
         m_silent.enter(std::move(client), WaitingRoom::WaitFor::wait_read,
                        [this](Descriptor socket) { handleClient(std::move(socket)); });
@@ -100,16 +103,16 @@ void ClientService::sendRest(Recipient client, Response response)
     }
     Descriptor socket = std::move(client.socket);
     m_unread.enter(std::move(socket), WaitingRoom::WaitFor::wait_write,
-                   [this, sentMore = client.sentMore,
+                   [this, sendsMore = client.sendsMore,
                     response = std::move(response)](Descriptor writable) mutable {
-                       sendRest({std::move(writable), sentMore}, std::move(response));
+                       sendRest({std::move(writable), sendsMore}, std::move(response));
                    });
 }
 
 // Closing with unread bytes would reset the connection, and the client might lose its answer.
 void ClientService::finish(Recipient client)
 {
-    if (client.sentMore && ::shutdown(client.socket.get(), SHUT_WR) == 0) {
+    if (client.sendsMore && ::shutdown(client.socket.get(), SHUT_WR) == 0) {
         discard(std::move(client.socket), maxDiscardTurns);
     }
 }

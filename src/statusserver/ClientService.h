@@ -35,7 +35,7 @@ private:
     // A client whose request is known, and what is to become of it.
     struct Recipient {
         Descriptor socket;
-        bool sentMore = false; // than one receive takes
+        bool sendsMore = false; // than the receive that is answered, as far as one can tell
     };
 
     void answer(Recipient client, std::string_view received);

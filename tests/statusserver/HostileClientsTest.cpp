@@ -112,6 +112,17 @@ void HostileClientsTest::silentCrowdKeepsNobodyWaiting()
     QCOMPARE(crowd.back().readAll().value_or("broken"), healthy);
 }
 
+void HostileClientsTest::requestInPiecesIsNotReset()
+{
+    const ServerFixture fixture({.untilRequest = 60s});
+    RawClient client(fixture.server->port());
+    QVERIFY(client.send("GET /health HTTP/1.1\r\n"));
+    QCOMPARE(client.readAll().value_or("broken"), healthy);
+    // The answer to the first line; the rest of the request comes behind it.
+    QVERIFY(client.send("Host: localhost\r\n"));
+    QVERIFY(client.send("\r\n")); // fails when the piece before it caused a reset
+}
+
 void HostileClientsTest::endlessRequestEnds()
 {
     const ServerFixture fixture({.untilRequest = 200ms});

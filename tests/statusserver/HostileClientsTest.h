@@ -11,6 +11,7 @@ private Q_SLOTS:
     void clientThatDoesNotReadIsDropped();
     void clientsThatCloseHalfway();
     void silentCrowdKeepsNobodyWaiting();
+    void requestInPiecesIsNotReset();
     void endlessRequestEnds();
     void noDescriptorsLeft();
     void silentClientGivesWay();
