@@ -47,7 +47,7 @@ void ClientService::handleClient(Descriptor client)
         const bool complete = received.size() < m_received.size() && received.ends_with(requestEnd);
         answer({std::move(client), !complete}, received);
     } else if (count < 0 && mustWait()) {
-        m_silent.enter(std::move(client), WaitingRoom::WaitFor::wait_read,
+        m_silent.enter(std::move(client), WaitingRoom::WaitFor::wait_read, m_silent.newDeadline(),
                        [this](Descriptor socket) { handleClient(std::move(socket)); });
     }
 }
@@ -89,7 +89,8 @@ void ClientService::send(Recipient client, std::string_view bytes)
     }
 }
 
-// Sends what the socket takes and comes back when it takes more.
+// Sends what the socket takes and comes back when it takes more. The time for it is set once: a
+// client that reads drop by drop would hold a large answer in memory for hours.
 void ClientService::sendRest(Recipient client, Response response)
 {
     const ssize_t sent = sendSome(client.socket.get(), response.bytes());
@@ -101,11 +102,11 @@ void ClientService::sendRest(Recipient client, Response response)
         finish(std::move(client));
         return;
     }
-    Descriptor socket = std::move(client.socket);
-    m_unread.enter(std::move(socket), WaitingRoom::WaitFor::wait_write,
-                   [this, sendsMore = client.sendsMore,
+    const auto deadline = client.answerDeadline.value_or(m_unread.newDeadline());
+    m_unread.enter(std::move(client.socket), WaitingRoom::WaitFor::wait_write, deadline,
+                   [this, sendsMore = client.sendsMore, deadline,
                     response = std::move(response)](Descriptor writable) mutable {
-                       sendRest({std::move(writable), sendsMore}, std::move(response));
+                       sendRest({std::move(writable), sendsMore, deadline}, std::move(response));
                    });
 }
 
@@ -123,7 +124,7 @@ void ClientService::discard(Descriptor socket, int turnsLeft)
     const ssize_t count =
         ::recv(socket.get(), nullptr, maxDiscardedBytes, MSG_DONTWAIT | MSG_TRUNC);
     if (turnsLeft > 0 && (count > 0 || (count < 0 && mustWait()))) {
-        m_silent.enter(std::move(socket), WaitingRoom::WaitFor::wait_read,
+        m_silent.enter(std::move(socket), WaitingRoom::WaitFor::wait_read, m_silent.newDeadline(),
                        [this, turnsLeft](Descriptor readable) {
                            discard(std::move(readable), turnsLeft - 1);
                        });

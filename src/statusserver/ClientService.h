@@ -10,6 +10,7 @@
 #include <array>
 #include <asio/io_context.hpp>
 #include <functional>
+#include <optional>
 #include <string_view>
 
 namespace ostrelle
@@ -36,6 +37,7 @@ private:
     struct Recipient {
         Descriptor socket;
         bool sendsMore = false; // than the receive that is answered, as far as one can tell
+        std::optional<WaitingRoom::Deadline> answerDeadline{}; // once it has to wait
     };
 
     void answer(Recipient client, std::string_view received);

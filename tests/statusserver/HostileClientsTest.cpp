@@ -78,6 +78,21 @@ void HostileClientsTest::clientThatDoesNotReadIsDropped()
     QVERIFY(all && all->size() < 30'000'000);
 }
 
+void HostileClientsTest::clientThatReadsDropByDropIsDropped()
+{
+    const ServerFixture fixture({.untilReading = 300ms});
+    fixture.home.write(statusFile, QByteArray(30'000'000, 'x'));
+    RawClient client(fixture.server->port());
+    QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));
+    qsizetype total = 0;
+    // The whole answer takes over a second, and no pause between two reads is a long one.
+    for (QByteArray drop = client.read(131'072); !drop.isEmpty(); drop = client.read(131'072)) {
+        total += drop.size();
+        QTest::qWait(5);
+    }
+    QVERIFY(total > 0 && total < 30'000'000);
+}
+
 void HostileClientsTest::clientsThatCloseHalfway()
 {
     const ServerFixture fixture;

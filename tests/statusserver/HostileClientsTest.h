@@ -9,6 +9,7 @@ class HostileClientsTest : public QObject
 private Q_SLOTS:
     void silentClientIsDropped();
     void clientThatDoesNotReadIsDropped();
+    void clientThatReadsDropByDropIsDropped();
     void clientsThatCloseHalfway();
     void silentCrowdKeepsNobodyWaiting();
     void requestInPiecesIsNotReset();
