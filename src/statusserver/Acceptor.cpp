@@ -2,7 +2,10 @@
 
 #include "platform/Log.h"
 #include "statusserver/Listener.h"
+#include "statusserver/RunLoop.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <poll.h>
 #include <sys/socket.h>
@@ -21,10 +24,18 @@ constexpr int maxAcceptsPerTurn = 64;
 // After this long there may be descriptors or memory again.
 constexpr std::chrono::milliseconds pauseAfterError{50};
 
-bool isTransient(int error)
+// Of descriptors or memory.
+bool isShortage(int error)
 {
-    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM ||
-           error == ECONNABORTED;
+    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
+
+// Errors of one connection that accept() passes on.
+bool concernsOneClient(int error)
+{
+    constexpr std::array errors = {ECONNABORTED, ENETDOWN, EPROTO,       ENOPROTOOPT, EHOSTDOWN,
+                                   ENONET,       EPERM,    EHOSTUNREACH, EOPNOTSUPP,  ENETUNREACH};
+    return std::ranges::find(errors, error) != errors.end();
 }
 
 bool isReadable(int socket)
@@ -45,17 +56,18 @@ Acceptor::Acceptor(asio::io_context &loop, const ServerState &state, OnClient on
 {
 }
 
-void Acceptor::open(Descriptor serverSocket)
+bool Acceptor::open(Descriptor &serverSocket)
 {
     m_errorTold = false;
     asio::error_code error;
     m_serverSocket.assign(serverSocket.get(), error);
     if (error) {
         logLine(u"[StatusServer] Accept error: "_s + QString::fromStdString(error.message()));
-        return;
+        return false;
     }
     static_cast<void>(serverSocket.release()); // m_serverSocket owns it now
     waitForClients();
+    return true;
 }
 
 void Acceptor::close(int serverSocket)
@@ -86,17 +98,27 @@ void Acceptor::acceptAll()
             handleError(errno);
             return;
         }
-        m_onClient(std::move(client));
+        handOn(std::move(client));
     }
     waitForClients();
+}
+
+// A client that cannot be served, for want of memory or a thread, must not end the accepting.
+void Acceptor::handOn(Descriptor client)
+{
+    try {
+        m_onClient(std::move(client));
+    } catch (const std::exception &error) {
+        logDropped(error);
+    }
 }
 
 void Acceptor::handleError(int error)
 {
     // Without a free descriptor the kernel does not even look whether somebody waits.
-    const bool nobodyWaits = isTransient(error) && !isReadable(m_serverSocket.native_handle());
+    const bool nobodyWaits = isShortage(error) && !isReadable(m_serverSocket.native_handle());
     if (error == EAGAIN || error == EINTR || nobodyWaits) {
-        m_errorTold = false;
+        m_errorTold = m_errorTold && error != EAGAIN;
         waitForClients();
         return;
     }
@@ -107,12 +129,10 @@ void Acceptor::handleError(int error)
         logLine(u"[StatusServer] Accept error: "_s + systemText(error));
         m_errorTold = true;
     }
-    if (isTransient(error)) {
-        if (m_makeRoom()) {
-            waitForClients();
-        } else {
-            pause();
-        }
+    if (isShortage(error) && m_makeRoom()) {
+        waitForClients();
+    } else if (isShortage(error) || concernsOneClient(error)) {
+        pause();
     }
 }
 

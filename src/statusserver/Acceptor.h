@@ -21,7 +21,8 @@ public:
     Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient,
              MakeRoom makeRoom);
 
-    void open(Descriptor serverSocket);
+    // Takes the socket over; false, leaving it where it is, when it cannot be watched.
+    bool open(Descriptor &serverSocket);
 
     // Closes the given listening socket, unless another one is open by now.
     void close(int serverSocket);
@@ -29,6 +30,7 @@ public:
 private:
     void waitForClients();
     void acceptAll();
+    void handOn(Descriptor client);
     void handleError(int error);
     void pause();
 
@@ -37,7 +39,7 @@ private:
     const MakeRoom m_makeRoom;
     WatchedDescriptor m_serverSocket;
     asio::steady_timer m_pause;
-    bool m_errorTold = false; // since nobody waited for being accepted
+    bool m_errorTold = false; // since everybody who waited was accepted
 };
 
 } // namespace ostrelle

@@ -10,9 +10,11 @@ namespace ostrelle
 namespace
 {
 
-// Of a request that is longer than one receive.
+// Of a request that comes in more than one receive.
 constexpr std::size_t maxDiscardedBytes = std::size_t{1024} * 1024; // a turn
 constexpr int maxDiscardTurns = 16;
+
+constexpr std::string_view requestEnd = "\r\n\r\n";
 
 bool mustWait()
 {
@@ -41,10 +43,11 @@ void ClientService::handleClient(Descriptor client)
 {
     const ssize_t count = ::recv(client.get(), m_received.data(), m_received.size(), MSG_DONTWAIT);
     if (count > 0) {
-        const auto size = static_cast<std::size_t>(count);
-        answer({std::move(client), size == m_received.size()}, {m_received.data(), size});
+        const std::string_view received(m_received.data(), static_cast<std::size_t>(count));
+        const bool complete = received.size() < m_received.size() && received.ends_with(requestEnd);
+        answer({std::move(client), !complete}, received);
     } else if (count < 0 && mustWait()) {
-        m_silent.enter(std::move(client), WaitingRoom::WaitFor::wait_read,
+        m_silent.enter(std::move(client), WaitingRoom::WaitFor::wait_read, m_silent.newDeadline(),
                        [this](Descriptor socket) { handleClient(std::move(socket)); });
     }
 }
@@ -86,7 +89,8 @@ void ClientService::send(Recipient client, std::string_view bytes)
     }
 }
 
-// Sends what the socket takes and comes back when it takes more.
+// Sends what the socket takes and comes back when it takes more. The time for it is set once: a
+// client that reads drop by drop would hold a large answer in memory for hours.
 void ClientService::sendRest(Recipient client, Response response)
 {
     const ssize_t sent = sendSome(client.socket.get(), response.bytes());
@@ -98,18 +102,18 @@ void ClientService::sendRest(Recipient client, Response response)
         finish(std::move(client));
         return;
     }
-    Descriptor socket = std::move(client.socket);
-    m_unread.enter(std::move(socket), WaitingRoom::WaitFor::wait_write,
-                   [this, sentMore = client.sentMore,
+    const auto deadline = client.answerDeadline.value_or(m_unread.newDeadline());
+    m_unread.enter(std::move(client.socket), WaitingRoom::WaitFor::wait_write, deadline,
+                   [this, sendsMore = client.sendsMore, deadline,
                     response = std::move(response)](Descriptor writable) mutable {
-                       sendRest({std::move(writable), sentMore}, std::move(response));
+                       sendRest({std::move(writable), sendsMore, deadline}, std::move(response));
                    });
 }
 
 // Closing with unread bytes would reset the connection, and the client might lose its answer.
 void ClientService::finish(Recipient client)
 {
-    if (client.sentMore && ::shutdown(client.socket.get(), SHUT_WR) == 0) {
+    if (client.sendsMore && ::shutdown(client.socket.get(), SHUT_WR) == 0) {
         discard(std::move(client.socket), maxDiscardTurns);
     }
 }
@@ -120,7 +124,7 @@ void ClientService::discard(Descriptor socket, int turnsLeft)
     const ssize_t count =
         ::recv(socket.get(), nullptr, maxDiscardedBytes, MSG_DONTWAIT | MSG_TRUNC);
     if (turnsLeft > 0 && (count > 0 || (count < 0 && mustWait()))) {
-        m_silent.enter(std::move(socket), WaitingRoom::WaitFor::wait_read,
+        m_silent.enter(std::move(socket), WaitingRoom::WaitFor::wait_read, m_silent.newDeadline(),
                        [this, turnsLeft](Descriptor readable) {
                            discard(std::move(readable), turnsLeft - 1);
                        });

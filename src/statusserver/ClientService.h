@@ -10,6 +10,7 @@
 #include <array>
 #include <asio/io_context.hpp>
 #include <functional>
+#include <optional>
 #include <string_view>
 
 namespace ostrelle
@@ -35,7 +36,8 @@ private:
     // A client whose request is known, and what is to become of it.
     struct Recipient {
         Descriptor socket;
-        bool sentMore = false; // than one receive takes
+        bool sendsMore = false; // than the receive that is answered, as far as one can tell
+        std::optional<WaitingRoom::Deadline> answerDeadline{}; // once it has to wait
     };
 
     void answer(Recipient client, std::string_view received);

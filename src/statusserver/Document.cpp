@@ -15,6 +15,9 @@ namespace
 // More than the longest header.
 constexpr std::size_t headerRoom = 256;
 
+// A page: what the kernel makes up is said to be empty and mostly fits in one.
+constexpr std::size_t smallestGrowth = 4096;
+
 // Reads behind the room for the header; the count of bytes, or nothing on an error.
 std::optional<std::size_t> readBody(int file, std::size_t size, std::string &storage)
 {
@@ -55,7 +58,7 @@ DocumentOutcome loadDocument(const std::string &path, std::size_t maxBytes, Resp
             return simdjson::validate_utf8(body.data(), body.size()) ? DocumentOutcome::Loaded
                                                                      : DocumentOutcome::Missing;
         }
-        size *= 2;
+        size = 2 * size + smallestGrowth; // which may have claimed to be empty
     }
     return DocumentOutcome::TooLarge;
 }

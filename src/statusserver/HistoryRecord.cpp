@@ -1,6 +1,7 @@
 #include "statusserver/HistoryRecord.h"
 
 #include <QJsonDocument>
+#include <QStringDecoder>
 #include <QStringList>
 
 namespace ostrelle
@@ -19,7 +20,11 @@ std::optional<QString> decode(std::string_view text)
     if (!simdjson::validate_utf8(text.data(), text.size())) {
         return std::nullopt;
     }
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    // Unlike QString::fromUtf8(), this keeps a byte order mark: here it is part of the text.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom |
+                                                     QStringDecoder::Flag::Stateless);
+    return QString(
+        decoder.decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size()))));
 }
 
 std::optional<QString> stringOf(const simdjson::simdjson_result<dom::element> &element)

@@ -4,8 +4,6 @@
 
 #include <QString>
 
-#include <exception>
-
 namespace ostrelle
 {
 
@@ -17,9 +15,14 @@ void runUntilStopped(asio::io_context &loop)
         try {
             loop.run();
         } catch (const std::exception &error) {
-            logLine(u"[StatusServer] Request dropped: "_s + QString::fromUtf8(error.what()));
+            logDropped(error);
         }
     }
+}
+
+void logDropped(const std::exception &error)
+{
+    logLine(u"[StatusServer] Request dropped: "_s + QString::fromUtf8(error.what()));
 }
 
 } // namespace ostrelle

@@ -36,10 +36,11 @@ void ServerEngine::start()
     if (!m_state.requestStart()) {
         return;
     }
-    if (!m_thread) {
-        m_thread.emplace([self = shared_from_this()] { runUntilStopped(self->m_loop); });
+    if (ensureThread()) {
+        asio::post(m_loop, [this] { runServer(m_port); });
+    } else {
+        m_state.enterIdle();
     }
-    asio::post(m_loop, [this] { runServer(m_port); });
 }
 
 void ServerEngine::stop()
@@ -60,6 +61,18 @@ void ServerEngine::finish()
     }
 }
 
+bool ServerEngine::ensureThread()
+{
+    try {
+        if (!m_thread) {
+            m_thread.emplace([self = shared_from_this()] { runUntilStopped(self->m_loop); });
+        }
+    } catch (const std::exception &error) {
+        logLine(u"[StatusServer] Failed to start: "_s + QString::fromUtf8(error.what()));
+    }
+    return m_thread.has_value();
+}
+
 void ServerEngine::runServer(qint64 port)
 {
     if (!m_state.startRequested()) {
@@ -71,9 +84,13 @@ void ServerEngine::runServer(qint64 port)
         logLine(listener.error());
         return;
     }
-    if (m_state.enterServing(listener->socket.get(), listener->port)) {
+    if (!m_state.enterServing(listener->socket.get(), listener->port)) {
+        return;
+    }
+    if (m_acceptor.open(listener->socket)) {
         logLine(u"[StatusServer] Listening on port %1"_s.arg(listener->port));
-        m_acceptor.open(std::move(listener->socket));
+    } else {
+        m_state.stop();
     }
 }
 

@@ -36,6 +36,8 @@ public:
     void finish();
 
 private:
+    // False, and logged, when the I/O thread cannot be started.
+    bool ensureThread();
     void runServer(qint64 port);
     void runSlowly(Workers::Task task);
 

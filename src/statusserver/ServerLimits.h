@@ -10,7 +10,7 @@ namespace ostrelle
 struct ServerLimits {
     // A client that sends nothing for so long is dropped.
     std::chrono::milliseconds untilRequest = std::chrono::seconds{5};
-    // One that takes nothing of its answer for so long, too.
+    // One that has not read its answer so long after its start, too.
     std::chrono::milliseconds untilReading = std::chrono::seconds{30};
     // Threads for the session history and for large documents.
     std::size_t workerThreads = 4;

@@ -25,12 +25,17 @@ std::vector<HistoryRecord> digestSessionLog(int file, const DigestOptions &optio
     std::vector<HistoryRecord> records;
     HistoryRecordReader reader;
     BackwardLines lines(file, *end, {options.blockBytes, options.maxLineBytes}, stop);
+    qsizetype unitsLeft = options.maxTextUnits;
     while (records.size() < wanted) {
         const auto line = lines.next();
         if (!line) {
             break;
         }
         if (auto record = reader.read(*line)) {
+            unitsLeft -= record->content.size() + record->timestamp.size();
+            if (unitsLeft < 0) {
+                break;
+            }
             records.push_back(std::move(*record));
         }
     }

@@ -10,7 +10,7 @@ WaitingRoom::WaitingRoom(asio::io_context &loop, std::chrono::milliseconds limit
 {
 }
 
-void WaitingRoom::enter(Descriptor socket, WaitFor event, Ready ready)
+void WaitingRoom::enter(Descriptor socket, WaitFor event, Deadline deadline, Ready ready)
 {
     WatchedDescriptor watched(m_loop);
     asio::error_code error;
@@ -19,10 +19,8 @@ void WaitingRoom::enter(Descriptor socket, WaitFor event, Ready ready)
         return;
     }
     static_cast<void>(socket.release()); // `watched` owns it now
-    auto guest =
-        std::make_shared<Guest>(std::move(watched), std::chrono::steady_clock::now() + m_limit,
-                                std::move(ready), m_guests.end());
-    guest->place = m_guests.insert(m_guests.end(), guest);
+    auto guest = std::make_shared<Guest>(std::move(watched), std::move(ready), m_guests.end());
+    guest->place = m_guests.emplace(deadline, guest);
     guest->socket.async_wait(event, [this, guest](const asio::error_code &failure) {
         // Who was shown the door has left already, even if the socket became ready meanwhile.
         if (guest->socket.is_open()) {
@@ -42,8 +40,8 @@ bool WaitingRoom::dropOldest()
         return false;
     }
     asio::error_code ignored;
-    m_guests.front()->socket.close(ignored);
-    m_guests.pop_front();
+    m_guests.begin()->second->socket.close(ignored);
+    m_guests.erase(m_guests.begin());
     return true;
 }
 
@@ -53,7 +51,7 @@ void WaitingRoom::armTimer()
         return;
     }
     m_timerRuns = true;
-    m_timer.expires_at(m_guests.front()->deadline);
+    m_timer.expires_at(m_guests.begin()->first);
     m_timer.async_wait([this](const asio::error_code &error) {
         m_timerRuns = false;
         if (!error) {
@@ -66,7 +64,7 @@ void WaitingRoom::armTimer()
 void WaitingRoom::dropLate()
 {
     const auto now = std::chrono::steady_clock::now();
-    while (!m_guests.empty() && m_guests.front()->deadline <= now) {
+    while (!m_guests.empty() && m_guests.begin()->first <= now) {
         dropOldest();
     }
 }

@@ -6,36 +6,39 @@
 #include <asio/steady_timer.hpp>
 #include <chrono>
 #include <functional>
-#include <list>
+#include <map>
 #include <memory>
 
 namespace ostrelle
 {
 
-// Sockets with nothing to do until they become ready; one that does not within the time limit is
-// closed. All wait equally long, so the first to come is the first to go and one timer serves them
-// all. It is left to run out when a socket becomes ready: nothing is set per request, and at most
-// one idle wake-up follows the last client. I/O thread only.
+// Sockets with nothing to do until they become ready; one that does not before its deadline is
+// closed. One timer serves them all. It is left to run out when a socket becomes ready: nothing is
+// set per request, and at most one idle wake-up follows the last client. I/O thread only.
 class WaitingRoom
 {
 public:
     using WaitFor = WatchedDescriptor::wait_type;
+    using Deadline = std::chrono::steady_clock::time_point;
     using Ready = std::move_only_function<void(Descriptor)>;
 
     WaitingRoom(asio::io_context &loop, std::chrono::milliseconds limit);
 
-    // `ready` gets the socket back, from the loop.
-    void enter(Descriptor socket, WaitFor event, Ready ready);
+    // Of one that comes now.
+    Deadline newDeadline() const { return std::chrono::steady_clock::now() + m_limit; }
 
-    // Closes the one that has waited longest; false when nobody waits.
+    // `ready` gets the socket back, from the loop. The deadline is a new one, or that of a guest
+    // who comes back from its `ready` without a chance for others in between.
+    void enter(Descriptor socket, WaitFor event, Deadline deadline, Ready ready);
+
+    // Closes the one whose deadline comes first; false when nobody waits.
     bool dropOldest();
 
 private:
     struct Guest {
         WatchedDescriptor socket;
-        std::chrono::steady_clock::time_point deadline;
         Ready ready;
-        std::list<std::shared_ptr<Guest>>::iterator place;
+        std::multimap<Deadline, std::shared_ptr<Guest>>::iterator place;
     };
 
     void armTimer();
@@ -43,7 +46,7 @@ private:
 
     asio::io_context &m_loop;
     const std::chrono::milliseconds m_limit;
-    std::list<std::shared_ptr<Guest>> m_guests; // in the order of their deadlines
+    std::multimap<Deadline, std::shared_ptr<Guest>> m_guests;
     asio::steady_timer m_timer;
     bool m_timerRuns = false;
 };

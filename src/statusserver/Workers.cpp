@@ -14,12 +14,25 @@ Workers::Workers(std::size_t threads)
 
 void Workers::post(Task task)
 {
+    ensureThread();
     asio::post(m_queue->tasks, [task = std::move(task), queue = m_queue.get()]() mutable {
         task(queue->stop.get_token());
     });
+}
+
+// One more thread, unless there are enough. The first one is needed, the others only help.
+void Workers::ensureThread()
+{
     const std::lock_guard lock(m_mutex);
-    if (m_threads.size() < m_maxThreads && !m_queue->tasks.stopped()) {
+    if (m_threads.size() >= m_maxThreads || m_queue->tasks.stopped()) {
+        return;
+    }
+    try {
         m_threads.emplace_back([queue = m_queue] { runUntilStopped(queue->tasks); });
+    } catch (const std::exception &) {
+        if (m_threads.empty()) {
+            throw;
+        }
     }
 }
 

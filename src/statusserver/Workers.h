@@ -20,6 +20,7 @@ public:
     explicit Workers(std::size_t threads);
 
     // Runs the task on one of the threads, in the order of the calls. One thread at a time.
+    // Throws, and forgets the task, when there is no thread and none can be started.
     void post(Task task);
 
     // Asks the tasks that run to stop, drops the others and waits for the threads until `deadline`;
@@ -27,6 +28,8 @@ public:
     void finishUntil(std::chrono::steady_clock::time_point deadline);
 
 private:
+    void ensureThread();
+
     // Shared with the threads, which may be abandoned.
     struct Queue {
         asio::io_context tasks;

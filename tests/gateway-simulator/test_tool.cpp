@@ -83,8 +83,9 @@ private Q_SLOTS:
                     subagents.insert(key);
                 }
                 QVERIFY(key.startsWith(u"agent:"_s + session["agentId"_L1].toString() + u':'));
-                QVERIFY(session["ageMs"_L1].toInteger(-1) >= 0);
-                QVERIFY(session["ageMs"_L1].toInteger() <= 120'000);
+                const qint64 updatedMs = session["updatedAt"_L1].toInteger();
+                const qint64 nowMs = toMs(noon) + minute * qint64{60'000};
+                QVERIFY(updatedMs <= nowMs && updatedMs >= nowMs - 120'000);
                 kinds.insert(key.section(u':', 2, 2) +
                              (key.contains(":run:"_L1) ? u" run"_s : u""_s) +
                              (session["label"_L1].isString() ? u" labelled"_s : u""_s));

@@ -88,8 +88,7 @@ void DigestTest::lineRules_data()
     content("half of another pair", R"("\ud800")");
     content("broken behind the text", R"("hello"},"x":tru)");
     QTest::newRow("role of a tool")
-        << QByteArray(R"({"type":"message","message":{"role":"toolResult","content":"a"}})")
-        << QString();
+        << QByteArray(R"({"type":"message","message":{"role":"tool","content":"a"}})") << QString();
     QTest::newRow("role is a number")
         << QByteArray(R"({"type":"message","message":{"role":1,"content":"a"}})") << QString();
     QTest::newRow("message is a text")
@@ -152,6 +151,24 @@ void DigestTest::longLinesDoNotCount()
         QCOMPARE(digest(log, 9, block, length - 1),
                  digestForwards(messageLine("x") + messageLine("y"), 9));
     }
+}
+
+void DigestTest::byteOrderMarkStays()
+{
+    const QByteArray text = "\xEF\xBB\xBFhello";
+    QVERIFY(digest(messageLine(text), 9, 64).contains('"' + text + '"'));
+}
+
+void DigestTest::textIsBounded()
+{
+    const QByteArray log = messageLine("1") + messageLine("two") + messageLine("3");
+    const auto file = openRegular(m_home.write(u"bounded.jsonl"_s, log).toStdString());
+    const auto count = [&](qsizetype units) { // a record's text and its timestamp of one unit
+        return digestSessionLog(file->descriptor.get(), {.maxTextUnits = units}, {}).size();
+    };
+    QCOMPARE(count(6), 2U);
+    QCOMPARE(count(5), 1U); // the short one before is not taken instead
+    QCOMPARE(count(1), 0U);
 }
 
 void DigestTest::survivesTruncation()

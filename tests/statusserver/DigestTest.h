@@ -14,6 +14,8 @@ private Q_SLOTS:
     void equalsForwardReading_data();
     void equalsForwardReading();
     void longLinesDoNotCount();
+    void byteOrderMarkStays();
+    void textIsBounded();
     void survivesTruncation();
     void endsWhenStopped();
     void newestLog();

@@ -9,8 +9,10 @@ class HostileClientsTest : public QObject
 private Q_SLOTS:
     void silentClientIsDropped();
     void clientThatDoesNotReadIsDropped();
+    void clientThatReadsDropByDropIsDropped();
     void clientsThatCloseHalfway();
     void silentCrowdKeepsNobodyWaiting();
+    void requestInPiecesIsNotReset();
     void endlessRequestEnds();
     void noDescriptorsLeft();
     void silentClientGivesWay();

@@ -11,6 +11,7 @@ private Q_SLOTS:
     void exactBytes();
     void documentsAreServedAsStored_data();
     void documentsAreServedAsStored();
+    void documentThatClaimsToBeEmpty();
     void whatIsNoDocument_data();
     void whatIsNoDocument();
     void historyNeedsTheToken();

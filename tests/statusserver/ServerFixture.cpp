@@ -43,13 +43,13 @@ QByteArray RawClient::read(qsizetype atMost)
     return count < 0 ? QByteArray() : bytes.first(count);
 }
 
-QByteArray RawClient::readAll()
+std::optional<QByteArray> RawClient::readAll()
 {
-    QByteArray all("");
+    QByteArray all;
     while (true) {
         const QByteArray some = read(65536);
         if (some.isNull()) {
-            return {};
+            return std::nullopt;
         }
         if (some.isEmpty()) {
             return all;
@@ -77,7 +77,7 @@ QByteArray ServerFixture::ask(const QByteArray &request) const
 {
     RawClient client(server->port());
     client.send(request);
-    return client.readAll();
+    return client.readAll().value_or(QByteArray());
 }
 
 QByteArray ServerFixture::get(const QByteArray &target) const

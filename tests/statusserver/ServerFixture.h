@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <memory>
+#include <optional>
 
 // One TCP connection to the server under test, as raw as can be. Reads wait up to 10 seconds.
 class RawClient
@@ -19,8 +20,8 @@ public:
     // No further request bytes will come.
     void finishSending();
     QByteArray read(qsizetype atMost);
-    // Until the server closes; null when it did not within the time or reset the connection.
-    QByteArray readAll();
+    // Until the server closes; nothing when it did not within the time or reset the connection.
+    std::optional<QByteArray> readAll();
     bool isConnected() const { return m_connected; }
 
 private:
@@ -37,7 +38,7 @@ public:
     // Builds the server anew with a changed configuration.
     void restart(const ostrelle::OstrelleConfig &config, const ostrelle::ServerLimits &limits = {});
 
-    // What a client gets that sends these bytes at once.
+    // What a client gets that sends these bytes at once; null when the connection broke.
     QByteArray ask(const QByteArray &request) const;
     QByteArray get(const QByteArray &target) const;
 

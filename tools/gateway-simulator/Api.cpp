@@ -32,7 +32,7 @@ QString aboutAgents(const World &world)
 {
     QStringList agents;
     for (const QJsonValue session : listSessions(world)) {
-        if (session["ageMs"_L1] == 0) {
+        if (session["updatedAt"_L1] == world.nowMs) {
             agents.append(session["agentId"_L1].toString());
         }
     }

@@ -93,7 +93,6 @@ QJsonObject cronJob(const World &world, QJsonObject job, const QJsonValue &runsB
     const QString id = world.identity(job["name"_L1].toString());
     job[u"id"_s] = id;
     job[u"agentId"_s] = u"main"_s;
-    job[u"sessionTarget"_s] = u"isolated"_s;
     if (!play["hasNoState"_L1].toBool()) {
         job[u"state"_s] = stateOf(world, job, play, runsByHand[id].toInteger());
     }

@@ -19,8 +19,7 @@ constexpr qint64 turnEveryMs = 20'000;
 constexpr qint64 backlogMs = 900'000;
 
 constexpr auto heartbeat =
-    "Read HEARTBEAT.md if it exists (workspace context). Follow it strictly. "
-    "If nothing needs attention, reply HEARTBEAT_OK."_L1;
+    "Read HEARTBEAT.md if it exists. Answer HEARTBEAT_OK when nothing is due."_L1;
 
 QString timestamp(const World &world)
 {
@@ -58,7 +57,7 @@ QJsonObject part(const QString &type, const QString &text)
 void playTurn(const World &world)
 {
     if (!fileExists(logPath(world))) {
-        appendRecord(world, u"session"_s, {{u"id"_s, logIdentity(world)}, {u"version"_s, 3}});
+        appendRecord(world, u"session"_s, {{u"id"_s, logIdentity(world)}});
     }
     const quint64 dice = world.dice(u"turn/"_s + timestamp(world));
     const QJsonArray talk = scripted(u"talk");
@@ -67,8 +66,8 @@ void playTurn(const World &world)
     case 0:
         return appendExchange(world, heartbeat, dice % 4 == 0 ? u"HEARTBEAT_OK"_s : u"NO_REPLY"_s);
     case 1:
-        appendRecord(world, u"model_change"_s, {{u"modelId"_s, u"atlas-large"_s}});
-        return appendMessage(world, u"toolResult"_s, QJsonArray{part(u"text"_s, u"todo.md"_s)});
+        appendRecord(world, u"note"_s, {{u"note"_s, u"Looked at the list of tasks."_s}});
+        return appendMessage(world, u"tool"_s, QJsonArray{part(u"text"_s, u"todo.md"_s)});
     default:
         return appendExchange(world, chosen[0].toString(), chosen[1].toString());
     }

@@ -12,17 +12,6 @@ namespace
 
 constexpr qint64 minuteMs = 60'000;
 
-void fillIn(const World &world, QJsonObject &session, qint64 updatedMs)
-{
-    const QString key = session["key"_L1].toString();
-    session[u"kind"_s] = u"direct"_s;
-    session[u"sessionId"_s] = world.identity(key);
-    session[u"updatedAt"_s] = updatedMs;
-    session[u"ageMs"_s] = world.nowMs - updatedMs;
-    session[u"totalTokens"_s] = static_cast<qint64>(world.dice(key) % 90'000);
-    session[u"contextTokens"_s] = 200'000;
-}
-
 // Somebody who comes every so often, stays for a while, and is somebody new the next time (the %1
 // of the key). Who stays as long as the pause lasts is always there.
 QJsonObject visit(const World &world, QJsonObject session, int index)
@@ -35,7 +24,7 @@ QJsonObject visit(const World &world, QJsonObject session, int index)
     const qint64 leavesMs = number * every - shift + play["stays"_L1].toInteger() * minuteMs;
     session[u"key"_s] = session["key"_L1].toString().replace(
         "%1"_L1, world.identity(name + QString::number(number)));
-    fillIn(world, session, qMin(world.nowMs, leavesMs));
+    session[u"updatedAt"_s] = qMin(world.nowMs, leavesMs);
     return session;
 }
 
@@ -50,9 +39,8 @@ void addCronSessions(const World &world, QJsonArray &sessions)
         const QString key = u"agent:main:cron:"_s + job["id"_L1].toString();
         const QString started = QString::number(state["lastRunAtMs"_L1].toInteger());
         for (const QString &each : {key, key + u":run:"_s + world.identity(key + started)}) {
-            QJsonObject session = {{u"key"_s, each}, {u"agentId"_s, u"main"_s}};
-            fillIn(world, session, world.nowMs);
-            sessions.append(session);
+            sessions.append(QJsonObject{
+                {u"key"_s, each}, {u"agentId"_s, u"main"_s}, {u"updatedAt"_s, world.nowMs}});
         }
     }
 }

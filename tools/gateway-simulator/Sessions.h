@@ -7,7 +7,7 @@
 namespace ostrelle::simulator
 {
 
-// Every session of the gateway, the ones that ended among them; "ageMs" tells since when.
+// Every session of the gateway, the ones that ended among them; "updatedAt" tells when (epoch ms).
 QJsonArray listSessions(const World &world);
 
 } // namespace ostrelle::simulator

@@ -46,7 +46,7 @@ Outcome sessions(const World &world, const QStringList &arguments)
         active < 0 ? world.nowMs : arguments.value(active + 1).toUShort() * qint64{60'000};
     QJsonArray listed;
     for (const QJsonValue session : listSessions(world)) {
-        if (session["ageMs"_L1].toInteger() <= withinMs &&
+        if (world.nowMs - session["updatedAt"_L1].toInteger() <= withinMs &&
             (ofAll || session["agentId"_L1] == "main"_L1)) {
             listed.append(session);
         }
