@@ -65,8 +65,9 @@ void ProtocolTest::documentsAreServedAsStored_data()
     QTest::newRow("empty") << QByteArray("");
     QTest::newRow("NUL and characters of every length")
         << QByteArray("a\0\xC3\xB6\xE2\x80\xA6\xF0\x9F\xA6\xAA", 11);
-    QTest::newRow("just what is read at once") << QByteArray(1024 * 1024, 'x');
-    QTest::newRow("just more") << QByteArray(1024 * 1024 + 1, 'x');
+    constexpr qsizetype quickBytes = qsizetype{1024} * 1024; // what the server reads at once
+    QTest::newRow("just what is read at once") << QByteArray(quickBytes, 'x');
+    QTest::newRow("just more") << QByteArray(quickBytes + 1, 'x');
 }
 
 void ProtocolTest::documentsAreServedAsStored()

@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <ranges>
 
 using namespace Qt::StringLiterals;
 
@@ -55,8 +56,8 @@ PrivateSession::PrivateSession()
 
 PrivateSession::~PrivateSession()
 {
-    for (auto process = m_processes.rbegin(); process != m_processes.rend(); ++process) {
-        end(**process);
+    for (const auto &process : std::views::reverse(m_processes)) {
+        end(*process);
     }
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
