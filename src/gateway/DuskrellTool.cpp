@@ -1,0 +1,96 @@
+#include "gateway/DuskrellTool.h"
+
+#include "core/KeychainHelper.h"
+#include "core/OstrelleConfig.h"
+#include "gateway/Utf8.h"
+#include "platform/ChildProcess.h"
+
+#include <algorithm>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// A restart of the gateway takes seconds; a command that takes this long hangs.
+constexpr std::chrono::minutes killAfter(5);
+
+struct ToolRun {
+    bool succeeded = false;
+    QString output; // trimmed; of the stream that was asked for
+};
+
+ToolRun run(const QString &program, const QStringList &arguments, Capture capture)
+{
+    const auto result = runChild({.program = program, .arguments = arguments},
+                                 {.capture = capture, .killAfter = killAfter});
+    if (!result) {
+        return {};
+    }
+    return {.succeeded = result->exitedNormally && result->exitStatus == 0,
+            .output = textFromUtf8(result->output).value_or(QString()).trimmed()};
+}
+
+QString findDuskrell()
+{
+    return run(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}, Capture::StandardOutput).output;
+}
+
+ToolRun runDuskrell(const QString &path, const QStringList &arguments,
+                    Capture capture = Capture::StandardError)
+{
+    return path.isEmpty() ? run(u"/usr/bin/env"_s, QStringList(u"duskrell"_s) + arguments, capture)
+                          : run(path, arguments, capture);
+}
+
+bool fitsOneLine(const QString &text)
+{
+    return std::ranges::none_of(text, [](QChar c) { return c.category() == QChar::Other_Control; });
+}
+
+// The tool may print the value on either stream. What is more than one line, or comes from a failed
+// command, is a message and no token.
+QString readToken(const QString &path)
+{
+    const QStringList get{u"config"_s, u"get"_s, u"gateway.auth.token"_s};
+    ToolRun value = runDuskrell(path, get, Capture::StandardOutput);
+    if (value.succeeded && value.output.isEmpty()) {
+        value = runDuskrell(path, get, Capture::StandardError);
+    }
+    return value.succeeded && fitsOneLine(value.output) ? value.output : QString();
+}
+
+} // namespace
+
+std::expected<void, QString> switchGatewayToTailscaleServe()
+{
+    const QString path = findDuskrell();
+    const auto bind = runDuskrell(path, {u"config"_s, u"set"_s, u"gateway.bind"_s, u"loopback"_s});
+    if (!bind.succeeded) {
+        return std::unexpected(u"Failed to set gateway.bind: "_s + bind.output);
+    }
+    const auto serve =
+        runDuskrell(path, {u"config"_s, u"set"_s, u"gateway.tailscale.mode"_s, u"serve"_s});
+    if (!serve.succeeded) {
+        return std::unexpected(u"Failed to enable Tailscale: "_s + serve.output);
+    }
+    runDuskrell(path, {u"gateway"_s, u"restart"_s});
+    return {};
+}
+
+void renewGatewayToken()
+{
+    const QString path = findDuskrell();
+    if (!runDuskrell(path, {u"gateway"_s, u"token"_s, u"--reset"_s}).succeeded) {
+        return;
+    }
+    if (const QString token = readToken(path); !token.isEmpty()) {
+        KeychainHelper::saveToken(token, OstrelleConfig::load().gateway.url);
+        KeychainHelper::saveToken(token, KeychainHelper::activeKey);
+    }
+}
+
+} // namespace ostrelle

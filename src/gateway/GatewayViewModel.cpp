@@ -1,0 +1,223 @@
+#include "gateway/GatewayViewModel.h"
+
+#include "core/OstrelleConfig.h"
+#include "gateway/DuskrellTool.h"
+#include "platform/Preferences.h"
+
+#include <QFile>
+#include <QtConcurrent>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+const QString useMagicDNSKey = u"useMagicDNS"_s;
+constexpr auto tokenDeadline = 5s;
+
+// Of one kind, before further ones are left out.
+constexpr int probesAtOnce = 4;
+
+// Shared, because callbacks and the pool's tasks must be copyable.
+using SharedPass = std::shared_ptr<PassLimit::Pass>;
+
+SharedPass beginPass(PassLimit &limit)
+{
+    auto pass = limit.begin();
+    return pass ? std::make_shared<PassLimit::Pass>(std::move(*pass)) : nullptr;
+}
+
+// The token of the gateway at that URL. Asked for by URL, so that a change of the configuration
+// meanwhile cannot send one gateway's token to another.
+QString tokenFor(const QString &gatewayURL)
+{
+    OstrelleConfig config = OstrelleConfig::load();
+    config.gateway.url = gatewayURL;
+    return config.resolveToken();
+}
+
+void openLog(const GatewaySurroundings &surroundings)
+{
+    // Creates the file only if there is none.
+    QFile(surroundings.voiceLog).open(QFile::WriteOnly | QFile::NewOnly);
+    surroundings.openFile(surroundings.voiceLog);
+}
+
+} // namespace
+
+GatewayViewModel::GatewayViewModel(GatewaySurroundings surroundings, QObject *parent)
+    : QObject(parent)
+    , m_surroundings(std::move(surroundings))
+    , m_healthPasses(probesAtOnce)
+    , m_tokenPasses(probesAtOnce)
+    , m_tailscalePasses(probesAtOnce)
+{
+    m_useMagicDNS = Preferences().boolean(useMagicDNSKey).value_or(true);
+    m_gatewayURL = OstrelleConfig::load().gateway.url;
+    m_preferredURL.setBinding([this] { return derivePreferredURL(); });
+    pollHealth();
+    connect(&m_pollTimer, &QTimer::timeout, this, &GatewayViewModel::pollHealth);
+    m_pollTimer.start(m_surroundings.pollInterval);
+}
+
+void GatewayViewModel::pollHealth()
+{
+    if (const auto health = endpoint(m_gatewayURL, u"/health"_s)) {
+        probeHealth(*health);
+        probeToken();
+        probeTailscale();
+    }
+}
+
+void GatewayViewModel::probeHealth(const QUrl &url)
+{
+    const SharedPass pass = beginPass(m_healthPasses);
+    if (!pass) {
+        return;
+    }
+    // An answer from a gateway that is no longer in use says nothing about the one that is.
+    m_http.send({.url = url, .deadline = m_surroundings.healthDeadline},
+                [this, pass, asked = gatewayURL()](const HttpResult &result) {
+                    if (asked == m_gatewayURL) {
+                        m_gatewayOnline = result.has_value();
+                    }
+                });
+}
+
+void GatewayViewModel::probeToken()
+{
+    const SharedPass pass = beginPass(m_tokenPasses);
+    if (!pass) {
+        return;
+    }
+    QtConcurrent::run(&utilityPool(), [pass, url = gatewayURL()] {
+        return tokenFor(url);
+    }).then(this, [this, url = gatewayURL()](const QString &token) { askWithToken(url, token); });
+}
+
+void GatewayViewModel::askWithToken(const QString &gatewayURL, const QString &token)
+{
+    const auto models = endpoint(gatewayURL, u"/v1/models"_s);
+    if (token.isEmpty() || gatewayURL != m_gatewayURL || !models) {
+        return;
+    }
+    m_http.send(
+        {.url = *models, .headers = {{"Authorization", bearer(token)}}, .deadline = tokenDeadline},
+        [this, gatewayURL](const HttpResult &result) {
+            if (gatewayURL == m_gatewayURL) {
+                m_tokenRejected = result && (result->status == 401 || result->status == 403);
+            }
+        });
+}
+
+void GatewayViewModel::probeTailscale()
+{
+    const SharedPass pass = beginPass(m_tailscalePasses);
+    if (!pass) {
+        return;
+    }
+    QtConcurrent::run(&utilityPool(), [pass, places = m_surroundings.tailscale] {
+        return lookAtTailscale(places);
+    }).then(this, [this](const Tailscale &tailscale) { show(tailscale); });
+}
+
+GatewayViewModel::Tailscale GatewayViewModel::lookAtTailscale(const TailscalePlaces &places)
+{
+    if (!NetworkHelpers::isTailscaleInstalled(places)) {
+        return {}; // there is no tool to ask, so no process is spent on asking it
+    }
+    return {.installed = true,
+            .serveURL = NetworkHelpers::getTailscaleServeURL(places),
+            .ip = NetworkHelpers::getTailscaleIP(places),
+            .magicDNS = NetworkHelpers::getSelfMagicDNS(places)};
+}
+
+void GatewayViewModel::show(const Tailscale &tailscale)
+{
+    Qt::beginPropertyUpdateGroup();
+    m_tailscaleInstalled = tailscale.installed;
+    m_tailscaleServeURL = tailscale.serveURL.value_or(QString());
+    m_tailscaleIP = tailscale.ip.value_or(QString());
+    if (tailscale.magicDNS) {
+        m_magicDNSURL = u"https://"_s + *tailscale.magicDNS;
+    }
+    m_isSecure = tailscale.serveURL || !magicDNSURL().isEmpty();
+    if (m_gatewayOnline && !m_isSecure && !m_securityWarningDismissed) {
+        m_showSecurityWarning = true;
+    }
+    Qt::endPropertyUpdateGroup();
+}
+
+void GatewayViewModel::enableTailscaleServe()
+{
+    if (m_isEnablingTailscale) {
+        return;
+    }
+    m_isEnablingTailscale = true;
+    m_enableTailscaleError = QString();
+    QtConcurrent::run(&userInitiatedPool(), &switchGatewayToTailscaleServe)
+        .then(this,
+              [this](const std::expected<void, QString> &outcome) { finishEnabling(outcome); });
+}
+
+void GatewayViewModel::finishEnabling(const std::expected<void, QString> &outcome)
+{
+    if (outcome) {
+        dismissSecurityWarning();
+    } else {
+        m_enableTailscaleError = outcome.error();
+    }
+    m_isEnablingTailscale = false;
+}
+
+void GatewayViewModel::resetGatewayToken()
+{
+    if (m_isResettingToken) {
+        return;
+    }
+    m_isResettingToken = true;
+    QtConcurrent::run(&userInitiatedPool(), &renewGatewayToken).then(this, [this] {
+        finishReset();
+    });
+}
+
+void GatewayViewModel::finishReset()
+{
+    m_isResettingToken = false;
+    m_tokenRejected = false;
+    pollHealth();
+}
+
+void GatewayViewModel::dismissSecurityWarning()
+{
+    m_securityWarningDismissed = true;
+    m_showSecurityWarning = false;
+}
+
+void GatewayViewModel::openDebugLog()
+{
+    userInitiatedPool().start([surroundings = m_surroundings] { openLog(surroundings); });
+}
+
+void GatewayViewModel::setUseMagicDNS(bool use)
+{
+    m_useMagicDNS = use;
+    Preferences().set(useMagicDNSKey, use);
+}
+
+QString GatewayViewModel::derivePreferredURL() const
+{
+    if (m_useMagicDNS && !magicDNSURL().isEmpty()) {
+        return m_magicDNSURL;
+    }
+    if (!tailscaleIP().isEmpty()) {
+        return u"http://"_s + tailscaleIP() + u":18789"_s;
+    }
+    return m_gatewayURL;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,126 @@
+#include "gateway/NetworkHelpers.h"
+
+#include "gateway/LanAddress.h"
+#include "gateway/Utf8.h"
+#include "platform/ChildProcess.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+
+#include <algorithm>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// No command asked for here takes seconds; one that takes this long hangs.
+constexpr std::chrono::minutes killAfter(5);
+
+QString quoted(QString text)
+{
+    return u"'"_s + text.replace(u"'"_s, u"'\\''"_s) + u"'"_s;
+}
+
+QProcessEnvironment fixedEnvironment()
+{
+    QProcessEnvironment environment;
+    environment.insert(u"PATH"_s, u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s);
+    environment.insert(u"HOME"_s, homeDirectory());
+    environment.insert(u"__CFBundleIdentifier"_s, u""_s);
+    return environment;
+}
+
+QByteArray outputOf(const QString &executable, const QStringList &args)
+{
+    QString commandLine = quoted(executable);
+    for (const QString &argument : args) {
+        commandLine += u' ' + quoted(argument);
+    }
+    const auto result = runChild({.program = u"/bin/bash"_s,
+                                  .arguments = {u"-c"_s, commandLine},
+                                  .environment = fixedEnvironment()},
+                                 {.killAfter = killAfter});
+    return result ? result->output : QByteArray();
+}
+
+std::optional<QString> firstExisting(const QStringList &paths)
+{
+    const auto path = std::ranges::find_if(paths, fileExists);
+    return path == paths.end() ? std::nullopt : std::optional(*path);
+}
+
+QString tailscaleOnSearchPath()
+{
+    return NetworkHelpers::runProcess(u"/usr/bin/env"_s, {u"which"_s, u"tailscale"_s}).trimmed();
+}
+
+QStringView withoutBlanks(QStringView line)
+{
+    const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t'; };
+    while (!line.isEmpty() && isBlank(line.front())) {
+        line = line.sliced(1);
+    }
+    while (!line.isEmpty() && isBlank(line.back())) {
+        line.chop(1);
+    }
+    return line;
+}
+
+} // namespace
+
+QString NetworkHelpers::runProcess(const QString &executable, const QStringList &args)
+{
+    return textFromUtf8(outputOf(executable, args)).value_or(QString());
+}
+
+QString NetworkHelpers::tailscaleCLI(const TailscalePlaces &places)
+{
+    if (const auto tool = firstExisting(places.tools + QStringList(places.applicationTool))) {
+        return *tool;
+    }
+    const QString found = tailscaleOnSearchPath();
+    return found.isEmpty() ? u"tailscale"_s : found;
+}
+
+bool NetworkHelpers::isTailscaleInstalled(const TailscalePlaces &places)
+{
+    return firstExisting(places.tools + QStringList(places.application)) ||
+           !tailscaleOnSearchPath().isEmpty();
+}
+
+std::optional<QString> NetworkHelpers::getTailscaleIP(const TailscalePlaces &places)
+{
+    const QString address = runProcess(tailscaleCLI(places), {u"ip"_s, u"-4"_s}).trimmed();
+    return address.isEmpty() ? std::nullopt : std::optional(address);
+}
+
+std::optional<QString> NetworkHelpers::getTailscaleServeURL(const TailscalePlaces &places)
+{
+    const QString status = runProcess(tailscaleCLI(places), {u"serve"_s, u"status"_s});
+    for (const QStringView line : QStringView(status).split(u'\n')) {
+        if (line.contains("https://"_L1)) {
+            return withoutBlanks(line).toString();
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> NetworkHelpers::getSelfMagicDNS(const TailscalePlaces &places)
+{
+    return selfMagicDNS(outputOf(tailscaleCLI(places), {u"status"_s, u"--json"_s}));
+}
+
+QList<OnlinePeer> NetworkHelpers::getOnlinePeers(const TailscalePlaces &places)
+{
+    return onlinePeers(outputOf(tailscaleCLI(places), {u"status"_s, u"--json"_s}));
+}
+
+std::optional<QString> NetworkHelpers::getLocalIP()
+{
+    return firstLanAddress(interfaceAddresses());
+}
+
+} // namespace ostrelle

@@ -1,0 +1,128 @@
+#include "gateway/HttpClient.h"
+#include "gateway/StandInGateway.h"
+
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+using State = HttpResponseReader::State;
+
+class TestHttp : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsResponsesCutAnywhere_data()
+    {
+        QTest::addColumn<QByteArray>("response");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        const auto whole = [](const char *name, const QByteArray &response, int status,
+                              const QByteArray &body) {
+            QTest::newRow(name) << response << status << body;
+        };
+        const auto malformed = [](const char *name, const QByteArray &response) {
+            QTest::newRow(name) << response << 0 << QByteArray();
+        };
+        const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+        const QByteArray chunked = ok + "Transfer-Encoding: Chunked\r\n\r\n";
+        whole("length", StandInGateway::response(200, "body"), 200, "body");
+        whole("empty", StandInGateway::response(401), 401, "");
+        whole("bare line feeds", "HTTP/1.0 200 OK\ncontent-length:  2 \n\nab", 200, "ab");
+        whole("no reason", "HTTP/1.1 204\r\n\r\n", 204, "");
+        whole("chunks", chunked + "3;x=y\r\nabc\r\n0A\r\n0123456789\r\n0\r\nT: t\r\n\r\n", 200,
+              "abc0123456789");
+        whole("after an interim response",
+              "HTTP/1.1 103 Hints\r\nContent-Length: 9\r\n\r\n" +
+                  StandInGateway::response(500, "x"),
+              500, "x");
+        whole("up to the end", ok + "\r\nab\n", 200, "ab\n");
+        whole("longer than wanted", StandInGateway::response(200, QByteArray(30, 'x')), 200,
+              QByteArray(20, 'x'));
+        malformed("not HTTP", "SSH-2.0-x\r\n");
+        malformed("status without digits", "HTTP/1.1 2x0 OK\r\n\r\n");
+        malformed("header without a colon", ok + "abc\r\n\r\n");
+        malformed("negative length", ok + "Content-Length: -1\r\n\r\n");
+        malformed("length beyond reason", ok + "Content-Length: 99999999999999999999\r\n\r\n");
+        malformed("chunk without a size", chunked + "\r\n");
+        malformed("chunk longer than its size", chunked + "1\r\nab\r\n0\r\n\r\n");
+        malformed("cut", StandInGateway::response(200, "body").chopped(1));
+        malformed("head beyond reason", ok + QByteArray("X: y\r\n").repeated(11000));
+    }
+    void readsResponsesCutAnywhere()
+    {
+        QFETCH(QByteArray, response);
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        for (qsizetype cut = 0; cut < std::min<qsizetype>(response.size(), 200); ++cut) {
+            HttpResponseReader reader(20);
+            State state = reader.feed(response.first(cut));
+            if (state == State::Reading) {
+                state = reader.feed(response.sliced(cut));
+            }
+            if (state == State::Reading) {
+                state = reader.close();
+            }
+            QCOMPARE(state, status == 0 ? State::Malformed : State::Complete);
+            if (status != 0) {
+                QCOMPARE(reader.answer().status, status);
+                QCOMPARE(reader.answer().body, body);
+                QCOMPARE(reader.answer().complete, body.size() < 20);
+            }
+        }
+    }
+
+    void followsRedirectsWithinTheOrigin()
+    {
+        StandInGateway gateway;
+        gateway.answer("/a", StandInGateway::redirectTo(u"b?c=d"_s));
+        gateway.answer("/b?c=d", StandInGateway::response(200, "there"));
+        QCOMPARE(ask(gateway.url() + u"/a"_s)->body, "there");
+        QVERIFY(gateway.requests("/b?c=d").first().contains("Authorization: t\r\n"));
+
+        gateway.answer("/a", StandInGateway::redirectTo(u"/a"_s));
+        QCOMPARE(ask(gateway.url() + u"/a"_s)->status, 307);
+        gateway.answer("/a", StandInGateway::redirectTo(u"https://127.0.0.1/b"_s));
+        QCOMPARE(ask(gateway.url() + u"/a"_s)->status, 307);
+    }
+
+    void asksOnlyWebServers()
+    {
+        const StandInGateway gateway;
+        QVERIFY(!ask(gateway.url().replace(u"http"_s, u"https"_s), 500ms));
+        QCOMPARE(ask(u"file:///etc/passwd"_s).error(), u"Unsupported URL."_s);
+    }
+
+    void goneClientTellsNobody()
+    {
+        StandInGateway gateway;
+        gateway.answer("/hole", {});
+        bool told = false;
+        {
+            HttpClient client;
+            client.send({.url = QUrl(gateway.url() + u"/hole"_s), .deadline = 10s},
+                        [&](const HttpResult &) { told = true; });
+            QTRY_COMPARE(gateway.requestCount(), 1);
+        }
+        QCOMPARE(ask(gateway.url())->status, 404);
+        QVERIFY(!told);
+    }
+
+private:
+    static HttpResult ask(const QString &url, std::chrono::milliseconds deadline = 4s)
+    {
+        HttpClient client;
+        std::optional<HttpResult> answer;
+        client.send({.url = QUrl(url), .headers = {{"Authorization", "t"}}, .deadline = deadline},
+                    [&](const HttpResult &result) { answer = result; });
+        if (answer || !QTest::qWaitFor([&] { return answer.has_value(); })) {
+            return std::unexpected(u"told too early or never"_s);
+        }
+        return *answer;
+    }
+};
+
+QTEST_GUILESS_MAIN(TestHttp)
+#include "test_http.moc"

@@ -1,0 +1,401 @@
+#include "core/KeychainHelper.h"
+#include "core/OstrelleConfig.h"
+#include "gateway/GatewayViewModel.h"
+#include "gateway/Scripts.h"
+#include "gateway/StandInGateway.h"
+#include "platform/Preferences.h"
+
+#include <QSignalSpy>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+const QByteArray healthPath = "/health";
+const QByteArray modelsPath = "/v1/models";
+const QByteArray ok = StandInGateway::response(200, "{}");
+
+// Spies on every change that the model can tell.
+std::vector<std::unique_ptr<QSignalSpy>> spyOnAll(const QObject &model)
+{
+    std::vector<std::unique_ptr<QSignalSpy>> spies;
+    for (int i = model.metaObject()->propertyOffset(); i < model.metaObject()->propertyCount();
+         ++i) {
+        spies.push_back(
+            std::make_unique<QSignalSpy>(&model, model.metaObject()->property(i).notifySignal()));
+    }
+    return spies;
+}
+
+} // namespace
+
+class TestMonitor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        scriptedDuskrell(m_home);
+        m_tailscale = scriptedTailscale(m_home);
+    }
+
+    void init()
+    {
+        m_gateway = std::make_unique<StandInGateway>();
+        m_gateway->answer(healthPath, ok);
+        m_gateway->answer(modelsPath, ok);
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.url = m_gateway->url();
+        config.gateway.token = u"s3cret"_s;
+        config.save();
+    }
+
+    void cleanup()
+    {
+        QVERIFY(finishBackgroundWork(10s));
+        m_gateway.reset();
+        for (const char *file : {"calls", "hang", "fail", "duskrell.out", "duskrell.err",
+                                 "tailscale-ip", "tailscale-serve", "tailscale-status",
+                                 ".ostrelle/secrets.json", ".config/ai.duskrell.ostrelle.conf"}) {
+            QFile::remove(m_home.path(QString::fromLatin1(file)));
+        }
+    }
+
+    void anyAnswerIsOnline_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<QByteArray>("flood");
+        QTest::addColumn<bool>("online");
+        const auto row = [](const char *name, bool online, const QByteArray &answer,
+                            const QByteArray &flood = {}) {
+            QTest::newRow(name) << answer << flood << online;
+        };
+        row("200", true, ok);
+        row("empty body", true, StandInGateway::response(200));
+        row("401", true, StandInGateway::response(401));
+        row("500", true, StandInGateway::response(500, "oops"));
+        row("redirect elsewhere", true, StandInGateway::redirectTo(u"http://127.0.0.1:1/"_s));
+        row("endless body", true, "HTTP/1.1 200 OK\r\n\r\n", QByteArray(65536, 'x'));
+        row("black hole", false, {});
+        row("half a body", false, ok.chopped(1));
+        row("not HTTP", false, "SSH-2.0\r\n");
+        row("endless headers", false, "HTTP/1.1 200 OK\r\n",
+            QByteArray("X: y\r\n").repeated(10000));
+        row("endless header line", false, "HTTP/1.1 200 OK\r\nX: ", QByteArray(65536, 'x'));
+    }
+    void anyAnswerIsOnline()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(QByteArray, flood);
+        QFETCH(bool, online);
+        const auto monitor = makeMonitor(500ms);
+        QTRY_VERIFY(monitor->gatewayOnline());
+
+        QSignalSpy changed(monitor.get(), &GatewayViewModel::gatewayOnlineChanged);
+        m_gateway->answer(modelsPath, {});
+        m_gateway->answer(healthPath, answer);
+        if (online) {
+            monitor->setGatewayURL(u"http://127.0.0.1:1"_s);
+            monitor->pollHealth();
+            QTRY_VERIFY(!monitor->gatewayOnline());
+            monitor->setGatewayURL(m_gateway->url());
+        }
+        m_gateway->flood(flood);
+        monitor->pollHealth();
+        QTRY_COMPARE(monitor->gatewayOnline(), online);
+    }
+
+    void tokenIsRejected_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<bool>("rejected");
+        QTest::newRow("200") << ok << false;
+        QTest::newRow("401") << StandInGateway::response(401) << true;
+        QTest::newRow("403, endless body")
+            << StandInGateway::response(403, QByteArray(4000000, 'x')) << true;
+        QTest::newRow("404") << StandInGateway::response(404) << false;
+    }
+    void tokenIsRejected()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(bool, rejected);
+        m_gateway->answer(modelsPath, StandInGateway::response(rejected ? 200 : 401));
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->gatewayOnline() && m_gateway->requestCount() == 2);
+        QTRY_COMPARE(monitor->tokenRejected(), !rejected);
+        QVERIFY(
+            m_gateway->requests(modelsPath).first().contains("Authorization: Bearer s3cret\r\n"));
+        QVERIFY(!m_gateway->requests(healthPath).first().contains("s3cret"));
+
+        m_gateway->answer(modelsPath, answer);
+        monitor->pollHealth();
+        QTRY_COMPARE(monitor->tokenRejected(), rejected);
+    }
+
+    void tokenStaysWithItsGateway()
+    {
+        StandInGateway other;
+        m_gateway->answer(modelsPath, StandInGateway::redirectTo(other.url() + u"/v1/models"_s));
+        m_gateway->answer(healthPath, StandInGateway::redirectTo(other.url() + u"/health"_s));
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->gatewayOnline());
+        QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 1);
+
+        // A cycle later nothing has reached the other server either.
+        m_gateway->answer(modelsPath, StandInGateway::response(401));
+        monitor->pollHealth();
+        QTRY_VERIFY(monitor->tokenRejected());
+        QCOMPARE(other.requestCount(), 0);
+    }
+
+    void withoutATokenNobodyAsks()
+    {
+        OstrelleConfig config = OstrelleConfig::load();
+        config.gateway.token.reset();
+        config.save();
+        m_gateway->answer(modelsPath, StandInGateway::response(401));
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->gatewayOnline());
+        QVERIFY(finishBackgroundWork(10s)); // with it the first cycle's look for a token
+        KeychainHelper::saveToken(u"stored"_s, m_gateway->url());
+        monitor->pollHealth();
+        QTRY_VERIFY(monitor->tokenRejected());
+        QCOMPARE(m_gateway->requests(modelsPath).size(), 1);
+    }
+
+    void readsTailscale_data()
+    {
+        QTest::addColumn<QByteArray>("serve");
+        QTest::addColumn<QByteArray>("ip");
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<bool>("secure");
+        QTest::addColumn<QString>("preferred");
+        const QByteArray named = R"({"Self":{"DNSName":"box.t.ts.net."}})";
+        QTest::newRow("all") << QByteArray("https://box.t.ts.net\n") << QByteArray("100.1.1.1\n")
+                             << named << true << u"https://box.t.ts.net"_s;
+        QTest::newRow("only an address") << QByteArray() << QByteArray("100.1.1.1\n")
+                                         << QByteArray() << false << u"http://100.1.1.1:18789"_s;
+        QTest::newRow("no serve, but a name")
+            << QByteArray() << QByteArray() << named << true << u"https://box.t.ts.net"_s;
+        QTest::newRow("serve, but no name") << QByteArray("https://x") << QByteArray("100.1.1.1\n")
+                                            << QByteArray() << true << u"http://100.1.1.1:18789"_s;
+    }
+    void readsTailscale()
+    {
+        QFETCH(QByteArray, serve);
+        QFETCH(QByteArray, ip);
+        QFETCH(QByteArray, status);
+        m_home.write(u"tailscale-serve"_s, serve);
+        m_home.write(u"tailscale-ip"_s, ip);
+        m_home.write(u"tailscale-status"_s, status);
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->tailscaleInstalled());
+        QTEST(monitor->isSecure(), "secure");
+        QTEST(monitor->preferredURL(), "preferred");
+        QCOMPARE(calls(m_home), (QByteArrayList{"tailscale serve status", "tailscale ip -4",
+                                                "tailscale status --json"}));
+    }
+
+    void magicDNSNameIsKept()
+    {
+        m_home.write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
+        const auto monitor = makeMonitor();
+        QTRY_COMPARE(monitor->magicDNSURL(), u"https://box.t.ts.net"_s);
+
+        m_home.write(u"tailscale-status"_s, "");
+        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
+        monitor->pollHealth();
+        QTRY_COMPARE(monitor->tailscaleIP(), u"100.1.1.1"_s);
+        QVERIFY(monitor->isSecure());
+        QCOMPARE(monitor->preferredURL(), u"https://box.t.ts.net"_s);
+        monitor->setUseMagicDNS(false);
+        QCOMPARE(monitor->preferredURL(), u"http://100.1.1.1:18789"_s);
+        QCOMPARE(Preferences().boolean(u"useMagicDNS"_s), false);
+        QVERIFY(!makeMonitor()->useMagicDNS());
+    }
+
+    void warnsUntilDismissed()
+    {
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->gatewayOnline() && monitor->tailscaleInstalled());
+        monitor->pollHealth();
+        QTRY_VERIFY(monitor->showSecurityWarning());
+
+        monitor->dismissSecurityWarning();
+        QSignalSpy shown(monitor.get(), &GatewayViewModel::showSecurityWarningChanged);
+        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
+        monitor->pollHealth();
+        QTRY_VERIFY(!monitor->tailscaleIP().isEmpty());
+        QCOMPARE(shown.size(), 0);
+    }
+
+    void equalCycleNotifiesNobody()
+    {
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->gatewayOnline() && monitor->tailscaleInstalled());
+        monitor->pollHealth();
+        QTRY_VERIFY(monitor->showSecurityWarning() && m_gateway->requestCount() == 4);
+        const auto spies = spyOnAll(*monitor);
+        monitor->pollHealth();
+        QTRY_COMPARE(m_gateway->requestCount(), 6);
+        QTRY_COMPARE(calls(m_home).size(), 9);
+
+        // The next cycle tells its news, and by then the equal one has told all it had to tell.
+        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
+        monitor->pollHealth();
+        QTRY_COMPARE(monitor->preferredURL(), u"http://100.1.1.1:18789"_s);
+        for (const auto &spy : spies) {
+            const bool news =
+                spy->signal() == "tailscaleIPChanged()" || spy->signal() == "preferredURLChanged()";
+            QVERIFY2(spy->size() == (news ? 1 : 0), spy->signal().constData());
+        }
+    }
+
+    void urlThatCannotBeParsedStartsNothing()
+    {
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->gatewayOnline() && monitor->tailscaleInstalled());
+        monitor->setGatewayURL(u"http://two words"_s);
+        monitor->pollHealth();
+        monitor->setGatewayURL(m_gateway->url() + u'/');
+        m_gateway->answer("//health", ok);
+        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
+        monitor->pollHealth();
+        QTRY_COMPARE(m_gateway->requests("//health").size(), 1);
+        QTRY_VERIFY(!monitor->tailscaleIP().isEmpty());
+        QCOMPARE(calls(m_home).size(), 6);
+    }
+
+    void hungToolHoldsUpAHandful()
+    {
+        m_home.write(u"hang"_s, "");
+        const auto monitor = makeMonitor();
+        for (int i = 0; i < 20; ++i) {
+            monitor->pollHealth();
+        }
+        QTRY_COMPARE(calls(m_home).size(), 4);
+        QTRY_VERIFY(monitor->gatewayOnline());
+        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
+        QFile::remove(m_home.path(u"hang"_s));
+        QTRY_COMPARE(monitor->tailscaleIP(), u"100.1.1.1"_s);
+        QTRY_COMPARE(calls(m_home).size(), 12);
+    }
+
+    void switchesToTailscaleServe_data()
+    {
+        QTest::addColumn<QByteArray>("failing");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<int>("commands");
+        QTest::newRow("done") << QByteArray() << QString() << 3;
+        QTest::newRow("restart fails") << QByteArray("gateway restart") << QString() << 3;
+        QTest::newRow("bind fails") << QByteArray("config set gateway.bind loopback")
+                                    << u"Failed to set gateway.bind: no way"_s << 1;
+        QTest::newRow("serve fails") << QByteArray("config set gateway.tailscale.mode serve")
+                                     << u"Failed to enable Tailscale: no way"_s << 2;
+    }
+    void switchesToTailscaleServe()
+    {
+        QFETCH(QByteArray, failing);
+        QFETCH(QString, error);
+        QFETCH(int, commands);
+        m_home.write(u"fail"_s, failing);
+        m_home.write(u"duskrell.err"_s, " no way \n");
+        const auto monitor = makeMonitor();
+        QTRY_COMPARE(calls(m_home).size(), 3); // of the monitor's first cycle
+        monitor->enableTailscaleServe();
+        monitor->enableTailscaleServe();
+        QVERIFY(monitor->isEnablingTailscale());
+        QTRY_VERIFY(!monitor->isEnablingTailscale());
+        QCOMPARE(monitor->enableTailscaleError(), error);
+        QCOMPARE(monitor->securityWarningDismissed(), error.isEmpty());
+        const QByteArrayList expected{"duskrell config set gateway.bind loopback",
+                                      "duskrell config set gateway.tailscale.mode serve",
+                                      "duskrell gateway restart"};
+        QCOMPARE(calls(m_home).sliced(3), expected.first(commands));
+    }
+
+    void resetsTheToken_data()
+    {
+        QTest::addColumn<QByteArray>("out");
+        QTest::addColumn<QByteArray>("err");
+        QTest::addColumn<QByteArray>("failing");
+        QTest::addColumn<QString>("stored");
+        const auto row = [](const char *name, const QByteArray &out, const QByteArray &err,
+                            const QString &stored, const QByteArray &failing = {}) {
+            QTest::newRow(name) << out << err << failing << stored;
+        };
+        row("on standard output", " new\n", "note\n", u"new"_s);
+        row("on standard error", "\n", "new\n", u"new"_s);
+        row("nowhere", "", "", u"old"_s);
+        row("not UTF-8", "\xff", "", u"old"_s);
+        row("a message", "", "no such key\ntry help\n", u"old"_s);
+        row("reset fails", "new", "", u"old"_s, "gateway token --reset");
+        row("look-up fails", "", "oops", u"old"_s, "config get gateway.auth.token");
+    }
+    void resetsTheToken()
+    {
+        QFETCH(QByteArray, out);
+        QFETCH(QByteArray, err);
+        QFETCH(QByteArray, failing);
+        m_home.write(u"duskrell.out"_s, out);
+        m_home.write(u"duskrell.err"_s, err);
+        m_home.write(u"fail"_s, failing);
+        KeychainHelper::saveToken(u"old"_s, KeychainHelper::activeKey);
+        KeychainHelper::saveToken(u"old"_s, m_gateway->url());
+        m_gateway->answer(modelsPath, StandInGateway::response(401));
+        const auto monitor = makeMonitor();
+        QTRY_VERIFY(monitor->tokenRejected());
+        m_gateway->answer(modelsPath, ok);
+
+        monitor->resetGatewayToken();
+        QVERIFY(monitor->isResettingToken());
+        QTRY_VERIFY(!monitor->isResettingToken());
+        QVERIFY(!monitor->tokenRejected());
+        QTEST(KeychainHelper::getToken(KeychainHelper::activeKey).value(), "stored");
+        QTEST(KeychainHelper::getToken(m_gateway->url()).value(), "stored");
+        QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
+    }
+
+    void opensTheLog()
+    {
+        const QString log = m_home.path(u"voice.log"_s);
+        std::atomic<bool> opened = false;
+        GatewaySurroundings around = surroundings();
+        around.voiceLog = log;
+        around.openFile = [&](const QString &file) { opened = file == log && QFile::exists(file); };
+        GatewayViewModel monitor(around);
+        monitor.openDebugLog();
+        QTRY_VERIFY(opened);
+        QCOMPARE(m_home.read(u"voice.log"_s), "");
+        m_home.write(u"voice.log"_s, "line");
+        opened = false;
+        monitor.openDebugLog();
+        QTRY_VERIFY(opened);
+        QCOMPARE(m_home.read(u"voice.log"_s), "line");
+    }
+
+private:
+    GatewaySurroundings surroundings() const
+    {
+        return {.tailscale = m_tailscale, .pollInterval = 24h}; // cycles start when a test says so
+    }
+
+    std::unique_ptr<GatewayViewModel>
+    makeMonitor(std::chrono::milliseconds healthDeadline = 60s) const
+    {
+        GatewaySurroundings around = surroundings();
+        around.healthDeadline = healthDeadline;
+        return std::make_unique<GatewayViewModel>(around);
+    }
+
+    const ScratchHome m_home;
+    TailscalePlaces m_tailscale;
+    std::unique_ptr<StandInGateway> m_gateway;
+};
+
+QTEST_GUILESS_MAIN(TestMonitor)
+#include "test_monitor.moc"

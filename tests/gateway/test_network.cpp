@@ -1,0 +1,180 @@
+#include "gateway/LanAddress.h"
+#include "gateway/NetworkHelpers.h"
+#include "gateway/Scripts.h"
+
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+class TestNetwork : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        for (const QString &file :
+             {u"tailscale-ip"_s, u"tailscale-serve"_s, u"tailscale-status"_s}) {
+            QFile::remove(m_home.path(file));
+        }
+    }
+
+    void argumentsArriveAsTheyAre()
+    {
+        const QStringList arguments{u"it's"_s,          u""_s,           u"a b"_s,
+                                    u"$HOME `id` \\"_s, u"two\nlines"_s, u"'"_s};
+        QCOMPARE(
+            NetworkHelpers::runProcess(u"/usr/bin/printf"_s, QStringList(u"[%s]"_s) + arguments),
+            u"[it's][][a b][$HOME `id` \\][two\nlines][']"_s);
+    }
+
+    void environmentIsFixed()
+    {
+        QStringList lines =
+            NetworkHelpers::runProcess(u"/usr/bin/env"_s, {}).split(u'\n', Qt::SkipEmptyParts);
+        // What bash itself adds.
+        lines.removeIf([](const QString &line) {
+            return line.startsWith("PWD="_L1) || line.startsWith("SHLVL="_L1) ||
+                   line.startsWith("_="_L1);
+        });
+        lines.sort();
+        QCOMPARE(lines, (QStringList{u"HOME="_s + m_home.path(),
+                                     u"PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s,
+                                     u"__CFBundleIdentifier="_s}));
+    }
+
+    void outputIsReturnedUnchanged_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("output");
+        QTest::newRow("blanks and line ends") << u"printf ' a \\n\\n'"_s << u" a \n\n"_s;
+        QTest::newRow("of a failing command") << u"echo a; exit 3"_s << u"a\n"_s;
+        QTest::newRow("beside errors") << u"echo a >&2; echo b"_s << u"b\n"_s;
+        QTest::newRow("not UTF-8") << u"printf 'a\\377'"_s << u""_s;
+        QTest::newRow("more than a pipe holds")
+            << u"head -c 300000 /dev/zero | tr '\\0' x"_s << QString(300000, u'x');
+    }
+    void outputIsReturnedUnchanged()
+    {
+        QFETCH(QString, script);
+        QTEST(NetworkHelpers::runProcess(u"/bin/sh"_s, {u"-c"_s, script}), "output");
+    }
+
+    void missingProgramPrintsNothing()
+    {
+        QCOMPARE(NetworkHelpers::runProcess(u"/nowhere/tool"_s, {}), QString());
+    }
+
+    void withoutATool()
+    {
+        const TailscalePlaces nowhere{.tools = {}, .application = {}, .applicationTool = {}};
+        if (!NetworkHelpers::runProcess(u"/usr/bin/env"_s, {u"which"_s, u"tailscale"_s})
+                 .isEmpty()) {
+            QSKIP("this machine has Tailscale");
+        }
+        QCOMPARE(NetworkHelpers::tailscaleCLI(nowhere), u"tailscale"_s);
+        QVERIFY(!NetworkHelpers::isTailscaleInstalled(nowhere));
+        QCOMPARE(NetworkHelpers::getTailscaleIP(nowhere), std::nullopt);
+        QVERIFY(NetworkHelpers::getOnlinePeers(nowhere).isEmpty());
+    }
+
+    void applicationIsLookedForInTwoWays()
+    {
+        const TailscalePlaces application{.tools = {m_home.path(u"none"_s)},
+                                          .application = m_home.path(),
+                                          .applicationTool = m_home.write(u"inner"_s, "")};
+        QVERIFY(NetworkHelpers::isTailscaleInstalled(application));
+        QCOMPARE(NetworkHelpers::tailscaleCLI(application), m_home.path(u"inner"_s));
+    }
+
+    void readsAddressAndServeLine_data()
+    {
+        QTest::addColumn<QByteArray>("printed");
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("serve");
+        QTest::newRow("nothing") << QByteArray() << QString() << QString();
+        QTest::newRow("blank lines") << QByteArray(" \n\n") << QString() << QString();
+        QTest::newRow("with line end") << QByteArray("100.1.2.3\n") << u"100.1.2.3"_s << QString();
+        QTest::newRow("first of two lines, text behind it")
+            << QByteArray("# x\n\t https://a.ts.net (tailnet only) \r\nhttps://b")
+            << u"# x\n\t https://a.ts.net (tailnet only) \r\nhttps://b"_s
+            << u"https://a.ts.net (tailnet only) \r"_s;
+    }
+    void readsAddressAndServeLine()
+    {
+        QFETCH(QByteArray, printed);
+        const TailscalePlaces places = scriptedTailscale(m_home);
+        m_home.write(u"tailscale-ip"_s, printed);
+        m_home.write(u"tailscale-serve"_s, printed);
+        QTEST(NetworkHelpers::getTailscaleIP(places).value_or(QString()), "address");
+        QTEST(NetworkHelpers::getTailscaleServeURL(places).value_or(QString()), "serve");
+    }
+
+    void readsStatus_data()
+    {
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<QString>("self");
+        QTest::addColumn<QStringList>("peers");
+        const auto self = [](const char *row, const QByteArray &status, const QString &name = {}) {
+            QTest::newRow(row) << status << name << QStringList();
+        };
+        const auto peers = [](const char *row, const QByteArray &list, const QStringList &online) {
+            QTest::newRow(row) << R"({"Peer":{)" + list + "}}" << QString() << online;
+        };
+        const QByteArray ips = R"("TailscaleIPs":["fd7a::1","100.1.1.1","100.1.1.2"]},)";
+        const QByteArray on = R"({"Online":true,)";
+
+        self("not logged in", "Logged out.\n");
+        self("list", "[]");
+        self("nested beyond reason", QByteArray(100000, '['));
+        self("lone surrogate", R"({"Self":{"DNSName":"\ud800"}})");
+        self("one dot", R"({"Self":{"DNSName":"a.ts.net."}})", u"a.ts.net"_s);
+        self("no dot", R"({"Self":{"DNSName":"a.ts.net"}})", u"a.ts.net"_s);
+        self("two dots", R"({"Self":{"DNSName":"a.."}})", u"a."_s);
+        self("nameless, peers in a list", R"({"Self":{"DNSName":"."},"Peer":[]})");
+        self("name is a number", R"({"Self":{"DNSName":5}})");
+        peers("IPv6 first", R"("k":)" + on + R"("DNSName":"p.",)" + ips.chopped(1),
+              {u"p 100.1.1.1"_s});
+        peers("in document order, odd ones left out",
+              R"("z":)" + on + R"("DNSName":"z",)" + ips + R"("b":7,)" +
+                  R"("c":{"Online":false,"DNSName":"c",)" + ips + R"("d":{"DNSName":"d",)" + ips +
+                  R"("e":{"Online":1,"DNSName":"e",)" + ips + R"("f":)" + on + ips + R"("g":)" +
+                  on + R"("DNSName":"g","TailscaleIPs":["fd7a::2"]},"h":)" + on +
+                  R"("DNSName":"h","TailscaleIPs":["100.1.1.9",5]},"a":)" + on +
+                  R"("DNSName":"a",)" + ips.chopped(1),
+              {u"z 100.1.1.1"_s, u"a 100.1.1.1"_s});
+    }
+    void readsStatus()
+    {
+        QFETCH(QByteArray, status);
+        const TailscalePlaces places = scriptedTailscale(m_home);
+        m_home.write(u"tailscale-status"_s, status);
+        QTEST(NetworkHelpers::getSelfMagicDNS(places).value_or(QString()), "self");
+        QStringList peers;
+        for (const OnlinePeer &peer : NetworkHelpers::getOnlinePeers(places)) {
+            peers.append(peer.hostname + u' ' + peer.ip);
+        }
+        QTEST(peers, "peers");
+    }
+
+    void findsTheLanAddress()
+    {
+        const InterfaceAddress lan{.interface = u"eth0"_s, .ipv4 = u"10.0.0.2"_s};
+        const QList<InterfaceAddress> others{{.interface = u"lo"_s, .ipv4 = u"10.0.0.1"_s},
+                                             {.interface = u"utun3"_s, .ipv4 = u"10.0.0.1"_s},
+                                             {.interface = u"eth1"_s, .ipv4 = u"127.1.1.1"_s},
+                                             {.interface = u"eth1"_s, .ipv4 = u"100.64.0.1"_s}};
+        QCOMPARE(firstLanAddress(others), std::nullopt);
+        QCOMPARE(firstLanAddress(others + QList{lan} + others), lan.ipv4);
+        QVERIFY(std::ranges::any_of(interfaceAddresses(), [](const InterfaceAddress &address) {
+            return address.ipv4 == u"127.0.0.1"_s;
+        }));
+    }
+
+private:
+    const ScratchHome m_home;
+};
+
+QTEST_GUILESS_MAIN(TestNetwork)
+#include "test_network.moc"
