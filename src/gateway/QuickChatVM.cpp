@@ -1,0 +1,96 @@
+#include "gateway/QuickChatVM.h"
+
+#include "core/BackgroundWork.h"
+#include "core/OstrelleConfig.h"
+#include "gateway/ChatReply.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtConcurrent>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString systemPrompt =
+    u"Reply concisely — 1-3 sentences max. You're responding in a tiny chat widget."_s;
+constexpr int maxReplyTokens = 200;
+
+QByteArray requestBody(const QString &message)
+{
+    const QJsonObject system{{"role"_L1, u"system"_s}, {"content"_L1, systemPrompt}};
+    const QJsonObject user{{"role"_L1, u"user"_s}, {"content"_L1, QString(u"💬 "_s + message)}};
+    const QJsonObject body{{"model"_L1, u"duskrell"_s},
+                           {"messages"_L1, QJsonArray{system, user}},
+                           {"stream"_L1, false},
+                           {"max_tokens"_L1, maxReplyTokens}};
+    return QJsonDocument(body).toJson(QJsonDocument::Compact);
+}
+
+QString replyFrom(const HttpResult &result)
+{
+    if (!result) {
+        return u"Error: "_s + result.error();
+    }
+    if (!result->succeeded()) {
+        return u"Gateway error"_s;
+    }
+    return result->complete ? chatReply(result->body) : u"Error: The reply is too long."_s;
+}
+
+} // namespace
+
+QuickChatVM::QuickChatVM(std::chrono::milliseconds deadline, QObject *parent)
+    : QObject(parent)
+    , m_deadline(deadline)
+{
+}
+
+void QuickChatVM::send(const QString &gatewayURL)
+{
+    const QString message = input().trimmed();
+    if (message.isEmpty() || m_isLoading) {
+        return;
+    }
+    m_input = QString();
+    m_messages.append({.role = u"user"_s, .text = message});
+    m_isLoading = true;
+    sendToGateway(message, gatewayURL);
+}
+
+void QuickChatVM::sendToGateway(const QString &message, const QString &gatewayURL)
+{
+    const auto url = endpoint(gatewayURL, u"/v1/chat/completions"_s);
+    if (!url) {
+        finish(u"Invalid gateway URL"_s);
+        return;
+    }
+    QtConcurrent::run(&userInitiatedPool(), [] {
+        return OstrelleConfig::load().resolveToken();
+    }).then(this, [this, url, message](const QString &token) { post(*url, token, message); });
+}
+
+void QuickChatVM::post(const QUrl &url, const QString &token, const QString &message)
+{
+    m_http.send({.url = url,
+                 .headers = {{"Authorization", bearer(token)},
+                             {"Content-Type", "application/json"},
+                             {"x-duskrell-session-key", "agent:main:main"},
+                             {"x-duskrell-channel", "ostrelle"}},
+                 .body = requestBody(message),
+                 .deadline = m_deadline},
+                [this](const HttpResult &result) { finish(replyFrom(result)); });
+}
+
+void QuickChatVM::finish(const QString &reply)
+{
+    m_messages.append({.role = u"assistant"_s, .text = reply});
+    m_isLoading = false;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,181 @@
+#include "core/BackgroundWork.h"
+#include "core/OstrelleConfig.h"
+#include "gateway/QuickChatVM.h"
+#include "gateway/StandInGateway.h"
+#include "support/ScratchHome.h"
+
+#include <QAbstractItemModelTester>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+const QByteArray path = "/v1/chat/completions";
+
+QByteArray completion(const QByteArray &content)
+{
+    return R"({"choices":[{"message":{"content":)" + content + "}}]}";
+}
+
+} // namespace
+
+class TestChat : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.token = u"s3cret\n"_s;
+        config.save();
+    }
+
+    void cleanup() { QVERIFY(finishBackgroundWork(10s)); }
+
+    void showsTheReply_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("text");
+        const auto raw = [](const char *name, const QByteArray &body) {
+            QTest::newRow(name) << 200 << body << QString::fromUtf8(body);
+        };
+        QTest::newRow("reply") << 201 << completion(R"("Grüße\n\"du\" 💬 ")")
+                               << u"Grüße\n\"du\" 💬 "_s;
+        QTest::newRow("empty reply") << 200 << completion(R"("")") << u""_s;
+        raw("no choices", R"({"choices":[]})");
+        raw("second choice is a text", completion(R"("a")").replace("}]", "},\"b\"]"));
+        raw("content is a number", completion("5"));
+        raw("list", "[1]");
+        raw("text with line ends", "\n plain \n");
+        raw("lone surrogate", completion(R"("\ud83d")"));
+        raw("nested beyond reason", QByteArray(100000, '['));
+        raw("cut", completion(R"("a")").chopped(1));
+        QTest::newRow("empty body") << 200 << QByteArray() << QString();
+        QTest::newRow("not UTF-8") << 200 << QByteArray("\xff\xfe") << u"No response"_s;
+        QTest::newRow("reply not UTF-8") << 200 << completion("\"\xff\"") << u"No response"_s;
+        QTest::newRow("100 MB") << 200 << completion('"' + QByteArray(100000000, 'x') + '"')
+                                << u"Error: The reply is too long."_s;
+        QTest::newRow("401") << 401 << completion(R"("a")") << u"Gateway error"_s;
+        QTest::newRow("500") << 500 << QByteArray() << u"Gateway error"_s;
+    }
+    void showsTheReply()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        StandInGateway gateway;
+        gateway.answer(path, StandInGateway::response(status, body));
+        QuickChatVM chat;
+        QTEST(replyOf(chat, gateway.url()), "text");
+    }
+
+    void asksInTheGatewaysWords()
+    {
+        StandInGateway gateway;
+        QuickChatVM chat;
+        QCOMPARE(replyOf(chat, gateway.url(), u" say \"hi\"\nto me\n"_s), u"Gateway error"_s);
+        QCOMPARE(chat.messages()->messages().first(),
+                 (ChatMessage{.role = u"user"_s, .text = u"say \"hi\"\nto me"_s}));
+
+        const QByteArray request = gateway.requests(path).first();
+        QVERIFY(request.startsWith("POST "));
+        for (const char *header :
+             {"Authorization: Bearer s3cret", "Content-Type: application/json",
+              "x-duskrell-session-key: agent:main:main", "x-duskrell-channel: ostrelle"}) {
+            QVERIFY2(request.contains("\r\n" + QByteArray(header) + "\r\n"), header);
+        }
+        const QJsonArray messages{
+            QJsonObject{{"role"_L1, "system"_L1},
+                        {"content"_L1, u"Reply concisely — 1-3 sentences max. You're responding in "
+                                       u"a tiny chat widget."_s}},
+            QJsonObject{{"role"_L1, "user"_L1}, {"content"_L1, u"💬 say \"hi\"\nto me"_s}}};
+        const QByteArray body = request.sliced(request.indexOf("\r\n\r\n") + 4);
+        QCOMPARE(QJsonDocument::fromJson(body).object(), (QJsonObject{{"model"_L1, "duskrell"_L1},
+                                                                      {"messages"_L1, messages},
+                                                                      {"stream"_L1, false},
+                                                                      {"max_tokens"_L1, 200}}));
+    }
+
+    void failuresAreReplies_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("no URL") << u"http://two words"_s << u"Invalid gateway URL"_s;
+        QTest::newRow("no host") << u""_s << u"Error: Unsupported URL."_s;
+        QTest::newRow("nobody there") << u"http://127.0.0.1:1"_s << u"Error: Connection refused"_s;
+        QTest::newRow("black hole") << u"hole"_s << u"Error: The request timed out."_s;
+        QTest::newRow("sent elsewhere") << u"elsewhere"_s << u"Gateway error"_s;
+    }
+    void failuresAreReplies()
+    {
+        QFETCH(QString, url);
+        StandInGateway gateway;
+        StandInGateway other;
+        const QByteArray away = StandInGateway::redirectTo(other.url());
+        gateway.answer(path, url == "hole"_L1 ? QByteArray() : away);
+        QuickChatVM chat(url == "hole"_L1 ? 200ms : 120s);
+        QTEST(replyOf(chat, url == "hole"_L1 || url == "elsewhere"_L1 ? gateway.url() : url),
+              "text");
+        QCOMPARE(other.requestCount(), 0);
+    }
+
+    void blankOrSecondQuestionIsNotSent()
+    {
+        StandInGateway gateway;
+        QuickChatVM chat;
+        chat.setInput(u" \n\t"_s);
+        chat.send(gateway.url());
+        QCOMPARE(chat.input(), u" \n\t"_s);
+        QCOMPARE(chat.messages()->count(), 0);
+
+        chat.setInput(u"first"_s);
+        chat.send(gateway.url());
+        QCOMPARE(chat.input(), QString());
+        chat.setInput(u"second"_s);
+        chat.send(gateway.url());
+        QCOMPARE(chat.input(), u"second"_s);
+        QTRY_VERIFY(!chat.isLoading());
+        QCOMPARE(chat.messages()->count(), 2);
+        QCOMPARE(gateway.requestCount(), 1);
+    }
+
+    void keepsSixMessages()
+    {
+        StandInGateway gateway;
+        gateway.answer(path, StandInGateway::response(200, "ok"));
+        QuickChatVM chat;
+        const QAbstractItemModelTester tester(chat.messages());
+        for (const QString &question : {u"1"_s, u"2"_s, u"3"_s, u"4"_s}) {
+            replyOf(chat, gateway.url(), question);
+        }
+        QCOMPARE(chat.messages()->rowCount(), 6);
+        QCOMPARE(chat.messages()->messages().first().text, u"2"_s);
+        const QModelIndex last = chat.messages()->index(5);
+        QCOMPARE(last.data(ChatMessages::RoleRole), u"assistant"_s);
+        QCOMPARE(last.data(ChatMessages::TextRole), u"ok"_s);
+    }
+
+private:
+    static QString replyOf(QuickChatVM &chat, const QString &url, const QString &question = u"?"_s)
+    {
+        chat.setInput(question);
+        chat.send(url);
+        return QTest::qWaitFor([&] { return !chat.isLoading(); }, 20000)
+                   ? chat.messages()->messages().last().text
+                   : u"still waiting"_s;
+    }
+
+    const ScratchHome m_home;
+};
+
+QTEST_GUILESS_MAIN(TestChat)
+#include "test_chat.moc"
