@@ -1,0 +1,42 @@
+#pragma once
+
+#include "core/OstrelleConfig.h"
+
+namespace ostrelle
+{
+
+// Whether the URL names this machine; by its text alone.
+bool isLocalUrl(const QString &url);
+
+// The host as the URL spells it; absent when it cannot be parsed or has none.
+std::optional<QString> hostOf(const QString &url);
+
+// How gateways are called in front of the user: this machine's by its MagicDNS name once that is
+// known, others by their profile or host. A plain value.
+class GatewayNames
+{
+public:
+    // The MagicDNS URL of this machine is empty while it is not known.
+    GatewayNames(const OstrelleConfig::Gateway &gateway, QString magicDNSURL);
+
+    bool isLocalGateway() const;
+    QString activeGatewayName() const;
+    QString activeGatewayURL() const;
+
+    // The saved profile of the gateway in use, or one made up for it.
+    SavedGateway activeGatewaySaved() const;
+
+    QString profileDisplayName(const SavedGateway &profile) const;
+    QString profileDisplayURL(const SavedGateway &profile) const;
+
+private:
+    bool knowsMagicDNS() const { return !m_magicDNSURL.isEmpty(); }
+    QString magicDNSLabel() const;
+    const SavedGateway *savedProfile() const;
+
+    const QString m_url;
+    const QList<SavedGateway> m_saved;
+    const QString m_magicDNSURL;
+};
+
+} // namespace ostrelle

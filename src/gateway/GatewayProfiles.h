@@ -1,0 +1,144 @@
+#pragma once
+
+#include "gateway/GatewayViewModel.h"
+#include "gateway/SavedGatewaysModel.h"
+#include "gateway/StoredTokens.h"
+#include "gateway/WorkInOrder.h"
+
+namespace ostrelle
+{
+
+// The settings' gateways: which one is in use, the saved ones, and their tokens. Every change is
+// applied to the configuration file as it then is, and written at once. Tokens are stored off the
+// main thread. Main thread only.
+class GatewayProfiles : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(ostrelle::SavedGatewaysModel *saved READ saved CONSTANT)
+    Q_PROPERTY(QString activeGatewayName READ activeGatewayName NOTIFY activeGatewayNameChanged)
+    Q_PROPERTY(QString activeGatewayURL READ activeGatewayURL NOTIFY activeGatewayURLChanged)
+    Q_PROPERTY(bool isLocalGateway READ isLocalGateway NOTIFY isLocalGatewayChanged)
+    Q_PROPERTY(bool lacksToken READ lacksToken NOTIFY lacksTokenChanged)
+    Q_PROPERTY(QString manualURL READ manualURL WRITE setManualURL NOTIFY manualURLChanged)
+    Q_PROPERTY(bool showTokenField READ showTokenField WRITE setShowTokenField NOTIFY
+                   showTokenFieldChanged)
+    Q_PROPERTY(QString tokenInput READ tokenInput WRITE setTokenInput NOTIFY tokenInputChanged)
+    Q_PROPERTY(QString editingProfileId READ editingProfileId WRITE setEditingProfileId NOTIFY
+                   editingProfileIdChanged)
+    Q_PROPERTY(QString profileTokenInput READ profileTokenInput WRITE setProfileTokenInput NOTIFY
+                   profileTokenInputChanged)
+    Q_PROPERTY(
+        QString pendingSwitchGateway READ pendingSwitchGateway NOTIFY pendingSwitchGatewayChanged)
+
+public:
+    // The monitor must live longer.
+    explicit GatewayProfiles(GatewayViewModel *gateway, QObject *parent = nullptr);
+
+    // Loads the configuration afresh and looks at the stored tokens again.
+    Q_INVOKABLE void reload();
+
+    // Asks for confirmation of a switch to that saved gateway.
+    Q_INVOKABLE void requestSwitch(const QString &url);
+    Q_INVOKABLE void cancelSwitch();
+    Q_INVOKABLE void confirmSwitch();
+
+    // Makes it the gateway in use: in the configuration at once, in the monitor as soon as its
+    // token is the active one.
+    void switchGateway(const SavedGateway &profile);
+
+    // Nothing when one with that URL is saved already.
+    void addGateway(const SavedGateway &profile);
+
+    // Adds what stands in `manualURL`, an address or a URL, and clears that.
+    Q_INVOKABLE void addManualGateway();
+
+    // Its stored token stays, and so does the gateway in use.
+    Q_INVOKABLE void removeGateway(const QString &url);
+
+    // Stores `tokenInput` for the gateway in use and closes the field.
+    Q_INVOKABLE void saveActiveToken();
+
+    // Stores `profileTokenInput` for the profile that is edited and closes its editor.
+    Q_INVOKABLE void saveProfileToken();
+
+    SavedGatewaysModel *saved() { return &m_saved; }
+    const OstrelleConfig &config() const { return m_config; }
+    SavedGateway activeGatewaySaved() const { return names().activeGatewaySaved(); }
+    QString activeGatewayName() const { return m_activeGatewayName; }
+    QString activeGatewayURL() const { return m_activeGatewayURL; }
+    bool isLocalGateway() const { return m_isLocalGateway; }
+
+    // No token could be found to send to the gateway in use; false while not known.
+    bool lacksToken() const { return m_lacksToken; }
+
+    QString manualURL() const { return m_manualURL; }
+    void setManualURL(const QString &url) { m_manualURL = url; }
+
+    bool showTokenField() const { return m_showTokenField; }
+    void setShowTokenField(bool show);
+    QString tokenInput() const { return m_tokenInput; }
+    void setTokenInput(const QString &token) { m_tokenInput = token; }
+
+    // The URL of the saved gateway whose token is being edited; empty: none.
+    QString editingProfileId() const { return m_editingProfileId; }
+    void setEditingProfileId(const QString &url);
+    QString profileTokenInput() const { return m_profileTokenInput; }
+    void setProfileTokenInput(const QString &token) { m_profileTokenInput = token; }
+
+    // The URL of the saved gateway that awaits confirmation; empty: none.
+    QString pendingSwitchGateway() const { return m_pendingSwitchGateway; }
+
+Q_SIGNALS:
+    void configChanged();
+    void tokensChanged(); // one was stored; how it reads is not known yet
+    void activeGatewayNameChanged();
+    void activeGatewayURLChanged();
+    void isLocalGatewayChanged();
+    void lacksTokenChanged();
+    void manualURLChanged();
+    void showTokenFieldChanged();
+    void tokenInputChanged();
+    void editingProfileIdChanged();
+    void profileTokenInputChanged();
+    void pendingSwitchGatewayChanged();
+
+private:
+    GatewayNames names() const { return {m_config.gateway, m_gateway->magicDNSURL()}; }
+    void change(const std::function<void(OstrelleConfig::Gateway &)> &apply);
+    void adopt(const OstrelleConfig &config);
+    void showNames();
+    void finishSwitch(const QString &url);
+    void storeToken(const QString &token, const QStringList &keys);
+    void readTokens();
+    void showTokens(const StoredTokens &tokens);
+
+    GatewayViewModel *const m_gateway;
+    OstrelleConfig m_config;
+    SavedGatewaysModel m_saved;
+    WorkInOrder m_tokenWrites;
+    QHash<QString, QString> m_tokenTails;
+    int m_tokenReads = 0; // only the answer to the last one counts
+
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_activeGatewayName,
+                               &GatewayProfiles::activeGatewayNameChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_activeGatewayURL,
+                               &GatewayProfiles::activeGatewayURLChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayProfiles, bool, m_isLocalGateway, false,
+                                         &GatewayProfiles::isLocalGatewayChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayProfiles, bool, m_lacksToken, false,
+                                         &GatewayProfiles::lacksTokenChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_manualURL,
+                               &GatewayProfiles::manualURLChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayProfiles, bool, m_showTokenField, false,
+                                         &GatewayProfiles::showTokenFieldChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_tokenInput,
+                               &GatewayProfiles::tokenInputChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_editingProfileId,
+                               &GatewayProfiles::editingProfileIdChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_profileTokenInput,
+                               &GatewayProfiles::profileTokenInputChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_pendingSwitchGateway,
+                               &GatewayProfiles::pendingSwitchGatewayChanged)
+};
+
+} // namespace ostrelle

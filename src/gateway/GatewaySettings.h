@@ -1,0 +1,69 @@
+#pragma once
+
+#include "gateway/ProjectTrackingSwitch.h"
+#include "gateway/WorkInOrder.h"
+
+#include <QObject>
+#include <QProperty>
+
+namespace ostrelle
+{
+
+// The preferences on the gateway's settings screen. Every write is stored at once. Main thread
+// only.
+class GatewaySettings : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(
+        bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY launchAtLoginChanged)
+    Q_PROPERTY(bool autoStartVoice READ autoStartVoice WRITE setAutoStartVoice NOTIFY
+                   autoStartVoiceChanged)
+    Q_PROPERTY(bool projectTrackingEnabled READ projectTrackingEnabled WRITE
+                   setProjectTrackingEnabled NOTIFY projectTrackingEnabledChanged)
+    Q_PROPERTY(
+        QString geminiAPIKey READ geminiAPIKey WRITE setGeminiAPIKey NOTIFY geminiAPIKeyChanged)
+    Q_PROPERTY(QString geminiKeyPage READ geminiKeyPage CONSTANT)
+
+public:
+    // The paths at which the gateway's tool is looked for first.
+    explicit GatewaySettings(QStringList toolPaths = usualDuskrellPaths(),
+                             QObject *parent = nullptr);
+
+    // Shows what holds on the desktop: a change that failed is taken back.
+    bool launchAtLogin() const { return m_launchAtLogin; }
+    void setLaunchAtLogin(bool launch);
+
+    bool autoStartVoice() const { return m_autoStartVoice; }
+    void setAutoStartVoice(bool start);
+
+    // A change also switches the gateway's skill, in the background; a notification tells the end.
+    bool projectTrackingEnabled() const { return m_projectTrackingEnabled; }
+    void setProjectTrackingEnabled(bool enabled);
+
+    QString geminiAPIKey() const { return m_geminiAPIKey; }
+    void setGeminiAPIKey(const QString &key);
+
+    // Where a user gets a key.
+    static QString geminiKeyPage();
+
+Q_SIGNALS:
+    void launchAtLoginChanged();
+    void autoStartVoiceChanged();
+    void projectTrackingEnabledChanged();
+    void geminiAPIKeyChanged();
+
+private:
+    const QStringList m_toolPaths;
+    WorkInOrder m_trackingWork;
+
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_launchAtLogin, false,
+                                         &GatewaySettings::launchAtLoginChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_autoStartVoice, false,
+                                         &GatewaySettings::autoStartVoiceChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_projectTrackingEnabled, true,
+                                         &GatewaySettings::projectTrackingEnabledChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewaySettings, QString, m_geminiAPIKey,
+                               &GatewaySettings::geminiAPIKeyChanged)
+};
+
+} // namespace ostrelle

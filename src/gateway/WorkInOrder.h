@@ -1,0 +1,35 @@
+#pragma once
+
+#include "core/BackgroundWork.h"
+
+#include <QFuture>
+#include <QPromise>
+
+#include <functional>
+
+namespace ostrelle
+{
+
+// Runs background work one after the other, in the order it was given; what was given still runs
+// when the object is gone. For writes of which the last one must win. Main thread only.
+class WorkInOrder
+{
+public:
+    // The future ends with this piece of work.
+    QFuture<void> run(const std::function<void()> &work)
+    {
+        const auto promise = std::make_shared<QPromise<void>>();
+        promise->start();
+        // A future takes one continuation only, so that the caller gets one of its own.
+        m_last = m_last.then(&userInitiatedPool(), [work, promise] {
+            work();
+            promise->finish();
+        });
+        return promise->future();
+    }
+
+private:
+    QFuture<void> m_last = QtFuture::makeReadyFuture();
+};
+
+} // namespace ostrelle

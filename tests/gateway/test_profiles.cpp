@@ -1,0 +1,472 @@
+#include "core/KeychainHelper.h"
+#include "gateway/GatewayPairing.h"
+#include "gateway/Scripts.h"
+#include "gateway/StandInGateway.h"
+#include "gateway/TailscalePeersModel.h"
+#include "platform/Preferences.h"
+
+#include <QAbstractItemModelTester>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QUrlQuery>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+const QString local = u"http://127.0.0.1:1"_s; // nobody answers there
+const QString remote = u"https://far.t.ts.net"_s;
+
+QStringList column(const QAbstractItemModel &model, int role)
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const QVariant value = model.index(row, 0).data(role);
+        texts.append(value.isValid() ? value.toString() : u"-"_s);
+    }
+    return texts;
+}
+
+} // namespace
+
+class TestProfiles : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_duskrell = scriptedDuskrell(m_home);
+        m_tailscale = scriptedTailscale(m_home);
+    }
+
+    void init()
+    {
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway = {.url = local,
+                          .saved = QList<SavedGateway>{{.name = u"Here"_s, .url = local},
+                                                       {.name = u"Far"_s, .url = remote}}};
+        config.save();
+        m_gateway = std::make_unique<GatewayViewModel>(
+            GatewaySurroundings{.tailscale = m_tailscale, .pollInterval = 24h});
+        m_profiles = std::make_unique<GatewayProfiles>(m_gateway.get());
+    }
+
+    void cleanup()
+    {
+        QVERIFY(finishBackgroundWork(10s));
+        m_profiles.reset();
+        m_gateway.reset();
+        for (const char *file :
+             {"calls", "fail", "duskrell.out", "tailscale-ip", "tailscale-status",
+              ".ostrelle/secrets.json", ".config/ai.duskrell.ostrelle.conf"}) {
+            QFile::remove(m_home.path(QString::fromLatin1(file)));
+        }
+    }
+
+    void namesTheGatewayInUse_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("magicDNS");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("shownURL");
+        QTest::addColumn<bool>("isLocal");
+        const QString magic = u"https://box.t.ts.net"_s;
+        const auto row = [](const char *name, const QString &url, const QString &magicDNS,
+                            const QString &shown, const QString &shownURL, bool isLocal) {
+            QTest::newRow(name) << url << magicDNS << shown << shownURL << isLocal;
+        };
+        const QString odd = u"http://a.b/localhost"_s;
+        row("local, no name known", local, {}, u"Here"_s, local, true);
+        row("local, name known", local, magic, u"box"_s, magic, true);
+        row("by the known name", magic + u"/x"_s, magic, u"box"_s, magic, true);
+        row("localhost in the path", odd, {}, u"a"_s, odd, true);
+        row("saved", remote, magic, u"Far"_s, remote, false);
+        row("not saved", u"http://My.lan:1"_s, magic, u"My"_s, u"http://My.lan:1"_s, false);
+        row("no URL", u"http://a b"_s, magic, u"Gateway"_s, u"http://a b"_s, false);
+    }
+    void namesTheGatewayInUse()
+    {
+        QFETCH(QString, url);
+        QFETCH(QString, magicDNS);
+        OstrelleConfig::Gateway gateway = OstrelleConfig::load().gateway;
+        gateway.url = url;
+        const GatewayNames names(gateway, magicDNS);
+        QTEST(names.activeGatewayName(), "name");
+        QTEST(names.activeGatewayURL(), "shownURL");
+        QTEST(names.isLocalGateway(), "isLocal");
+        QCOMPARE(names.activeGatewaySaved().url, url);
+    }
+
+    void namesProfiles_data()
+    {
+        QTest::addColumn<SavedGateway>("profile");
+        QTest::addColumn<QString>("magicDNS");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("shownURL");
+        const QString magic = u"https://box.t.ts.net"_s;
+        const auto row = [](const char *name, const SavedGateway &profile, const QString &magicDNS,
+                            const QString &shown, const QString &shownURL) {
+            QTest::newRow(name) << profile << magicDNS << shown << shownURL;
+        };
+        row("local", {u"Here"_s, local}, {}, u"Here"_s, local);
+        row("local, name known", {u"Here"_s, local}, magic, u"box"_s, magic);
+        row("remote", {u"Far"_s, remote}, magic, u"Far"_s, remote);
+        row("remote MagicDNS", {u"Far"_s, remote, {}, true}, magic, u"far"_s, remote);
+        row("MagicDNS without a host", {u"Odd.Name"_s, u"odd"_s, {}, true}, magic, u"Odd"_s,
+            u"odd"_s);
+    }
+    void namesProfiles()
+    {
+        QFETCH(SavedGateway, profile);
+        QFETCH(QString, magicDNS);
+        const GatewayNames names(OstrelleConfig::load().gateway, magicDNS);
+        QTEST(names.profileDisplayName(profile), "name");
+        QTEST(names.profileDisplayURL(profile), "shownURL");
+    }
+
+    void showsTheMachinesNameOnceKnown()
+    {
+        QCOMPARE(m_profiles->activeGatewayName(), u"Here"_s);
+        QTRY_VERIFY(m_gateway->tailscaleInstalled());
+        m_home.write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
+        m_gateway->pollHealth();
+        QTRY_COMPARE(m_profiles->activeGatewayName(), u"box"_s);
+        QCOMPARE(m_profiles->activeGatewayURL(), u"https://box.t.ts.net"_s);
+        QCOMPARE(column(*m_profiles->saved(), SavedGatewaysModel::NameRole),
+                 (QStringList{u"box"_s, u"Far"_s}));
+    }
+
+    void switchesOnceConfirmed()
+    {
+        KeychainHelper::saveToken(u"far-token"_s, remote);
+        m_profiles->requestSwitch(remote);
+        QCOMPARE(m_profiles->pendingSwitchGateway(), remote);
+        m_profiles->cancelSwitch();
+        QCOMPARE(m_profiles->pendingSwitchGateway(), QString());
+        QCOMPARE(OstrelleConfig::load().gateway.url, local);
+
+        m_profiles->requestSwitch(remote);
+        m_profiles->confirmSwitch();
+        QCOMPARE(m_profiles->pendingSwitchGateway(), QString());
+        QCOMPARE(OstrelleConfig::load().gateway.url, remote);
+        QTRY_COMPARE(m_gateway->gatewayURL(), remote);
+        QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"far-token"_s);
+        QCOMPARE(column(*m_profiles->saved(), SavedGatewaysModel::ActiveRole),
+                 (QStringList{u"false"_s, u"true"_s}));
+    }
+
+    void lastOfTwoSwitchesWins()
+    {
+        m_profiles->switchGateway({.name = u"Far"_s, .url = remote});
+        m_profiles->switchGateway({.name = u"Here"_s, .url = u"http://127.0.0.1:2"_s});
+        QTRY_COMPARE(m_gateway->gatewayURL(), u"http://127.0.0.1:2"_s);
+        QVERIFY(finishBackgroundWork(10s));
+        QCOMPARE(m_gateway->gatewayURL(), OstrelleConfig::load().gateway.url);
+    }
+
+    void addsByHand_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("url");
+        QTest::newRow("address") << u"192.168.1.20"_s << u"192.168.1.20"_s
+                                 << u"http://192.168.1.20:18789"_s;
+        QTest::newRow("URL without a port")
+            << u"https://Box.lan"_s << u"Box.lan"_s << u"https://Box.lan"_s;
+        QTest::newRow("URL with a port")
+            << u"http://10.0.0.1:5/"_s << u"10.0.0.1"_s << u"http://10.0.0.1:5/"_s;
+        QTest::newRow("no trimming") << u" x"_s << u"http:// x:18789"_s << u"http:// x:18789"_s;
+    }
+    void addsByHand()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, name);
+        QFETCH(QString, url);
+        for (int i = 0; i < 2; ++i) {
+            m_profiles->setManualURL(typed);
+            m_profiles->addManualGateway();
+            QCOMPARE(m_profiles->manualURL(), QString());
+        }
+        const auto saved = OstrelleConfig::load().gateway.saved.value();
+        QCOMPARE(saved.size(), 3);
+        QCOMPARE(saved.last(), (SavedGateway{.name = name, .url = url}));
+    }
+
+    void onlyTheRowsThatDifferChange()
+    {
+        const QAbstractItemModelTester tester(m_profiles->saved());
+        QTRY_COMPARE(column(*m_profiles->saved(), SavedGatewaysModel::HasTokenRole),
+                     (QStringList{u"false"_s, u"false"_s}));
+        QSignalSpy changed(m_profiles->saved(), &QAbstractItemModel::dataChanged);
+        QSignalSpy inserted(m_profiles->saved(), &QAbstractItemModel::rowsInserted);
+        QSignalSpy removed(m_profiles->saved(), &QAbstractItemModel::rowsRemoved);
+        // Somebody else saved one meanwhile; it must not get lost.
+        OstrelleConfig config = OstrelleConfig::load();
+        config.gateway.saved->prepend({.name = u"Linked"_s, .url = u"http://linked"_s});
+        config.save();
+        m_profiles->removeGateway(local);
+        QCOMPARE(column(*m_profiles->saved(), SavedGatewaysModel::UrlRole),
+                 (QStringList{u"http://linked"_s, remote}));
+        QCOMPARE(inserted.size(), 1);
+        QCOMPARE(removed.size(), 1);
+        QCOMPARE(OstrelleConfig::load().gateway.url, local);
+        m_profiles->reload();
+        QTRY_COMPARE(column(*m_profiles->saved(), SavedGatewaysModel::HasTokenRole),
+                     (QStringList{u"false"_s, u"false"_s}));
+        for (const QVariantList &change : changed) {
+            QCOMPARE(change.first().toModelIndex().row(), 0); // its token became known
+        }
+    }
+
+    void storesTokens()
+    {
+        QTRY_VERIFY(m_profiles->lacksToken());
+        m_profiles->setEditingProfileId(remote);
+        m_profiles->setProfileTokenInput(u"far-token"_s);
+        m_profiles->saveProfileToken();
+        QCOMPARE(m_profiles->editingProfileId(), QString());
+        QCOMPARE(m_profiles->profileTokenInput(), QString());
+        QTRY_COMPARE(column(*m_profiles->saved(), SavedGatewaysModel::TokenTailRole),
+                     (QStringList{u""_s, u"oken"_s}));
+        QVERIFY(m_profiles->lacksToken());
+
+        m_profiles->setShowTokenField(true);
+        m_profiles->setTokenInput(u"abc"_s);
+        m_profiles->saveActiveToken();
+        QVERIFY(!m_profiles->showTokenField());
+        QTRY_VERIFY(!m_profiles->lacksToken());
+        QCOMPARE(column(*m_profiles->saved(), SavedGatewaysModel::TokenTailRole),
+                 (QStringList{u"abc"_s, u"oken"_s}));
+        QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"abc"_s);
+    }
+
+    void findsTheAddressForAPhone_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<bool>("useMagicDNS");
+        QTest::addColumn<QByteArray>("ip");
+        QTest::addColumn<QString>("base");
+        const QByteArray ip = "100.101.102.103\n";
+        QTest::newRow("MagicDNS") << local << true << ip << u"https://box.t.ts.net"_s;
+        QTest::newRow("port of the URL")
+            << u"http://localhost:18800"_s << false << ip << u"http://100.101.102.103:18800"_s;
+        QTest::newRow("URL without a port")
+            << u"http://127.0.0.1"_s << false << ip << u"http://100.101.102.103:18789"_s;
+        QTest::newRow("no Tailscale, remote") << remote << false << QByteArray() << remote;
+        const QString lan = NetworkHelpers::getLocalIP().value_or(u"127.0.0.1"_s);
+        QTest::newRow("no Tailscale, local") << u"http://127.0.0.1:5/localhost"_s << false
+                                             << QByteArray() << u"http://"_s + lan + u":5/"_s + lan;
+    }
+    void findsTheAddressForAPhone()
+    {
+        QFETCH(QString, url);
+        QFETCH(bool, useMagicDNS);
+        QFETCH(QByteArray, ip);
+        m_home.write(u"tailscale-ip"_s, ip);
+        m_home.write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
+        OstrelleConfig config;
+        config.gateway.url = url;
+        QTEST(preferredGatewayBaseURL(
+                  {.config = config, .useMagicDNS = useMagicDNS, .tailscale = m_tailscale}),
+              "base");
+    }
+
+    void linkKeepsEveryValue_data()
+    {
+        QTest::addColumn<QString>("token");
+        QTest::newRow("separators") << u"a&b=c+d%e#f g?h;i"_s;
+        QTest::newRow("escaped already") << u"%26&amp;"_s;
+        QTest::newRow("other scripts") << u"ключ-鍵-💬"_s;
+        QTest::newRow("empty") << u""_s;
+    }
+    void linkKeepsEveryValue()
+    {
+        QFETCH(QString, token);
+        const QString link =
+            buildPairURL({.gateway = {.name = {}, .url = u"https://x?y=1&z"_s, .isMagicDNS = true},
+                          .config = configWithToken(token),
+                          .geminiAPIKey = token});
+        const QUrl url(link, QUrl::StrictMode);
+        QCOMPARE(url.scheme(), u"ostrelle"_s);
+        QCOMPARE(url.host(), u"config"_s);
+        const auto items = QUrlQuery(url).queryItems(QUrl::FullyDecoded);
+        QList<std::pair<QString, QString>> expected{{u"gatewayBaseURL"_s, u"https://x?y=1&z"_s},
+                                                    {u"token"_s, token}};
+        if (!token.isEmpty()) {
+            expected.append({u"geminiAPIKey"_s, token});
+        }
+        QCOMPARE(items.size(), expected.size());
+        QVERIFY(std::ranges::equal(items, expected));
+    }
+
+    void qrCodeHoldsTheLink()
+    {
+        GatewaySettings settings;
+        GatewayPairing pairing(m_gateway.get(), m_profiles.get(), &settings, m_tailscale);
+        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
+        KeychainHelper::saveToken(u"a&b ü"_s, local);
+        m_gateway->setUseMagicDNS(false);
+        pairing.setShowQR(true);
+        QTRY_VERIFY(!pairing.qrCode().isEmpty());
+        const QByteArray link = "ostrelle://config?gatewayBaseURL=http%3A%2F%2F100.1.1.1%3A1"
+                                "&token=a%26b%20%C3%BC";
+        QCOMPARE(scanned(pairing.qrCode()), link);
+
+        settings.setGeminiAPIKey(u"key"_s);
+        settings.setGeminiAPIKey(u"key2"_s);
+        QTRY_COMPARE(scanned(pairing.qrCode()), link + "&geminiAPIKey=key2");
+        pairing.setShowQR(false);
+        QVERIFY(pairing.qrCode().isEmpty());
+        QVERIFY(!QrCode::encode(QByteArray(4000, 'x')));
+        QVERIFY(!QrCode::encode({}));
+    }
+
+    void preferencesAreStored()
+    {
+        {
+            GatewaySettings settings;
+            QVERIFY(settings.projectTrackingEnabled() && !settings.launchAtLogin());
+            settings.setLaunchAtLogin(true);
+            settings.setAutoStartVoice(true);
+            settings.setGeminiAPIKey(u"k,\"ü"_s);
+        }
+        GatewaySettings settings;
+        QVERIFY(settings.launchAtLogin() && settings.autoStartVoice());
+        QCOMPARE(settings.geminiAPIKey(), u"k,\"ü"_s);
+        const QString entry = u".config/autostart/ai.duskrell.ostrelle.desktop"_s;
+        QVERIFY(m_home.read(entry).contains(
+            "\nExec=\"" + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
+        settings.setLaunchAtLogin(false);
+        QVERIFY(!m_home.exists(entry) && !settings.launchAtLogin());
+
+        // No folder can be made where a file stands.
+        QDir(m_home.path(u".config/autostart"_s)).removeRecursively();
+        m_home.write(u".config/autostart"_s, "");
+        QSignalSpy changed(&settings, &GatewaySettings::launchAtLoginChanged);
+        settings.setLaunchAtLogin(true);
+        QVERIFY(!settings.launchAtLogin());
+        QCOMPARE(changed.size(), 2);
+    }
+
+    void tracksProjectsInOrder()
+    {
+        m_home.write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
+                     u"/scripts/enable-project-tracking.sh"_s,
+                     "sleep 0.1; echo enable >> \"$HOME/calls\"");
+        m_home.write(u"duskrell.out"_s,
+                     R"({"jobs":[{"id":"1","name":"Other"},{"id":"it\u0027s 2","name":)"
+                     R"("OSTRELLE Project Tracker"},{"id":3,"name":"OSTRELLE Project Tracker"}]})");
+        GatewaySettings settings({m_home.path(u"none"_s), m_duskrell});
+        QVERIFY(finishBackgroundWork(10s));
+        QFile::remove(m_home.path(u"calls"_s));
+        settings.setProjectTrackingEnabled(true); // it is already
+        settings.setProjectTrackingEnabled(false);
+        settings.setProjectTrackingEnabled(true);
+        settings.setProjectTrackingEnabled(false);
+        QCOMPARE(Preferences().boolean(u"projectTrackingEnabled"_s), false);
+        const QByteArrayList removal{"duskrell cron list --json --all",
+                                     "duskrell cron remove it's 2"};
+        QTRY_COMPARE(calls(m_home), removal + QByteArrayList{"enable"} + removal);
+    }
+
+    void stopsAtWhatIsNoJobList()
+    {
+        for (const char *listing :
+             {"", "[]", R"({"jobs":[{"id":"1","name":"OSTRELLE Project Tracker"},"x"]})"}) {
+            m_home.write(u"duskrell.out"_s, listing);
+            QVERIFY2(!disableProjectTracking({m_duskrell}), listing);
+        }
+        QVERIFY(!calls(m_home).contains("duskrell cron remove 1"));
+        m_home.write(u"duskrell.out"_s, R"({"jobs":[]})");
+        QVERIFY(disableProjectTracking({m_duskrell}));
+    }
+
+    void discoversDevices()
+    {
+        const QString ip = u"127.77.%1.%2"_s.arg(QCoreApplication::applicationPid() / 256 % 256)
+                               .arg(QCoreApplication::applicationPid() % 256);
+        StandInGateway gateway(QHostAddress(ip), 18789);
+        gateway.answer("/health", StandInGateway::response(200));
+        const auto device = [](const QString &name, const QString &address) {
+            return u"\"%1\":{\"Online\":true,\"DNSName\":\"%1.invalid.\",\"TailscaleIPs\":[\"%2\"]}"_s
+                .arg(name, address);
+        };
+        m_home.write(u"tailscale-status"_s, (u"{\"Peer\":{"_s + device(u"up"_s, ip) + u',' +
+                                             device(u"down"_s, u"127.0.0.1"_s) + u"}}"_s)
+                                                .toUtf8());
+        TailscalePeersModel peers(m_profiles.get(), m_tailscale);
+        const QAbstractItemModelTester tester(&peers);
+        m_profiles->removeGateway(local); // it hides the device of the same address
+        discover(peers);
+        QCOMPARE(column(peers, TailscalePeersModel::NameRole), (QStringList{u"up"_s, u"down"_s}));
+        QCOMPARE(column(peers, TailscalePeersModel::GatewayOnlineRole),
+                 (QStringList{u"true"_s, u"false"_s}));
+
+        QSignalSpy changed(&peers, &QAbstractItemModel::dataChanged);
+        discover(peers);
+        QCOMPARE(changed.size(), 0);
+        gateway.answer("/health", StandInGateway::response(401));
+        discover(peers);
+        QCOMPARE(column(peers, TailscalePeersModel::GatewayOnlineRole),
+                 (QStringList{u"false"_s, u"false"_s}));
+
+        peers.add(0);
+        QCOMPARE(
+            OstrelleConfig::load().gateway.saved->last(),
+            (SavedGateway{.name = u"up"_s, .url = u"https://up.invalid"_s, .isMagicDNS = true}));
+        QCOMPARE(column(peers, TailscalePeersModel::NameRole), QStringList{u"down"_s});
+        m_profiles->addGateway({.name = u"x"_s, .url = u"http://127.0.0.1:9"_s});
+        QCOMPARE(peers.rowCount(), 0);
+    }
+
+private:
+    static OstrelleConfig configWithToken(const QString &token)
+    {
+        OstrelleConfig config;
+        config.gateway.token = token;
+        return config;
+    }
+
+    static void discover(TailscalePeersModel &peers)
+    {
+        peers.loadPeers();
+        QVERIFY(peers.loading());
+        QTRY_VERIFY(!peers.loading());
+    }
+
+    // What a scanner reads from the code as it is shown.
+    QByteArray scanned(const QrCode &code) const
+    {
+        const int side = (code.size() + 2 * QrCode::quietZone) * QrCode::scale;
+        QByteArray pixels(side * side, '\xff');
+        for (int y = 0; y < side; ++y) {
+            for (int x = 0; x < side; ++x) {
+                const int column = x / QrCode::scale - QrCode::quietZone;
+                const int row = y / QrCode::scale - QrCode::quietZone;
+                const bool inside =
+                    std::min(column, row) >= 0 && std::max(column, row) < code.size();
+                pixels[y * side + x] = inside && code.isDark(column, row) ? '\0' : '\xff';
+            }
+        }
+        const QByteArray size = QByteArray::number(side);
+        const QString image =
+            m_home.write(u"code.pgm"_s, "P5 " + size + ' ' + size + " 255\n" + pixels);
+        QProcess scanner;
+        scanner.start(u"zbarimg"_s, {u"--quiet"_s, u"--raw"_s, image});
+        scanner.waitForFinished();
+        return scanner.readAllStandardOutput().trimmed();
+    }
+
+    const ScratchHome m_home;
+    QString m_duskrell;
+    TailscalePlaces m_tailscale;
+    std::unique_ptr<GatewayViewModel> m_gateway;
+    std::unique_ptr<GatewayProfiles> m_profiles;
+};
+
+QTEST_GUILESS_MAIN(TestProfiles)
+#include "test_profiles.moc"
