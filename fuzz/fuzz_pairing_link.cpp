@@ -1,0 +1,41 @@
+// Makes a pairing link from any address, token and key, one a line, and reads it with a standard
+// parser: every value must come back as it was.
+
+#include "Input.h"
+#include "gateway/PairingLink.h"
+#include "gateway/Utf8.h"
+
+#include <QUrl>
+#include <QUrlQuery>
+
+using namespace ostrelle;
+
+namespace
+{
+
+QString valueIn(const QUrlQuery &query, const char *name)
+{
+    return query.queryItemValue(QString::fromLatin1(name), QUrl::FullyDecoded);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const auto text =
+        textFromUtf8(QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)));
+    if (!text) {
+        return 0;
+    }
+    const QString address = text->section(u'\n', 0, 0);
+    const QString token = text->section(u'\n', 1, 1);
+    const QString key = text->section(u'\n', 2);
+    const QUrl link(pairingLink(address, token, key), QUrl::StrictMode);
+    require(link.scheme() == QStringLiteral("ostrelle") && link.host() == QStringLiteral("config"));
+    const QUrlQuery query(link);
+    require(query.queryItems().size() == (key.isEmpty() ? 2 : 3));
+    require(valueIn(query, "gatewayBaseURL") == address);
+    require(valueIn(query, "token") == token);
+    require(valueIn(query, "geminiAPIKey") == key);
+    return 0;
+}
