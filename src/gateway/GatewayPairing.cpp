@@ -1,5 +1,7 @@
 #include "gateway/GatewayPairing.h"
 
+#include "core/WhenDone.h"
+
 #include <QtConcurrent>
 
 namespace ostrelle
@@ -63,8 +65,8 @@ void GatewayPairing::rebuild()
     }
     m_outdated = false;
     m_isBuilding = true;
-    QtConcurrent::run(&userInitiatedPool(), &generateQRCode, subject())
-        .then(this, [this](const QrCode &code) { finish(code); });
+    whenDone(QtConcurrent::run(&userInitiatedPool(), &generateQRCode, subject()), this,
+             [this](const QrCode &code) { finish(code); });
 }
 
 void GatewayPairing::finish(const QrCode &code)

@@ -1,6 +1,7 @@
 #include "gateway/GatewayProfiles.h"
 
 #include "core/KeychainHelper.h"
+#include "core/WhenDone.h"
 
 #include <QtConcurrent>
 
@@ -58,9 +59,8 @@ void GatewayProfiles::switchGateway(const SavedGateway &profile)
 {
     const QString url = profile.url;
     change([&](OstrelleConfig::Gateway &gateway) { gateway.url = url; });
-    m_tokenWrites.run([url] { activateStoredToken(url); }).then(this, [this, url] {
-        finishSwitch(url);
-    });
+    whenDone(m_tokenWrites.run([url] { activateStoredToken(url); }), this,
+             [this, url] { finishSwitch(url); });
 }
 
 void GatewayProfiles::finishSwitch(const QString &url)
@@ -162,24 +162,23 @@ void GatewayProfiles::showNames()
 
 void GatewayProfiles::storeToken(const QString &token, const QStringList &keys)
 {
-    m_tokenWrites
-        .run([token, keys] {
-            for (const QString &key : keys) {
-                KeychainHelper::saveToken(token, key);
-            }
-        })
-        .then(this, [this] { Q_EMIT tokensChanged(); });
+    const auto store = [token, keys] {
+        for (const QString &key : keys) {
+            KeychainHelper::saveToken(token, key);
+        }
+    };
+    whenDone(m_tokenWrites.run(store), this, [this] { Q_EMIT tokensChanged(); });
 }
 
 void GatewayProfiles::readTokens()
 {
     const int read = ++m_tokenReads;
-    QtConcurrent::run(&userInitiatedPool(), &readStoredTokens, m_config)
-        .then(this, [this, read](const StoredTokens &tokens) {
-            if (read == m_tokenReads) {
-                showTokens(tokens);
-            }
-        });
+    whenDone(QtConcurrent::run(&userInitiatedPool(), &readStoredTokens, m_config), this,
+             [this, read](const StoredTokens &tokens) {
+                 if (read == m_tokenReads) {
+                     showTokens(tokens);
+                 }
+             });
 }
 
 void GatewayProfiles::showTokens(const StoredTokens &tokens)

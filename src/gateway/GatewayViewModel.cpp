@@ -1,6 +1,7 @@
 #include "gateway/GatewayViewModel.h"
 
 #include "core/OstrelleConfig.h"
+#include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
 #include "platform/Preferences.h"
 
@@ -94,9 +95,9 @@ void GatewayViewModel::probeToken()
     if (!pass) {
         return;
     }
-    QtConcurrent::run(&utilityPool(), [pass, url = gatewayURL()] {
-        return tokenFor(url);
-    }).then(this, [this, url = gatewayURL()](const QString &token) { askWithToken(url, token); });
+    const auto look = [pass, url = gatewayURL()] { return tokenFor(url); };
+    whenDone(QtConcurrent::run(&utilityPool(), look), this,
+             [this, url = gatewayURL()](const QString &token) { askWithToken(url, token); });
 }
 
 void GatewayViewModel::askWithToken(const QString &gatewayURL, const QString &token)
@@ -120,9 +121,9 @@ void GatewayViewModel::probeTailscale()
     if (!pass) {
         return;
     }
-    QtConcurrent::run(&utilityPool(), [pass, places = m_surroundings.tailscale] {
-        return lookAtTailscale(places);
-    }).then(this, [this](const Tailscale &tailscale) { show(tailscale); });
+    const auto look = [pass, places = m_surroundings.tailscale] { return lookAtTailscale(places); };
+    whenDone(QtConcurrent::run(&utilityPool(), look), this,
+             [this](const Tailscale &tailscale) { show(tailscale); });
 }
 
 GatewayViewModel::Tailscale GatewayViewModel::lookAtTailscale(const TailscalePlaces &places)
@@ -159,9 +160,8 @@ void GatewayViewModel::enableTailscaleServe()
     }
     m_isEnablingTailscale = true;
     m_enableTailscaleError = QString();
-    QtConcurrent::run(&userInitiatedPool(), &switchGatewayToTailscaleServe)
-        .then(this,
-              [this](const std::expected<void, QString> &outcome) { finishEnabling(outcome); });
+    whenDone(QtConcurrent::run(&userInitiatedPool(), &switchGatewayToTailscaleServe), this,
+             [this](const std::expected<void, QString> &outcome) { finishEnabling(outcome); });
 }
 
 void GatewayViewModel::finishEnabling(const std::expected<void, QString> &outcome)
@@ -180,9 +180,8 @@ void GatewayViewModel::resetGatewayToken()
         return;
     }
     m_isResettingToken = true;
-    QtConcurrent::run(&userInitiatedPool(), &renewGatewayToken).then(this, [this] {
-        finishReset();
-    });
+    whenDone(QtConcurrent::run(&userInitiatedPool(), &renewGatewayToken), this,
+             [this] { finishReset(); });
 }
 
 void GatewayViewModel::finishReset()

@@ -2,6 +2,7 @@
 
 #include "core/BackgroundWork.h"
 #include "core/OstrelleConfig.h"
+#include "core/WhenDone.h"
 #include "gateway/ChatReply.h"
 
 #include <QJsonArray>
@@ -70,9 +71,9 @@ void QuickChatVM::sendToGateway(const QString &message, const QString &gatewayUR
         finish(u"Invalid gateway URL"_s);
         return;
     }
-    QtConcurrent::run(&userInitiatedPool(), [] {
-        return OstrelleConfig::load().resolveToken();
-    }).then(this, [this, url, message](const QString &token) { post(*url, token, message); });
+    const auto look = [] { return OstrelleConfig::load().resolveToken(); };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this,
+             [this, url, message](const QString &token) { post(*url, token, message); });
 }
 
 void QuickChatVM::post(const QUrl &url, const QString &token, const QString &message)

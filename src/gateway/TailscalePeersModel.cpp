@@ -1,5 +1,7 @@
 #include "gateway/TailscalePeersModel.h"
 
+#include "core/WhenDone.h"
+
 #include <QtConcurrent>
 
 #include <algorithm>
@@ -52,8 +54,8 @@ void TailscalePeersModel::loadPeers()
         return;
     }
     m_loading = true;
-    QtConcurrent::run(&utilityPool(), &NetworkHelpers::getOnlinePeers, m_tailscale)
-        .then(this, [this](const QList<OnlinePeer> &peers) { probe(peers); });
+    whenDone(QtConcurrent::run(&utilityPool(), &NetworkHelpers::getOnlinePeers, m_tailscale), this,
+             [this](const QList<OnlinePeer> &peers) { probe(peers); });
 }
 
 void TailscalePeersModel::probe(const QList<OnlinePeer> &peers)

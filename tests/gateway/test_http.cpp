@@ -56,7 +56,9 @@ private Q_SLOTS:
         QFETCH(QByteArray, response);
         QFETCH(int, status);
         QFETCH(QByteArray, body);
-        for (qsizetype cut = 0; cut < std::min<qsizetype>(response.size(), 200); ++cut) {
+        const qsizetype step =
+            1 + response.size() / 1000 * 100; // a long one is cut at a few places
+        for (qsizetype cut = 0; cut < response.size(); cut += step) {
             HttpResponseReader reader(20);
             State state = reader.feed(response.first(cut));
             if (state == State::Reading) {
