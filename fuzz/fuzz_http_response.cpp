@@ -2,7 +2,7 @@
 // to the same. The first byte says where to cut.
 
 #include "Input.h"
-#include "gateway/HttpResponseReader.h"
+#include "core/HttpResponseReader.h"
 
 using namespace ostrelle;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/BackgroundWork.h"
-#include "gateway/HttpClient.h"
+#include "core/HttpClient.h"
 #include "gateway/NetworkHelpers.h"
 #include "platform/DesktopOpen.h"
 

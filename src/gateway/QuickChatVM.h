@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gateway/ChatMessages.h"
-#include "gateway/HttpClient.h"
+#include "core/HttpClient.h"
 
 #include <QProperty>
 

@@ -1,4 +1,4 @@
-#include "gateway/HttpClient.h"
+#include "core/HttpClient.h"
 #include "gateway/StandInGateway.h"
 
 #include <QTest>

@@ -1,9 +1,8 @@
-#include "gateway/HttpExchange.h"
+#include "core/HttpExchange.h"
 
 #include <QHostAddress>
 #include <QNetworkProxy>
 #include <QSslSocket>
-#include <QTimer>
 
 #include <utility>
 
@@ -63,8 +62,12 @@ HttpExchange::HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done don
     , m_done(std::move(done))
     , m_socket(socketFor(m_request.url))
 {
-    QTimer::singleShot(m_request.deadline, this,
-                       [this] { finish(std::unexpected(u"The request timed out."_s)); });
+    const auto giveUp = [this] { finish(std::unexpected(u"The request timed out."_s)); };
+    QTimer::singleShot(m_request.deadline, Qt::PreciseTimer, this, giveUp);
+    connect(&m_silence, &QTimer::timeout, this, giveUp);
+    if (m_request.silence) {
+        m_silence.start(*m_request.silence);
+    }
     // Later, so that a failure at once is not told from within the constructor.
     QMetaObject::invokeMethod(this, &HttpExchange::connectSocket, Qt::QueuedConnection);
 }
@@ -86,8 +89,7 @@ void HttpExchange::connectSocket()
     if (isThisMachine(url.host())) {
         m_socket->setProxy(QNetworkProxy::NoProxy);
     }
-    connect(m_socket.get(), &QTcpSocket::readyRead, this,
-            [this] { take(m_reader.feed(m_socket->readAll())); });
+    connect(m_socket.get(), &QTcpSocket::readyRead, this, &HttpExchange::receive);
     connect(m_socket.get(), &QTcpSocket::errorOccurred, this,
             [this](QAbstractSocket::SocketError error) {
                 if (error == QAbstractSocket::RemoteHostClosedError) {
@@ -108,6 +110,14 @@ void HttpExchange::connectSocket()
 void HttpExchange::writeRequest()
 {
     m_socket->write(headOf(m_request) + m_request.body.value_or(QByteArray()));
+}
+
+void HttpExchange::receive()
+{
+    if (m_silence.isActive()) {
+        m_silence.start();
+    }
+    take(m_reader.feed(m_socket->readAll()));
 }
 
 void HttpExchange::take(HttpResponseReader::State state)

@@ -1,4 +1,4 @@
-#include "gateway/HttpClient.h"
+#include "core/HttpClient.h"
 
 #include <QDeadlineTimer>
 
@@ -65,7 +65,7 @@ void HttpClient::follow(const HttpRequest &request, int redirectsLeft,
 {
     const QDeadlineTimer deadline(request.deadline);
     new HttpExchange(
-        request, maxBodyBytes,
+        request, m_maxBodyBytes,
         [this, request, redirectsLeft, done, deadline](const HttpResult &result) {
             auto next = result && redirectsLeft > 0 ? redirected(request, *result) : std::nullopt;
             if (!next) {

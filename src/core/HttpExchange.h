@@ -1,8 +1,9 @@
 #pragma once
 
-#include "gateway/HttpResponseReader.h"
+#include "core/HttpResponseReader.h"
 
 #include <QTcpSocket>
+#include <QTimer>
 #include <QUrl>
 
 #include <chrono>
@@ -17,6 +18,8 @@ struct HttpRequest {
     QList<std::pair<QByteArray, QByteArray>> headers = {};
     std::optional<QByteArray> body = std::nullopt; // with one it is a POST, without one a GET
     std::chrono::milliseconds deadline;            // for the whole exchange
+    // How long the other side may send nothing; none: as long as the deadline lets it.
+    std::optional<std::chrono::milliseconds> silence = std::nullopt;
 };
 
 // An answer with whatever status, or why none came.
@@ -34,11 +37,13 @@ public:
 
 private:
     void connectSocket();
+    void receive();
     void writeRequest();
     void take(HttpResponseReader::State state);
     void finish(const HttpResult &result);
 
     const HttpRequest m_request;
+    QTimer m_silence;
     HttpResponseReader m_reader;
     Done m_done;
     const std::unique_ptr<QTcpSocket> m_socket;

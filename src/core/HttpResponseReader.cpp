@@ -1,4 +1,4 @@
-#include "gateway/HttpResponseReader.h"
+#include "core/HttpResponseReader.h"
 
 #include <QList>
 
