@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/ListDifference.h"
+
 #include <QAbstractListModel>
 
 #include <algorithm>
@@ -8,8 +10,9 @@ namespace ostrelle
 {
 
 // A list model over plain values. New rows are matched with the old ones by identity and only what
-// differs is changed, so that scroll position, focus and open rows survive a refresh. A row has an
-// identity() and an equality; rows of the same identity are allowed. Main thread only.
+// differs is changed, so that scroll position, focus and open rows survive a refresh; where that
+// would take too many steps, views start afresh. A row has an identity() and an equality; rows of
+// the same identity are allowed. Main thread only.
 template<typename Row>
 class RowsModel : public QAbstractListModel
 {
@@ -26,60 +29,78 @@ public:
 protected:
     void setRows(const QList<Row> &wanted)
     {
-        removeAllBut(wanted);
-        for (int i = 0; i < wanted.size(); ++i) {
-            place(wanted[i], i);
+        if (m_rows == wanted) {
+            return;
         }
-        removeFrom(static_cast<int>(wanted.size()));
+        const auto difference =
+            ListDifference::between(identitiesOf(m_rows), identitiesOf(wanted), maxSteps);
+        if (!difference) {
+            beginResetModel();
+            m_rows = wanted;
+            endResetModel();
+            return;
+        }
+        remove(difference->removals);
+        move(difference->moves);
+        insert(difference->insertions, wanted);
+        change(wanted);
     }
 
 private:
-    static bool holds(const QList<Row> &rows, const Row &row)
+    // Each step may shift all rows behind it, and thousands of rows are to be shown in a moment.
+    static constexpr qsizetype maxSteps = 64;
+
+    static QStringList identitiesOf(const QList<Row> &rows)
     {
-        return std::ranges::any_of(
-            rows, [&](const Row &other) { return other.identity() == row.identity(); });
+        QStringList identities;
+        identities.reserve(rows.size());
+        for (const Row &row : rows) {
+            identities.append(row.identity());
+        }
+        return identities;
     }
 
-    void removeAllBut(const QList<Row> &wanted)
+    void remove(const QList<ListDifference::Range> &removals)
     {
-        for (int i = rowCount() - 1; i >= 0; --i) {
-            if (!holds(wanted, m_rows[i])) {
-                beginRemoveRows({}, i, i);
-                m_rows.removeAt(i);
-                endRemoveRows();
-            }
+        for (const auto &[first, count] : removals) {
+            beginRemoveRows({}, first, first + count - 1);
+            m_rows.remove(first, count);
+            endRemoveRows();
         }
     }
 
-    // The rows before `at` are in place already.
-    void place(const Row &row, int at)
+    void move(const QList<ListDifference::Move> &moves)
     {
-        const auto found = std::find_if(m_rows.cbegin() + at, m_rows.cend(), [&](const Row &other) {
-            return other.identity() == row.identity();
-        });
-        if (found == m_rows.cend()) {
-            beginInsertRows({}, at, at);
-            m_rows.insert(at, row);
-            endInsertRows();
-            return;
-        }
-        if (const auto from = static_cast<int>(found - m_rows.cbegin()); from != at) {
-            beginMoveRows({}, from, from, {}, at);
-            m_rows.move(from, at);
+        for (const auto &[from, to] : moves) {
+            // Qt names the row before which it is put, counted before the move.
+            beginMoveRows({}, from, from, {}, to > from ? to + 1 : to);
+            m_rows.move(from, to);
             endMoveRows();
         }
-        if (m_rows[at] != row) {
-            m_rows[at] = row;
-            Q_EMIT this->dataChanged(this->index(at), this->index(at));
+    }
+
+    void insert(const QList<ListDifference::Range> &insertions, const QList<Row> &wanted)
+    {
+        for (const auto &[first, count] : insertions) {
+            beginInsertRows({}, first, first + count - 1);
+            m_rows.insert(first, count, wanted[first]);
+            std::copy_n(wanted.cbegin() + first, count, m_rows.begin() + first);
+            endInsertRows();
         }
     }
 
-    void removeFrom(int first)
+    // One signal for each run of changed rows.
+    void change(const QList<Row> &wanted)
     {
-        if (first < rowCount()) {
-            beginRemoveRows({}, first, rowCount() - 1);
-            m_rows.remove(first, m_rows.size() - first);
-            endRemoveRows();
+        for (int first = 0; first < wanted.size(); ++first) {
+            int end = first;
+            for (; end < wanted.size() && m_rows[end] != wanted[end]; ++end) {
+                m_rows[end] = wanted[end];
+            }
+            if (end > first) {
+                Q_EMIT this->dataChanged(this->index(first), this->index(end - 1));
+                first = end;
+            }
         }
     }
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QList>
+#include <QStringList>
+
+#include <optional>
+
+namespace ostrelle
+{
+
+// What turns one list of identities into another, as list models tell it to their views: first the
+// removals, then the moves, then the insertions, each with the rows as they are at that moment. An
+// identity that occurs more than once counts as a different one each time.
+struct ListDifference {
+    struct Range {
+        int first;
+        int count;
+        friend bool operator==(const Range &, const Range &) = default;
+    };
+    struct Move {
+        int from;
+        int to; // the row that it has afterwards
+        friend bool operator==(const Move &, const Move &) = default;
+    };
+
+    QList<Range> removals;   // from the end to the start
+    QList<Move> moves;       // as few single rows as possible
+    QList<Range> insertions; // from the start to the end
+
+    // Nothing when it would take more than `maxSteps` of them all. Takes O(n log n) time, however
+    // different the lists are.
+    static std::optional<ListDifference> between(const QStringList &before,
+                                                 const QStringList &after, qsizetype maxSteps);
+};
+
+} // namespace ostrelle
