@@ -1,10 +1,10 @@
 #include "tracker/CronSyncService.h"
 
-#include "core/ExpandPath.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "tracker/JobList.h"
+#include "tracker/TrackerDocument.h"
 
 #include <QDateTime>
 
@@ -65,16 +65,11 @@ void syncCronJobs(const GatewayTool &tool, const QString &cronFile)
     }
 }
 
-QString cronFileOf(const OstrelleConfig &config)
-{
-    return expandPath(config.paths.cronFile.value_or(u"~/.ostrelle/ostrelle-cron-tracker.json"_s));
-}
-
 } // namespace
 
 CronSyncService::CronSyncService(const OstrelleConfig &config, const GatewayTool &tool,
                                  QObject *parent)
-    : SyncService([tool, file = cronFileOf(config)] { syncCronJobs(tool, file); }, parent)
+    : SyncService([tool, file = cronFilePathOf(config)] { syncCronJobs(tool, file); }, parent)
 {
 }
 

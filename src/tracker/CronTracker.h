@@ -10,7 +10,7 @@
 namespace ostrelle
 {
 
-// One scheduled job, ready for display. Its identity in lists is its id.
+// One scheduled job, ready for display.
 struct CronJobItem {
     QString id;
     QString name;
@@ -21,6 +21,7 @@ struct CronJobItem {
     std::optional<QString> payload = std::nullopt; // first line of the job's message
     bool enabled = true;
 
+    const QString &identity() const { return id; }
     friend bool operator==(const CronJobItem &, const CronJobItem &) = default;
 };
 

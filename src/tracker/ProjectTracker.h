@@ -10,7 +10,7 @@
 namespace ostrelle
 {
 
-// One strand of work in a project. Its identity in lists is its id.
+// One strand of work in a project.
 struct WorkstreamItem {
     QString id;
     QString name;
@@ -18,10 +18,11 @@ struct WorkstreamItem {
     qint64 progress = 0; // percent
     std::optional<QString> note = std::nullopt;
 
+    const QString &identity() const { return id; }
     friend bool operator==(const WorkstreamItem &, const WorkstreamItem &) = default;
 };
 
-// One project. Its identity in lists is its id.
+// One project.
 struct ProjectItem {
     QString id;
     QString name;
@@ -30,6 +31,7 @@ struct ProjectItem {
     qint64 progress = 0; // percent
     QList<WorkstreamItem> workstreams;
 
+    const QString &identity() const { return id; }
     friend bool operator==(const ProjectItem &, const ProjectItem &) = default;
 };
 

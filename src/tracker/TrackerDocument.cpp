@@ -1,0 +1,53 @@
+#include "tracker/TrackerDocument.h"
+
+#include "core/ExpandPath.h"
+#include "core/OstrelleConfig.h"
+#include "platform/Files.h"
+#include "tracker/RemoteDataSource.h"
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+std::expected<std::string, FetchError> fetchText(const QString &base, const QString &endpoint)
+{
+    const auto body = RemoteDataSource::fetchRemoteData(base, endpoint);
+    if (!body) {
+        return std::unexpected(body.error());
+    }
+    return body->toStdString();
+}
+
+std::expected<std::string, FetchError> readText(const QString &path)
+{
+    auto content = readFile(path);
+    if (!content) {
+        return std::unexpected(FetchError::notReachable());
+    }
+    return std::move(*content);
+}
+
+} // namespace
+
+TrackerDocument obtainDocument(const QString &endpoint, const QString &localPath)
+{
+    const bool isRemote = RemoteDataSource::isRemote();
+    const auto base = isRemote ? RemoteDataSource::statusBaseURL() : std::nullopt;
+    return {.isRemote = isRemote, .text = base ? fetchText(*base, endpoint) : readText(localPath)};
+}
+
+QString cronFilePathOf(const OstrelleConfig &config)
+{
+    return expandPath(config.paths.cronFile.value_or(u"~/.ostrelle/ostrelle-cron-tracker.json"_s));
+}
+
+QString remoteUnusableText()
+{
+    return u"Remote gateway not reachable — check connection or token."_s;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,213 @@
+#include "core/OstrelleConfig.h"
+#include "gateway/StandInGateway.h"
+#include "support/ScratchHome.h"
+#include "tracker/RemoteDataSource.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTcpSocket>
+#include <QTest>
+#include <QTimer>
+#include <QtConcurrentRun>
+
+#include <functional>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+using Fetched = std::expected<QByteArray, FetchError>;
+
+namespace
+{
+
+// A server of which nobody knows what it does.
+class Peer : public QTcpServer
+{
+public:
+    explicit Peer(const std::function<void(QTcpSocket *)> &greet)
+    {
+        listen(QHostAddress::LocalHost);
+        connect(this, &QTcpServer::newConnection, this, [this, greet] {
+            QTcpSocket *client = nextPendingConnection();
+            connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
+            client->write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n");
+            greet(client);
+        });
+    }
+
+    QString url() const { return u"http://127.0.0.1:%1"_s.arg(serverPort()); }
+};
+
+void sendAByteNowAndThen(QTcpSocket *client)
+{
+    auto *timer = new QTimer(client);
+    QObject::connect(timer, &QTimer::timeout, client, [client] { client->write("."); });
+    timer->start(100);
+}
+
+Fetched notReachable()
+{
+    return std::unexpected(FetchError::notReachable());
+}
+
+Fetched authRejected()
+{
+    return std::unexpected(FetchError::authRejected());
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Fetched)
+
+class TestRemote : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { useToken(u"secret"_s); }
+
+    void wherefrom_data()
+    {
+        QTest::addColumn<QString>("gateway");
+        QTest::addColumn<bool>("isRemote");
+        QTest::addColumn<QString>("base");
+        const auto row = [](const char *gateway, bool isRemote, const QString &base) {
+            QTest::newRow(gateway) << QString::fromLatin1(gateway) << isRemote << base;
+        };
+        row("http://127.0.0.1:18789", false, {});
+        row("http://localhost:18789", false, {});
+        row("http://100.64.0.7:18789", true, u"http://100.64.0.7:18794"_s);
+        row("https://host.tail.ts.net", true, u"https://host.tail.ts.net/ostrelle"_s);
+        row("https://localhost", false, u"https://localhost/ostrelle"_s);
+        row("http://LOCALHOST:18789", true, u"http://LOCALHOST:18794"_s);
+        row("http://[::1]:18789", true, u"http://[:18794"_s);
+        row("host:18789", true, u"http://host:18794"_s);
+        row("http://http://host", true, u"http://host:18794"_s);
+        row("http://:18789", true, {});
+        row("", true, {});
+    }
+
+    void wherefrom()
+    {
+        QFETCH(QString, gateway);
+        QFETCH(QString, base);
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.url = gateway;
+        config.save();
+        QTEST(RemoteDataSource::isRemote(), "isRemote");
+        QCOMPARE(RemoteDataSource::statusBaseURL().value_or(QString()), base);
+    }
+
+    void answers_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<Fetched>("fetched");
+        const auto row = [](const char *name, const QByteArray &answer, const Fetched &fetched) {
+            QTest::newRow(name) << answer << fetched;
+        };
+        const auto response = [](int status) { return StandInGateway::response(status, "body"); };
+        row("200", response(200), "body");
+        row("299", response(299), "body");
+        row("204 without a body", "HTTP/1.1 204 No Content\r\n\r\n", "");
+        row("304", response(304), notReachable());
+        row("401", response(401), authRejected());
+        row("403", response(403), authRejected());
+        row("404", response(404), notReachable());
+        row("500", response(500), notReachable());
+        row("redirect on the same server", StandInGateway::response(307, {}, "Location: /x\r\n"),
+            "elsewhere");
+        row("redirect in a circle", StandInGateway::response(307, {}, "Location: /status\r\n"),
+            notReachable());
+        row("no HTTP", "SSH-2.0\r\n", notReachable());
+        row("never", "", notReachable());
+    }
+
+    void answers()
+    {
+        QFETCH(QByteArray, answer);
+        StandInGateway server;
+        server.answer("/status", answer);
+        server.answer("/x", StandInGateway::response(200, "elsewhere"));
+        QTEST(fetch(server.url()), "fetched");
+        QVERIFY(
+            server.requests("/status").value(0).contains("\r\nAuthorization: Bearer secret\r\n"));
+    }
+
+    void theTokenStaysWithItsOrigin()
+    {
+        StandInGateway other;
+        StandInGateway server;
+        server.answer("/status", StandInGateway::redirectTo(other.url() + u"/status"_s));
+        QCOMPARE(fetch(server.url()), notReachable());
+        QCOMPARE(other.requestCount(), 0);
+    }
+
+    void asksNobodyWithoutAToken()
+    {
+        StandInGateway server;
+        for (const QString &token : {u""_s, u"secret\r\nX-Other: header"_s}) {
+            useToken(token);
+            QCOMPARE(fetch(server.url()), authRejected());
+        }
+        QCOMPARE(server.requestCount(), 0);
+    }
+
+    void peersThatNeverEndAreGivenUp()
+    {
+        QCOMPARE(fetch(Peer(&sendAByteNowAndThen).url()), notReachable());
+        StandInGateway endlessBody;
+        endlessBody.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
+        endlessBody.flood(QByteArray(1 << 20, 'x'));
+        QCOMPARE(fetch(endlessBody.url()), notReachable());
+        StandInGateway endlessHead;
+        endlessHead.answer("/status", "HTTP/1.1 200 OK\r\nX: ");
+        endlessHead.flood(QByteArray(1 << 16, 'x'));
+        QCOMPARE(fetch(endlessHead.url()), notReachable());
+    }
+
+    void aPeerThatHangsUpHalfwayIsNotReachable()
+    {
+        const Peer peer([](QTcpSocket *client) { client->disconnectFromHost(); });
+        QCOMPARE(fetch(peer.url()), notReachable());
+    }
+
+    void whatIsNoAddressIsNotReachable()
+    {
+        QCOMPARE(fetch(u"http://[:18794"_s), notReachable());
+        QCOMPARE(fetch(u"http://127.0.0.1:1"_s), notReachable());
+        QCOMPARE(fetch(u"file:///etc"_s), notReachable());
+    }
+
+    void texts()
+    {
+        QCOMPARE(FetchError::notReachable().description(),
+                 u"Gateway not reachable — check connection and ensure Duskrell is running on the "
+                 "remote device."_s);
+        QCOMPARE(FetchError::authRejected().description(),
+                 u"Gateway rejected token — tap the 🔑 icon on the profile to update it."_s);
+        QCOMPARE(FetchError::badData(u"x"_s).description(), u"Data format error: x"_s);
+    }
+
+private:
+    // The token that the gateway's own configuration names.
+    void useToken(const QString &token)
+    {
+        const QJsonObject auth{{u"token"_s, token}};
+        const QJsonObject root{{u"gateway"_s, QJsonObject{{u"auth"_s, auth}}}};
+        m_home.write(u".duskrell/duskrell.json"_s, QJsonDocument(root).toJson());
+    }
+
+    // Fetches "/status" in the background while the servers here answer.
+    static Fetched fetch(const QString &base)
+    {
+        const auto fetched =
+            QtConcurrent::run(&RemoteDataSource::fetchRemoteData, base, u"/status"_s);
+        const bool finished = QTest::qWaitFor([&] { return fetched.isFinished(); }, 4000);
+        return finished ? fetched.result() : Fetched("not within the limits");
+    }
+
+    ScratchHome m_home;
+};
+
+QTEST_GUILESS_MAIN(TestRemote)
+#include "test_remote.moc"
