@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/NamedColor.h"
+
+#include <QString>
+
+namespace ostrelle
+{
+
+// The role that an agent's id suggests, and how it is pictured.
+struct AgentVisualPreset {
+    enum class Role { Main, Research, Builder, Vision, Writer, Design, Ops, Qa, Custom };
+
+    Role role;
+    QString emoji;
+    NamedColor color; // the fallback colour; only a custom preset is drawn in it
+
+    static AgentVisualPreset forAgent(const QString &id, NamedColor fallbackColor);
+};
+
+} // namespace ostrelle

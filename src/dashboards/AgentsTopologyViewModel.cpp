@@ -1,0 +1,108 @@
+#include "dashboards/AgentsTopologyViewModel.h"
+
+#include "core/ExpandPath.h"
+#include "core/OstrelleConfig.h"
+#include "tracker/AgentStatus.h"
+#include "tracker/TrackerDocument.h"
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+// What one load found, ready to be shown.
+struct AgentsTopologyViewModel::Topology {
+    explicit Topology(const JsonObject &agents, QString problem = {})
+        : nodes(makeNodes(agents))
+        , displayed(QList<AgentNode>{nodes.first()} + sortedChildren(nodes))
+        , isFallback(agents.isEmpty())
+        , errorMessage(std::move(problem))
+    {
+    }
+
+    QList<AgentNode> nodes;
+    QList<AgentNode> displayed;
+    bool isFallback;
+    QString errorMessage;
+};
+
+namespace
+{
+
+QList<RecordListModel<AgentNode>::Role> nodeRoles()
+{
+    return {
+        {"agentId", [](const AgentNode &node) { return node.id; }},
+        {"name", [](const AgentNode &node) { return node.name; }},
+        {"status", [](const AgentNode &node) { return node.status; }},
+        {"detail", [](const AgentNode &node) { return orUndefined(node.detail); }},
+        {"modelName", [](const AgentNode &node) { return orUndefined(node.model); }},
+        {"progressText", [](const AgentNode &node) { return orUndefined(node.progressText); }},
+        {"colorName", [](const AgentNode &node) { return colorName(node.color); }},
+        {"defaultEmoji", [](const AgentNode &node) { return node.defaultEmoji(); }},
+        {"priority", [](const AgentNode &node) { return node.priority(); }},
+    };
+}
+
+} // namespace
+
+AgentsTopologyViewModel::AgentsTopologyViewModel(QObject *parent)
+    : DashboardModel(parent)
+    , m_statusFilePath(expandPath(OstrelleConfig::load().paths.statusFile))
+    , m_shown(std::make_shared<const Topology>(JsonObject()))
+    , m_nodeList(nodeRoles())
+{
+    m_nodeList.setRows(m_shown->displayed);
+    load();
+    connect(&m_timer, &QTimer::timeout, this, &AgentsTopologyViewModel::load);
+    m_timer.start(interval);
+}
+
+const QList<AgentNode> &AgentsTopologyViewModel::nodes() const
+{
+    return m_shown->nodes;
+}
+
+std::optional<AgentNode> AgentsTopologyViewModel::mainNode() const
+{
+    const auto node = std::ranges::find_if(nodes(), &AgentNode::isMain);
+    return node != nodes().end() ? std::optional(*node) : std::nullopt;
+}
+
+QList<AgentNode> AgentsTopologyViewModel::childNodes() const
+{
+    return m_nodeList.rows().sliced(1);
+}
+
+void AgentsTopologyViewModel::load()
+{
+    startLoad([path = m_statusFilePath] { return read(path); },
+              [this](const auto &topology) { publish(topology); });
+}
+
+AgentsTopologyViewModel::Topology AgentsTopologyViewModel::read(const QString &statusFilePath)
+{
+    const auto document = obtainDocument(u"/status"_s, statusFilePath);
+    if (!document.text) {
+        return Topology({}, document.text.error().description());
+    }
+    const auto agents = readAgentEntries(*document.text);
+    if (!agents) {
+        return Topology({}, document.isRemote ? remoteUnusableText()
+                                              : u"Agent data unreadable: "_s + agents.error());
+    }
+    return Topology(*agents);
+}
+
+void AgentsTopologyViewModel::publish(const std::shared_ptr<const Topology> &topology)
+{
+    const auto before = std::exchange(m_shown, topology);
+    m_nodeList.setRows(topology->displayed);
+    if (before->nodes != topology->nodes) {
+        Q_EMIT nodesChanged();
+    }
+    m_usingFallback = topology->isFallback;
+    setErrorMessage(topology->errorMessage);
+}
+
+} // namespace ostrelle

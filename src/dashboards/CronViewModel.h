@@ -1,0 +1,54 @@
+#pragma once
+
+#include "dashboards/DashboardModel.h"
+#include "dashboards/RecordListModel.h"
+#include "tracker/CronTracker.h"
+
+namespace ostrelle
+{
+
+// The gateway's scheduled jobs. Loads when it is made and when it is asked to; main thread only.
+class CronViewModel final : public DashboardModel
+{
+    Q_OBJECT
+    // The jobs in file order. Roles: jobId, name, schedule, status, lastRun, nextRun, payload
+    // (undefined when absent), isEnabled.
+    Q_PROPERTY(QAbstractItemModel *jobList READ jobList CONSTANT)
+    Q_PROPERTY(int jobCount READ jobCount NOTIFY jobsChanged)
+    Q_PROPERTY(int activeJobCount READ activeJobCount NOTIFY jobsChanged)
+    Q_PROPERTY(QString lastUpdatedText READ lastUpdatedText NOTIFY lastUpdatedTextChanged BINDABLE
+                   bindableLastUpdatedText)
+    Q_PROPERTY(QString cronFilePath READ cronFilePath CONSTANT)
+
+public:
+    explicit CronViewModel(QObject *parent = nullptr);
+
+    const QList<CronJobItem> &jobs() const { return m_jobList.rows(); }
+    QAbstractItemModel *jobList() { return &m_jobList; }
+    int jobCount() const { return static_cast<int>(jobs().size()); }
+    int activeJobCount() const;
+
+    QString lastUpdatedText() const { return m_lastUpdatedText; }
+    QBindable<QString> bindableLastUpdatedText() { return &m_lastUpdatedText; }
+
+    QString cronFilePath() const { return m_cronFilePath; }
+
+    Q_INVOKABLE void load();
+
+Q_SIGNALS:
+    void jobsChanged();
+    void lastUpdatedTextChanged();
+
+private:
+    struct Load;
+
+    static Load read(const QString &cronFilePath);
+    void publish(const Load &load);
+
+    const QString m_cronFilePath;
+    RecordListModel<CronJobItem> m_jobList;
+    Q_OBJECT_BINDABLE_PROPERTY(CronViewModel, QString, m_lastUpdatedText,
+                               &CronViewModel::lastUpdatedTextChanged)
+};
+
+} // namespace ostrelle

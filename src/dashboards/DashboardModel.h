@@ -1,0 +1,80 @@
+#pragma once
+
+#include "core/BackgroundWork.h"
+
+#include <QFuture>
+#include <QObject>
+#include <QProperty>
+#include <QtConcurrentRun>
+
+namespace ostrelle
+{
+
+// What the dashboards' models share: they load their documents in the background and publish what
+// they found on the main thread. Loads may overlap, and the later publication wins; while four are
+// under way no more are started. Main thread only.
+class DashboardModel : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged BINDABLE bindableIsLoading)
+    // Empty when there is nothing to tell.
+    Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged BINDABLE
+                   bindableErrorMessage)
+
+public:
+    bool isLoading() const { return m_isLoading; }
+    QBindable<bool> bindableIsLoading() { return &m_isLoading; }
+
+    QString errorMessage() const { return m_errorMessage; }
+    QBindable<QString> bindableErrorMessage() { return &m_errorMessage; }
+
+Q_SIGNALS:
+    void isLoadingChanged();
+    void errorMessageChanged();
+
+protected:
+    explicit DashboardModel(QObject *parent)
+        : QObject(parent)
+    {
+    }
+
+    void setErrorMessage(const QString &text) { m_errorMessage = text; }
+
+    // Calls `work` on a background thread, with nothing of this object, and `publish(result)` here.
+    // The result comes as a pointer to keep, because thousands of records take long to copy, and to
+    // free: that is done in the background too.
+    template<typename Work, typename Publish>
+    void startLoad(Work work, Publish publish)
+    {
+        m_isLoading = true;
+        auto slot = m_loads.begin();
+        if (!slot) {
+            return;
+        }
+        using Result = std::shared_ptr<const std::invoke_result_t<Work>>;
+        const auto underWay = std::make_shared<PassLimit::Pass>(std::move(*slot));
+        QtConcurrent::run(&userInitiatedPool(), [work, underWay] {
+            return freedInBackground(work());
+        }).then(this, [this, publish](const Result &result) {
+            publish(result);
+            m_isLoading = false;
+        });
+    }
+
+private:
+    template<typename Value>
+    static std::shared_ptr<const Value> freedInBackground(Value value)
+    {
+        return {new Value(std::move(value)), [](const Value *unused) {
+                    utilityPool().start([owned = std::shared_ptr<const Value>(unused)] {});
+                }};
+    }
+
+    PassLimit m_loads{4};
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DashboardModel, bool, m_isLoading, false,
+                                         &DashboardModel::isLoadingChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(DashboardModel, QString, m_errorMessage,
+                               &DashboardModel::errorMessageChanged)
+};
+
+} // namespace ostrelle

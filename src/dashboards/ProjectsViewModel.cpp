@@ -1,0 +1,196 @@
+#include "dashboards/ProjectsViewModel.h"
+
+#include "core/ExpandPath.h"
+#include "core/NameOrder.h"
+#include "core/OstrelleConfig.h"
+#include "dashboards/ProjectTrackerJob.h"
+#include "tracker/TrackerDocument.h"
+
+#include <QTimer>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+// What one load found, ready to be shown.
+struct ProjectsViewModel::Load {
+    QList<AgentStatusItem> agents;
+    QList<AgentCompletionItem> completions;
+    QList<ProjectItem> projects;
+    QString lastUpdatedText;
+    QString errorMessage; // the first problem
+
+    void report(const QString &problem)
+    {
+        if (errorMessage.isEmpty()) {
+            errorMessage = problem;
+        }
+    }
+};
+
+namespace
+{
+
+constexpr qsizetype shownCompletions = 5;
+
+QList<AgentStatusItem> sortedByName(const QList<AgentStatusItem> &agents)
+{
+    const NameOrder order;
+    return stablySorted(agents, [&](const AgentStatusItem &a, const AgentStatusItem &b) {
+        return order.compare(a.name, b.name);
+    });
+}
+
+QList<RecordListModel<WorkstreamItem>::Role> workstreamRoles()
+{
+    return {
+        {"workstreamId", [](const WorkstreamItem &item) { return item.id; }},
+        {"name", [](const WorkstreamItem &item) { return item.name; }},
+        {"status", [](const WorkstreamItem &item) { return item.status; }},
+        {"progress", [](const WorkstreamItem &item) { return item.progress; }},
+        {"note", [](const WorkstreamItem &item) { return item.note.value_or(QString()); }},
+    };
+}
+
+} // namespace
+
+ProjectsViewModel::ProjectsViewModel(ProcessRunner runProcess,
+                                     std::chrono::milliseconds reloadDelay, QObject *parent)
+    : DashboardModel(parent)
+    , m_runProcess(std::move(runProcess))
+    , m_reloadDelay(reloadDelay)
+    , m_statusFilePath(expandPath(OstrelleConfig::load().paths.statusFile))
+    , m_trackerFilePath(expandPath(OstrelleConfig::load().paths.trackerFile))
+    , m_shown(std::make_shared<const Load>())
+    , m_projectList(projectRoles())
+{
+    load();
+}
+
+QList<RecordListModel<ProjectItem>::Role> ProjectsViewModel::projectRoles()
+{
+    return {
+        {"projectId", [](const ProjectItem &item) { return item.id; }},
+        {"name", [](const ProjectItem &item) { return item.name; }},
+        {"description", [](const ProjectItem &item) { return item.description; }},
+        {"status", [](const ProjectItem &item) { return item.status; }},
+        {"progress", [](const ProjectItem &item) { return item.progress; }},
+        {"workstreams",
+         [this](const ProjectItem &item) {
+             return QVariant::fromValue<QObject *>(m_workstreams.at(item.id).get());
+         }},
+    };
+}
+
+const QList<AgentStatusItem> &ProjectsViewModel::agents() const
+{
+    return m_shown->agents;
+}
+
+const QList<AgentCompletionItem> &ProjectsViewModel::completions() const
+{
+    return m_shown->completions;
+}
+
+int ProjectsViewModel::healthyProjectCount() const
+{
+    return static_cast<int>(std::ranges::count_if(projects(), [](const ProjectItem &project) {
+        return project.status.toLower() == "green"_L1;
+    }));
+}
+
+void ProjectsViewModel::load()
+{
+    setErrorMessage({});
+    startLoad(
+        [status = m_statusFilePath, tracker = m_trackerFilePath] { return read(status, tracker); },
+        [this](const auto &load) { publish(load); });
+}
+
+std::expected<AgentStatusPayload, QString>
+ProjectsViewModel::loadStatusPayload(const QString &statusFilePath)
+{
+    // What cannot be obtained reads like an empty document, which is no document.
+    return readAgentStatus(
+        obtainDocument(u"/status"_s, statusFilePath).text.value_or(std::string()));
+}
+
+ProjectsViewModel::Load ProjectsViewModel::read(const QString &statusFilePath,
+                                                const QString &trackerFilePath)
+{
+    Load load;
+    if (const auto status = loadStatusPayload(statusFilePath)) {
+        load.agents = sortedByName(status->agents);
+        load.completions =
+            status->completions.first(std::min(status->completions.size(), shownCompletions));
+    } else {
+        load.report(u"Status unreadable: "_s + status.error());
+    }
+
+    const auto document = obtainDocument(u"/projects"_s, trackerFilePath);
+    if (!document.text) {
+        load.report(document.isRemote ? remoteUnusableText()
+                                      : FetchError::notReachable().description());
+        return load;
+    }
+    if (const auto tracker = readProjectTracker(*document.text)) {
+        load.projects = tracker->projects;
+        load.lastUpdatedText = tracker->updated;
+    } else {
+        load.report(document.isRemote ? remoteUnusableText()
+                                      : u"Tracker unreadable: "_s + tracker.error());
+    }
+    return load;
+}
+
+void ProjectsViewModel::publish(const std::shared_ptr<const Load> &load)
+{
+    const auto before = std::exchange(m_shown, load);
+    if (before->agents != load->agents) {
+        Q_EMIT agentsChanged();
+    }
+    if (before->completions != load->completions) {
+        Q_EMIT completionsChanged();
+    }
+    if (projects() != load->projects) {
+        setProjects(load->projects);
+        Q_EMIT projectsChanged();
+    }
+    m_lastUpdatedText = load->lastUpdatedText;
+    setErrorMessage(load->errorMessage);
+}
+
+// The workstreams' models live as long as their project, so that an open card keeps its rows.
+void ProjectsViewModel::setProjects(const QList<ProjectItem> &projects)
+{
+    QSet<QString> current;
+    for (const ProjectItem &project : projects) {
+        current.insert(project.id);
+        auto &workstreams = m_workstreams[project.id];
+        if (!workstreams) {
+            workstreams = std::make_unique<WorkstreamList>(workstreamRoles(), this);
+        }
+        workstreams->setRows(project.workstreams);
+    }
+    m_projectList.setRows(projects);
+    std::erase_if(m_workstreams, [&](const auto &entry) { return !current.contains(entry.first); });
+}
+
+void ProjectsViewModel::triggerProjectSync()
+{
+    auto slot = m_syncs.begin();
+    if (!slot) {
+        return;
+    }
+    const auto underWay = std::make_shared<PassLimit::Pass>(std::move(*slot));
+    QtConcurrent::run(&userInitiatedPool(), [run = m_runProcess, underWay] {
+        return runProjectTrackerJob(run);
+    }).then(this, [this](bool started) {
+        if (started) {
+            QTimer::singleShot(m_reloadDelay, this, &ProjectsViewModel::load);
+        }
+    });
+}
+
+} // namespace ostrelle

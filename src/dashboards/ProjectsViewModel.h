@@ -1,0 +1,89 @@
+#pragma once
+
+#include "dashboards/DashboardModel.h"
+#include "dashboards/RecordListModel.h"
+#include "gateway/NetworkHelpers.h"
+#include "tracker/AgentStatus.h"
+#include "tracker/ProjectTracker.h"
+
+#include <memory>
+#include <unordered_map>
+
+namespace ostrelle
+{
+
+// The projects with their workstreams, the agents at work on them and what was finished last. Loads
+// when it is made and when it is asked to; main thread only.
+class ProjectsViewModel final : public DashboardModel
+{
+    Q_OBJECT
+    // The projects in file order. Roles: projectId, name, description, status, progress (percent),
+    // workstreams (a model of its own: workstreamId, name, status, progress, note).
+    Q_PROPERTY(QAbstractItemModel *projectList READ projectList CONSTANT)
+    Q_PROPERTY(int projectCount READ projectCount NOTIFY projectsChanged)
+    Q_PROPERTY(int healthyProjectCount READ healthyProjectCount NOTIFY projectsChanged)
+    Q_PROPERTY(QString lastUpdatedText READ lastUpdatedText NOTIFY lastUpdatedTextChanged BINDABLE
+                   bindableLastUpdatedText)
+    Q_PROPERTY(QString statusFilePath READ statusFilePath CONSTANT)
+    Q_PROPERTY(QString trackerFilePath READ trackerFilePath CONSTANT)
+
+public:
+    // Runs a program with arguments to its end and returns its output, or an empty text. Called on
+    // background threads.
+    using ProcessRunner = std::function<QString(const QString &program, const QStringList &args)>;
+
+    explicit ProjectsViewModel(ProcessRunner runProcess = &NetworkHelpers::runProcess,
+                               std::chrono::milliseconds reloadDelay = std::chrono::seconds(30),
+                               QObject *parent = nullptr);
+
+    const QList<AgentStatusItem> &agents() const;          // by name
+    const QList<AgentCompletionItem> &completions() const; // five at most
+    const QList<ProjectItem> &projects() const { return m_projectList.rows(); }
+    QAbstractItemModel *projectList() { return &m_projectList; }
+    int projectCount() const { return static_cast<int>(projects().size()); }
+    int healthyProjectCount() const;
+
+    QString lastUpdatedText() const { return m_lastUpdatedText; }
+    QBindable<QString> bindableLastUpdatedText() { return &m_lastUpdatedText; }
+
+    QString statusFilePath() const { return m_statusFilePath; }
+    QString trackerFilePath() const { return m_trackerFilePath; }
+
+    Q_INVOKABLE void load();
+
+    // Asks the gateway to bring the project tracker up to date, and loads it after half a minute.
+    // Nothing happens when there is no such job or no gateway.
+    Q_INVOKABLE void triggerProjectSync();
+
+    // Reads the agent status document, in the order of the document. Background threads only.
+    static std::expected<AgentStatusPayload, QString>
+    loadStatusPayload(const QString &statusFilePath);
+
+Q_SIGNALS:
+    void agentsChanged();
+    void completionsChanged();
+    void projectsChanged();
+    void lastUpdatedTextChanged();
+
+private:
+    using WorkstreamList = RecordListModel<WorkstreamItem>;
+    struct Load;
+
+    static Load read(const QString &statusFilePath, const QString &trackerFilePath);
+    void publish(const std::shared_ptr<const Load> &load);
+    void setProjects(const QList<ProjectItem> &projects);
+    QList<RecordListModel<ProjectItem>::Role> projectRoles();
+
+    const ProcessRunner m_runProcess;
+    const std::chrono::milliseconds m_reloadDelay;
+    const QString m_statusFilePath;
+    const QString m_trackerFilePath;
+    PassLimit m_syncs{4};
+    std::shared_ptr<const Load> m_shown;
+    std::unordered_map<QString, std::unique_ptr<WorkstreamList>> m_workstreams; // by project
+    RecordListModel<ProjectItem> m_projectList;
+    Q_OBJECT_BINDABLE_PROPERTY(ProjectsViewModel, QString, m_lastUpdatedText,
+                               &ProjectsViewModel::lastUpdatedTextChanged)
+};
+
+} // namespace ostrelle

@@ -1,0 +1,221 @@
+#include "DashboardHome.h"
+#include "dashboards/AgentAppearanceStore.h"
+#include "dashboards/AgentVisualPreset.h"
+#include "dashboards/AgentsTopologyViewModel.h"
+#include "tracker/AgentStatus.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QList<AgentNode> nodesOf(const std::string &agents)
+{
+    return makeNodes(readAgentEntries("{\"agents\":" + agents + "}").value_or(JsonObject()));
+}
+
+QStringList namesOf(const QList<AgentNode> &nodes)
+{
+    QStringList names;
+    for (const AgentNode &node : nodes) {
+        names.append(node.name);
+    }
+    return names;
+}
+
+QString describe(const AgentNode &node)
+{
+    return QStringList{node.id,
+                       node.name,
+                       node.status,
+                       node.detail.value_or(u"-"_s),
+                       node.progressText.value_or(u"-"_s),
+                       colorName(node.color),
+                       node.parentId.value_or(u"-"_s)}
+        .join(u'|');
+}
+
+QByteArray documentOf(const QByteArray &agents)
+{
+    return "{\"agents\":" + agents + "}";
+}
+
+} // namespace
+
+class TestAgents : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void nodes()
+    {
+        const auto nodes =
+            nodesOf(R"({"zeta":{"status":"error","parent":"lead","progress":42.9,"activity":"a"},)"
+                    R"("Main":{"status":"x"},"code-reviewer":7,"\ud83d\ude00":{},"\uff5e":{}})");
+        QCOMPARE(describe(nodes.at(0)), u"main|Main|active|Primary orchestrator|-|tiffanyBlue|-"_s);
+        QCOMPARE(describe(nodes.at(1)), u"code-reviewer|Code-Reviewer|idle|-|-|pink|main"_s);
+        QCOMPARE(describe(nodes.at(2)), u"zeta|Zeta|error|a|42%|purple|lead"_s);
+        // Code points, not code units.
+        QCOMPARE(namesOf(nodes.sliced(3)), (QStringList{u"～"_s, u"😀"_s}));
+        QCOMPARE(namesOf(nodesOf(R"({"MAIN":1})")), QStringList{u"Main"_s});
+        QCOMPARE(nodesOf(R"({"MAIN":1})").at(0).status, u"active"_s);
+        QCOMPARE(nodesOf("{}").at(0).status, u"idle"_s);
+        const auto ten =
+            nodesOf(R"({"1":{},"2":{},"3":{},"4":{},"5":{},"6":{},"7":{},"8":{},"9":{}})");
+        QCOMPARE(ten.at(8).color, NamedColor::Indigo);
+        QCOMPARE(ten.at(9).color, ten.at(1).color);
+    }
+
+    void childrenAreSortedByPriorityAndName()
+    {
+        const auto nodes = nodesOf(R"({"e":{"status":"odd"},"d":{"status":"FAILED"},)"
+                                   R"("c":{"status":"Idle"},"B":{"status":"busy"},)"
+                                   R"("a":{"state":"Running"}})");
+        QCOMPARE(namesOf(sortedChildren(nodes)).join(u' '), u"A B C D E"_s);
+    }
+
+    void presets()
+    {
+        const QStringList ids{u"MAIN"_s,   u"mainly"_s, u"code-search"_s, u"Code-Reviewer"_s,
+                              u"devops"_s, u"camera"_s, u"content"_s,     u"guide"_s,
+                              u"infra"_s,  u"tester"_s};
+        QStringList emojis;
+        for (const QString &id : ids) {
+            emojis.append(AgentVisualPreset::forAgent(id, NamedColor::Mint).emoji);
+        }
+        QCOMPARE(emojis.join(u' '), u"🧠 ✨ 🔎 🧑💻 🧑💻 👁️ ✍️ 🎨 🛠️ 🧪"_s);
+        const auto custom = AgentVisualPreset::forAgent(u"customer-support"_s, NamedColor::Mint);
+        QCOMPARE(custom.role, AgentVisualPreset::Role::Custom);
+        QCOMPARE(custom.color, NamedColor::Mint);
+    }
+
+    void appearanceIsKeptForEachAgent()
+    {
+        const ScratchHome home;
+        const QStringList ids{u"alpha"_s, u"a/b"_s, u"a//b"_s, u"a\\b"_s, u"ä =;"_s, u""_s};
+        for (const QString &id : ids) {
+            QCOMPARE(AgentAppearanceStore::name(id, u"fallback"_s), u"fallback"_s);
+            AgentAppearanceStore::save(id, id + u"'s, name"_s, u"🦊"_s);
+        }
+        for (const QString &id : ids) {
+            QCOMPARE(AgentAppearanceStore::name(id, u"fallback"_s), id + u"'s, name"_s);
+            QCOMPARE(AgentAppearanceStore::emoji(id, u"✨"_s), u"🦊"_s);
+        }
+        AgentAppearanceStore::reset(u"alpha"_s);
+        QCOMPARE(AgentAppearanceStore::name(u"alpha"_s, u"fallback"_s), u"fallback"_s);
+        QCOMPARE(AgentAppearanceStore::emoji(u"alpha"_s, u"✨"_s), u"✨"_s);
+        QCOMPARE(AgentAppearanceStore::emoji(u"a/b"_s, u"✨"_s), u"🦊"_s);
+    }
+
+    void showsWhatTheFileSays_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<bool>("fallback");
+        QTest::addColumn<QString>("error");
+        const auto row = [](const char *name, const QByteArray &file, const QStringList &names,
+                            bool fallback, const QString &error) {
+            QTest::newRow(name) << file << names << fallback << error;
+        };
+        row("two agents", documentOf(R"({"b":{"status":"idle"},"a":{}})"),
+            {u"Main"_s, u"A"_s, u"B"_s}, false, {});
+        row("no agents", documentOf("{}"), {u"Main"_s}, true, {});
+        row("no object", "[]", {u"Main"_s}, true, {});
+        row("missing", {}, {u"Main"_s}, true,
+            u"Gateway not reachable — check connection and ensure Duskrell is running on the "
+            u"remote "
+            "device."_s);
+        row("not JSON", "{", {u"Main"_s}, true, u"Agent data unreadable: "_s);
+    }
+
+    void showsWhatTheFileSays()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QString, error);
+        const DashboardHome home;
+        if (!file.isNull()) {
+            home.write(u"status"_s, file);
+        }
+        AgentsTopologyViewModel model;
+        QCOMPARE(model.statusFilePath(), home.path(u"status"_s));
+        QVERIFY(model.isLoading() && model.usingFallback());
+        QCOMPARE(model.mainNode()->status, u"idle"_s);
+        QTRY_VERIFY(!model.isLoading());
+        QTEST(namesOf(model.nodes()), "names");
+        QTEST(model.usingFallback(), "fallback");
+        QCOMPARE(model.errorMessage().isEmpty(), error.isEmpty());
+        QVERIFY2(model.errorMessage().startsWith(error), qPrintable(model.errorMessage()));
+    }
+
+    void aLoadTellsOnlyWhatChanged()
+    {
+        const DashboardHome home;
+        home.write(u"status"_s, documentOf(R"({"a":{"status":"busy"},"b":{"status":"idle"}})"));
+        AgentsTopologyViewModel model;
+        QTRY_COMPARE(model.nodes().size(), 3);
+        const QAbstractItemModelTester tester(model.nodeList());
+        QSignalSpy nodes(&model, &AgentsTopologyViewModel::nodesChanged);
+        QSignalSpy errors(&model, &AgentsTopologyViewModel::errorMessageChanged);
+        QSignalSpy rows(model.nodeList(), &QAbstractItemModel::dataChanged);
+        QSignalSpy moves(model.nodeList(), &QAbstractItemModel::rowsMoved);
+        loadAgain(model);
+        QCOMPARE(nodes.count() + errors.count() + rows.count() + moves.count(), 0);
+
+        home.write(u"status"_s,
+                   documentOf(R"({"a":{"status":"busy"},"b":{"status":"idle","detail":"d"}})"));
+        loadAgain(model);
+        QCOMPARE(nodes.count(), 1);
+        QCOMPARE(rows.count(), 1);
+        QCOMPARE(rows.at(0).at(0).toModelIndex().row(), 2);
+        QCOMPARE(moves.count(), 0);
+
+        home.write(u"status"_s, documentOf(R"({"a":{"status":"error"},"b":{"status":"idle"}})"));
+        loadAgain(model);
+        QCOMPARE(moves.count(), 1);
+        QCOMPARE(namesOf(model.childNodes()), (QStringList{u"B"_s, u"A"_s}));
+        QCOMPARE(namesOf(model.nodes()), (QStringList{u"Main"_s, u"A"_s, u"B"_s}));
+    }
+
+    void showsAnotherMachine_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("agents") << StandInGateway::response(200, documentOf(R"({"a":{}})"))
+                                << QStringList{u"Main"_s, u"A"_s} << u""_s;
+        QTest::newRow("refused token")
+            << StandInGateway::response(401) << QStringList{u"Main"_s}
+            << u"Gateway rejected token — tap the 🔑 icon on the profile to update it."_s;
+        QTest::newRow("not JSON") << StandInGateway::response(200, "no") << QStringList{u"Main"_s}
+                                  << u"Remote gateway not reachable — check connection or token."_s;
+    }
+
+    void showsAnotherMachine()
+    {
+        QFETCH(QByteArray, answer);
+        const DashboardHome home;
+        home.write(u"status"_s, documentOf(R"({"local":{}})"));
+        home.useGateway(OtherMachine::gatewayUrl());
+        OtherMachine machine;
+        machine.answer("/status", answer);
+        AgentsTopologyViewModel model;
+        QTRY_VERIFY(!model.isLoading());
+        QTEST(namesOf(model.nodes()), "names");
+        QTEST(model.errorMessage(), "error");
+    }
+
+private:
+    static void loadAgain(AgentsTopologyViewModel &model)
+    {
+        model.load();
+        QTRY_VERIFY(!model.isLoading());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAgents)
+#include "test_agents.moc"

@@ -1,0 +1,269 @@
+#include "DashboardHome.h"
+#include "dashboards/CronViewModel.h"
+#include "dashboards/ProjectTrackerJob.h"
+#include "dashboards/ProjectsViewModel.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace ostrelle;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString notReachable =
+    u"Gateway not reachable — check connection and ensure Duskrell is running on the remote device."_s;
+const QString remoteUnusable = u"Remote gateway not reachable — check connection or token."_s;
+
+QString noProcess(const QString &, const QStringList &)
+{
+    return {};
+}
+
+QByteArray project(const QByteArray &id, const QByteArray &status, int workstreamProgress = 0)
+{
+    return R"({"id":")" + id + R"(","name":"n","description":"d","progress":5,"status":")" +
+           status + R"(","workstreams":[{"id":"w","name":"n","status":"s","progress":)" +
+           QByteArray::number(workstreamProgress) + "}]}";
+}
+
+QByteArray tracker(const QByteArray &projects)
+{
+    return R"({"version":1,"updated":"today","projects":[)" + projects + "]}";
+}
+
+QByteArray cron(const QByteArray &jobs)
+{
+    return R"({"version":1,"updated":"now","jobs":[)" + jobs + "]}";
+}
+
+int role(const QAbstractItemModel *model, const QByteArray &name)
+{
+    return model->roleNames().key(name);
+}
+
+} // namespace
+
+class TestLists : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void projects()
+    {
+        const DashboardHome home;
+        home.write(u"status"_s,
+                   R"({"agents":{"1":{"name":"beta"},"2":{"name":"Alpha"},"3":{"name":"alpha"}},)"
+                   R"("completions":[{"ts":"1"},{"ts":"2"},{"ts":"3"},{"ts":"4"},{"ts":"5"},{}]})");
+        home.write(u"tracker"_s, tracker(project("b", "Green") + "," + project("a", "green") + "," +
+                                         project("c", "red")));
+        ProjectsViewModel model(noProcess);
+        QTRY_VERIFY(!model.isLoading());
+        QCOMPARE(model.errorMessage(), QString());
+        QStringList ids;
+        for (const AgentStatusItem &agent : model.agents()) {
+            ids.append(agent.id);
+        }
+        QCOMPARE(ids, (QStringList{u"2"_s, u"3"_s, u"1"_s}));
+        QCOMPARE(model.completions().size(), 5);
+        QCOMPARE(model.completions().at(0).ts, u"1"_s);
+        QCOMPARE(model.projects().at(0).id, u"b"_s);
+        QCOMPARE(model.healthyProjectCount(), 2);
+        QCOMPARE(model.lastUpdatedText(), u"today"_s);
+    }
+
+    void projectProblems_data()
+    {
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("no tracker") << QByteArray("{}") << QByteArray() << notReachable;
+        QTest::newRow("no description")
+            << QByteArray("{}") << tracker(project("a", "b").replace("description", "x"))
+            << u"Tracker unreadable: projects[0].description: missing"_s;
+        QTest::newRow("no status, no tracker")
+            << QByteArray() << QByteArray() << u"Status unreadable: "_s;
+        QTest::newRow("status is not JSON, tracker fine")
+            << QByteArray("{") << tracker(project("a", "b")) << u"Status unreadable: "_s;
+    }
+
+    void projectProblems()
+    {
+        QFETCH(QByteArray, status);
+        QFETCH(QByteArray, file);
+        QFETCH(QString, error);
+        const DashboardHome home;
+        writeUnlessNull(home, u"status"_s, status);
+        writeUnlessNull(home, u"tracker"_s, file);
+        ProjectsViewModel model(noProcess);
+        QTRY_VERIFY(!model.isLoading());
+        QVERIFY2(model.errorMessage().startsWith(error), qPrintable(model.errorMessage()));
+        QCOMPARE(model.projects().size(), QByteArray(QTest::currentDataTag()).endsWith("fine"));
+    }
+
+    void anOpenProjectKeepsItsRows()
+    {
+        const DashboardHome home;
+        home.write(u"status"_s, "{}");
+        home.write(u"tracker"_s, tracker(project("a", "red") + "," + project("b", "red")));
+        ProjectsViewModel model(noProcess);
+        QTRY_COMPARE(model.projects().size(), 2);
+        QAbstractItemModel *list = model.projectList();
+        const QAbstractItemModelTester tester(list);
+        const auto workstreamsOf = [&](int row) {
+            return qobject_cast<QAbstractItemModel *>(
+                list->data(list->index(row, 0), role(list, "workstreams")).value<QObject *>());
+        };
+        QPointer<QAbstractItemModel> ofA = workstreamsOf(0);
+        QSignalSpy projectsChanged(&model, &ProjectsViewModel::projectsChanged);
+        QSignalSpy insideA(ofA, &QAbstractItemModel::dataChanged);
+        load(model);
+        QCOMPARE(projectsChanged.count(), 0);
+
+        home.write(u"tracker"_s, tracker(project("b", "red") + "," + project("a", "red", 7)));
+        load(model);
+        QCOMPARE(projectsChanged.count(), 1);
+        QCOMPARE(insideA.count(), 1);
+        QCOMPARE(workstreamsOf(1), ofA.data());
+        QCOMPARE(ofA->data(ofA->index(0, 0), role(ofA, "progress")).toInt(), 7);
+
+        home.write(u"tracker"_s, tracker(project("b", "red")));
+        load(model);
+        QVERIFY(ofA.isNull());
+    }
+
+    void cronJobs_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("jobs");
+        QTest::addColumn<int>("active");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("jobs") << cron(
+                                     R"({"id":"1","status":"idle"},{"id":"2","status":"Disabled"},)"
+                                     R"({"id":"3","status":"green","enabled":false})")
+                              << 3 << 1 << QString();
+        QTest::newRow("default file") << cron({}) << 0 << 0 << QString();
+        QTest::newRow("what the tool printed")
+            << QByteArray("no jobs\n") << 0 << 0 << u"Cron data unreadable: "_s;
+        QTest::newRow("missing") << QByteArray() << 0 << 0 << notReachable;
+    }
+
+    void cronJobs()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QString, error);
+        const DashboardHome home;
+        writeUnlessNull(home, u"cron"_s, file);
+        CronViewModel model;
+        QTRY_VERIFY(!model.isLoading());
+        QTEST(model.jobCount(), "jobs");
+        QTEST(model.activeJobCount(), "active");
+        QCOMPARE(model.errorMessage().isEmpty(), error.isEmpty());
+        QVERIFY2(model.errorMessage().startsWith(error), qPrintable(model.errorMessage()));
+    }
+
+    void anotherMachine_data()
+    {
+        QTest::addColumn<QByteArray>("projects");
+        QTest::addColumn<QByteArray>("cronJobs");
+        QTest::addColumn<QString>("projectError");
+        QTest::addColumn<QString>("cronError");
+        const auto row = [](const char *name, const QByteArray &projects, const QByteArray &jobs,
+                            const QString &projectError, const QString &cronError) {
+            QTest::newRow(name) << projects << jobs << projectError << cronError;
+        };
+        row("documents", StandInGateway::response(200, tracker(project("a", "b"))),
+            StandInGateway::response(200, cron("{}")), {}, {});
+        row("refused token", StandInGateway::response(401), StandInGateway::response(403),
+            remoteUnusable, notReachable);
+        row("no documents", StandInGateway::response(200, "{}"),
+            StandInGateway::response(200, "{}"), remoteUnusable, remoteUnusable);
+    }
+
+    void anotherMachine()
+    {
+        QFETCH(QByteArray, projects);
+        QFETCH(QByteArray, cronJobs);
+        const DashboardHome home;
+        home.useGateway(OtherMachine::gatewayUrl());
+        OtherMachine machine;
+        machine.answer("/status", StandInGateway::response(200, "{}"));
+        machine.answer("/projects", projects);
+        machine.answer("/cron", cronJobs);
+        ProjectsViewModel projectsModel(noProcess);
+        CronViewModel cronModel;
+        QTRY_VERIFY(!projectsModel.isLoading() && !cronModel.isLoading());
+        QTEST(projectsModel.errorMessage(), "projectError");
+        QTEST(cronModel.errorMessage(), "cronError");
+    }
+
+    void runsTheTrackerJob_data()
+    {
+        QTest::addColumn<QString>("found");
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QString>("lastCommand");
+        const QString tool = u" /bin/duskrell\n"_s;
+        const QString listing = u"/bin/duskrell cron list --json --all"_s;
+        const QString job = u"{\"name\":\"OSTRELLE Project Tracker\",\"id\":%1}"_s;
+        QTest::newRow("no tool") << u"\n"_s << u""_s << u"/usr/bin/env which duskrell"_s;
+        QTest::newRow("no list") << tool << u"error"_s << listing;
+        QTest::newRow("another job")
+            << tool << u"{\"jobs\":[{\"name\":\"OSTRELLE project tracker\"}]}"_s << listing;
+        QTest::newRow("no id") << tool << u"{\"jobs\":[%1]}"_s.arg(job.arg(7)) << listing;
+        QTest::newRow("the first of two")
+            << tool << u"{\"jobs\":[{},%1,%2]}"_s.arg(job.arg(u"\"a\""_s), job.arg(u"\"b\""_s))
+            << u"/bin/duskrell cron run a"_s;
+    }
+
+    void runsTheTrackerJob()
+    {
+        QFETCH(QString, found);
+        QFETCH(QString, list);
+        QFETCH(QString, lastCommand);
+        QStringList commands;
+        const bool runs =
+            runProjectTrackerJob([&](const QString &program, const QStringList &args) {
+                commands.append((QStringList(program) + args).join(u' '));
+                return args.contains(u"which"_s) ? found : list;
+            });
+        QCOMPARE(commands.last(), lastCommand);
+        QCOMPARE(runs, lastCommand.contains(u"run"_s));
+    }
+
+    void loadsAgainAfterTheTrackerJob()
+    {
+        const DashboardHome home;
+        ProjectsViewModel model(
+            [](const QString &, const QStringList &args) {
+                return args.contains(u"which"_s)
+                           ? u"tool"_s
+                           : u"{\"jobs\":[{\"name\":\"OSTRELLE Project Tracker\",\"id\":\"1\"}]}"_s;
+            },
+            1ms);
+        QTRY_VERIFY(!model.isLoading());
+        QSignalSpy loading(&model, &ProjectsViewModel::isLoadingChanged);
+        model.triggerProjectSync();
+        QTRY_COMPARE(loading.count(), 2);
+    }
+
+private:
+    static void writeUnlessNull(const ScratchHome &home, const QString &file,
+                                const QByteArray &content)
+    {
+        if (!content.isNull()) {
+            home.write(file, content);
+        }
+    }
+
+    static void load(ProjectsViewModel &model)
+    {
+        model.load();
+        QTRY_VERIFY(!model.isLoading());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLists)
+#include "test_lists.moc"
