@@ -138,12 +138,23 @@ void connectStreams(QProcess &process, Capture capture)
     }
 }
 
-void killWithGroup(QProcess &process)
+void signalGroup(const QProcess &process, int signal)
 {
     if (const auto pid = static_cast<pid_t>(process.processId()); pid > 0) {
-        ::kill(-pid, SIGKILL);
+        ::kill(-pid, signal);
     }
-    process.kill();
+}
+
+// Asks the child and its group to end; false when it still runs after that time.
+bool askToEnd(QProcess &process, std::chrono::milliseconds within)
+{
+    signalGroup(process, SIGTERM);
+    return process.waitForFinished(static_cast<int>(within.count()));
+}
+
+void killAndReap(QProcess &process)
+{
+    killWithGroup(process);
     process.waitForFinished(-1);
 }
 
@@ -158,6 +169,19 @@ std::unexpected<ChildFailure> programIsEnding()
         failure(ChildFailure::Kind::ProgramEnds, u"The program is about to end"_s));
 }
 
+void takeOutput(QProcess &process, const ChildOptions &options, QByteArray &collected)
+{
+    if (options.capture == Capture::Nothing) {
+        return;
+    }
+    const QByteArray piece = process.readAll();
+    if (!options.onOutput) {
+        collected += piece;
+    } else if (!piece.isEmpty()) {
+        options.onOutput(piece);
+    }
+}
+
 // Collects the output until the child has ended; on failure the child still runs.
 std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOptions &options)
 {
@@ -168,9 +192,7 @@ std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOp
         if (!process.waitForReadyRead(deadline.remaining()) && !deadline.passed()) {
             process.waitForFinished(deadline.remaining());
         }
-        if (options.capture != Capture::Nothing) {
-            output += process.readAll();
-        }
+        takeOutput(process, options, output);
         if (output.size() > options.maxOutputBytes) {
             return std::unexpected(
                 failure(ChildFailure::Kind::TooMuchOutput, u"The command wrote too much output"_s));
@@ -185,17 +207,27 @@ std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOp
 
 } // namespace
 
-void prepareChild(QProcess &process)
+void prepareChild(QProcess &process, std::optional<int> outputDescriptor)
 {
     const pid_t parent = ::getpid();
-    process.setChildProcessModifier([parent] {
+    process.setChildProcessModifier([parent, outputDescriptor] {
         restoreForChild();
         ::setpgid(0, 0);
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent) {
             ::_exit(127); // the parent was killed before the line above could take effect
         }
+        if (outputDescriptor) {
+            ::dup2(*outputDescriptor, STDOUT_FILENO);
+            ::dup2(*outputDescriptor, STDERR_FILENO);
+        }
     });
+}
+
+void killWithGroup(QProcess &process)
+{
+    signalGroup(process, SIGKILL);
+    process.kill(); // a child that has not made its group yet
 }
 
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
@@ -221,7 +253,11 @@ std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
                             ? collect(process, options)
                             : std::expected<QByteArray, ChildFailure>(programIsEnding());
     if (!output) {
-        killWithGroup(process);
+        const bool hasGrace = output.error().kind == ChildFailure::Kind::TimedOut &&
+                              options.killGrace > std::chrono::milliseconds(0);
+        if (!hasGrace || !askToEnd(process, options.killGrace)) {
+            killAndReap(process);
+        }
         return std::unexpected(output.error());
     }
     if (options.killLeftovers) {

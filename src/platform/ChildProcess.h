@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <expected>
+#include <functional>
 #include <optional>
 
 namespace ostrelle
@@ -27,6 +28,11 @@ struct ChildOptions {
     Capture capture = Capture::StandardOutput;
     // How long the child may run; it is killed after that. None: as long as it likes.
     std::optional<std::chrono::milliseconds> killAfter = std::nullopt;
+    // When its time is up, the child is first asked to end and given this long to do so.
+    std::chrono::milliseconds killGrace = std::chrono::milliseconds(0);
+    // Gets the output piece by piece as it arrives, on the calling thread, in place of the result;
+    // it may then be of any size.
+    std::function<void(const QByteArray &piece)> onOutput = nullptr;
     // A child that writes more is killed, so that a flood cannot fill the memory.
     qsizetype maxOutputBytes = qsizetype{64} * 1024 * 1024;
     // Whether what the child leaves behind in its process group is killed when it has ended. Not
@@ -36,7 +42,7 @@ struct ChildOptions {
 
 struct ChildResult {
     bool exitedNormally = false;
-    int exitStatus = 0; // of a normal exit
+    int exitStatus = 0; // of a normal exit; else the number of the signal
     QByteArray output;
 };
 
@@ -60,7 +66,13 @@ void endAllChildren();
 bool programEnds();
 
 // Sets up a process that is to be started by hand: its own process group, the signals and limits
-// that this program was started with, and death together with the thread that starts it.
-void prepareChild(QProcess &process);
+// that this program was started with, and death together with the thread that starts it. With an
+// output descriptor, that becomes its standard output and standard error; it must stay open until
+// start() has returned.
+void prepareChild(QProcess &process, std::optional<int> outputDescriptor = std::nullopt);
+
+// Kills a process that was set up with prepareChild(), and what is left of its group. Does not wait
+// for the end.
+void killWithGroup(QProcess &process);
 
 } // namespace ostrelle
