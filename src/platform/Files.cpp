@@ -150,6 +150,26 @@ std::expected<void, FileProblem> writeInPlace(const QString &path, const QByteAr
         mode);
 }
 
+std::expected<void, FileProblem> createAnew(const QString &path, const QByteArray &content,
+                                            mode_t mode)
+{
+    const QByteArray name = QFile::encodeName(path);
+    ::unlink(name.constData());
+    const Descriptor file(
+        ::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRWXU));
+    if (!file || ::fchmod(file.get(), mode) != 0) {
+        return std::unexpected(problemFrom(errno));
+    }
+    const int error =
+        writeAll(file.get(),
+                 std::string_view(content.constData(), static_cast<std::size_t>(content.size())));
+    if (error != 0) {
+        ::unlink(name.constData());
+        return std::unexpected(problemFrom(error));
+    }
+    return {};
+}
+
 Descriptor::Descriptor(Descriptor &&other) noexcept
     : m_fd(other.release())
 {

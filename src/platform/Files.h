@@ -38,6 +38,12 @@ std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_v
 std::expected<void, FileProblem> writeInPlace(const QString &path, const QByteArray &content,
                                               mode_t mode = 0644);
 
+// Creates a file with exactly this mode before a byte is written into it, in place of what stands
+// there; never through a link. What already reads the old file goes on with that. For a directory
+// that only this user can write to.
+std::expected<void, FileProblem> createAnew(const QString &path, const QByteArray &content,
+                                            mode_t mode);
+
 // An open descriptor that is closed at the end of its scope.
 class Descriptor
 {

@@ -2,8 +2,12 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <sys/statvfs.h>
 
 namespace ostrelle
 {
@@ -34,6 +38,19 @@ std::optional<QString> runtimeDirectory()
         return std::nullopt;
     }
     return path;
+}
+
+std::optional<QString> privateTemporaryDirectory()
+{
+    struct statvfs mount{};
+    if (const auto runtime = runtimeDirectory();
+        runtime && ::statvfs(QFile::encodeName(*runtime).constData(), &mount) == 0 &&
+        (mount.f_flag & ST_NOEXEC) == 0) {
+        return runtime;
+    }
+    QTemporaryDir fresh; // of mode 0700
+    fresh.setAutoRemove(false);
+    return fresh.isValid() ? std::optional(fresh.path()) : std::nullopt;
 }
 
 } // namespace ostrelle

@@ -18,4 +18,8 @@ std::optional<QString> resourceDirectory();
 // Absent when there is none that is safe.
 std::optional<QString> runtimeDirectory();
 
+// A directory that only this user can enter and whose files can be run: the runtime directory where
+// it serves, else a new one. Absent when none can be made.
+std::optional<QString> privateTemporaryDirectory();
+
 } // namespace ostrelle

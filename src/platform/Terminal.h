@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+namespace ostrelle
+{
+
+// Opens a terminal window that runs an executable script, and goes on without it: the terminal
+// outlives this program. False when there is no terminal program or it could not be started.
+// Blocks for a moment: background threads only.
+bool openInTerminal(const QString &script);
+
+} // namespace ostrelle
