@@ -153,7 +153,7 @@ void HostileClientsTest::noDescriptorsLeft()
     const ServerFixture fixture;
     QCOMPARE(fixture.get("/health"), healthy);
     utilityPool().waitForDone();
-    PrintedLines printed(fixture.home.path(u"printed"_s));
+    const PrintedLines printed;
     std::optional<LastDescriptor> limit(std::in_place); // the client's own end
     RawClient late(fixture.server->port());
     QVERIFY(late.send("GET /health HTTP/1.1\r\n\r\n"));

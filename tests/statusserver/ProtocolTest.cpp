@@ -168,7 +168,7 @@ void ProtocolTest::portInUse()
     ServerFixture fixture;
     OstrelleConfig config = fixture.config();
     config.ports.status = fixture.server->port();
-    PrintedLines printed(fixture.home.path(u"printed"_s));
+    const PrintedLines printed;
     StatusServer second(config);
     second.start();
     QTRY_COMPARE(printed.text(), "[StatusServer] Failed to bind to port " +
@@ -198,7 +198,7 @@ void ProtocolTest::portOutOfRange()
     const ScratchHome home;
     OstrelleConfig config = OstrelleConfig::defaults();
     config.ports.status = port;
-    PrintedLines printed(home.path(u"printed"_s));
+    const PrintedLines printed;
     StatusServer server(config);
     server.start();
     QTRY_COMPARE(printed.text(), "[StatusServer] Failed to bind to port " +

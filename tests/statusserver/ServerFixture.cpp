@@ -97,25 +97,6 @@ void ServerFixture::writeSession(const QByteArray &log, const QString &name) con
     home.write(QStringLiteral(".duskrell/agents/main/sessions/") + name, log);
 }
 
-PrintedLines::PrintedLines(const QString &file)
-    : m_file(file)
-    , m_saved(::dup(STDOUT_FILENO))
-{
-    QVERIFY(m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-    ::dup2(m_file.handle(), STDOUT_FILENO);
-}
-
-PrintedLines::~PrintedLines()
-{
-    ::dup2(m_saved.get(), STDOUT_FILENO);
-}
-
-QByteArray PrintedLines::text()
-{
-    m_file.seek(0);
-    return m_file.readAll();
-}
-
 QByteArray jsonAnswer(const QByteArray &status, const QByteArray &body)
 {
     return "HTTP/1.1 " + status +

@@ -3,9 +3,8 @@
 #include "core/OstrelleConfig.h"
 #include "platform/Files.h"
 #include "statusserver/StatusServer.h"
+#include "support/PrintedLines.h"
 #include "support/ScratchHome.h"
-
-#include <QFile>
 
 #include <memory>
 #include <optional>
@@ -47,22 +46,6 @@ public:
 
     ScratchHome home;
     std::unique_ptr<ostrelle::StatusServer> server;
-};
-
-// Collects what the process prints while it lives.
-class PrintedLines
-{
-public:
-    explicit PrintedLines(const QString &file);
-    ~PrintedLines();
-    PrintedLines(const PrintedLines &) = delete;
-    PrintedLines &operator=(const PrintedLines &) = delete;
-
-    QByteArray text();
-
-private:
-    QFile m_file;
-    ostrelle::Descriptor m_saved;
 };
 
 // The answer that a JSON body makes.
