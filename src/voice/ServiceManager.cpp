@@ -1,0 +1,221 @@
+#include "voice/ServiceManager.h"
+
+#include "core/BackgroundWork.h"
+#include "core/LegacyAgent.h"
+#include "platform/ChildProcess.h"
+#include "platform/Log.h"
+#include "platform/Preferences.h"
+#include "voice/AgentLog.h"
+#include "voice/PidFile.h"
+#include "voice/VoiceAgentCommand.h"
+
+#include <QProcess>
+#include <QTimer>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+constexpr auto terminationGrace = 3s;
+constexpr auto crashSeriesGap = 60s; // a longer time without a crash ends a series of them
+constexpr auto longestRestartDelay = 30s;
+
+void log(const QString &text)
+{
+    logLine(u"[ServiceManager] "_s + text);
+}
+
+// 1, 2, 4, 8 and 16 seconds, then always the longest.
+std::chrono::seconds restartDelay(qint64 crashesBefore)
+{
+    constexpr qint64 lastDoubling = 4;
+    return crashesBefore > lastDoubling ? longestRestartDelay
+                                        : std::chrono::seconds(1 << crashesBefore);
+}
+
+bool crashed(const QProcess &process)
+{
+    return process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0;
+}
+
+} // namespace
+
+SupervisorTime SupervisorTime::real()
+{
+    return {
+        .now = &Clock::now,
+        .later = [](std::chrono::milliseconds delay, QObject *owner, std::function<void()> action) {
+            QTimer::singleShot(delay, Qt::PreciseTimer, owner, std::move(action));
+        }};
+}
+
+const QString ServiceManager::legacyVoiceAgentLabel = u"ai.duskrell.voice-agent"_s;
+
+QString ServiceManager::legacyVoiceAgentPlist()
+{
+    return homeDirectory() + u"/Library/LaunchAgents/ai.duskrell.voice-agent.plist"_s;
+}
+
+QString ServiceManager::pidFile()
+{
+    return homeDirectory() + u"/.ostrelle/voice-agent.pid"_s;
+}
+
+ServiceManager::ServiceManager(const OstrelleConfig &config, SupervisorSurroundings surroundings,
+                               QObject *parent)
+    : QObject(parent)
+    , m_config(config)
+    , m_surroundings(std::move(surroundings))
+    , m_voiceEnabled(config.voice.enabled)
+{
+    prepareKills();
+    disableLegacyVoiceAgent();
+}
+
+ServiceManager::~ServiceManager()
+{
+    for (QProcess *process : findChildren<QProcess *>(Qt::FindDirectChildrenOnly)) {
+        process->disconnect(this);
+        killWithGroup(*process);
+        process->waitForFinished(); // for the moment that the kernel takes to end it
+    }
+}
+
+void ServiceManager::startAll()
+{
+    disableLegacyVoiceAgent();
+    const bool autoStart = Preferences().boolean(u"autoStartVoice"_s).value_or(false);
+    if (m_voiceEnabled && autoStart) {
+        startVoice();
+    }
+}
+
+void ServiceManager::startVoice()
+{
+    m_userStoppedVoice = false;
+    if (m_voiceProcess != nullptr) {
+        return;
+    }
+    const auto command = voiceAgentCommand(m_config.voice.venvPath, m_surroundings.resources);
+    if (!command) {
+        log(command.error());
+        return;
+    }
+    m_voiceProcess = new QProcess(this);
+    m_voiceProcess->setProgram(command->program);
+    m_voiceProcess->setArguments(command->arguments);
+    m_voiceProcess->setProcessEnvironment(*command->environment);
+    m_voiceProcess->setWorkingDirectory(command->workingDirectory);
+    launch(m_voiceProcess);
+}
+
+void ServiceManager::launch(QProcess *process)
+{
+    const Descriptor agentLog = openAgentLog(m_surroundings.logFile);
+    prepareChild(*process, agentLog ? std::optional(agentLog.get()) : std::nullopt);
+    process->setStandardInputFile(QProcess::nullDevice());
+    process->setProcessChannelMode(QProcess::ForwardedChannels);
+    connect(process, &QProcess::started, this, [this, process] { handleStart(*process); });
+    connect(process, &QProcess::finished, this, [this, process] { handleEnd(process); });
+    connect(process, &QProcess::errorOccurred, this, [this, process](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            handleLaunchFailure(process);
+        }
+    });
+    process->start();
+}
+
+void ServiceManager::handleStart(const QProcess &process)
+{
+    const qint64 pid = process.processId();
+    m_voiceRunning = true;
+    writePidFile(pidFile(), pid);
+    log(u"Voice agent started (PID %1)"_s.arg(pid));
+}
+
+void ServiceManager::handleLaunchFailure(QProcess *process)
+{
+    m_voiceProcess = nullptr;
+    log(u"Failed to start voice: "_s + process->errorString());
+    process->deleteLater();
+}
+
+void ServiceManager::handleEnd(QProcess *process)
+{
+    forget(process);
+    if (crashed(*process)) {
+        handleVoiceCrash();
+    }
+    process->deleteLater();
+}
+
+void ServiceManager::handleVoiceCrash()
+{
+    const auto now = m_surroundings.time.now();
+    if (m_lastCrashTime && now - *m_lastCrashTime > crashSeriesGap) {
+        m_restartCount = 0;
+    }
+    m_lastCrashTime = now;
+    const auto delay = restartDelay(m_restartCount);
+    ++m_restartCount;
+    log(u"Voice crashed, restarting in %1.0s (attempt %2)"_s.arg(delay.count())
+            .arg(m_restartCount));
+    m_surroundings.time.later(delay, this, [this] {
+        if (m_voiceEnabled && !m_userStoppedVoice) {
+            startVoice();
+        }
+    });
+}
+
+void ServiceManager::stopVoice()
+{
+    m_userStoppedVoice = true;
+    QProcess *process = m_voiceProcess;
+    if (process == nullptr) {
+        m_voiceRunning = false;
+        return;
+    }
+    process->terminate();
+    m_surroundings.time.later(terminationGrace, process, [this, process] {
+        killWithGroup(*process);
+        forget(process); // even a process that the kernel cannot end now bars no new start
+    });
+}
+
+void ServiceManager::forget(const QProcess *process)
+{
+    if (m_voiceProcess == process) {
+        m_voiceProcess = nullptr;
+        m_voiceRunning = false;
+    }
+}
+
+void ServiceManager::killFromPidFile()
+{
+    ostrelle::killFromPidFile(pidFile());
+}
+
+qint64 ServiceManager::voiceProcessId() const
+{
+    return m_voiceProcess != nullptr ? m_voiceProcess->processId() : 0;
+}
+
+void ServiceManager::setVoiceEnabled(bool enabled)
+{
+    m_voiceEnabled = enabled;
+    Preferences().set(u"voiceEnabled"_s, enabled);
+}
+
+void ServiceManager::disableLegacyVoiceAgent()
+{
+    utilityPool().start([] {
+        disableLegacyAgent({.label = legacyVoiceAgentLabel, .plist = legacyVoiceAgentPlist()});
+    });
+}
+
+} // namespace ostrelle

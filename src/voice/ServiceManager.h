@@ -1,0 +1,122 @@
+#pragma once
+
+#include "core/OstrelleConfig.h"
+#include "platform/Paths.h"
+
+#include <QObject>
+#include <QProperty>
+
+#include <chrono>
+#include <functional>
+
+class QProcess;
+
+namespace ostrelle
+{
+
+// Time as the supervisor sees it, so that a test need not wait for it.
+struct SupervisorTime {
+    using Clock = std::chrono::steady_clock;
+
+    std::function<Clock::time_point()> now;
+    // Runs the action once, on the main thread after the delay, unless the owner is gone by then.
+    std::function<void(std::chrono::milliseconds delay, QObject *owner,
+                       std::function<void()> action)>
+        later;
+
+    static SupervisorTime real();
+};
+
+// What the supervisor finds around it.
+struct SupervisorSurroundings {
+    SupervisorTime time = SupervisorTime::real();
+    std::optional<QString> resources = resourceDirectory();
+    QString logFile = QStringLiteral("/tmp/ostrelle-voice.log");
+};
+
+// Runs the voice agent as a child process: starts it, restarts it after a crash, with growing
+// delays, and stops it. The agent dies with this program, whatever ends it. Main thread only, but
+// for killFromPidFile().
+class ServiceManager : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool voiceRunning READ voiceRunning WRITE setVoiceRunning NOTIFY voiceRunningChanged
+                   BINDABLE bindableVoiceRunning)
+    Q_PROPERTY(bool voiceEnabled READ voiceEnabled WRITE setVoiceEnabled NOTIFY voiceEnabledChanged)
+    Q_PROPERTY(bool userStoppedVoice READ userStoppedVoice WRITE setUserStoppedVoice NOTIFY
+                   userStoppedVoiceChanged BINDABLE bindableUserStoppedVoice)
+
+public:
+    // The launchd job of an older version that ran the same agent; removed in the background.
+    static const QString legacyVoiceAgentLabel;
+    static QString legacyVoiceAgentPlist();
+
+    static QString pidFile();
+
+    explicit ServiceManager(const OstrelleConfig &config, SupervisorSurroundings surroundings = {},
+                            QObject *parent = nullptr);
+    // Kills an agent that still runs.
+    ~ServiceManager() override;
+
+    // Starts the agent when it is enabled and the user wants it started automatically.
+    void startAll();
+
+    // Returns at once; `voiceRunning` tells when the agent has come up. What is missing and what
+    // goes wrong is told in the log.
+    Q_INVOKABLE void startVoice();
+
+    // Asks the agent to end and kills it after 3 seconds. Returns at once; `voiceRunning` tells
+    // when it has ended.
+    Q_INVOKABLE void stopVoice();
+
+    // Kills the agent that the PID file names: asks it to end, and kills it one second later, or at
+    // once when the program exits before that. Needs no instance; any thread.
+    static void killFromPidFile();
+
+    // Of the agent that runs or is about to; 0 when there is none.
+    qint64 voiceProcessId() const;
+
+    // The agent is believed to run. The voice control model writes here what the agent answers.
+    bool voiceRunning() const { return m_voiceRunning; }
+    void setVoiceRunning(bool running) { m_voiceRunning = running; }
+    QBindable<bool> bindableVoiceRunning() { return &m_voiceRunning; }
+
+    // The voice feature is switched on. Every write is also stored in the preferences.
+    bool voiceEnabled() const { return m_voiceEnabled; }
+    void setVoiceEnabled(bool enabled);
+
+    // The user asked for the last stop; a crash is then not answered with a restart.
+    bool userStoppedVoice() const { return m_userStoppedVoice; }
+    void setUserStoppedVoice(bool stopped) { m_userStoppedVoice = stopped; }
+    QBindable<bool> bindableUserStoppedVoice() { return &m_userStoppedVoice; }
+
+Q_SIGNALS:
+    void voiceRunningChanged();
+    void voiceEnabledChanged();
+    void userStoppedVoiceChanged();
+
+private:
+    void launch(QProcess *process);
+    void handleStart(const QProcess &process);
+    void handleLaunchFailure(QProcess *process);
+    void handleEnd(QProcess *process);
+    void handleVoiceCrash();
+    void forget(const QProcess *process);
+    static void disableLegacyVoiceAgent();
+
+    const OstrelleConfig m_config;
+    const SupervisorSurroundings m_surroundings;
+
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ServiceManager, bool, m_voiceRunning, false,
+                                         &ServiceManager::voiceRunningChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(ServiceManager, bool, m_voiceEnabled,
+                               &ServiceManager::voiceEnabledChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ServiceManager, bool, m_userStoppedVoice, false,
+                                         &ServiceManager::userStoppedVoiceChanged)
+
+    QProcess *m_voiceProcess = nullptr; // a child object; set from the launch to the end
+    qint64 m_restartCount = 0;          // crashes in a row, each within a minute of the one before
+    std::optional<SupervisorTime::Clock::time_point> m_lastCrashTime;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,215 @@
+#include "AgentHome.h"
+#include "FakeControlPort.h"
+#include "voice/VoiceViewModel.h"
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+constexpr auto quickly = 20ms;
+// JSON with the quotes that are easier to read in C++.
+QByteArray json(QByteArray text)
+{
+    return text.replace('\'', '"');
+}
+
+const QByteArray listening = json("{'state':'listening'}");
+const QByteArray nonsense = "<html>";
+
+// Waits until the model has surely seen an answer that was given after the call.
+bool answersAgain(const FakeControlPort &port)
+{
+    return QTest::qWaitFor([&port, last = port.questions + 3] { return port.questions >= last; });
+}
+
+QString shownBy(const VoiceViewModel &model)
+{
+    return QStringList{model.stateLabel(), model.stateIcon(), model.stateColor(), model.tier()}
+               .join(u' ') +
+           (model.wakeWordEnabled() ? u" wake"_s : QString());
+}
+
+} // namespace
+
+class ControlTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answers_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("shown");
+        const auto row = [](const char *name, const QByteArray &body, const QString &shown) {
+            QTest::newRow(name) << json(body) << shown;
+        };
+        row("only a state", "{'state':'speaking'}", u"Speaking speaker.wave.2.fill blue local"_s);
+        row("all", "{'state':'capturing','muted':false,'tier':'far','wake_word_enabled':true}",
+            u"Capturing mic.fill green far wake"_s);
+        row("muted", "{'state':'x','muted':true}", u"Muted mic.slash.fill red local"_s);
+        row("muted in words", "{'state':'listening','muted':'true'}",
+            u"Listening mic.fill green local"_s);
+        row("numbers for everything", "{'state':1,'muted':1,'tier':1,'wake_word_enabled':1}",
+            u"Unknown mic secondary local"_s);
+        row("dozing", "{'state':'dormant'}", u"Dormant mic secondary local"_s);
+        row("thinking", "{'state':'processing'}", u"Processing brain yellow local"_s);
+        row("a capital", "{'state':'Listening'}", u"Listening mic secondary local"_s);
+        row("words", "{'state':'wARM up éLAN'}", u"Warm Up Élan mic secondary local"_s);
+        row("nothing", "{}", u"Unknown mic secondary local"_s);
+        for (const char *name : {"[]", "<html>", "{'state':'spea", ""}) {
+            row(name, name, u"Offline mic.slash gray local"_s);
+        }
+        row("a flood", "{'state':'" + QByteArray(1 << 20, 'x') + "'}",
+            u"Offline mic.slash gray local"_s);
+    }
+
+    void answers()
+    {
+        QFETCH(const QByteArray, body);
+        QFETCH(const QString, shown);
+        const AgentHome home;
+        FakeControlPort port;
+        port.body = body;
+        home.writeConfig(port.serverPort());
+        const VoiceViewModel model(nullptr, {.interval = quickly});
+        QCOMPARE(model.state(), u"unknown"_s);
+        QCOMPARE(shownBy(model), u"Offline mic.slash gray local"_s);
+
+        QTRY_VERIFY(model.voiceRunning() || model.state() == u"offline"_s);
+        QCOMPARE(shownBy(model), shown);
+        int changes = 0;
+        connect(&model, &VoiceViewModel::stateChanged, this, [&] { ++changes; });
+        QVERIFY(answersAgain(port));
+        QCOMPARE(changes, 0);
+    }
+
+    void pendingAction_data()
+    {
+        QTest::addColumn<QStringList>("actions");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<std::chrono::milliseconds>("passed");
+        QTest::addColumn<QString>("shown"); // label, and whether a start is under way
+        const auto row = [](const char *name, const QStringList &actions, const QByteArray &answer,
+                            std::chrono::milliseconds passed, const QString &shown) {
+            QTest::newRow(name) << actions << answer << passed << shown;
+        };
+        const QString start = u"start"_s;
+        const QString stop = u"stop"_s;
+        row("start, comes up late", {start}, listening, 60s, u"Listening"_s);
+        row("start, still waited for", {start}, nonsense, 15s, u"Offline launching"_s);
+        row("start, given up", {start}, nonsense, 15001ms, u"Offline"_s);
+        row("stop, has gone", {stop}, nonsense, 0s, u"Offline"_s);
+        row("stop, still going", {stop}, listening, 10s, u"Offline"_s);
+        row("stop, has failed", {stop}, listening, 10500ms, u"Listening"_s);
+        row("stop instead of start", {start, stop}, listening, 10s, u"Offline"_s);
+        row("start instead of stop", {stop, start}, listening, 0s, u"Listening"_s);
+    }
+
+    void pendingAction()
+    {
+        QFETCH(const QStringList, actions);
+        QFETCH(const QByteArray, answer);
+        QFETCH(const std::chrono::milliseconds, passed);
+        QFETCH(const QString, shown);
+        const AgentHome home;
+        FakeControlPort port;
+        port.body = actions.contains("stop"_L1) ? listening : nonsense;
+        home.writeConfig(port.serverPort());
+        ServiceManager manager(home.config(), home.surroundings());
+        auto now = VoicePolling::Clock::now();
+        const PrintedLines silence;
+        VoiceViewModel model(&manager, {.interval = quickly, .now = [&] { return now; }});
+        QVERIFY(answersAgain(port));
+
+        for (const QString &action : actions) {
+            action == "start"_L1 ? model.start() : model.stop();
+        }
+        port.body = answer;
+        now += passed;
+        QVERIFY(answersAgain(port));
+
+        QCOMPARE(model.stateLabel() + (model.isLaunching() ? u" launching"_s : QString()), shown);
+        QCOMPARE(manager.voiceRunning(), model.voiceRunning());
+    }
+
+    void commands()
+    {
+        const AgentHome home;
+        FakeControlPort port;
+        home.writeConfig(port.serverPort());
+        ServiceManager manager(home.config(), home.surroundings());
+        VoiceViewModel model(&manager, {.interval = 1h});
+        QTRY_VERIFY(model.voiceRunning());
+
+        model.toggleMute();
+        QCOMPARE(model.stateLabel(), u"Muted"_s);
+        model.toggleMute();
+        model.toggleMute();
+        model.start();
+
+        const QStringList sent{u"/mute"_s, u"/unmute"_s, u"/mute"_s, u"/start"_s};
+        QTRY_COMPARE(port.commands, sent);
+        QCOMPARE(port.mostCommandsAtOnce, 1); // two at once could arrive in another order
+        QCOMPARE(manager.voiceProcessId(), 0);
+    }
+
+    void hangingPort()
+    {
+        const AgentHome home;
+        FakeControlPort port;
+        port.body = {};
+        home.writeConfig(port.serverPort());
+        const VoiceViewModel model(nullptr, {.interval = 1ms});
+        QStringList states;
+        connect(&model, &VoiceViewModel::stateChanged, this, [&] { states += model.state(); });
+        QTRY_COMPARE(port.questions, 4);
+        QTest::qWait(50); // many intervals
+        QCOMPARE(port.questions, 4);
+
+        // A late answer counts as it arrives, and makes room for the poll that corrects it.
+        port.body = listening;
+        port.answerOldest(json("{'state':'dormant'}"));
+        QTRY_COMPARE(states, QStringList({u"dormant"_s, u"listening"_s}));
+    }
+
+    void stopWithoutSupervisor()
+    {
+        const AgentHome home;
+        home.writeScript(u"bin/pkill"_s, "echo \"$@\" > ~/told");
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
+        VoiceViewModel model(nullptr);
+        model.stop();
+        QTRY_COMPARE(home.read(u"told"_s), QByteArray("-f voice_agent.py\n"));
+        qputenv("PATH", path);
+    }
+
+    void demoAgent()
+    {
+        const AgentHome home;
+        home.installDemoAgent(json("{'tier':'cloud','step_seconds':0.05}"));
+        ServiceManager manager(home.config(), home.surroundings());
+        const PrintedLines silence;
+        VoiceViewModel model(&manager, {.interval = quickly});
+        model.start();
+        QTRY_COMPARE(shownBy(model), u"Dormant mic secondary cloud wake"_s);
+        QVERIFY(!model.isLaunching());
+
+        model.start();
+        QTRY_COMPARE(model.stateLabel(), u"Speaking"_s);
+        model.toggleMute();
+        QTRY_VERIFY(home.read(u"agent.log"_s).contains("/mute"));
+        QTRY_COMPARE(model.stateLabel(), u"Muted"_s);
+
+        model.stop();
+        QTRY_COMPARE(manager.voiceProcessId(), 0);
+        QCOMPARE(model.stateLabel(), u"Offline"_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(ControlTest)
+
+#include "test_control.moc"

@@ -1,0 +1,120 @@
+#include "AgentHome.h"
+
+#include <QProcess>
+
+#include <csignal>
+#include <utime.h>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString pidFile = u".ostrelle/voice-agent.pid"_s;
+
+class Sleeper : public QProcess
+{
+public:
+    explicit Sleeper(const QString &first = u":"_s)
+    {
+        start(u"/bin/sh"_s, {u"-c"_s, first + u"; echo ready; exec sleep 60"_s});
+        waitForReadyRead();
+    }
+
+    ~Sleeper() override
+    {
+        kill();
+        waitForFinished();
+    }
+    Q_DISABLE_COPY_MOVE(Sleeper)
+
+    // The signal that ended it, or 0.
+    int endedBy(int within)
+    {
+        return waitForFinished(within) && exitStatus() == CrashExit ? exitCode() : 0;
+    }
+};
+
+} // namespace
+
+class PidFileTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void content_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("kills");
+        QTest::newRow("the number alone") << QByteArray("%1") << true;
+        QTest::newRow("blanks and a line end around it") << QByteArray(" \t%1 \r\n") << true;
+        QTest::newRow("a negative number") << QByteArray("-%1") << false;
+        QTest::newRow("zero") << QByteArray("0") << false;
+        QTest::newRow("letters") << QByteArray("agent") << false;
+        QTest::newRow("beyond 32 bits") << QByteArray("4294967297") << false;
+        QTest::newRow("not UTF-8") << QByteArray("%1\xff") << false;
+    }
+
+    void content()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(const bool, kills);
+        const AgentHome home;
+        Sleeper sleeper;
+        home.write(pidFile, content.replace("%1", QByteArray::number(sleeper.processId())));
+
+        ServiceManager::killFromPidFile();
+
+        QCOMPARE(home.exists(pidFile), !kills);
+        QCOMPARE(sleeper.endedBy(kills ? 5000 : 50), kills ? SIGTERM : 0);
+    }
+
+    void sparesWhoStartedLater()
+    {
+        const AgentHome home;
+        Sleeper stranger;
+        const QString file = home.write(pidFile, QByteArray::number(stranger.processId()));
+        const utimbuf longAgo{.actime = 1'000'000'000, .modtime = 1'000'000'000};
+        QCOMPARE(::utime(qPrintable(file), &longAgo), 0);
+
+        ServiceManager::killFromPidFile();
+
+        QVERIFY(!home.exists(pidFile));
+        QCOMPARE(stranger.endedBy(50), 0);
+    }
+
+    void ignoredTermination_data()
+    {
+        QTest::addColumn<bool>("exits");
+        QTest::newRow("the program goes on") << false;
+        QTest::newRow("the program exits at once") << true;
+    }
+
+    void ignoredTermination()
+    {
+        QFETCH(const bool, exits);
+        const AgentHome home;
+        Sleeper stubborn(u"trap '' TERM"_s);
+        home.write(pidFile, QByteArray::number(stubborn.processId()));
+        if (exits) {
+            QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {u"--kill"_s}), 0);
+        } else {
+            ServiceManager::killFromPidFile();
+        }
+        QCOMPARE(stubborn.endedBy(exits ? 500 : 5000), SIGKILL); // at exit no second is granted
+    }
+};
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    if (QCoreApplication::arguments().contains("--kill"_L1)) {
+        ServiceManager::killFromPidFile();
+        return 0;
+    }
+    PidFileTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_pidfile.moc"

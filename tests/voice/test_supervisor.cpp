@@ -1,0 +1,288 @@
+#include "AgentHome.h"
+#include "platform/Preferences.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QSignalSpy>
+
+#include <csignal>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+const QString python = u".ostrelle/venv/bin/python"_s;
+const QString pidFile = u".ostrelle/voice-agent.pid"_s;
+
+// Makes the log something else, perhaps with the victim's help; 0 when it is done.
+using Prepare = int (*)(const char *victim, const char *log);
+
+qsizetype openDescriptors()
+{
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::System | QDir::AllEntries).size();
+}
+
+QByteArray childrenOfMainThread()
+{
+    QFile list(u"/proc/self/task/%1/children"_s.arg(::getpid()));
+    return list.open(QIODevice::ReadOnly) ? list.readAll() : QByteArray("unreadable");
+}
+
+} // namespace
+
+class SupervisorTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void runsAgent()
+    {
+        const AgentHome home;
+        home.installDemoAgent();
+        home.write(u"agent.log"_s, "of an earlier run\n");
+        ServiceManager manager(home.config(), home.surroundings());
+        const QSignalSpy changes(&manager, &ServiceManager::voiceRunningChanged);
+        const PrintedLines printed;
+
+        manager.startVoice();
+        QTRY_VERIFY(manager.voiceRunning());
+        const auto pid = static_cast<pid_t>(manager.voiceProcessId());
+        QCOMPARE(home.read(pidFile), QByteArray::number(pid));
+        QCOMPARE(printed.text(),
+                 "[ServiceManager] Voice agent started (PID " + QByteArray::number(pid) + ")\n");
+        QTRY_VERIFY(home.read(u"agent.log"_s).startsWith("of an earlier run\ndemo voice agent"));
+
+        manager.setUserStoppedVoice(true);
+        manager.startVoice();
+        QCOMPARE(manager.voiceProcessId(), pid);
+        QVERIFY(!manager.userStoppedVoice());
+
+        manager.stopVoice();
+        QVERIFY(manager.voiceRunning()); // until it has ended
+        QTRY_COMPARE(changes.size(), 2);
+        QVERIFY(!isAlive(pid));
+        QVERIFY(home.exists(pidFile));
+    }
+
+    void command_data()
+    {
+        QTest::addColumn<QString>("venvPath");
+        QTest::addColumn<bool>("bundled");
+        QTest::newRow("below the home") << u"~/.ostrelle/venv"_s << false;
+        QTest::newRow("relative") << u".ostrelle/venv"_s << false;
+        QTest::newRow("a slash at its end") << u"~/.ostrelle/venv/"_s << false;
+        QTest::newRow("script in the bundle") << u"~/.ostrelle/venv"_s << true;
+    }
+
+    void command()
+    {
+        QFETCH(const QString, venvPath);
+        QFETCH(const bool, bundled);
+        const AgentHome home;
+        QDir::setCurrent(home.path());
+        home.installScript("(pwd; echo $@; tr '\\0' '\\n' </proc/$$/environ | sort) >~/told");
+        home.write(u"bundle/voice-agent/voice_agent.py"_s, "");
+        OstrelleConfig config = home.config();
+        config.voice.venvPath = venvPath;
+        SupervisorSurroundings surroundings = home.surroundings();
+        surroundings.resources = home.path(bundled ? u"bundle"_s : u"no bundle"_s);
+        ServiceManager manager(config, surroundings);
+
+        const PrintedLines printed;
+        manager.startVoice();
+        QTRY_COMPARE(manager.voiceProcessId(), 0);
+        QDir::setCurrent(u"/"_s);
+        QVERIFY(!printed.text().contains("crashed")); // status 0 is a quiet end
+
+        const QString folder = home.path(bundled ? u"bundle/voice-agent"_s : u".ostrelle"_s);
+        QCOMPARE(QString::fromUtf8(home.read(u"told"_s)).replace(u"//"_s, u"/"_s),
+                 u"%1\n%1/voice_agent.py\nHOME=%2\nOSTRELLE_DATA=%2/.ostrelle/data\n"
+                 "PATH=%2/.ostrelle/venv/bin:/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin\n"
+                 "PYTHONUNBUFFERED=1\n"_s.arg(folder, home.path()));
+    }
+
+    void cannotStart_data()
+    {
+        QTest::addColumn<QString>("broken");
+        QTest::addColumn<bool>("removed");
+        QTest::addColumn<QByteArray>("message");
+        QTest::newRow("no environment")
+            << python << true << QByteArray("Python venv not found at ");
+        QTest::newRow("no script")
+            << u".ostrelle/voice_agent.py"_s << true << QByteArray("Voice script not found at ");
+        QTest::newRow("no program") << python << false << QByteArray("Failed to start voice: ");
+    }
+
+    void cannotStart()
+    {
+        QFETCH(const QString, broken);
+        QFETCH(const bool, removed);
+        QFETCH(const QByteArray, message);
+        const AgentHome home;
+        home.installScript("exit 0");
+        QFile file(home.path(broken));
+        QVERIFY(removed ? file.remove() : file.setPermissions(QFile::ReadOwner));
+        ManualTime time;
+        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        const PrintedLines printed;
+
+        manager.startVoice();
+
+        const QByteArray begin = "[ServiceManager] " + message;
+        QTRY_VERIFY(printed.text().startsWith(begin));
+        QVERIFY(!removed || printed.text() == begin + home.path(broken).toUtf8() + '\n');
+        QCOMPARE(manager.voiceProcessId(), 0);
+        QVERIFY(!manager.voiceRunning() && time.scheduled.isEmpty());
+    }
+
+    void startAll()
+    {
+        const AgentHome home;
+        home.installScript("exec sleep 60");
+        const PrintedLines silence;
+        for (const auto &[enabled, preferences, starts] :
+             {std::tuple(true, "", false), std::tuple(true, "autoStartVoice=false", false),
+              std::tuple(false, "autoStartVoice=true", false),
+              std::tuple(true, "autoStartVoice=true", true)}) {
+            home.write(u".config/ai.duskrell.ostrelle.conf"_s,
+                       QByteArray("[General]\n") + preferences);
+            ServiceManager manager(home.config(), home.surroundings());
+            manager.setVoiceEnabled(enabled);
+            QCOMPARE(Preferences().boolean(u"voiceEnabled"_s), std::optional(enabled));
+            manager.startAll();
+            QCOMPARE(manager.voiceProcessId() != 0, starts);
+        }
+    }
+
+    void crashSeries()
+    {
+        struct Crash {
+            std::chrono::seconds afterTheLast;
+            int delay;
+            int attempt;
+        };
+        const AgentHome home;
+        home.installScript("exit 3");
+        ManualTime time;
+        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        qsizetype descriptors = 0;
+        manager.startVoice();
+        for (const auto &[gap, delay, attempt] :
+             {Crash{0s, 1, 1}, Crash{10s, 2, 2}, Crash{60s, 4, 3}, Crash{1s, 8, 4},
+              Crash{1s, 16, 5}, Crash{1s, 30, 6}, Crash{1s, 30, 7}, Crash{61s, 1, 1},
+              Crash{1s, 2, 2}}) {
+            const PrintedLines printed;
+            time.now += gap;
+            QVERIFY(time.waitForScheduled());
+            QVERIFY(printed.text().endsWith("\n[ServiceManager] Voice crashed, restarting in " +
+                                            QByteArray::number(delay) + ".0s (attempt " +
+                                            QByteArray::number(attempt) + ")\n"));
+            QCOMPARE(time.scheduled[0].first, std::chrono::seconds(delay));
+            QVERIFY(!manager.voiceRunning());
+
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QVERIFY(manager.findChildren<QProcess *>().isEmpty() &&
+                    childrenOfMainThread().isEmpty());
+            QVERIFY(descriptors == 0 || openDescriptors() <= descriptors);
+            descriptors = attempt == 2 ? openDescriptors() : descriptors;
+
+            time.runNext();
+            QVERIFY(manager.voiceProcessId() != 0);
+        }
+        QVERIFY(time.waitForScheduled());
+        manager.setVoiceEnabled(false);
+        time.runNext();
+        QCOMPARE(manager.voiceProcessId(), 0);
+    }
+
+    void ignoresTermination()
+    {
+        const AgentHome home;
+        home.installScript("trap '' TERM; touch ~/ready; sleep 60 & wait; wait");
+        ManualTime time;
+        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        const PrintedLines printed;
+        manager.startVoice();
+        QVERIFY(QTest::qWaitFor([&] { return home.exists(u"ready"_s); }));
+        const auto pid = static_cast<pid_t>(manager.voiceProcessId());
+
+        manager.stopVoice();
+        QCOMPARE(time.scheduled.size(), 1);
+        QCOMPARE(time.scheduled[0].first, 3s);
+        QVERIFY(isAlive(pid));
+        time.runNext();
+        QVERIFY(!manager.voiceRunning());
+
+        QVERIFY(time.waitForScheduled()); // a crash like any other, but for the restart
+        QVERIFY(!isAlive(pid));
+        QCOMPARE(printed.text().count("Voice crashed"), 1);
+        time.runNext();
+        QCOMPARE(manager.voiceProcessId(), 0);
+    }
+
+    void programIsKilled()
+    {
+        const AgentHome home;
+        home.installDemoAgent();
+        QProcess program;
+        program.start(QCoreApplication::applicationFilePath(), {u"--supervise"_s});
+        QTRY_VERIFY(home.exists(pidFile));
+        const pid_t agent = home.read(pidFile).toInt();
+        QVERIFY(isAlive(agent));
+
+        program.kill();
+        QVERIFY(program.waitForFinished());
+
+        QTRY_VERIFY(!isAlive(agent));
+    }
+
+    void unsafeLog_data()
+    {
+        QTest::addColumn<Prepare>("prepare");
+        QTest::newRow("a symbolic link") << Prepare(&::symlink);
+        QTest::newRow("a second name") << Prepare(&::link);
+        QTest::newRow("a FIFO") << Prepare(
+            [](const char *, const char *log) { return ::mkfifo(log, 0600); });
+        QTest::newRow("somebody else's file") << Prepare([](const char *victim, const char *log) {
+            return ::rename(victim, log) | ::chown(log, 65534, 65534);
+        });
+    }
+
+    void unsafeLog()
+    {
+        QFETCH(const Prepare, prepare);
+        const AgentHome home;
+        home.installScript("echo from the agent");
+        const QString victim = home.write(u"victim"_s, "");
+        if (prepare(qPrintable(victim), qPrintable(home.path(u"agent.log"_s))) != 0) {
+            QSKIP("only root can give a file away");
+        }
+        ServiceManager manager(home.config(), home.surroundings());
+        const PrintedLines printed;
+
+        manager.startVoice();
+
+        QTRY_VERIFY(printed.text().contains("from the agent\n")); // our own output is inherited
+        QVERIFY(home.read(u"victim"_s).isEmpty());
+    }
+};
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    if (QCoreApplication::arguments().contains("--supervise"_L1)) {
+        ServiceManager manager(OstrelleConfig::load(),
+                               {.resources = {}, .logFile = QDir::home().filePath(u"agent.log"_s)});
+        manager.startVoice();
+        return QCoreApplication::exec();
+    }
+    SupervisorTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_supervisor.moc"
