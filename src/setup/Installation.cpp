@@ -1,0 +1,347 @@
+#include "core/ExpandPath.h"
+#include "core/KeychainHelper.h"
+#include "platform/ChildProcess.h"
+#include "platform/Files.h"
+#include "platform/Terminal.h"
+#include "setup/AskpassFile.h"
+#include "setup/InstallerOutput.h"
+#include "setup/ModelFile.h"
+#include "setup/SetupManager.h"
+#include "setup/SetupShell.h"
+
+#include <QDir>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// The configuration that the setup holds, but for the records that were changed on the disk since
+// it was handed out: a gateway that was paired meanwhile is not lost.
+OstrelleConfig upToDate(OstrelleConfig held, const OstrelleConfig &onDiskThen)
+{
+    const OstrelleConfig onDisk = OstrelleConfig::load();
+    const auto follow = [&](auto OstrelleConfig::*record) {
+        if (onDisk.*record != onDiskThen.*record) {
+            held.*record = onDisk.*record;
+        }
+    };
+    follow(&OstrelleConfig::gateway);
+    follow(&OstrelleConfig::ports);
+    follow(&OstrelleConfig::voice);
+    follow(&OstrelleConfig::paths);
+    return held;
+}
+
+} // namespace
+
+// Runs the shipped installer, in the background.
+class SetupManager::GatewayInstallation
+{
+public:
+    void run() const
+    {
+        if (feed.isManagerGone()) {
+            return;
+        }
+        if (resources) {
+            installFrom(*resources + u"/install-duskrell.sh"_s);
+        }
+        askpass->remove();
+        feed.publish([](SetupManager &manager) { manager.finishInstallation(); });
+    }
+
+    const ProgressFeed::Writer feed;
+    const std::optional<QString> resources;
+    const QString password;
+    const QString sudoSearchPath;
+    const std::shared_ptr<AskpassFile> askpass;
+
+private:
+    void installFrom(const QString &installer) const;
+    void primeSudo() const;
+    void report(const ChildResult &result, bool sudoFailed) const;
+};
+
+void SetupManager::GatewayInstallation::installFrom(const QString &installer) const
+{
+    if (!fileExists(installer)) {
+        feed.addStatus(u"ERROR: install-duskrell.sh not found in app bundle"_s);
+        return;
+    }
+    QProcessEnvironment environment = shellEnvironment();
+    environment.insert(u"SUDO_PASS"_s, password);
+    environment.insert(u"SUDO_ASKPASS"_s, askpass->write(password).value_or(QString()));
+    environment.insert(u"NONINTERACTIVE"_s, u"1"_s);
+    primeSudo();
+
+    InstallerOutput output;
+    const auto result =
+        runChild({.program = u"/bin/bash"_s,
+                  .arguments = {u"-lc"_s, u"bash "_s + quoted(installer) + u" 2>&1"_s},
+                  .environment = environment},
+                 {.capture = Capture::Merged, .onOutput = [&](const QByteArray &piece) {
+                      feed.addStatus(output.take(piece));
+                  }});
+    if (!result) {
+        feed.addStatus(u"ERROR: "_s + result.error().text);
+        return;
+    }
+    report(*result, output.sudoFailed());
+}
+
+// So that the installer's own sudo finds fresh credentials.
+void SetupManager::GatewayInstallation::primeSudo() const
+{
+    QProcessEnvironment environment;
+    environment.insert(u"PATH"_s, sudoSearchPath);
+    environment.insert(u"HOME"_s, homeDirectory());
+    const QString command =
+        u"echo '"_s + escapedPassword(password) + u"' | sudo -S -v 2>/dev/null"_s;
+    static_cast<void>(runChild(
+        {.program = u"/bin/bash"_s, .arguments = {u"-c"_s, command}, .environment = environment},
+        {.capture = Capture::Nothing}));
+}
+
+void SetupManager::GatewayInstallation::report(const ChildResult &result, bool sudoFailed) const
+{
+    if (sudoFailed) {
+        feed.publish([](SetupManager &manager) {
+            manager.m_sudoPasswordError = true;
+            manager.m_statusMessages.clear();
+        });
+        feed.addStatus(u"Incorrect password — try again."_s);
+    } else if (result.exitStatus != 0) {
+        feed.addStatus(u"⚠ Install finished with errors (exit %1)"_s.arg(result.exitStatus));
+    } else {
+        feed.addStatus(u"✓ Installation complete!"_s);
+    }
+}
+
+void SetupManager::installDuskrell()
+{
+    if (m_isInstallingDuskrell) {
+        return;
+    }
+    const QString password = m_sudoPassword.value().trimmed();
+    if (password.isEmpty()) {
+        m_needsSudoPassword = true;
+        return;
+    }
+    m_needsSudoPassword = false;
+    m_sudoPasswordError = false;
+    m_isInstallingDuskrell = true;
+    m_statusMessages.clear();
+    const auto feed = m_feed.writer();
+    feed.addStatus(u"Installing Duskrell + dependencies…"_s);
+    feed.addStatus(u"This may take 5–10 minutes on a fresh Mac."_s);
+
+    m_askpass = std::make_shared<AskpassFile>();
+    userInitiatedPool().start(
+        [installation = GatewayInstallation{.feed = feed,
+                                            .resources = m_surroundings.resources,
+                                            .password = password,
+                                            .sudoSearchPath = m_surroundings.sudoSearchPath,
+                                            .askpass = m_askpass}] { installation.run(); });
+}
+
+void SetupManager::finishInstallation()
+{
+    m_askpass.reset();
+    m_sudoPassword = QString();
+    runChecks([this] {
+        m_isInstallingDuskrell = false;
+        if (!m_hasVenv || !m_hasModels) {
+            run();
+        }
+    });
+}
+
+// Prepares everything that the voice agent needs, in the background.
+class SetupManager::VoiceInstallation
+{
+public:
+    void run();
+
+    const ProgressFeed::Writer feed;
+    const std::optional<QString> resources;
+    OstrelleConfig config;
+    const OstrelleConfig configOnDisk;
+
+private:
+    void writeConfig() const;
+    void prepareData() const;
+    void copyIfMissing(const QString &name) const;
+    void downloadModel() const;
+    void createVenv() const;
+    void installRequirements(const QString &venv) const;
+    void finish();
+};
+
+void SetupManager::VoiceInstallation::run()
+{
+    if (feed.isManagerGone()) {
+        return;
+    }
+    config = upToDate(config, configOnDisk);
+    writeConfig();
+    prepareData();
+    downloadModel();
+    createVenv();
+    finish();
+}
+
+void SetupManager::VoiceInstallation::writeConfig() const
+{
+    feed.addStatus(u"Creating config…"_s);
+    config.save();
+    feed.publish([](SetupManager &manager) { manager.m_hasConfig = true; });
+    feed.addStatus(u"Config saved to "_s + OstrelleConfig::configPath());
+}
+
+void SetupManager::VoiceInstallation::prepareData() const
+{
+    feed.addStatus(u"Setting up voice data directory…"_s);
+    const QString data = voiceDataDirectory();
+    runShell(u"mkdir -p "_s + quoted(data + u"/models"_s) + u' ' + quoted(data + u"/sounds"_s));
+    if (resources) {
+        copyIfMissing(u"/config.yaml"_s);
+        copyIfMissing(u"/hey_vorn_mac.ppn"_s);
+        copyIfMissing(u"/sounds/thinking.wav"_s);
+    }
+}
+
+void SetupManager::VoiceInstallation::copyIfMissing(const QString &name) const
+{
+    const QString source = *resources + u"/voice-agent"_s + name;
+    const QString destination = voiceDataDirectory() + name;
+    if (fileExists(source) && !fileExists(destination)) {
+        runShell(u"cp "_s + quoted(source) + u' ' + quoted(destination));
+    }
+}
+
+void SetupManager::VoiceInstallation::downloadModel() const
+{
+    if (const ModelFile model = ModelFile::speechModel(); !model.exists()) {
+        feed.addStatus(u"Downloading Kokoro TTS model (~310MB)…"_s);
+        const ShellResult result = model.download();
+        constexpr qsizetype shownCharacters = 100;
+        feed.addStatus(result.success ? u"Kokoro model downloaded"_s
+                                      : u"WARNING: Kokoro download failed — "_s +
+                                            result.output.left(shownCharacters));
+    }
+    if (const ModelFile voices = ModelFile::voiceData(); !voices.exists()) {
+        feed.addStatus(u"Downloading voice data (~27MB)…"_s);
+        feed.addStatus(voices.download().success ? u"Voice data downloaded"_s
+                                                 : u"WARNING: Voice data download failed"_s);
+    }
+    // Whether it is true, the next checks tell.
+    feed.publish([](SetupManager &manager) { manager.m_hasModels = true; });
+}
+
+void SetupManager::VoiceInstallation::createVenv() const
+{
+    const QString venv = expandPath(config.voice.venvPath);
+    const QString python = venv + u"/bin/python"_s;
+    if (fileExists(python)) {
+        return;
+    }
+    feed.addStatus(u"Creating Python venv…"_s);
+    const bool isNew = !fileExists(venv);
+    const ShellResult result = runShell(u"python3 -m venv "_s + quoted(venv));
+    if (result.success) {
+        feed.addStatus(u"Venv created"_s);
+        installRequirements(venv);
+    } else {
+        feed.addStatus(u"ERROR: "_s + result.output);
+        if (isNew) {
+            QDir(venv).removeRecursively(); // half an environment would pass for a whole one
+        }
+    }
+    feed.publish(
+        [exists = fileExists(python)](SetupManager &manager) { manager.m_hasVenv = exists; });
+}
+
+void SetupManager::VoiceInstallation::installRequirements(const QString &venv) const
+{
+    const QString requirements = resources.value_or(QString()) + u"/voice-agent/requirements.txt"_s;
+    if (!resources || !fileExists(requirements)) {
+        return;
+    }
+    feed.addStatus(u"Installing voice dependencies (this takes a few minutes)…"_s);
+    const ShellResult result = runShell(quoted(venv + u"/bin/pip"_s) + u" install -r "_s +
+                                        quoted(requirements) + u" 2>&1"_s);
+    constexpr qsizetype shownCharacters = 300;
+    feed.addStatus(result.success ? u"✓ Dependencies installed"_s
+                                  : u"WARNING: pip install failed — "_s +
+                                        result.output.right(shownCharacters));
+}
+
+void SetupManager::VoiceInstallation::finish()
+{
+    config.voice.enabled = true;
+    config.save();
+    feed.addStatus(u"Setup complete!"_s);
+    feed.publish([saved = config](SetupManager &manager) {
+        manager.m_config = saved;
+        manager.m_isRunning = false;
+        manager.m_isComplete = true;
+    });
+}
+
+void SetupManager::run()
+{
+    if (m_isRunning) {
+        return;
+    }
+    m_isRunning = true;
+    m_statusMessages.clear();
+    userInitiatedPool().start(
+        [installation = VoiceInstallation{.feed = m_feed.writer(),
+                                          .resources = m_surroundings.resources,
+                                          .config = m_config,
+                                          .configOnDisk = m_configOnDisk}]() mutable {
+            installation.run();
+        });
+}
+
+void SetupManager::openOnboarding()
+{
+    userInitiatedPool().start([feed = m_feed.writer()] {
+        static const QByteArray script = "#!/bin/bash\n"
+                                         "export PATH=/opt/homebrew/bin:/usr/local/bin:$PATH\n"
+                                         "clear\n"
+                                         "echo \"=== OSTRELLE — Duskrell Setup ===\"\n"
+                                         "echo\n"
+                                         "duskrell onboard\n"
+                                         "echo\n"
+                                         "echo \"Done! You can close this window.\"\n"
+                                         "read -p \"Press Enter...\"\n";
+        constexpr mode_t executable = 0755;
+        const auto directory = privateTemporaryDirectory();
+        const QString file = directory.value_or(QString()) + u"/ostrelle-onboard.command"_s;
+        if (!directory || !createAnew(file, script, executable) || !openInTerminal(file)) {
+            feed.addStatus(u"Could not open a terminal. Run in one: duskrell onboard"_s);
+        }
+    });
+}
+
+void SetupManager::saveGatewayToken()
+{
+    const QString token = m_gatewayTokenInput.value().trimmed();
+    if (token.isEmpty()) {
+        return;
+    }
+    userInitiatedPool().start(
+        [token, feed = m_feed.writer(), held = m_config, configOnDisk = m_configOnDisk] {
+            const QString gateway = upToDate(held, configOnDisk).gateway.url;
+            KeychainHelper::saveToken(token, gateway);
+            KeychainHelper::saveToken(token, KeychainHelper::activeKey);
+            feed.publish([](SetupManager &manager) { manager.m_hasGatewayToken = true; });
+        });
+}
+
+} // namespace ostrelle

@@ -1,0 +1,50 @@
+#include "setup/ModelFile.h"
+
+#include "platform/Files.h"
+#include "platform/Paths.h"
+
+#include <QFile>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString releaseAddress =
+    u"https://github.com/thewh1teagle/kokoro-onnx/releases/download/model-files-v1.0/"_s;
+
+} // namespace
+
+QString voiceDataDirectory()
+{
+    return homeDirectory() + u"/.ostrelle/data"_s;
+}
+
+ModelFile::ModelFile(const QString &name)
+    : m_path(voiceDataDirectory() + u"/models/"_s + name)
+    , m_address(releaseAddress + name)
+    , m_marker(m_path + u".incomplete"_s)
+{
+}
+
+bool ModelFile::exists() const
+{
+    return fileExists(m_path) && !fileExists(m_marker);
+}
+
+ShellResult ModelFile::download() const
+{
+    static_cast<void>(writeInPlace(m_marker, QByteArray()));
+    const ShellResult result =
+        runShell(u"curl -fSL -o "_s + quoted(m_path) + u' ' + quoted(m_address));
+    if (!result.success) {
+        QFile::remove(m_path);
+    }
+    QFile::remove(m_marker);
+    return result;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "setup/SetupShell.h"
+
+namespace ostrelle
+{
+
+// The directory of what the voice agent needs beside its program.
+QString voiceDataDirectory();
+
+// A file of the Kokoro speech model, which is downloaded once. Half a file never passes for the
+// whole one: it goes when the download fails, and a marker beside it tells when the download was
+// cut off together with the program.
+class ModelFile
+{
+public:
+    static ModelFile speechModel() { return ModelFile(QStringLiteral("kokoro-v1.0.onnx")); }
+    static ModelFile voiceData() { return ModelFile(QStringLiteral("voices-v1.0.bin")); }
+
+    bool exists() const;
+
+    // Blocks: background threads only.
+    ShellResult download() const;
+
+private:
+    explicit ModelFile(const QString &name);
+
+    QString m_path;
+    QString m_address;
+    QString m_marker; // is there while the file is downloaded
+};
+
+} // namespace ostrelle

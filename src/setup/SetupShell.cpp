@@ -1,0 +1,83 @@
+#include "setup/SetupShell.h"
+
+#include "platform/ChildProcess.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+
+#include <QStringDecoder>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+constexpr auto timeToEnd = 2s; // for a command whose time is up
+
+QString decoded(const QByteArray &output)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder(output);
+    return decoder.hasError() ? QString() : text.trimmed();
+}
+
+QString timedOut(std::chrono::milliseconds timeout)
+{
+    return u"Command timed out after %1s"_s.arg(timeout / 1s);
+}
+
+} // namespace
+
+QProcessEnvironment shellEnvironment()
+{
+    QProcessEnvironment environment;
+    environment.insert(u"PATH"_s,
+                       u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"_s);
+    environment.insert(u"HOME"_s, homeDirectory());
+    return environment;
+}
+
+ShellResult runShell(const QString &command, std::optional<std::chrono::milliseconds> timeout)
+{
+    const auto result =
+        runChild({.program = u"/bin/bash"_s,
+                  .arguments = {u"-lc"_s, command},
+                  .environment = shellEnvironment()},
+                 {.capture = Capture::Merged, .killAfter = timeout, .killGrace = timeToEnd});
+    if (!result) {
+        const bool isLate = result.error().kind == ChildFailure::Kind::TimedOut && timeout;
+        return {.success = false, .output = isLate ? timedOut(*timeout) : result.error().text};
+    }
+    return {.success = result->exitedNormally && result->exitStatus == 0,
+            .output = decoded(result->output)};
+}
+
+bool isOnPath(const QString &tool)
+{
+    return runShell(u"which "_s + tool).success;
+}
+
+QString tailscaleCLI()
+{
+    if (const ShellResult found = runShell(u"which tailscale 2>/dev/null"_s); found.success) {
+        return found.output;
+    }
+    for (const QString &candidate :
+         {u"/usr/local/bin/tailscale"_s, u"/opt/homebrew/bin/tailscale"_s,
+          u"/Applications/Tailscale.app/Contents/MacOS/Tailscale"_s}) {
+        if (fileExists(candidate)) {
+            return candidate;
+        }
+    }
+    return u"tailscale"_s;
+}
+
+QString quoted(const QString &text)
+{
+    return u'\'' + QString(text).replace(u"'"_s, u"'\\''"_s) + u'\'';
+}
+
+} // namespace ostrelle

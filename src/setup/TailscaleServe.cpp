@@ -1,0 +1,123 @@
+#include "setup/SetupManager.h"
+#include "setup/SetupShell.h"
+
+#include <QTimer>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+// Publishes the gateway and the status server's history to the tailnet, in the background.
+class SetupManager::ServeConfiguration
+{
+public:
+    void run();
+
+    const ProgressFeed::Writer feed;
+    const std::chrono::milliseconds timeout;
+    QString cli = {}; // quoted
+
+private:
+    ShellResult tailscale(const QString &arguments) const
+    {
+        return runShell(cli + u' ' + arguments + u" 2>&1"_s, timeout);
+    }
+    bool publishGateway() const;
+    void publishHistory() const;
+    void configureGateway() const;
+    void restartTailscale() const;
+};
+
+void SetupManager::ServeConfiguration::run()
+{
+    if (feed.isManagerGone()) {
+        return;
+    }
+    cli = quoted(tailscaleCLI());
+    if (!publishGateway()) {
+        feed.publish([](SetupManager &manager) { manager.m_isConfiguringTailscale = false; });
+        return;
+    }
+    publishHistory();
+    configureGateway();
+    restartTailscale();
+    feed.publish([](SetupManager &manager) {
+        QTimer::singleShot(manager.m_surroundings.restartPause, &manager, [&manager] {
+            manager.runChecks([&manager] { manager.m_isConfiguringTailscale = false; });
+        });
+    });
+}
+
+// Older versions of Tailscale know only the second form.
+bool SetupManager::ServeConfiguration::publishGateway() const
+{
+    if (!tailscale(u"serve --bg http://127.0.0.1:18789"_s).success) {
+        const ShellResult second = tailscale(u"serve --bg https / http://127.0.0.1:18789"_s);
+        if (!second.success) {
+            constexpr qsizetype shownCharacters = 200;
+            feed.addStatus(u"⚠ Tailscale serve failed: "_s + second.output.left(shownCharacters));
+            feed.addStatus(u"Try manually: tailscale serve --bg http://127.0.0.1:18789"_s);
+            return false;
+        }
+    }
+    feed.addStatus(u"✓ Tailscale HTTPS serve enabled (gateway)"_s);
+    return true;
+}
+
+void SetupManager::ServeConfiguration::publishHistory() const
+{
+    const bool success =
+        tailscale(u"serve --bg --set-path /history http://127.0.0.1:18794"_s).success;
+    feed.addStatus(success
+                       ? u"✓ Tailscale /history route enabled"_s
+                       : u"⚠ /history route failed — try: tailscale serve --bg --set-path /history "
+                         "http://127.0.0.1:18794"_s);
+}
+
+void SetupManager::ServeConfiguration::configureGateway() const
+{
+    const ShellResult found =
+        runShell(u"PATH=/opt/homebrew/bin:/usr/local/bin:$PATH which duskrell"_s);
+    if (!found.success) {
+        return;
+    }
+    const QString duskrell = quoted(found.output);
+    for (const QString &setting : {u"gateway.bind loopback"_s, u"gateway.tailscale.mode serve"_s,
+                                   u"gateway.http.endpoints.chatCompletions.enabled true"_s}) {
+        runShell(duskrell + u" config set "_s + setting + u" 2>&1"_s);
+    }
+    feed.addStatus(u"✓ Duskrell gateway configured (Tailscale + chat API)"_s);
+    runShell(duskrell + u" gateway restart 2>&1"_s);
+    feed.addStatus(u"✓ Duskrell gateway restarted"_s);
+}
+
+void SetupManager::ServeConfiguration::restartTailscale() const
+{
+    feed.addStatus(u"Restarting Tailscale to apply serve config…"_s);
+    if (tailscale(u"restart"_s).success) {
+        feed.addStatus(u"✓ Tailscale restarted"_s);
+        return;
+    }
+    const QString service = isOnPath(u"launchctl"_s)
+                                ? u"launchctl kickstart -k system/com.tailscale.ipn.macsys"_s
+                                : u"systemctl restart tailscaled"_s;
+    runShell(u"sudo "_s + service + u" 2>&1"_s, timeout);
+    feed.addStatus(u"✓ Tailscale service restarted"_s);
+}
+
+void SetupManager::configureTailscaleServe()
+{
+    if (m_isConfiguringTailscale) {
+        return;
+    }
+    m_isConfiguringTailscale = true;
+    m_feed.writer().addStatus(u"Configuring Tailscale HTTPS serve…"_s);
+    userInitiatedPool().start(
+        [configuration = ServeConfiguration{.feed = m_feed.writer(),
+                                            .timeout = m_surroundings.tailscaleTimeout}]() mutable {
+            configuration.run();
+        });
+}
+
+} // namespace ostrelle

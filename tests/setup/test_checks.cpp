@@ -1,0 +1,186 @@
+#include "SetupHome.h"
+#include "platform/ChildProcess.h"
+#include "setup/SetupShell.h"
+#include "support/Processes.h"
+
+#include <QSignalSpy>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+// The names of the boolean fields that are true.
+QStringList truths(const SetupManager &manager)
+{
+    QStringList names;
+    const QMetaObject *type = manager.metaObject();
+    for (int i = type->propertyOffset(); i < type->propertyCount(); ++i) {
+        if (type->property(i).read(&manager).metaType() == QMetaType::fromType<bool>() &&
+            type->property(i).read(&manager).toBool()) {
+            names.append(QString::fromUtf8(type->property(i).name()));
+        }
+    }
+    return names;
+}
+
+} // namespace
+
+class ChecksTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void shell_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<bool>("success");
+        QTest::addColumn<QString>("output");
+        QTest::newRow("blanks around") << u"echo; echo ' two words '"_s << true << u"two words"_s;
+        QTest::newRow("fails") << u"echo why; exit 3"_s << false << u"why"_s;
+        QTest::newRow("both streams") << u"echo a; echo b >&2; echo c"_s << true << u"a\nb\nc"_s;
+        QTest::newRow("not UTF-8") << u"printf 'a\\377b'"_s << true << QString();
+        QTest::newRow("ends by a signal") << u"kill -9 $$"_s << false << QString();
+        QTest::newRow("more than a pipe holds")
+            << u"for i in {1..40000}; do echo 0123456789; done | cat"_s << true
+            << u"0123456789\n"_s.repeated(40000).trimmed();
+        QTest::newRow("environment")
+            << u"cat /proc/$$/environ; true"_s << true
+            << u"HOME=%1\u0000PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:"
+               "/sbin"_s;
+    }
+
+    void shell()
+    {
+        QFETCH(const QString, command);
+        QFETCH(const bool, success);
+        QFETCH(QString, output);
+        const SetupHome home;
+        ShellResult result = runShell(command);
+        QCOMPARE(result.output.remove(u'\0'), output.replace(u"%1"_s, home.path()).remove(u'\0'));
+        QCOMPARE(result.success, success);
+    }
+
+    void lateCommand()
+    {
+        const SetupHome home;
+        const ShellResult result = runShell(
+            u"trap '' TERM; echo $$ > ~/pid; echo much; while true; do sleep 1; done"_s, 1900ms);
+        QCOMPARE(result.success, false);
+        QCOMPARE(result.output, u"Command timed out after 1s"_s);
+        QVERIFY(!isAlive(home.read(u"pid"_s).trimmed().toInt()));
+    }
+
+    void nothingThere()
+    {
+        const SetupHome home;
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        manager.checkFirstLaunch();
+        QVERIFY(waitFor([&] { return manager.showSetup(); }));
+        QCOMPARE(truths(manager), QStringList(u"showSetup"_s));
+    }
+
+    void everythingThere()
+    {
+        const SetupHome home;
+        for (const char *tool : {"node", "brew", "xcode-select"}) {
+            home.addTool(QString::fromUtf8(tool));
+        }
+        home.addTool(u"tailscale"_s, R"(case "$1" in
+            status) echo '{"BackendState":"Running"}';;
+            serve) echo 'https://here.ts.net';;
+        esac)");
+        for (const char *file : {".npm-global/bin/duskrell", ".duskrell/agents/main/agent",
+                                 ".ostrelle/venv/bin/python"}) {
+            home.write(QString::fromUtf8(file), "");
+        }
+        home.write(u".ostrelle/data/models/kokoro-v1.0.onnx"_s, "model");
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.token = u"secret"_s;
+        config.save();
+        SetupManager manager(config, home.surroundings());
+        const QSignalSpy logs(manager.statusMessages(), &StatusLog::rowsInserted);
+
+        manager.checkFirstLaunch();
+        QVERIFY(waitFor([&] { return manager.hasModels(); }));
+        // Python takes no part in the decision.
+        QCOMPARE(truths(manager),
+                 QStringList({u"hasXcodeCLT"_s, u"hasBrew"_s, u"hasNode"_s, u"hasDuskrell"_s,
+                              u"hasTailscale"_s, u"tailscaleLoggedIn"_s, u"tailscaleServeRunning"_s,
+                              u"hasGatewayToken"_s, u"hasAgent"_s, u"hasConfig"_s, u"hasVenv"_s,
+                              u"hasModels"_s}));
+
+        // The models are the last check: what they tell comes after everything else.
+        home.addTool(u"brew"_s, "");
+        QFile::remove(home.path(u"bin/xcode-select"_s));
+        home.addTool(u"cc"_s);
+        QFile::remove(home.path(u"bin/brew"_s));
+        home.addTool(u"pacman"_s);
+        home.write(u".ostrelle/data/models/kokoro-v1.0.onnx.incomplete"_s, "");
+        const QSignalSpy xcode(&manager, &SetupManager::hasXcodeCLTChanged);
+        manager.runChecks();
+        QVERIFY(waitFor([&] { return !manager.hasModels(); }));
+        QCOMPARE(manager.xcodeCLTNote(), u"here: cc"_s);
+        QCOMPARE(manager.brewNote(), u"here: pacman"_s);
+        QVERIFY(manager.hasBrew() && manager.hasXcodeCLT() && xcode.isEmpty() && logs.isEmpty());
+    }
+
+    void tailscale_data()
+    {
+        QTest::addColumn<QByteArray>("tool");
+        QTest::addColumn<QString>("shown"); // what is true, and the link
+        const auto row = [](const char *name, const QByteArray &status, const QByteArray &serve,
+                            const QString &shown) {
+            QTest::newRow(name) << QByteArray("case $1 in status) " + status + ";; serve) " +
+                                              serve + ";; esac")
+                                << u"hasTailscale"_s + shown;
+        };
+        row("logged out", "echo '{\"BackendState\":\"NeedsLogin\"}'", "true", {});
+        row("state of another type", "echo '{\"BackendState\":[\"Running\"]}'", "true", {});
+        row("not JSON", "echo Running", "true", {});
+        row("running, but failing", "echo '{\"BackendState\":\"Running\"}'; exit 1", "true", {});
+        row("logged in", "echo '{\"BackendState\":\"Running\"}'", "true", u" tailscaleLoggedIn"_s);
+        row("serving", "true", "echo https://a.ts.net", u" tailscaleServeRunning"_s);
+        row("serving, but failing", "true", "echo https://a.ts.net; exit 1", {});
+        row("not enabled", "true",
+            "(echo Serve is not enabled on your tailnet.; echo To enable, visit:; "
+            "printf ' \\t https://login.tailscale.com/f/serve?node=1\\t\\n') >&2; exit 1",
+            u" tailscaleServeNotEnabled https://login.tailscale.com/f/serve?node=1"_s);
+        row("not enabled, no link", "true", "echo it is not enabled",
+            u" tailscaleServeNotEnabled"_s);
+    }
+
+    void tailscale()
+    {
+        QFETCH(const QByteArray, tool);
+        QFETCH(const QString, shown);
+        const SetupHome home;
+        home.addTool(u"tailscale"_s, tool);
+        home.write(u".duskrell/agents/main/agent"_s, "");
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        manager.runChecks();
+        QVERIFY(waitFor([&] { return manager.hasAgent(); })); // checked after Tailscale
+        const QStringList state = truths(manager) << manager.tailscaleServeEnableURL();
+        QCOMPARE(state.join(u' ').remove(u" hasAgent"_s).trimmed(), shown);
+    }
+
+    void hungTool()
+    {
+        const SetupHome home;
+        home.addTool(u"tailscale"_s, "sleep 60");
+        home.write(u".duskrell/agents/main/agent"_s, "");
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        manager.runChecks();
+        QVERIFY(waitFor([&] { return !home.calls().isEmpty(); }));
+        home.addTool(u"tailscale"_s);
+        manager.runChecks(); // is not held up by the first
+        QVERIFY(waitFor([&] { return manager.hasAgent(); }));
+        endAllChildren(); // the last test: nothing can be started any more
+    }
+};
+
+QTEST_GUILESS_MAIN(ChecksTest)
+
+#include "test_checks.moc"

@@ -1,0 +1,244 @@
+#include "SetupHome.h"
+#include "core/KeychainHelper.h"
+#include "setup/InstallerOutput.h"
+
+#include <QAbstractItemModelTester>
+#include <QDir>
+
+#include <csignal>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString begun = u"Installing Duskrell + dependencies…"_s;
+const QString patience = u"This may take 5–10 minutes on a fresh Mac."_s;
+const QString askpass = u".run/ostrelle-askpass.sh"_s;
+
+void addVoiceParts(const SetupHome &home)
+{
+    home.write(u".ostrelle/venv/bin/python"_s, "");
+    home.write(u".ostrelle/data/models/kokoro-v1.0.onnx"_s, "model");
+    home.write(u".ostrelle/data/models/voices-v1.0.bin"_s, "voices");
+}
+
+bool install(SetupManager &manager, const QString &password = u"secret"_s)
+{
+    manager.setSudoPassword(password);
+    manager.installDuskrell();
+    return waitFor([&] { return !manager.isInstallingDuskrell() && !manager.isRunning(); });
+}
+
+} // namespace
+
+class InstallationTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void blankPassword()
+    {
+        const SetupHome home;
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        QVERIFY(install(manager, u" \n"_s));
+        QVERIFY(manager.needsSudoPassword());
+        QVERIFY(messagesOf(manager).isEmpty());
+    }
+
+    void password()
+    {
+        const SetupHome home;
+        addVoiceParts(home);
+        home.addTool(u"sudo"_s, "cat >> ~/calls");
+        home.addInstaller("/usr/bin/stat -c %a \"$SUDO_ASKPASS\"; \"$SUDO_ASKPASS\"\n"
+                          "echo \"$SUDO_PASS $NONINTERACTIVE $HOME\"");
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+
+        QVERIFY(install(manager, u" it's $5;\"x\" "_s));
+
+        const QString typed = u"it's $5;\"x\""_s;
+        QCOMPARE(messagesOf(manager),
+                 QStringList({begun, patience, u"700"_s, typed, typed + u" 1 "_s + home.path(),
+                              u"✓ Installation complete!"_s}));
+        QCOMPARE(home.calls(), QStringList({u"sudo -S -v"_s, typed}));
+        QVERIFY(manager.sudoPassword().isEmpty());
+        QVERIFY(!home.exists(askpass));
+        QVERIFY(!manager.isComplete());
+    }
+
+    void installer_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QStringList>("messages");
+        QTest::newRow("fails") << QByteArray("echo ' a '; echo; echo b >&2; exit 4")
+                               << QStringList{begun, patience, u" a "_s, u"b"_s,
+                                              u"⚠ Install finished with errors (exit 4)"_s};
+        QTest::newRow("refuses the password")
+            << QByteArray("echo a; echo SUDO_FAILED: no; echo b; exit 1")
+            << QStringList{u"Incorrect password — try again."_s};
+        QTest::newRow("is not there")
+            << QByteArray()
+            << QStringList{begun, patience,
+                           u"ERROR: install-duskrell.sh not found in app bundle"_s};
+    }
+
+    void installer()
+    {
+        QFETCH(const QByteArray, script);
+        QFETCH(const QStringList, messages);
+        const SetupHome home;
+        addVoiceParts(home);
+        if (!script.isEmpty()) {
+            home.addInstaller(script);
+        }
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        QVERIFY(install(manager));
+        QCOMPARE(messagesOf(manager), messages);
+        QCOMPARE(manager.sudoPasswordError(), messages.size() == 1);
+        QVERIFY(!home.exists(askpass));
+    }
+
+    void goneBeforeItsEnd()
+    {
+        const SetupHome home;
+        home.addInstaller("echo $$ > ~/started; exec sleep 60");
+        {
+            SetupManager manager(OstrelleConfig::load(), home.surroundings());
+            manager.setSudoPassword(u"secret"_s);
+            manager.installDuskrell();
+            QVERIFY(waitFor([&] { return home.exists(u"started"_s) && home.exists(askpass); }));
+        }
+        QVERIFY(!home.exists(askpass));
+        ::kill(home.read(u"started"_s).trimmed().toInt(), SIGKILL);
+    }
+
+    void outputInPieces()
+    {
+        const QByteArray output = "one\n\nzwölf\nSUDO_FAILED\nlast";
+        for (qsizetype cut = 0; cut <= output.size(); ++cut) {
+            InstallerOutput reader;
+            QByteArrayList messages = reader.take(output.left(cut));
+            messages += reader.take(output.mid(cut));
+            const QByteArray shown = messages.join();
+            QVERIFY2(reader.sudoFailed(), shown);
+            QVERIFY2(shown.startsWith("onezwölf") && shown.endsWith("last"), shown);
+        }
+        InstallerOutput reader;
+        QCOMPARE(reader.take("a\n\xff\n"), QByteArrayList());
+        QCOMPARE(reader.take("b\n"), QByteArrayList({"b"}));
+    }
+
+    void flood()
+    {
+        const SetupHome home;
+        addVoiceParts(home);
+        home.addInstaller("for i in {1..20000}; do echo line $i; done");
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        const QAbstractItemModelTester tester(manager.statusMessages());
+        QVERIFY(install(manager));
+        QCOMPARE(manager.statusMessages()->rowCount(), 20'003);
+        QCOMPARE(messagesOf(manager)[20'001], u"line 20000"_s);
+    }
+
+    void voiceParts()
+    {
+        const SetupHome home;
+        home.addTool(u"python3"_s, "exec /usr/bin/python3 \"$@\"");
+        home.write(u".config/pip/pip.conf"_s, "[global]\nno-index=1\ndisable-pip-version-check=1");
+        home.addTool(u"curl"_s, "[ $4 != ${4%.bin} ] && { echo half > $3; exit 22; }\n"
+                                "echo model > $3");
+        home.write(u"resources/voice-agent/config.yaml"_s, "new");
+        home.write(u"resources/voice-agent/sounds/thinking.wav"_s, "wav");
+        home.write(u"resources/voice-agent/requirements.txt"_s, "");
+        home.write(u".ostrelle/data/config.yaml"_s, "mine");
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+
+        manager.run();
+        manager.run(); // one at a time
+        QVERIFY(waitFor([&] { return manager.isComplete(); }));
+
+        const QString saved = u"Config saved to "_s + OstrelleConfig::configPath();
+        QCOMPARE(messagesOf(manager),
+                 QStringList({u"Creating config…"_s, saved, u"Setting up voice data directory…"_s,
+                              u"Downloading Kokoro TTS model (~310MB)…"_s,
+                              u"Kokoro model downloaded"_s, u"Downloading voice data (~27MB)…"_s,
+                              u"WARNING: Voice data download failed"_s, u"Creating Python venv…"_s,
+                              u"Venv created"_s,
+                              u"Installing voice dependencies (this takes a few minutes)…"_s,
+                              u"✓ Dependencies installed"_s, u"Setup complete!"_s}));
+        const QString models = u".ostrelle/data/models"_s;
+        QCOMPARE(QDir(home.path(models)).entryList(QDir::Files),
+                 QStringList(u"kokoro-v1.0.onnx"_s));
+        QCOMPARE(home.read(u".ostrelle/data/config.yaml"_s), QByteArray("mine"));
+        QCOMPARE(home.read(u".ostrelle/data/sounds/thinking.wav"_s), QByteArray("wav"));
+        QVERIFY(home.exists(u".ostrelle/venv/bin/python"_s) && manager.hasVenv());
+        QVERIFY(OstrelleConfig::load().voice.enabled);
+
+        home.write(models + u"/voices-v1.0.bin"_s, "voices");
+        OstrelleConfig paired = OstrelleConfig::load();
+        paired.gateway.url = u"https://paired"_s;
+        paired.save();
+        manager.run();
+        QVERIFY(waitFor([&] { return !manager.isRunning(); }));
+        QCOMPARE(messagesOf(manager),
+                 QStringList({u"Creating config…"_s, saved, u"Setting up voice data directory…"_s,
+                              u"Setup complete!"_s}));
+        QCOMPARE(OstrelleConfig::load(), paired);
+    }
+
+    void voicePartsFail()
+    {
+        const SetupHome home;
+        home.addTool(u"curl"_s, "printf 'x%.0s' 1 2; seq -s . 200; echo half > $3; exit 22");
+        home.addRealTool(u"seq"_s);
+        home.addTool(u"python3"_s,
+                     "mkdir -p $3/bin; cp ~/calls $3/bin/python; echo no venv; exit 1");
+        home.addInstaller("exit 0");
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+
+        QVERIFY(install(manager)); // goes on with the voice parts by itself
+
+        const QStringList messages = messagesOf(manager);
+        QCOMPARE(messages.value(0), u"Creating config…"_s);
+        const QString warning = u"WARNING: Kokoro download failed — "_s;
+        QCOMPARE(messages.value(4).left(warning.size() + 4), warning + u"xx1."_s);
+        QCOMPARE(messages.value(4).size(), warning.size() + 100);
+        QCOMPARE(messages.value(8), u"ERROR: no venv"_s);
+        QVERIFY(manager.isComplete() && !manager.hasVenv());
+        QVERIFY(!home.exists(u".ostrelle/data/models/kokoro-v1.0.onnx"_s));
+        QVERIFY(!home.exists(u".ostrelle/venv"_s));
+    }
+
+    void token()
+    {
+        const SetupHome home;
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        manager.setGatewayTokenInput(u" \t"_s);
+        manager.saveGatewayToken();
+        manager.setGatewayTokenInput(u" tok \n"_s);
+        manager.saveGatewayToken();
+        QVERIFY(waitFor([&] { return manager.hasGatewayToken(); }));
+        QCOMPARE(KeychainHelper::getToken(u"http://127.0.0.1:18789"_s), u"tok"_s);
+        QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"tok"_s);
+    }
+
+    void onboarding()
+    {
+        const SetupHome home;
+        home.writeScript(u"bin/x-terminal-emulator"_s, "echo \"$@\" > ~/opened");
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        manager.openOnboarding();
+        const QByteArray script = home.path(u".run/ostrelle-onboard.command"_s).toUtf8();
+        QVERIFY(waitFor([&] { return home.read(u"opened"_s) == "-e " + script + '\n'; }));
+        QCOMPARE(QFile(QString::fromUtf8(script)).size(), 204);
+        qputenv("PATH", path);
+    }
+};
+
+QTEST_GUILESS_MAIN(InstallationTest)
+
+#include "test_installation.moc"

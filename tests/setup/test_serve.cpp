@@ -1,0 +1,98 @@
+#include "SetupHome.h"
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+class ServeTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void configure_data()
+    {
+        QTest::addColumn<QByteArray>("tailscale"); // fails on what ends with a status
+        QTest::addColumn<bool>("hasGateway");
+        QTest::addColumn<QStringList>("messages");
+        const QString serve = u"✓ Tailscale HTTPS serve enabled (gateway)"_s;
+        const QString history = u"✓ Tailscale /history route enabled"_s;
+        const QString configured = u"✓ Duskrell gateway configured (Tailscale + chat API)"_s;
+        const QString restarted = u"✓ Duskrell gateway restarted"_s;
+        const QString restarting = u"Restarting Tailscale to apply serve config…"_s;
+        const QString done = u"✓ Tailscale restarted"_s;
+        const QString manually = u"Try manually: tailscale serve --bg http://127.0.0.1:18789"_s;
+
+        QTest::newRow("all goes well")
+            << QByteArray() << true
+            << QStringList{serve, history, configured, restarted, restarting, done};
+        QTest::newRow("only the second form")
+            << QByteArray("'serve --bg http://127.0.0.1:18789') exit 1;;") << true
+            << QStringList{serve, history, configured, restarted, restarting, done};
+        QTest::newRow("neither form")
+            << QByteArray("serve*) printf 'x%.0s' {1..300}; exit 1;;") << true
+            << QStringList{u"⚠ Tailscale serve failed: "_s + QString(200, u'x'), manually};
+        QTest::newRow("hangs") << QByteArray("serve*) sleep 60;;") << true
+                               << QStringList{u"⚠ Tailscale serve failed: Command timed out after "
+                                              "1s"_s,
+                                              manually};
+        QTest::newRow("no history")
+            << QByteArray("*/history*) exit 1;;") << true
+            << QStringList{serve,
+                           u"⚠ /history route failed — try: tailscale serve --bg --set-path "
+                           "/history http://127.0.0.1:18794"_s,
+                           configured,
+                           restarted,
+                           restarting,
+                           done};
+        QTest::newRow("no gateway tool, no restart")
+            << QByteArray("restart) exit 1;;") << false
+            << QStringList{serve, history, restarting, u"✓ Tailscale service restarted"_s};
+    }
+
+    void configure()
+    {
+        QFETCH(const QByteArray, tailscale);
+        QFETCH(const bool, hasGateway);
+        QFETCH(QStringList, messages);
+        const SetupHome home;
+        home.addTool(u"tailscale"_s, "exec bash -c 'case \"$*\" in " +
+                                         QByteArray(tailscale).replace("'", "'\\''") +
+                                         " \"serve status\") echo https://x;; esac' - \"$@\"");
+        home.addTool(u"sudo"_s);
+        if (hasGateway) {
+            home.addTool(u"duskrell"_s, "exit 1"); // which nobody looks at
+        }
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+
+        manager.configureTailscaleServe();
+        manager.configureTailscaleServe(); // one at a time
+        QVERIFY(waitFor([&] { return !manager.isConfiguringTailscale(); }));
+
+        messages.prepend(u"Configuring Tailscale HTTPS serve…"_s);
+        QCOMPARE(messagesOf(manager), messages);
+        QCOMPARE(manager.tailscaleServeRunning(), messages.size() > 3); // checked at the end
+    }
+
+    void commands()
+    {
+        const SetupHome home;
+        home.addTool(u"tailscale"_s, "[ $1 != restart ]");
+        home.addTool(u"sudo"_s);
+        home.addTool(u"duskrell"_s);
+        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        manager.configureTailscaleServe();
+        QVERIFY(waitFor([&] { return !manager.isConfiguringTailscale(); }));
+        QCOMPARE(home.calls().mid(0, 8),
+                 QStringList({u"tailscale serve --bg http://127.0.0.1:18789"_s,
+                              u"tailscale serve --bg --set-path /history http://127.0.0.1:18794"_s,
+                              u"duskrell config set gateway.bind loopback"_s,
+                              u"duskrell config set gateway.tailscale.mode serve"_s,
+                              u"duskrell config set "
+                              "gateway.http.endpoints.chatCompletions.enabled true"_s,
+                              u"duskrell gateway restart"_s, u"tailscale restart"_s,
+                              u"sudo systemctl restart tailscaled"_s}));
+    }
+};
+
+QTEST_GUILESS_MAIN(ServeTest)
+
+#include "test_serve.moc"
