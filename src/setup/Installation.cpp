@@ -172,11 +172,11 @@ public:
     const OstrelleConfig configOnDisk;
 
 private:
-    void writeConfig() const;
-    void prepareData() const;
+    void writeConfig();
+    void prepareData();
     void copyIfMissing(const QString &name) const;
-    void downloadModel() const;
-    void createVenv() const;
+    void downloadModel();
+    void createVenv();
     void installRequirements(const QString &venv) const;
     void finish();
 };
@@ -187,14 +187,16 @@ void SetupManager::VoiceInstallation::run()
         return;
     }
     config = upToDate(config, configOnDisk);
-    writeConfig();
-    prepareData();
-    downloadModel();
-    createVenv();
-    finish();
+    for (const auto step : {&VoiceInstallation::writeConfig, &VoiceInstallation::prepareData,
+                            &VoiceInstallation::downloadModel, &VoiceInstallation::createVenv,
+                            &VoiceInstallation::finish}) {
+        if (!programEnds()) {
+            (this->*step)();
+        }
+    }
 }
 
-void SetupManager::VoiceInstallation::writeConfig() const
+void SetupManager::VoiceInstallation::writeConfig()
 {
     feed.addStatus(u"Creating config…"_s);
     config.save();
@@ -202,7 +204,7 @@ void SetupManager::VoiceInstallation::writeConfig() const
     feed.addStatus(u"Config saved to "_s + OstrelleConfig::configPath());
 }
 
-void SetupManager::VoiceInstallation::prepareData() const
+void SetupManager::VoiceInstallation::prepareData()
 {
     feed.addStatus(u"Setting up voice data directory…"_s);
     const QString data = voiceDataDirectory();
@@ -223,7 +225,7 @@ void SetupManager::VoiceInstallation::copyIfMissing(const QString &name) const
     }
 }
 
-void SetupManager::VoiceInstallation::downloadModel() const
+void SetupManager::VoiceInstallation::downloadModel()
 {
     if (const ModelFile model = ModelFile::speechModel(); !model.exists()) {
         feed.addStatus(u"Downloading Kokoro TTS model (~310MB)…"_s);
@@ -242,7 +244,7 @@ void SetupManager::VoiceInstallation::downloadModel() const
     feed.publish([](SetupManager &manager) { manager.m_hasModels = true; });
 }
 
-void SetupManager::VoiceInstallation::createVenv() const
+void SetupManager::VoiceInstallation::createVenv()
 {
     const QString venv = expandPath(config.voice.venvPath);
     const QString python = venv + u"/bin/python"_s;

@@ -1,6 +1,7 @@
 #include "setup/SetupManager.h"
 
 #include "core/ExpandPath.h"
+#include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "setup/AskpassFile.h"
 #include "setup/ModelFile.h"
@@ -84,10 +85,14 @@ private:
     void checkServe(const QString &cli) const;
     void checkFiles() const;
 
-    // Results of a run that was superseded are dropped.
+    // Dropped are the results of a run that was superseded, and those of commands that the end of
+    // the program cut short.
     template<typename Change>
     void publish(Change change) const
     {
+        if (programEnds()) {
+            return;
+        }
         m_writer.publish([generation = m_generation, change](SetupManager &manager) {
             if (generation == manager.m_checkGeneration) {
                 change(manager);

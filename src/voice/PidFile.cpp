@@ -54,9 +54,16 @@ public:
         });
     }
 
+    void finish()
+    {
+        std::vector<std::jthread> kills; // told to stop and waited for at the end of its scope
+        const std::scoped_lock lock(m_mutex);
+        kills.swap(m_kills);
+    }
+
 private:
     std::mutex m_mutex;
-    std::vector<std::jthread> m_kills; // protected by m_mutex; destroyed: told to stop, waited for
+    std::vector<std::jthread> m_kills; // protected by m_mutex
 };
 
 std::optional<pid_t> readPid(const QString &path)
@@ -113,6 +120,11 @@ system_clock::time_point timeOfWriting(const QString &path)
 void prepareKills()
 {
     PendingKills::instance();
+}
+
+void killRemaining()
+{
+    PendingKills::instance().finish();
 }
 
 void writePidFile(const QString &path, qint64 pid)

@@ -17,6 +17,10 @@ void writePidFile(const QString &path, qint64 pid);
 // was written is a stranger and is spared.
 void killFromPidFile(const QString &path);
 
+// Kills at once whoever still has time left from killFromPidFile(); for the end of the program by
+// other ways than std::exit. Any thread.
+void killRemaining();
+
 // To be called before the program registers exit handlers that use killFromPidFile(): what it needs
 // is then still there when they run.
 void prepareKills();

@@ -200,6 +200,11 @@ void ServiceManager::killFromPidFile()
     ostrelle::killFromPidFile(pidFile());
 }
 
+void ServiceManager::killRemaining()
+{
+    ostrelle::killRemaining();
+}
+
 qint64 ServiceManager::voiceProcessId() const
 {
     return m_voiceProcess != nullptr ? m_voiceProcess->processId() : 0;

@@ -73,6 +73,10 @@ public:
     // once when the program exits before that. Needs no instance; any thread.
     static void killFromPidFile();
 
+    // Kills at once whoever still has time left from that; for the end of the program by other ways
+    // than std::exit. Any thread.
+    static void killRemaining();
+
     // Of the agent that runs or is about to; 0 when there is none.
     qint64 voiceProcessId() const;
 

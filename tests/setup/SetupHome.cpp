@@ -16,6 +16,11 @@ SetupHome::SetupHome()
     }
 }
 
+SetupHome::~SetupHome()
+{
+    finishBackgroundWork(std::chrono::minutes(1));
+}
+
 void SetupHome::addTool(const QString &name, const QByteArray &body) const
 {
     writeScript(u"bin/"_s + name, "echo \"" + name.toUtf8() + " $*\" >> ~/calls\n" + body);

@@ -10,6 +10,8 @@ class SetupHome : public ScratchHome
 {
 public:
     SetupHome();
+    // Waits for what is still under way.
+    ~SetupHome();
 
     // A shell script that is a tool; what it was called with is added to the file "calls".
     void addTool(const QString &name, const QByteArray &body = {}) const;
