@@ -45,20 +45,13 @@ bool finishBackgroundWork(std::chrono::milliseconds within)
     return finished;
 }
 
-PassLimit::Pass::~Pass()
-{
-    if (m_running) {
-        --*m_running;
-    }
-}
-
-std::optional<PassLimit::Pass> PassLimit::begin()
+PassLimit::Pass PassLimit::begin()
 {
     if (m_running->fetch_add(1) >= m_limit) {
         --*m_running;
-        return std::nullopt;
+        return nullptr;
     }
-    return Pass(m_running);
+    return {m_running.get(), [running = m_running](const void *) { --*running; }};
 }
 
 } // namespace ostrelle

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
-#include <optional>
 
 namespace ostrelle
 {
@@ -24,30 +23,15 @@ bool finishBackgroundWork(std::chrono::milliseconds within);
 class PassLimit
 {
 public:
-    class Pass
-    {
-    public:
-        explicit Pass(std::shared_ptr<std::atomic<int>> running)
-            : m_running(std::move(running))
-        {
-        }
-        Pass(Pass &&) = default;
-        Pass &operator=(Pass &&) = delete;
-        Pass(const Pass &) = delete;
-        Pass &operator=(const Pass &) = delete;
-        ~Pass();
-
-    private:
-        std::shared_ptr<std::atomic<int>> m_running;
-    };
+    // Lasts as long as any copy of it. Null: too many are under way.
+    using Pass = std::shared_ptr<const void>;
 
     explicit PassLimit(int limit)
         : m_limit(limit)
     {
     }
 
-    // A pass that lasts as long as the returned object, or nothing when too many are under way.
-    std::optional<Pass> begin();
+    Pass begin();
 
 private:
     const int m_limit;

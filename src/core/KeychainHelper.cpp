@@ -2,13 +2,12 @@
 
 #include "core/BackgroundWork.h"
 #include "core/OstrelleConfig.h"
+#include "core/WhenDone.h"
 #include "platform/Log.h"
 #include "platform/SecretStore.h"
 
 #include <QStringDecoder>
 #include <QtConcurrent>
-
-#include <algorithm>
 
 namespace ostrelle
 {
@@ -26,13 +25,6 @@ QString accountOf(const QString &key)
 bool holdsToken(const std::optional<QString> &token)
 {
     return token && !token->isEmpty();
-}
-
-bool holdsPlainTokens(const OstrelleConfig &config)
-{
-    const auto saved = config.gateway.saved.value_or(QList<SavedGateway>());
-    return holdsToken(config.gateway.token) ||
-           std::ranges::any_of(saved, [](const auto &entry) { return holdsToken(entry.token); });
 }
 
 void storeTokens(const OstrelleConfig &config)
@@ -88,12 +80,10 @@ void KeychainHelper::saveToken(const QString &token, const QString &key)
     }
 }
 
-QFuture<void> KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QObject *owner)
+void KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QObject *owner,
+                                       const std::function<void()> &done)
 {
-    if (!holdsPlainTokens(config)) {
-        return QtFuture::makeReadyFuture();
-    }
-    return QtConcurrent::run(&utilityPool(), &storeTokens, config).then(owner, [config] {
+    whenDone(QtConcurrent::run(&utilityPool(), &storeTokens, config), owner, [config, done] {
         // Loaded afresh, because it may have been changed while the store was busy; a file that
         // cannot be read at this moment holds no token to remove and is left alone.
         OstrelleConfig current = OstrelleConfig::load();
@@ -101,6 +91,7 @@ QFuture<void> KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QO
             current.save();
             logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
         }
+        done();
     });
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QFuture>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class QObject;
@@ -31,9 +31,10 @@ public:
 
     // Moves plain-text tokens of older versions from the configuration into the store; when there
     // were any, they are then removed from the configuration file. Returns at once: the store is
-    // served in the background, the file is changed on the thread of `owner`, if that still exists.
-    // The future ends when all of that is done.
-    static QFuture<void> migrateFromConfig(const OstrelleConfig &config, QObject *owner);
+    // served in the background; the file is changed on the thread of `owner`, which then calls
+    // `done`, both only if that still exists.
+    static void migrateFromConfig(const OstrelleConfig &config, QObject *owner,
+                                  const std::function<void()> &done);
 };
 
 } // namespace ostrelle

@@ -13,7 +13,7 @@ namespace ostrelle
 
 // The agents as a topology, polled every five seconds for as long as the model lives. Main thread
 // only.
-class AgentsTopologyViewModel final : public DashboardModel
+class AgentsTopologyViewModel : public DashboardModel
 {
     Q_OBJECT
     // The main node, then the children in the order in which they are shown. Roles: agentId, name,

@@ -8,7 +8,7 @@ namespace ostrelle
 {
 
 // The gateway's scheduled jobs. Loads when it is made and when it is asked to; main thread only.
-class CronViewModel final : public DashboardModel
+class CronViewModel : public DashboardModel
 {
     Q_OBJECT
     // The jobs in file order. Roles: jobId, name, schedule, status, lastRun, nextRun, payload

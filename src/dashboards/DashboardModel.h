@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/BackgroundWork.h"
+#include "core/WhenDone.h"
 
-#include <QFuture>
 #include <QObject>
 #include <QProperty>
 #include <QtConcurrentRun>
@@ -47,18 +47,17 @@ protected:
     void startLoad(Work work, Publish publish)
     {
         m_isLoading = true;
-        auto slot = m_loads.begin();
-        if (!slot) {
+        const PassLimit::Pass pass = m_loads.begin();
+        if (!pass) {
             return;
         }
         using Result = std::shared_ptr<const std::invoke_result_t<Work>>;
-        const auto underWay = std::make_shared<PassLimit::Pass>(std::move(*slot));
-        QtConcurrent::run(&userInitiatedPool(), [work, underWay] {
-            return freedInBackground(work());
-        }).then(this, [this, publish](const Result &result) {
-            publish(result);
-            m_isLoading = false;
-        });
+        const auto load = [work, pass] { return freedInBackground(work()); };
+        whenDone(QtConcurrent::run(&userInitiatedPool(), load), this,
+                 [this, publish](const Result &result) {
+                     publish(result);
+                     m_isLoading = false;
+                 });
     }
 
 private:

@@ -3,6 +3,7 @@
 #include "core/ExpandPath.h"
 #include "core/NameOrder.h"
 #include "core/OstrelleConfig.h"
+#include "core/WhenDone.h"
 #include "dashboards/ProjectTrackerJob.h"
 #include "tracker/TrackerDocument.h"
 
@@ -179,14 +180,12 @@ void ProjectsViewModel::setProjects(const QList<ProjectItem> &projects)
 
 void ProjectsViewModel::triggerProjectSync()
 {
-    auto slot = m_syncs.begin();
-    if (!slot) {
+    const PassLimit::Pass pass = m_syncs.begin();
+    if (!pass) {
         return;
     }
-    const auto underWay = std::make_shared<PassLimit::Pass>(std::move(*slot));
-    QtConcurrent::run(&userInitiatedPool(), [run = m_runProcess, underWay] {
-        return runProjectTrackerJob(run);
-    }).then(this, [this](bool started) {
+    const auto runJob = [run = m_runProcess, pass] { return runProjectTrackerJob(run); };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), runJob), this, [this](bool started) {
         if (started) {
             QTimer::singleShot(m_reloadDelay, this, &ProjectsViewModel::load);
         }

@@ -14,7 +14,7 @@ namespace ostrelle
 
 // The projects with their workstreams, the agents at work on them and what was finished last. Loads
 // when it is made and when it is asked to; main thread only.
-class ProjectsViewModel final : public DashboardModel
+class ProjectsViewModel : public DashboardModel
 {
     Q_OBJECT
     // The projects in file order. Roles: projectId, name, description, status, progress (percent),

@@ -23,15 +23,6 @@ constexpr auto tokenDeadline = 5s;
 // Of one kind, before further ones are left out.
 constexpr int probesAtOnce = 4;
 
-// Shared, because callbacks and the pool's tasks must be copyable.
-using SharedPass = std::shared_ptr<PassLimit::Pass>;
-
-SharedPass beginPass(PassLimit &limit)
-{
-    auto pass = limit.begin();
-    return pass ? std::make_shared<PassLimit::Pass>(std::move(*pass)) : nullptr;
-}
-
 // The token of the gateway at that URL. Asked for by URL, so that a change of the configuration
 // meanwhile cannot send one gateway's token to another.
 QString tokenFor(const QString &gatewayURL)
@@ -76,7 +67,7 @@ void GatewayViewModel::pollHealth()
 
 void GatewayViewModel::probeHealth(const QUrl &url)
 {
-    const SharedPass pass = beginPass(m_healthPasses);
+    const PassLimit::Pass pass = m_healthPasses.begin();
     if (!pass) {
         return;
     }
@@ -91,7 +82,7 @@ void GatewayViewModel::probeHealth(const QUrl &url)
 
 void GatewayViewModel::probeToken()
 {
-    const SharedPass pass = beginPass(m_tokenPasses);
+    const PassLimit::Pass pass = m_tokenPasses.begin();
     if (!pass) {
         return;
     }
@@ -117,7 +108,7 @@ void GatewayViewModel::askWithToken(const QString &gatewayURL, const QString &to
 
 void GatewayViewModel::probeTailscale()
 {
-    const SharedPass pass = beginPass(m_tailscalePasses);
+    const PassLimit::Pass pass = m_tailscalePasses.begin();
     if (!pass) {
         return;
     }

@@ -217,13 +217,12 @@ void SetupManager::runChecks(std::function<void()> afterwards)
     if (afterwards) {
         m_afterChecks.push_back(std::move(afterwards));
     }
-    auto pass = m_checkPasses.begin();
+    const PassLimit::Pass pass = m_checkPasses.begin();
     if (!pass) {
         return;
     }
     const Checks checks(m_feed.writer(), ++m_checkGeneration, m_config.voice.venvPath);
-    userInitiatedPool().start(
-        [checks, pass = std::make_shared<PassLimit::Pass>(std::move(*pass))] { checks.run(); });
+    userInitiatedPool().start([checks, pass] { checks.run(); });
 }
 
 void SetupManager::finishChecks(int generation)

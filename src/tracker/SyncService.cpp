@@ -19,13 +19,9 @@ void SyncService::start()
 
 void SyncService::sync()
 {
-    auto slot = m_limit.begin();
-    if (!slot) {
-        return;
+    if (const PassLimit::Pass underWay = m_limit.begin()) {
+        utilityPool().start([pass = m_pass, underWay] { pass(); });
     }
-    // Shared, because the pool's tasks must be copyable.
-    const auto underWay = std::make_shared<PassLimit::Pass>(std::move(*slot));
-    utilityPool().start([pass = m_pass, underWay] { pass(); });
 }
 
 } // namespace ostrelle

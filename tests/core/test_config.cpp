@@ -186,14 +186,12 @@ private Q_SLOTS:
         PassLimit limit(2);
         auto first = limit.begin();
         QVERIFY(first);
-        std::optional<PassLimit::Pass> kept;
+        PassLimit::Pass second = limit.begin();
+        QVERIFY(second);
         {
-            auto second = limit.begin();
-            QVERIFY(second);
-            QVERIFY(!limit.begin());
-            kept.emplace(std::move(*second));
+            const PassLimit::Pass copy = second;
         }
-        QVERIFY(!limit.begin()); // a pass that was moved still counts, and once
+        QVERIFY(!limit.begin()); // copies count once
         first.reset();
         QVERIFY(limit.begin());
     }

@@ -78,12 +78,15 @@ private Q_SLOTS:
         config.gateway.saved->append({.name = u"n"_s, .url = u"http://n"_s, .token = u"def"_s});
         config.gateway.saved->append({.name = u"e"_s, .url = u"http://e"_s, .token = u""_s});
         config.save();
-        KeychainHelper::migrateFromConfig(config, this);
+        bool done = false;
+        KeychainHelper::migrateFromConfig(config, this, [&] { done = true; });
+        QVERIFY(!done);
         // Somebody changes the configuration while the store is busy; that must not be lost.
         config.gateway.url = u"http://changed"_s;
         config.save();
 
-        QTRY_VERIFY(!OstrelleConfig::load().gateway.token);
+        QTRY_VERIFY(done);
+        QCOMPARE(OstrelleConfig::load().gateway.token, std::nullopt);
         const OstrelleConfig after = OstrelleConfig::load();
         QCOMPARE(after.gateway.url, u"http://changed"_s);
         QCOMPARE(after.gateway.saved->at(1).token, std::nullopt);
