@@ -2,8 +2,11 @@
 
 #include "platform/ChildProcess.h"
 #include "statusserver/StatusServer.h"
+#include "voice/ServiceManager.h"
 
 #include <QCoreApplication>
+
+#include <csignal>
 
 namespace ostrelle
 {
@@ -13,9 +16,9 @@ AppDelegate::AppDelegate(QObject *parent)
 {
 }
 
-void AppDelegate::setServices(StatusServer *statusServer)
+void AppDelegate::setServices(const Services &services)
 {
-    m_statusServer = statusServer;
+    m_services = services;
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -30,10 +33,24 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::cleanup()
 {
-    if (m_statusServer) {
-        m_statusServer->stop();
+    stopVoice();
+    if (m_services.statusServer != nullptr) {
+        m_services.statusServer->stop();
     }
     endAllChildren();
+}
+
+void AppDelegate::stopVoice()
+{
+    if (m_services.serviceManager == nullptr) {
+        return;
+    }
+    const qint64 pid = m_services.serviceManager->voiceProcessId();
+    m_services.serviceManager->stopVoice();
+    if (pid >= 1) {
+        ::kill(static_cast<pid_t>(pid), SIGKILL);
+    }
+    ServiceManager::killFromPidFile();
 }
 
 } // namespace ostrelle

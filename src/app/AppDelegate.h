@@ -7,7 +7,9 @@
 namespace ostrelle
 {
 
+class ServiceManager;
 class StatusServer;
+class VoiceViewModel;
 
 // What must happen outside the services themselves: the end of the program. Main thread only.
 class AppDelegate : public QObject
@@ -17,8 +19,13 @@ class AppDelegate : public QObject
 public:
     explicit AppDelegate(QObject *parent = nullptr);
 
-    // The services that the end of the program has to stop; null before start-up has made them.
-    void setServices(StatusServer *statusServer);
+    // What the delegate acts on; null before start-up has made it.
+    struct Services {
+        ServiceManager *serviceManager = nullptr;
+        VoiceViewModel *voiceVM = nullptr;
+        StatusServer *statusServer = nullptr;
+    };
+    void setServices(const Services &services);
 
     // From now on TERM, INT and HUP, and the application's own quitting, end the services.
     void applicationDidFinishLaunching();
@@ -27,7 +34,9 @@ public:
     void cleanup();
 
 private:
-    StatusServer *m_statusServer = nullptr;
+    void stopVoice();
+
+    Services m_services;
     TerminationSignals m_signals;
 };
 

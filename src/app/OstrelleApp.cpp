@@ -5,12 +5,18 @@
 #include "core/KeychainHelper.h"
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
+#include "core/WhenDone.h"
+#include "gateway/GatewayViewModel.h"
 #include "platform/Preferences.h"
+#include "setup/SetupManager.h"
 #include "statusserver/StatusServer.h"
 #include "tracker/AgentSyncService.h"
 #include "tracker/CronSyncService.h"
+#include "voice/VoiceViewModel.h"
 
 #include <QtConcurrent>
+
+#include <cstdlib>
 
 namespace ostrelle
 {
@@ -34,14 +40,26 @@ void storeToken(const ConfigurationLink &link)
     KeychainHelper::saveToken(*link.token, KeychainHelper::activeKey);
 }
 
+void killVoiceAgent()
+{
+    ServiceManager::killFromPidFile();
+    ServiceManager::killRemaining();
+}
+
 } // namespace
 
 OstrelleApp::OstrelleApp(AppDelegate &delegate)
     : m_config(OstrelleConfig::load())
+    , m_gatewayVM(std::make_unique<GatewayViewModel>())
+    , m_serviceManager(std::make_unique<ServiceManager>(m_config))
+    , m_voiceVM(std::make_unique<VoiceViewModel>(m_serviceManager.get()))
     , m_statusServer(std::make_unique<StatusServer>(m_config))
+    , m_setupManager(std::make_unique<SetupManager>(m_config))
 {
-    KeychainHelper::migrateFromConfig(m_config, this).then(this, [this] { handleNextLink(); });
+    m_setupManager->checkFirstLaunch();
+    KeychainHelper::migrateFromConfig(m_config, this, [this] { handleNextLink(); });
     OstrelleConfig::ensureTrackerFiles(m_config);
+    m_serviceManager->startAll();
     m_statusServer->start();
     enableProjectTrackingOnFirstStart();
 
@@ -49,7 +67,12 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
     m_cronSync->start();
     m_agentSync = std::make_unique<AgentSyncService>(m_config);
     m_agentSync->start();
-    delegate.setServices(m_statusServer.get());
+    delegate.setServices({.serviceManager = m_serviceManager.get(),
+                          .voiceVM = m_voiceVM.get(),
+                          .statusServer = m_statusServer.get()});
+    // However the program ends: main leaves by the quick way, libraries by the other.
+    std::atexit(&killVoiceAgent);
+    std::at_quick_exit(&killVoiceAgent);
 }
 
 OstrelleApp::~OstrelleApp() = default;
@@ -85,7 +108,7 @@ void OstrelleApp::handleNextLink()
         return;
     }
     const ConfigurationLink link = m_links.dequeue();
-    QtConcurrent::run(&userInitiatedPool(), &storeToken, link).then(this, [this, link] {
+    whenDone(QtConcurrent::run(&userInitiatedPool(), &storeToken, link), this, [this, link] {
         adopt(link);
         handleNextLink();
     });
@@ -96,6 +119,8 @@ void OstrelleApp::adopt(const ConfigurationLink &link)
     OstrelleConfig config = OstrelleConfig::load();
     if (link.gatewayBaseURL) {
         adoptGateway(config, *link.gatewayBaseURL);
+        m_gatewayVM->setGatewayURL(*link.gatewayBaseURL);
+        m_gatewayVM->pollHealth();
     }
     config.save();
     NotificationManager::send(u"OSTRELLE"_s, u"Gateway configured via QR code"_s);

@@ -14,7 +14,11 @@ namespace ostrelle
 class AgentSyncService;
 class AppDelegate;
 class CronSyncService;
+class GatewayViewModel;
+class ServiceManager;
+class SetupManager;
 class StatusServer;
+class VoiceViewModel;
 
 // Creates every long-lived object once, in a fixed order, and owns it for the life of the process.
 // Main thread only.
@@ -35,8 +39,12 @@ private:
     void handleNextLink();
     void adopt(const ConfigurationLink &link);
 
-    OstrelleConfig m_config;
+    const OstrelleConfig m_config; // as it was at the start
+    std::unique_ptr<GatewayViewModel> m_gatewayVM;
+    std::unique_ptr<ServiceManager> m_serviceManager;
+    std::unique_ptr<VoiceViewModel> m_voiceVM;
     std::unique_ptr<StatusServer> m_statusServer;
+    std::unique_ptr<SetupManager> m_setupManager;
     std::unique_ptr<CronSyncService> m_cronSync;
     std::unique_ptr<AgentSyncService> m_agentSync;
     QQueue<ConfigurationLink> m_links;

@@ -43,7 +43,7 @@ QByteArray takeLink(std::span<char *> arguments)
 #ifdef __SANITIZE_ADDRESS__
     __lsan_do_leak_check();
 #endif
-    std::_Exit(status);
+    std::quick_exit(status);
 }
 
 int run(SingleInstance &instance, const QByteArray &link)
