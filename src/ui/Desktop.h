@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+namespace ostrelle
+{
+
+// What views ask of the desktop. Main thread only.
+class Desktop : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+
+public:
+    using QObject::QObject;
+
+    // Replaces what is on the clipboard with this text.
+    Q_INVOKABLE static void copy(const QString &text);
+
+    // Opens a web page with the user's browser, without waiting for it.
+    Q_INVOKABLE static void openPage(const QString &url);
+};
+
+} // namespace ostrelle

@@ -1,0 +1,89 @@
+#pragma once
+
+// The one place where the models become known to QML. The models themselves know nothing of it.
+
+#include "dashboards/AgentsTopologyViewModel.h"
+#include "dashboards/CronViewModel.h"
+#include "dashboards/ProjectsViewModel.h"
+#include "gateway/GatewayPairing.h"
+#include "gateway/QuickChatVM.h"
+#include "gateway/TailscalePeersModel.h"
+#include "setup/SetupManager.h"
+#include "voice/VoiceViewModel.h"
+
+#include <QtQml/qqml.h>
+
+namespace ostrelle::qml
+{
+
+// Made by the program and handed to the views.
+
+struct GatewayViewModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::GatewayViewModel)
+    QML_NAMED_ELEMENT(GatewayViewModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct ServiceManagerType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::ServiceManager)
+    QML_NAMED_ELEMENT(ServiceManager)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct VoiceViewModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::VoiceViewModel)
+    QML_NAMED_ELEMENT(VoiceViewModel)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct SetupManagerType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::SetupManager)
+    QML_NAMED_ELEMENT(SetupManager)
+    QML_UNCREATABLE("made by the program")
+};
+
+// Made by the views that show them.
+
+struct AgentsTopologyViewModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::AgentsTopologyViewModel)
+    QML_NAMED_ELEMENT(AgentsTopologyViewModel)
+};
+
+struct CronViewModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::CronViewModel)
+    QML_NAMED_ELEMENT(CronViewModel)
+};
+
+struct ProjectsViewModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::ProjectsViewModel)
+    QML_NAMED_ELEMENT(ProjectsViewModel)
+};
+
+struct QuickChatVMType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::QuickChatVM)
+    QML_NAMED_ELEMENT(QuickChatVM)
+};
+
+// Parts of the above.
+
+struct ChatMessagesType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::ChatMessages)
+    QML_ANONYMOUS
+};
+
+struct StatusLogType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::StatusLog)
+    QML_ANONYMOUS
+};
+
+} // namespace ostrelle::qml

@@ -1,0 +1,27 @@
+import QtQuick
+import Ostrelle
+
+// Puts a text on the clipboard and says so with a short check mark.
+IconButton {
+    id: button
+
+    required property string copiedText
+
+    property bool hasCopied: false
+
+    symbol: button.hasCopied ? "checkmark" : "doc.on.doc"
+    color: button.hasCopied ? Theme.green : Theme.textSecondary
+    text: button.hasCopied ? "Copied" : "Copy"
+    onClicked: {
+        Desktop.copy(button.copiedText);
+        button.hasCopied = true;
+        answer.restart();
+    }
+
+    Timer {
+        id: answer
+
+        interval: 1200
+        onTriggered: button.hasCopied = false
+    }
+}

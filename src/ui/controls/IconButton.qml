@@ -1,0 +1,52 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// A button that is a symbol. Its text is what it is called for those who do not see it, and its
+// help on hover.
+T.AbstractButton {
+    id: button
+
+    required property string symbol
+    property color color: Theme.textSecondary
+    property int symbolSize: Theme.controlSize
+    // A round surface behind the symbol, also while nobody points at it.
+    property bool raised: false
+
+    implicitWidth: Math.max(Theme.hitArea, button.symbolSize + Theme.gap)
+    implicitHeight: implicitWidth
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    opacity: button.enabled ? 1 : 0.4
+    Accessible.name: button.text
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
+
+    T.ToolTip.visible: button.hovered && button.text !== ""
+    T.ToolTip.text: button.text
+    T.ToolTip.delay: 500
+
+    contentItem: Item {
+        Symbol {
+            anchors.centerIn: parent
+            name: button.symbol
+            color: button.hovered && button.color === Theme.textSecondary ? Theme.textPrimary : button.color
+            size: button.symbolSize
+        }
+    }
+
+    background: Rectangle {
+        radius: height / 2
+        color: button.pressed ? Theme.surfacePressed
+            : button.hovered ? Theme.surfaceHovered
+            : button.raised ? Theme.surface : "transparent"
+        border.width: button.visualFocus ? 2 : 0
+        border.color: Theme.focusRing
+
+        Behavior on color {
+            ColorAnimation {
+                duration: Theme.quick
+            }
+        }
+    }
+}

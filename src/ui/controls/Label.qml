@@ -1,0 +1,28 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// A line of text that elides in the middle and shows itself whole while the pointer rests on it;
+// with a wrapMode it takes as many lines as it needs.
+Text {
+    id: label
+
+    property bool secondary: false
+
+    color: label.secondary ? Theme.textSecondary : Theme.textPrimary
+    font.pixelSize: Theme.bodySize
+    elide: label.wrapMode === Text.NoWrap ? Text.ElideMiddle : Text.ElideNone
+    textFormat: Text.PlainText
+    Accessible.role: Accessible.StaticText
+    Accessible.name: label.text
+
+    HoverHandler {
+        id: pointer
+
+        enabled: label.truncated
+    }
+
+    T.ToolTip.visible: pointer.hovered && label.truncated
+    T.ToolTip.text: label.text
+    T.ToolTip.delay: 500
+}

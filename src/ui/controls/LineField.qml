@@ -1,0 +1,42 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// A field for one line of text. Return is `accepted`.
+T.TextField {
+    id: field
+
+    implicitWidth: 160
+    implicitHeight: Math.max(Theme.hitArea, contentHeight + topPadding + bottomPadding)
+    leftPadding: Theme.gap + 2
+    rightPadding: Theme.gap + 2
+    topPadding: 6
+    bottomPadding: 6
+    font.pixelSize: Theme.bodySize
+    color: Theme.textPrimary
+    placeholderTextColor: Theme.textDisabled
+    selectionColor: Theme.faded(Theme.tiffanyBlue, 0.4)
+    selectedTextColor: Theme.textPrimary
+    verticalAlignment: TextInput.AlignVCenter
+    selectByMouse: true
+    Accessible.name: field.placeholderText
+
+    background: Rectangle {
+        radius: Theme.smallRadius
+        color: Theme.field
+        border.width: field.activeFocus ? 2 : 1
+        border.color: field.activeFocus ? Theme.faded(Theme.focusRing, 0.8) : Theme.hairline
+    }
+
+    Label {
+        anchors.fill: parent
+        anchors.leftMargin: field.leftPadding
+        anchors.rightMargin: field.rightPadding
+        visible: field.length === 0 && field.preeditText === ""
+        text: field.placeholderText
+        color: field.placeholderTextColor
+        font: field.font
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+}

@@ -1,0 +1,86 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// A button with a text, and a symbol before it if one is named. A prominent one is what the user is
+// expected to press; a destructive one takes something away; a plain one has no surface.
+T.AbstractButton {
+    id: button
+
+    enum Kind { Bordered, Prominent, Destructive, Plain }
+
+    property int kind: PushButton.Bordered
+    property string symbol: ""
+    // A spinner stands in for the symbol.
+    property bool busy: false
+    property color color: button.kind === PushButton.Prominent ? Theme.textOnAccent
+        : button.kind === PushButton.Destructive ? Theme.red : Theme.textPrimary
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
+    horizontalPadding: button.kind === PushButton.Plain ? Theme.smallGap : Theme.padding
+    verticalPadding: Theme.smallGap
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    font.pixelSize: Theme.bodySize
+    font.weight: button.kind === PushButton.Prominent ? Font.DemiBold : Font.Medium
+    opacity: button.enabled ? 1 : 0.45
+    Accessible.name: button.text
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
+
+    contentItem: Item {
+        implicitWidth: row.implicitWidth
+        implicitHeight: row.implicitHeight
+
+        Row {
+            id: row
+
+            anchors.centerIn: parent
+            spacing: Theme.smallGap + 2
+
+            Spinner {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: button.busy
+                running: button.busy
+                color: button.color
+            }
+
+            Symbol {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: !button.busy && button.symbol !== ""
+                name: button.symbol
+                color: button.color
+            }
+
+            Label {
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, button.availableWidth)
+                text: button.text
+                color: button.color
+                font: button.font
+                Accessible.ignored: true
+            }
+        }
+    }
+
+    background: Rectangle {
+        readonly property color rest: button.kind === PushButton.Prominent ? Theme.tiffanyBlue
+            : button.kind === PushButton.Destructive ? Theme.faded(Theme.red, 0.14)
+            : button.kind === PushButton.Plain ? "transparent" : Theme.surface
+
+        radius: Theme.smallRadius
+        color: button.kind === PushButton.Prominent
+            ? (button.pressed ? Qt.darker(rest, 1.2) : button.hovered ? Qt.lighter(rest, 1.08) : rest)
+            : (button.pressed ? Theme.surfacePressed : button.hovered ? Theme.surfaceHovered : rest)
+        border.width: button.visualFocus ? 2 : button.kind === PushButton.Plain ? 0 : 1
+        border.color: button.visualFocus ? Theme.focusRing
+            : button.kind === PushButton.Destructive ? Theme.faded(Theme.red, 0.4) : Theme.hairline
+
+        Behavior on color {
+            ColorAnimation {
+                duration: Theme.quick
+            }
+        }
+    }
+}

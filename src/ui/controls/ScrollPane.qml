@@ -1,0 +1,67 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// A column that scrolls up and down when it is taller than its place. Whatever gets the keyboard's
+// focus is brought into view.
+Flickable {
+    id: pane
+
+    default property alias content: column.data
+    property int spacing: Theme.padding
+
+    contentWidth: width
+    contentHeight: column.implicitHeight
+    clip: contentHeight > height
+    boundsBehavior: Flickable.StopAtBounds
+    interactive: contentHeight > height
+
+    function reveal(item: Item) {
+        const top = item.mapToItem(column, 0, 0).y;
+        if (top < pane.contentY) {
+            pane.contentY = Math.max(0, top - Theme.gap);
+        } else if (top + item.height > pane.contentY + pane.height) {
+            pane.contentY = Math.min(top + item.height + Theme.gap, pane.contentHeight) - pane.height;
+        }
+    }
+
+    function isWithin(item: Item): bool {
+        for (let ancestor = item; ancestor; ancestor = ancestor.parent) {
+            if (ancestor === column) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    Connections {
+        target: pane.Window.window
+
+        function onActiveFocusItemChanged() {
+            const item = pane.Window.activeFocusItem;
+            if (pane.interactive && item && pane.isWithin(item)) {
+                pane.reveal(item);
+            }
+        }
+    }
+
+    Column {
+        id: column
+
+        width: pane.width
+        spacing: pane.spacing
+    }
+
+    T.ScrollBar.vertical: T.ScrollBar {
+        id: bar
+
+        width: 8
+        padding: 2
+        visible: size < 1
+
+        contentItem: Rectangle {
+            radius: width / 2
+            color: bar.pressed || bar.hovered ? Theme.textDisabled : Theme.surfacePressed
+        }
+    }
+}

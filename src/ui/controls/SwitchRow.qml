@@ -1,0 +1,83 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// A switch at the end of its label, with an explanation below if there is one.
+T.Switch {
+    id: control
+
+    property string caption: ""
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: Math.max(Theme.hitArea, implicitContentHeight)
+    rightPadding: control.mirrored ? 0 : indicator.width + Theme.gap
+    leftPadding: control.mirrored ? indicator.width + Theme.gap : 0
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    font.pixelSize: Theme.bodySize
+    opacity: control.enabled ? 1 : 0.45
+    Accessible.name: control.text
+    Accessible.description: control.caption
+    Keys.onReturnPressed: control.press()
+    Keys.onEnterPressed: control.press()
+
+    function press() {
+        control.toggle();
+        control.toggled();
+    }
+
+    contentItem: Column {
+        spacing: 2
+
+        Label {
+            width: parent.width
+            text: control.text
+            font: control.font
+            wrapMode: Text.Wrap
+            Accessible.ignored: true
+        }
+
+        Label {
+            width: parent.width
+            visible: control.caption !== ""
+            text: control.caption
+            secondary: true
+            font.pixelSize: Theme.smallSize
+            wrapMode: Text.Wrap
+            Accessible.ignored: true
+        }
+    }
+
+    indicator: Rectangle {
+        x: control.mirrored ? 0 : control.width - width
+        anchors.verticalCenter: parent ? parent.verticalCenter : undefined
+        width: 34
+        height: 20
+        radius: height / 2
+        color: control.checked ? Theme.tiffanyBlue : Theme.surfacePressed
+        border.width: control.visualFocus ? 2 : 0
+        border.color: Theme.textPrimary
+
+        Behavior on color {
+            ColorAnimation {
+                duration: Theme.quick
+            }
+        }
+
+        Rectangle {
+            x: control.checked !== control.mirrored ? parent.width - width - 2 : 2
+            y: 2
+            width: 16
+            height: 16
+            radius: 8
+            color: Theme.textPrimary
+
+            Behavior on x {
+                NumberAnimation {
+                    duration: Theme.quick
+                    easing.type: Easing.OutQuad
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,96 @@
+pragma Singleton
+
+import QtQuick
+import Ostrelle
+
+// Every colour, size and duration of the panel. Views use these names, never numbers of their own.
+QtObject {
+    id: theme
+
+    // How much larger than designed the desktop wants its texts.
+    property real textScale: 1
+    // False when the desktop asks for reduced motion: nothing moves that need not.
+    property bool motion: true
+
+    // Surfaces
+    readonly property color background: "#0F0F1F"
+    readonly property color surface: Qt.rgba(1, 1, 1, 0.05)
+    readonly property color surfaceHovered: Qt.rgba(1, 1, 1, 0.09)
+    readonly property color surfacePressed: Qt.rgba(1, 1, 1, 0.14)
+    readonly property color field: Qt.rgba(1, 1, 1, 0.06)
+    readonly property color hairline: Qt.rgba(1, 1, 1, 0.08)
+    readonly property color sheet: "#17172A"
+
+    // Texts
+    readonly property color textPrimary: Qt.rgba(1, 1, 1, 0.92)
+    readonly property color textSecondary: Qt.rgba(1, 1, 1, 0.60)
+    readonly property color textDisabled: Qt.rgba(1, 1, 1, 0.35)
+    readonly property color textOnAccent: "#06201F"
+
+    // Accents
+    readonly property color tiffanyBlue: Qt.rgba(0.04, 0.85, 0.82, 1)
+    readonly property color teal: "#40C8E0"
+    readonly property color green: "#30D158"
+    readonly property color red: "#FF453A"
+    readonly property color yellow: "#FFD60A"
+    readonly property color blue: "#0A84FF"
+    readonly property color purple: "#BF5AF2"
+    readonly property color pink: "#FF375F"
+    readonly property color mint: "#63E6E2"
+    readonly property color indigo: "#5E5CE6"
+    readonly property color cyan: "#64D2FF"
+    readonly property color grey: "#98989D"
+    readonly property color focusRing: tiffanyBlue
+
+    // Text sizes, in pixels
+    readonly property int captionSize: scaled(10)
+    readonly property int smallSize: scaled(11)
+    readonly property int bodySize: scaled(12)
+    readonly property int controlSize: scaled(13)
+    readonly property int headingSize: scaled(15)
+    readonly property int titleSize: scaled(20)
+    readonly property string monospaced: "monospace"
+
+    // Distances, on a grid of eight
+    readonly property int gap: 8
+    readonly property int smallGap: 4
+    readonly property int padding: 12
+    readonly property int pagePadding: 12
+    readonly property int radius: 12
+    readonly property int smallRadius: 8
+    readonly property int hitArea: 28
+
+    // The panel
+    readonly property int panelWidth: 380
+    readonly property int panelHeight: 700
+
+    // Durations, in milliseconds; none without motion
+    readonly property int quick: motion ? 120 : 0
+    readonly property int calm: motion ? 200 : 0
+    readonly property int slow: motion ? 250 : 0
+
+    // The colour of that name among the accents; a model's "gray" and "secondary" are known too.
+    function named(name: string): color {
+        switch (name) {
+        case "gray":
+            return theme.grey;
+        case "secondary":
+            return theme.textSecondary;
+        default:
+            return theme[name] ?? theme.grey;
+        }
+    }
+
+    function statusColor(word: string): color {
+        return theme.named(StatusWords.colorName(word));
+    }
+
+    // The same colour, more or less opaque.
+    function faded(color: color, opacity: real): color {
+        return Qt.rgba(color.r, color.g, color.b, color.a * opacity);
+    }
+
+    function scaled(size: real): int {
+        return Math.round(size * theme.textScale);
+    }
+}
