@@ -5,6 +5,7 @@
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
 #include "support/ScratchHome.h"
+#include "support/SimulatedGateway.h"
 #include "tracker/GatewayTool.h"
 
 #include <QJsonDocument>
@@ -13,6 +14,7 @@
 #include <QTcpSocket>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 
 using namespace ostrelle;
@@ -115,6 +117,57 @@ private Q_SLOTS:
         QVERIFY(Program().waitForPort() != 0);
         QTRY_VERIFY(!isAlive(sessions.toInt()));
         QTRY_VERIFY(!isAlive(cron.toInt()));
+    }
+
+    void endsWithItsVoiceAgent_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("TERM") << SIGTERM;
+        QTest::newRow("killed outright") << SIGKILL;
+    }
+
+    void endsWithItsVoiceAgent()
+    {
+        QFETCH(int, signal);
+        const ProgramHome home;
+        home.write(u".ostrelle/voice_agent.py"_s, {});
+        home.writeScript(u".ostrelle/venv/bin/python"_s,
+                         "trap '' TERM; echo $$ > \"$HOME/agent.pid\"; while :; do sleep 1; done");
+        OstrelleConfig config = OstrelleConfig::load();
+        config.voice.enabled = true;
+        config.save();
+        Preferences().set(u"autoStartVoice"_s, true);
+        Program program;
+        const QByteArray line = program.waitForLine("[ServiceManager] Voice agent started (PID ");
+        const int agent = line.split(' ').last().chopped(1).toInt();
+        QVERIFY(isAlive(agent));
+        QTRY_COMPARE_WITH_TIMEOUT(home.read(u"agent.pid"_s).trimmed().toInt(), agent, 20000);
+        QCOMPARE(program.endWith(signal), signal == SIGTERM ? 0 : -1);
+        QTRY_VERIFY(!isAlive(agent));
+        QCOMPARE(home.exists(u".ostrelle/voice-agent.pid"_s), signal == SIGKILL);
+    }
+
+    void asksTheGatewayOfALinkAtOnce()
+    {
+        const ProgramHome home;
+        const SimulatedGateway gateway(home);
+        playSimulator(home, {{u"record"_s, true}});
+        OstrelleConfig config = OstrelleConfig::load();
+        config.gateway.url = u"http://127.0.0.1:9"_s;
+        config.save();
+        Program program;
+        QVERIFY(program.waitForPort() != 0);
+        const QString link =
+            u"ostrelle://config?gatewayBaseURL=%1&token=%2"_s.arg(gateway.url(), u"s3cret"_s);
+        QCOMPARE(Program({link}).waitForEnd(), 0);
+        const auto asked = [&](const QString &target) {
+            return std::ranges::any_of(gateway.recorded(), [&](const QJsonObject &request) {
+                return request.value(u"target"_s) == target;
+            });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(asked(u"/health"_s), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(asked(u"/v1/models"_s), 20000);
+        QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
     void handsASecondStartToTheFirst()
