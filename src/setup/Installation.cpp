@@ -9,8 +9,6 @@
 #include "setup/SetupManager.h"
 #include "setup/SetupShell.h"
 
-#include <QDir>
-
 namespace ostrelle
 {
 
@@ -252,16 +250,12 @@ void SetupManager::VoiceInstallation::createVenv()
         return;
     }
     feed.addStatus(u"Creating Python venv…"_s);
-    const bool isNew = !fileExists(venv);
     const ShellResult result = runShell(u"python3 -m venv "_s + quoted(venv));
     if (result.success) {
         feed.addStatus(u"Venv created"_s);
         installRequirements(venv);
     } else {
         feed.addStatus(u"ERROR: "_s + result.output);
-        if (isNew) {
-            QDir(venv).removeRecursively(); // half an environment would pass for a whole one
-        }
     }
     feed.publish(
         [exists = fileExists(python)](SetupManager &manager) { manager.m_hasVenv = exists; });

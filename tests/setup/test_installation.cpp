@@ -193,8 +193,8 @@ private Q_SLOTS:
         const SetupHome home;
         home.addTool(u"curl"_s, "printf 'x%.0s' 1 2; seq -s . 200; echo half > $3; exit 22");
         home.addRealTool(u"seq"_s);
-        home.addTool(u"python3"_s,
-                     "mkdir -p $3/bin; cp ~/calls $3/bin/python; echo no venv; exit 1");
+        home.addTool(u"python3"_s, "echo half > $3/half; echo no venv; exit 1");
+        home.write(u".ostrelle/venv/mine"_s, "kept");
         home.addInstaller("exit 0");
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
 
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QCOMPARE(messages.value(8), u"ERROR: no venv"_s);
         QVERIFY(manager.isComplete() && !manager.hasVenv());
         QVERIFY(!home.exists(u".ostrelle/data/models/kokoro-v1.0.onnx"_s));
-        QVERIFY(!home.exists(u".ostrelle/venv"_s));
+        QVERIFY(home.exists(u".ostrelle/venv/half"_s) && home.exists(u".ostrelle/venv/mine"_s));
     }
 
     void token()
