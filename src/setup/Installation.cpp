@@ -17,14 +17,14 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The configuration that the setup holds, but for the records that were changed on the disk since
-// it was handed out: a gateway that was paired meanwhile is not lost.
+// The held configuration, but for the records that have changed on the disk since it was the same
+// as there: a gateway that was paired meanwhile is not lost. What cannot be read has not changed.
 OstrelleConfig upToDate(OstrelleConfig held, const OstrelleConfig &onDiskThen)
 {
-    const OstrelleConfig onDisk = OstrelleConfig::load();
+    const auto onDisk = OstrelleConfig::read();
     const auto follow = [&](auto OstrelleConfig::*record) {
-        if (onDisk.*record != onDiskThen.*record) {
-            held.*record = onDisk.*record;
+        if (onDisk && *onDisk.*record != onDiskThen.*record) {
+            held.*record = *onDisk.*record;
         }
     };
     follow(&OstrelleConfig::gateway);
@@ -167,9 +167,10 @@ public:
     const ProgressFeed::Writer feed;
     const std::optional<QString> resources;
     OstrelleConfig config;
-    const OstrelleConfig configOnDisk;
+    OstrelleConfig configOnDisk; // as it was when `config` was last brought up to date
 
 private:
+    void saveConfig();
     void writeConfig();
     void prepareData();
     void copyIfMissing(const QString &name) const;
@@ -184,7 +185,6 @@ void SetupManager::VoiceInstallation::run()
     if (feed.isManagerGone()) {
         return;
     }
-    config = upToDate(config, configOnDisk);
     for (const auto step : {&VoiceInstallation::writeConfig, &VoiceInstallation::prepareData,
                             &VoiceInstallation::downloadModel, &VoiceInstallation::createVenv,
                             &VoiceInstallation::finish}) {
@@ -194,10 +194,17 @@ void SetupManager::VoiceInstallation::run()
     }
 }
 
+void SetupManager::VoiceInstallation::saveConfig()
+{
+    config.save();
+    configOnDisk = config;
+}
+
 void SetupManager::VoiceInstallation::writeConfig()
 {
     feed.addStatus(u"Creating config…"_s);
-    config.save();
+    config = upToDate(config, configOnDisk);
+    saveConfig();
     feed.publish([](SetupManager &manager) { manager.m_hasConfig = true; });
     feed.addStatus(u"Config saved to "_s + OstrelleConfig::configPath());
 }
@@ -278,11 +285,13 @@ void SetupManager::VoiceInstallation::installRequirements(const QString &venv) c
 
 void SetupManager::VoiceInstallation::finish()
 {
+    config = upToDate(config, configOnDisk); // the downloads may have taken an hour
     config.voice.enabled = true;
-    config.save();
+    saveConfig();
     feed.addStatus(u"Setup complete!"_s);
     feed.publish([saved = config](SetupManager &manager) {
         manager.m_config = saved;
+        manager.m_configOnDisk = saved;
         manager.m_isRunning = false;
         manager.m_isComplete = true;
     });

@@ -193,7 +193,7 @@ SetupManager::SetupManager(const OstrelleConfig &config, SetupSurroundings surro
                            QObject *parent)
     : QObject(parent)
     , m_config(config)
-    , m_configOnDisk(OstrelleConfig::load())
+    , m_configOnDisk(OstrelleConfig::read().value_or(config))
     , m_surroundings(std::move(surroundings))
     , m_feed(*this)
     , m_checkPasses(maxCheckRuns)

@@ -171,7 +171,7 @@ private:
     void finishInstallation();
 
     OstrelleConfig m_config;
-    const OstrelleConfig m_configOnDisk; // as it was when this object was made
+    OstrelleConfig m_configOnDisk; // as it was when m_config was last brought up to date
     const SetupSurroundings m_surroundings;
     StatusLog m_statusMessages;
     ProgressFeed m_feed;

@@ -177,15 +177,68 @@ private Q_SLOTS:
         QVERIFY(OstrelleConfig::load().voice.enabled);
 
         home.write(models + u"/voices-v1.0.bin"_s, "voices");
-        OstrelleConfig paired = OstrelleConfig::load();
-        paired.gateway.url = u"https://paired"_s;
-        paired.save();
+        const OstrelleConfig before = OstrelleConfig::load();
         manager.run();
         QVERIFY(waitFor([&] { return !manager.isRunning(); }));
         QCOMPARE(messagesOf(manager),
                  QStringList({u"Creating config…"_s, saved, u"Setting up voice data directory…"_s,
                               u"Setup complete!"_s}));
-        QCOMPARE(OstrelleConfig::load(), paired);
+        QCOMPARE(OstrelleConfig::load(), before);
+    }
+
+    void configuration_data()
+    {
+        QTest::addColumn<QByteArray>("before"); // on the disk when the flow begins
+        QTest::addColumn<QByteArray>("during");
+        QTest::addColumn<QString>("gateway");
+        const QByteArray held = "https://held";
+        const QByteArray paired = "https://paired";
+        QTest::newRow("as it was") << held << held << u"https://held"_s;
+        QTest::newRow("gone") << QByteArray() << QByteArray() << u"https://held"_s;
+        QTest::newRow("not understood") << QByteArray("{") << QByteArray() << u"https://held"_s;
+        QTest::newRow("paired before") << paired << QByteArray() << u"https://paired"_s;
+        QTest::newRow("paired meanwhile") << held << paired << u"https://paired"_s;
+        QTest::newRow("spoilt meanwhile") << paired << QByteArray("{") << u"https://paired"_s;
+    }
+
+    // Only one record has changed, or none: the others are as the setup holds them.
+    void configuration()
+    {
+        QFETCH(const QByteArray, before);
+        QFETCH(const QByteArray, during);
+        QFETCH(const QString, gateway);
+        const SetupHome home;
+        OstrelleConfig held = OstrelleConfig::defaults();
+        held.ports.voiceAgent = 4711;
+        const auto put = [&](const QByteArray &content, const QString &file) {
+            OstrelleConfig config = held;
+            config.gateway.url = QString::fromUtf8(content);
+            config.save();
+            const bool isAddress = content.startsWith("https");
+            home.write(file, isAddress ? home.read(u".ostrelle/config.json"_s) : content);
+        };
+        put(during, u"meanwhile"_s);
+        home.addTool(u"curl"_s, "[ ! -s ~/meanwhile ] || cp ~/meanwhile ~/.ostrelle/config.json");
+        put("https://held", u".ostrelle/config.json"_s);
+        held = OstrelleConfig::load();
+        SetupManager manager(held, home.surroundings());
+        put(before, u".ostrelle/config.json"_s);
+        if (before.isEmpty()) {
+            QFile::remove(OstrelleConfig::configPath());
+        }
+
+        manager.run();
+        QVERIFY(waitFor([&] { return manager.isComplete(); }));
+        OstrelleConfig expected = held;
+        expected.gateway.url = gateway;
+        expected.voice.enabled = true;
+        QCOMPARE(OstrelleConfig::load(), expected);
+
+        QFile::remove(home.path(u"bin/curl"_s));
+        held.save(); // a change back is a change, too
+        manager.run();
+        QVERIFY(waitFor([&] { return !manager.isRunning(); }));
+        QCOMPARE(OstrelleConfig::load().gateway.url, held.gateway.url);
     }
 
     void voicePartsFail()
