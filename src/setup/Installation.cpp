@@ -137,7 +137,6 @@ void SetupManager::installDuskrell()
     feed.addStatus(u"Installing Duskrell + dependencies…"_s);
     feed.addStatus(u"This may take 5–10 minutes on a fresh Mac."_s);
 
-    m_askpass = std::make_shared<AskpassFile>();
     userInitiatedPool().start(
         [installation = GatewayInstallation{.feed = feed,
                                             .resources = m_surroundings.resources,
@@ -148,7 +147,6 @@ void SetupManager::installDuskrell()
 
 void SetupManager::finishInstallation()
 {
-    m_askpass.reset();
     m_sudoPassword = QString();
     runChecks([this] {
         m_isInstallingDuskrell = false;

@@ -196,15 +196,15 @@ SetupManager::SetupManager(const OstrelleConfig &config, SetupSurroundings surro
     , m_configOnDisk(OstrelleConfig::read().value_or(config))
     , m_surroundings(std::move(surroundings))
     , m_feed(*this)
+    , m_askpass(std::make_shared<AskpassFile>())
     , m_checkPasses(maxCheckRuns)
 {
+    utilityPool().start([askpass = m_askpass] { askpass->removeLeftover(); });
 }
 
 SetupManager::~SetupManager()
 {
-    if (m_askpass) {
-        m_askpass->remove();
-    }
+    m_askpass->close();
 }
 
 void SetupManager::runChecks()

@@ -175,7 +175,7 @@ private:
     const SetupSurroundings m_surroundings;
     StatusLog m_statusMessages;
     ProgressFeed m_feed;
-    std::shared_ptr<AskpassFile> m_askpass;
+    const std::shared_ptr<AskpassFile> m_askpass; // shared with what runs in the background
 
     PassLimit m_checkPasses;
     int m_checkGeneration = 0; // of the newest run

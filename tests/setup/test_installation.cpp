@@ -1,11 +1,15 @@
 #include "SetupHome.h"
 #include "core/KeychainHelper.h"
+#include "platform/ChildProcess.h"
 #include "setup/InstallerOutput.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
+#include <QFileInfo>
 
 #include <csignal>
+#include <cstdlib>
+#include <sys/stat.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -47,24 +51,39 @@ private Q_SLOTS:
         QVERIFY(messagesOf(manager).isEmpty());
     }
 
+    void password_data()
+    {
+        QTest::addColumn<bool>("hasRuntimeDirectory");
+        QTest::newRow("runtime directory") << true;
+        QTest::newRow("none") << false;
+    }
+
     void password()
     {
+        QFETCH(const bool, hasRuntimeDirectory);
         const SetupHome home;
         addVoiceParts(home);
         home.addTool(u"sudo"_s, "cat >> ~/calls");
-        home.addInstaller("/usr/bin/stat -c %a \"$SUDO_ASKPASS\"; \"$SUDO_ASKPASS\"\n"
+        home.addInstaller("/usr/bin/stat -c %a ${SUDO_ASKPASS%/*} $SUDO_ASKPASS\n"
+                          "cat $SUDO_ASKPASS; echo; $SUDO_ASKPASS\n"
                           "echo \"$SUDO_PASS $NONINTERACTIVE $HOME\"");
+        if (!hasRuntimeDirectory) {
+            qputenv("XDG_RUNTIME_DIR", home.write(u"file"_s, "").toUtf8());
+        }
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
 
-        QVERIFY(install(manager, u" it's $5;\"x\" "_s));
+        QVERIFY(install(manager, u" it's $5;\"\\x\" "_s));
 
-        const QString typed = u"it's $5;\"x\""_s;
+        // sudo is told what the script prints: each backslash twice.
+        const QString typed = u"it's $5;\"\\x\""_s;
+        const QString told = u"it's $5;\"\\\\x\""_s;
         QCOMPARE(messagesOf(manager),
-                 QStringList({begun, patience, u"700"_s, typed, typed + u" 1 "_s + home.path(),
-                              u"✓ Installation complete!"_s}));
-        QCOMPARE(home.calls(), QStringList({u"sudo -S -v"_s, typed}));
+                 QStringList({begun, patience, u"700"_s, u"700"_s, u"#!/bin/bash"_s,
+                              u"echo 'it'\\''s $5;\"\\\\x\"'"_s, told,
+                              typed + u" 1 "_s + home.path(), u"✓ Installation complete!"_s}));
+        QCOMPARE(home.calls(), QStringList({u"sudo -S -v"_s, told}));
         QVERIFY(manager.sudoPassword().isEmpty());
-        QVERIFY(!home.exists(askpass));
+        QVERIFY(!home.exists(askpass) && !home.exists(u".ostrelle/run/ostrelle-askpass.sh"_s));
         QVERIFY(!manager.isComplete());
     }
 
@@ -108,10 +127,34 @@ private Q_SLOTS:
             SetupManager manager(OstrelleConfig::load(), home.surroundings());
             manager.setSudoPassword(u"secret"_s);
             manager.installDuskrell();
-            QVERIFY(waitFor([&] { return home.exists(u"started"_s) && home.exists(askpass); }));
+            QVERIFY(waitFor(
+                [&] { return !home.read(u"started"_s).isEmpty() && home.exists(askpass); }));
         }
         QVERIFY(!home.exists(askpass));
         ::kill(home.read(u"started"_s).trimmed().toInt(), SIGKILL);
+    }
+
+    void otherWaysOut_data()
+    {
+        QTest::addColumn<QString>("way");
+        QTest::newRow("exit") << u"exit"_s;
+        QTest::newRow("quick exit") << u"quick_exit"_s;
+        QTest::newRow("killed") << u"kill"_s; // the next start cleans up
+    }
+
+    void otherWaysOut()
+    {
+        QFETCH(const QString, way);
+        const SetupHome home;
+        home.addInstaller("echo $$ > ~/started; exec sleep 60");
+        QProcess::execute(QCoreApplication::applicationFilePath(), {u"--leave-by"_s, way});
+        QCOMPARE(home.exists(askpass), way == "kill"_L1);
+        QVERIFY(!home.read(u"started"_s).isEmpty());
+        ::kill(home.read(u"started"_s).trimmed().toInt(), SIGKILL);
+
+        const QString elsewhere = home.write(u".ostrelle/run/ostrelle-askpass.sh"_s, "left");
+        const SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        QVERIFY(waitFor([&] { return !home.exists(askpass) && !QFile::exists(elsewhere); }));
     }
 
     void outputInPieces()
@@ -285,13 +328,42 @@ private Q_SLOTS:
         qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
         manager.openOnboarding();
-        const QByteArray script = home.path(u".run/ostrelle-onboard.command"_s).toUtf8();
-        QVERIFY(waitFor([&] { return home.read(u"opened"_s) == "-e " + script + '\n'; }));
-        QCOMPARE(QFile(QString::fromUtf8(script)).size(), 204);
+        const QString script = home.path(u".run/ostrelle-onboard.command"_s);
+        QVERIFY(waitFor([&] { return home.read(u"opened"_s) == "-e " + script.toUtf8() + '\n'; }));
+        struct stat attributes{};
+        QCOMPARE(::stat(qPrintable(script), &attributes), 0);
+        QCOMPARE(attributes.st_mode & 0777, 0755U);
+        QCOMPARE(home.read(u".run/ostrelle-onboard.command"_s),
+                 "#!/bin/bash\nexport PATH=/opt/homebrew/bin:/usr/local/bin:$PATH\nclear\n"
+                 "echo \"=== OSTRELLE — Duskrell Setup ===\"\necho\nduskrell onboard\necho\n"
+                 "echo \"Done! You can close this window.\"\nread -p \"Press Enter...\"\n");
         qputenv("PATH", path);
     }
 };
 
-QTEST_GUILESS_MAIN(InstallationTest)
+// Ends in the middle of an installation.
+int leaveBy(const QString &way)
+{
+    SetupManager manager(OstrelleConfig::load(),
+                         {.resources = homeDirectory() + u"/resources"_s, .sudoSearchPath = {}});
+    manager.setSudoPassword(u"secret"_s);
+    manager.installDuskrell();
+    const bool hasStarted = waitFor([&] { return QFile::exists(homeDirectory() + u"/started"_s); });
+    if (way == "kill"_L1) {
+        ::raise(SIGKILL);
+    }
+    endAllChildren();
+    way == "exit"_L1 ? std::exit(!hasStarted) : std::quick_exit(!hasStarted);
+}
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    if (const QStringList arguments = app.arguments(); arguments.value(1) == "--leave-by"_L1) {
+        return leaveBy(arguments.value(2));
+    }
+    InstallationTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 
 #include "test_installation.moc"
