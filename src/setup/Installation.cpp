@@ -82,7 +82,7 @@ void SetupManager::GatewayInstallation::installFrom(const QString &installer) co
                   .arguments = {u"-lc"_s, u"bash "_s + quoted(installer) + u" 2>&1"_s},
                   .environment = environment},
                  {.capture = Capture::Merged, .onOutput = [&](const QByteArray &piece) {
-                      feed.addStatus(output.take(piece));
+                      feed.addOutput(output.take(piece));
                   }});
     if (!result) {
         feed.addStatus(u"ERROR: "_s + result.error().text);

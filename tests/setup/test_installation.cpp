@@ -177,12 +177,17 @@ private Q_SLOTS:
     {
         const SetupHome home;
         addVoiceParts(home);
-        home.addInstaller("for i in {1..20000}; do echo line $i; done");
+        home.addInstaller("for i in {1..20000}; do echo line $i; done\n"
+                          "printf 'x\\n%.0s' {1..150000}\n"
+                          "printf 'y%.0s' {1..150000}");
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
         const QAbstractItemModelTester tester(manager.statusMessages());
         QVERIFY(install(manager));
-        QCOMPARE(manager.statusMessages()->rowCount(), 20'003);
-        QCOMPARE(messagesOf(manager)[20'001], u"line 20000"_s);
+        QStringList messages = messagesOf(manager);
+        QCOMPARE(messages.takeLast(), u"✓ Installation complete!"_s);
+        QCOMPARE(messages.value(20'001), u"line 20000"_s);
+        QCOMPARE(messages.value(170'001), u"x"_s);
+        QCOMPARE(messages.mid(170'002).join(QString()), QString(150'000, u'y'));
     }
 
     void voiceParts()
@@ -348,7 +353,8 @@ int leaveBy(const QString &way)
                          {.resources = homeDirectory() + u"/resources"_s, .sudoSearchPath = {}});
     manager.setSudoPassword(u"secret"_s);
     manager.installDuskrell();
-    const bool hasStarted = waitFor([&] { return QFile::exists(homeDirectory() + u"/started"_s); });
+    const bool hasStarted =
+        waitFor([&] { return QFileInfo(homeDirectory() + u"/started"_s).size() > 0; });
     if (way == "kill"_L1) {
         ::raise(SIGKILL);
     }
