@@ -201,6 +201,9 @@ private Q_SLOTS:
         home.write(u"resources/voice-agent/sounds/thinking.wav"_s, "wav");
         home.write(u"resources/voice-agent/requirements.txt"_s, "");
         home.write(u".ostrelle/data/config.yaml"_s, "mine");
+        const QString models = u".ostrelle/data/models"_s;
+        home.write(models + u"/kokoro-v1.0.onnx"_s, "cut off");
+        home.write(models + u"/kokoro-v1.0.onnx.incomplete"_s, "");
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
 
         manager.run();
@@ -216,9 +219,9 @@ private Q_SLOTS:
                               u"Venv created"_s,
                               u"Installing voice dependencies (this takes a few minutes)…"_s,
                               u"✓ Dependencies installed"_s, u"Setup complete!"_s}));
-        const QString models = u".ostrelle/data/models"_s;
         QCOMPARE(QDir(home.path(models)).entryList(QDir::Files),
                  QStringList(u"kokoro-v1.0.onnx"_s));
+        QCOMPARE(home.read(models + u"/kokoro-v1.0.onnx"_s), QByteArray("model\n"));
         QCOMPARE(home.read(u".ostrelle/data/config.yaml"_s), QByteArray("mine"));
         QCOMPARE(home.read(u".ostrelle/data/sounds/thinking.wav"_s), QByteArray("wav"));
         QVERIFY(home.exists(u".ostrelle/venv/bin/python"_s) && manager.hasVenv());
@@ -342,6 +345,12 @@ private Q_SLOTS:
                  "#!/bin/bash\nexport PATH=/opt/homebrew/bin:/usr/local/bin:$PATH\nclear\n"
                  "echo \"=== OSTRELLE — Duskrell Setup ===\"\necho\nduskrell onboard\necho\n"
                  "echo \"Done! You can close this window.\"\nread -p \"Press Enter...\"\n");
+
+        home.writeScript(u"bin/x-terminal-emulator"_s, "exit 1"); // has no display, for instance
+        manager.openOnboarding();
+        QVERIFY(waitFor([&] { return manager.statusMessages()->rowCount() == 1; }));
+        QCOMPARE(messagesOf(manager),
+                 QStringList(u"Could not open a terminal. Run in one: duskrell onboard"_s));
         qputenv("PATH", path);
     }
 };
