@@ -11,6 +11,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <utility>
 
 namespace ostrelle
 {
@@ -57,10 +58,10 @@ QString enableLink(const QString &output)
 class SetupManager::Checks
 {
 public:
-    Checks(const ProgressFeed::Writer &writer, int generation, const QString &venvPath)
-        : m_writer(writer)
+    Checks(ProgressFeed::Writer writer, int generation, QString venvPath)
+        : m_writer(std::move(writer))
         , m_generation(generation)
-        , m_venvPath(venvPath)
+        , m_venvPath(std::move(venvPath))
     {
     }
 
@@ -88,7 +89,7 @@ private:
     // Dropped are the results of a run that was superseded, and those of commands that the end of
     // the program cut short.
     template<typename Change>
-    void publish(Change change) const
+    void publish(const Change &change) const
     {
         if (programEnds()) {
             return;
