@@ -1,6 +1,7 @@
 #include "setup/AskpassFile.h"
 
 #include "platform/Files.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/Paths.h"
 
 #include <QFile>
@@ -25,11 +26,16 @@ class CurrentScript
 public:
     static CurrentScript &instance()
     {
-        static CurrentScript script;
-        return script;
+        static NeverDestroyed<CurrentScript> script;
+        return script.object();
     }
-    ~CurrentScript() { remove(); }
-    Q_DISABLE_COPY_MOVE(CurrentScript)
+
+    CurrentScript()
+    {
+        const auto atEnd = [] { instance().remove(); };
+        std::atexit(atEnd);
+        std::at_quick_exit(atEnd);
+    }
 
     void set(const QString &path)
     {
@@ -46,11 +52,6 @@ public:
     }
 
 private:
-    CurrentScript()
-    {
-        std::at_quick_exit([] { instance().remove(); }); // which destroys nothing
-    }
-
     std::mutex m_mutex;
     QByteArray m_name; // protected by m_mutex
 };

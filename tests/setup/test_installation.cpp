@@ -147,7 +147,9 @@ private Q_SLOTS:
         QFETCH(const QString, way);
         const SetupHome home;
         home.addInstaller("echo $$ > ~/started; exec sleep 60");
-        QProcess::execute(QCoreApplication::applicationFilePath(), {u"--leave-by"_s, way});
+        const int status =
+            QProcess::execute(QCoreApplication::applicationFilePath(), {u"--leave-by"_s, way});
+        QCOMPARE(status == 0, way != "kill"_L1);
         QCOMPARE(home.exists(askpass), way == "kill"_L1);
         QVERIFY(!home.read(u"started"_s).isEmpty());
         ::kill(home.read(u"started"_s).trimmed().toInt(), SIGKILL);
