@@ -252,17 +252,19 @@ OstrelleConfig OstrelleConfig::defaults()
                   .cronFile = defaultCronFile}};
 }
 
-OstrelleConfig OstrelleConfig::load()
+std::optional<OstrelleConfig> OstrelleConfig::read()
 {
     const auto object = readObject(configPath());
     auto config = object ? decode(*object) : std::nullopt;
-    if (!config) {
-        return defaults();
-    }
-    if (migrate(config->paths)) {
+    if (config && migrate(config->paths)) {
         config->save();
     }
-    return *config;
+    return config;
+}
+
+OstrelleConfig OstrelleConfig::load()
+{
+    return read().value_or(defaults());
 }
 
 void OstrelleConfig::save() const

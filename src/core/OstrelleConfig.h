@@ -59,8 +59,11 @@ struct OstrelleConfig {
     // What holds while there is no readable configuration file.
     static OstrelleConfig defaults();
 
-    // The file's configuration, migrated and saved again where it came from an older version, or
-    // the defaults. Never fails; a file that cannot be understood stays as it is.
+    // The file's configuration, migrated and saved again where it came from an older version.
+    // Absent without a file that can be understood, which stays as it is.
+    static std::optional<OstrelleConfig> read();
+
+    // The same, or the defaults. Never fails.
     static OstrelleConfig load();
 
     // Failures are silent.

@@ -1,6 +1,7 @@
 #include "platform/ChildProcess.h"
 
 #include "platform/Files.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/ProcessSetup.h"
 
 #include <algorithm>
@@ -30,8 +31,8 @@ class RunningChildren
 public:
     static RunningChildren &instance()
     {
-        static RunningChildren children;
-        return children;
+        static NeverDestroyed<RunningChildren> children;
+        return children.object();
     }
 
     // False when the program is ending: the caller kills the child that it just started.

@@ -54,7 +54,8 @@ struct ChildFailure {
 
 // Runs a child to its end and returns what it wrote. Blocks: background threads only. The end is
 // the end of the child itself; a grandchild that holds the pipe open does not prolong the call.
-// Standard input is the null device. The child dies with this program, also after a kill -9.
+// Standard input is the null device. The child dies with this program, also after a kill -9; what
+// it has started in turn then lives on, such as a command line's second process behind its shell.
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
                                                   const ChildOptions &options = {});
 
@@ -66,7 +67,8 @@ void endAllChildren();
 bool programEnds();
 
 // Sets up a process that is to be started by hand: its own process group, the signals and limits
-// that this program was started with, and death together with the thread that starts it. With an
+// that this program was started with, and its death (not that of its own children) together with
+// the thread that starts it. With an
 // output descriptor, that becomes its standard output and standard error; it must stay open until
 // start() has returned.
 void prepareChild(QProcess &process, std::optional<int> outputDescriptor = std::nullopt);

@@ -5,14 +5,41 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 
+#include <cerrno>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 namespace ostrelle
 {
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool allowsPrograms(const QString &directory)
+{
+    struct statvfs mount{};
+    return ::statvfs(QFile::encodeName(directory).constData(), &mount) == 0 &&
+           (mount.f_flag & ST_NOEXEC) == 0;
+}
+
+// True when the directory is there, or was made, and nobody else can enter it.
+bool makePrivate(const QString &directory)
+{
+    QDir().mkpath(QFileInfo(directory).path());
+    const QByteArray name = QFile::encodeName(directory);
+    if (::mkdir(name.constData(), S_IRWXU) != 0 && errno != EEXIST) {
+        return false;
+    }
+    struct stat attributes{};
+    return ::lstat(name.constData(), &attributes) == 0 && S_ISDIR(attributes.st_mode) &&
+           attributes.st_uid == ::geteuid() && ::chmod(name.constData(), S_IRWXU) == 0;
+}
+
+} // namespace
 
 QString homeDirectory()
 {
@@ -40,17 +67,23 @@ std::optional<QString> runtimeDirectory()
     return path;
 }
 
+QStringList privateTemporaryPlaces()
+{
+    QStringList places{homeDirectory() + u"/.ostrelle/run"_s};
+    if (const auto runtime = runtimeDirectory()) {
+        places.prepend(*runtime);
+    }
+    return places;
+}
+
 std::optional<QString> privateTemporaryDirectory()
 {
-    struct statvfs mount{};
-    if (const auto runtime = runtimeDirectory();
-        runtime && ::statvfs(QFile::encodeName(*runtime).constData(), &mount) == 0 &&
-        (mount.f_flag & ST_NOEXEC) == 0) {
-        return runtime;
+    for (const QString &place : privateTemporaryPlaces()) {
+        if (makePrivate(place) && allowsPrograms(place)) {
+            return place;
+        }
     }
-    QTemporaryDir fresh; // of mode 0700
-    fresh.setAutoRemove(false);
-    return fresh.isValid() ? std::optional(fresh.path()) : std::nullopt;
+    return std::nullopt;
 }
 
 } // namespace ostrelle

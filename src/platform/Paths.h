@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -19,7 +20,10 @@ std::optional<QString> resourceDirectory();
 std::optional<QString> runtimeDirectory();
 
 // A directory that only this user can enter and whose files can be run: the runtime directory where
-// it serves, else a new one. Absent when none can be made.
+// it serves, else one below the home, which is made. Absent when neither does.
 std::optional<QString> privateTemporaryDirectory();
+
+// The two, in that order; for who looks for what an earlier run of the program has left there.
+QStringList privateTemporaryPlaces();
 
 } // namespace ostrelle

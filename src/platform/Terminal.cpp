@@ -36,6 +36,11 @@ constexpr std::array terminals{Terminal{"x-terminal-emulator"_L1, "-e"_L1},
                                Terminal{"foot"_L1, ""_L1},
                                Terminal{"xterm"_L1, "-e"_L1}};
 
+// In a session of its own the terminal does not end with this program. One that cannot open its
+// window ends at once, and its status is the result; some only hand on the command and end well.
+const QString startDetached =
+    u"setsid \"$@\" & for i in 1 2 3 4 5; do sleep 0.1; kill -0 $! || { wait $!; exit; }; done"_s;
+
 } // namespace
 
 bool openInTerminal(const QString &script)
@@ -45,12 +50,11 @@ bool openInTerminal(const QString &script)
         if (path.isEmpty()) {
             continue;
         }
-        // A session of its own: the terminal is no child that would end with this program.
-        QStringList arguments{u"--fork"_s, path};
+        QStringList arguments{u"-c"_s, startDetached, u"sh"_s, path};
         if (!beforeCommand.isEmpty()) {
             arguments.append(beforeCommand);
         }
-        const auto started = runChild({.program = u"setsid"_s, .arguments = arguments << script},
+        const auto started = runChild({.program = u"/bin/sh"_s, .arguments = arguments << script},
                                       {.capture = Capture::Nothing});
         return started && started->exitStatus == 0;
     }

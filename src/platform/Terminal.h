@@ -6,8 +6,8 @@ namespace ostrelle
 {
 
 // Opens a terminal window that runs an executable script, and goes on without it: the terminal
-// outlives this program. False when there is no terminal program or it could not be started.
-// Blocks for a moment: background threads only.
+// outlives this program. False when there is no terminal program, it could not be started, or it
+// failed within half a second. Blocks for that long: background threads only.
 bool openInTerminal(const QString &script);
 
 } // namespace ostrelle

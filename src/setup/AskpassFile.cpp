@@ -1,39 +1,105 @@
 #include "setup/AskpassFile.h"
 
 #include "platform/Files.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/Paths.h"
 
 #include <QFile>
+
+#include <cstdlib>
+#include <unistd.h>
+#include <utility>
 
 namespace ostrelle
 {
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+const QString scriptName = u"/ostrelle-askpass.sh"_s;
+
+// The script that is there now. Knows the ways out of the program on which its owner lives on.
+class CurrentScript
+{
+public:
+    static CurrentScript &instance()
+    {
+        static NeverDestroyed<CurrentScript> script;
+        return script.object();
+    }
+
+    CurrentScript()
+    {
+        const auto atEnd = [] { instance().remove(); };
+        std::atexit(atEnd);
+        std::at_quick_exit(atEnd);
+    }
+
+    void set(const QString &path)
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_name = QFile::encodeName(path);
+    }
+
+    void remove()
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (const QByteArray name = std::exchange(m_name, {}); !name.isEmpty()) {
+            ::unlink(name.constData());
+        }
+    }
+
+private:
+    std::mutex m_mutex;
+    QByteArray m_name; // protected by m_mutex
+};
+
+} // namespace
+
 QString escapedPassword(const QString &password)
 {
     return QString(password).replace(u"\\"_s, u"\\\\"_s).replace(u"'"_s, u"'\\''"_s);
 }
 
+void AskpassFile::removeLeftover()
+{
+    const std::scoped_lock lock(m_mutex);
+    if (m_isWritten) {
+        return;
+    }
+    for (const QString &place : privateTemporaryPlaces()) {
+        QFile::remove(place + scriptName);
+    }
+}
+
 std::optional<QString> AskpassFile::write(const QString &password)
 {
     const std::scoped_lock lock(m_mutex);
-    const auto directory = m_isRemoved ? std::nullopt : privateTemporaryDirectory();
+    const auto directory = m_isClosed ? std::nullopt : privateTemporaryDirectory();
     if (!directory) {
         return std::nullopt;
     }
-    m_path = *directory + u"/ostrelle-askpass.sh"_s;
+    m_isWritten = true;
+    const QString path = *directory + scriptName;
+    CurrentScript::instance().set(path);
     const QString script = u"#!/bin/bash\necho '"_s + escapedPassword(password) + u'\'';
     constexpr mode_t ownerOnly = 0700;
-    return createAnew(m_path, script.toUtf8(), ownerOnly) ? std::optional(m_path) : std::nullopt;
+    return createAnew(path, script.toUtf8(), ownerOnly) ? std::optional(path) : std::nullopt;
 }
 
 void AskpassFile::remove()
 {
+    CurrentScript::instance().remove();
+}
+
+void AskpassFile::close()
+{
     const std::scoped_lock lock(m_mutex);
-    m_isRemoved = true;
-    if (!m_path.isEmpty()) {
-        QFile::remove(m_path);
+    m_isClosed = true;
+    if (m_isWritten) {
+        CurrentScript::instance().remove();
     }
 }
 

@@ -12,25 +12,31 @@ namespace ostrelle
 QString escapedPassword(const QString &password);
 
 // The script that tells sudo the administrator's password while an installation runs. Only its
-// owner can read it, and it is gone with this object at the latest. Any thread.
+// owner can read it. It is gone with this object at the latest, at exit also without that; what a
+// program that was killed has left goes at the next start. Any thread.
 class AskpassFile
 {
 public:
     AskpassFile() = default;
-    ~AskpassFile() { remove(); }
+    ~AskpassFile() { close(); }
     Q_DISABLE_COPY_MOVE(AskpassFile)
 
-    // Absent when the script could not be written, or was removed before.
+    // Removes the script of an earlier run of the program; does nothing after write().
+    void removeLeftover();
+
+    // The script's path; absent when it could not be written, and after close().
     std::optional<QString> write(const QString &password);
 
-    // For good: a later write() does nothing.
     void remove();
+
+    // Removes the script for good: a later write() does nothing.
+    void close();
 
 private:
     std::mutex m_mutex;
     // protected by m_mutex
-    QString m_path;
-    bool m_isRemoved = false;
+    bool m_isWritten = false; // at least once
+    bool m_isClosed = false;
 };
 
 } // namespace ostrelle

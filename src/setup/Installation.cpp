@@ -9,8 +9,6 @@
 #include "setup/SetupManager.h"
 #include "setup/SetupShell.h"
 
-#include <QDir>
-
 namespace ostrelle
 {
 
@@ -19,14 +17,14 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The configuration that the setup holds, but for the records that were changed on the disk since
-// it was handed out: a gateway that was paired meanwhile is not lost.
+// The held configuration, but for the records that have changed on the disk since it was the same
+// as there: a gateway that was paired meanwhile is not lost. What cannot be read has not changed.
 OstrelleConfig upToDate(OstrelleConfig held, const OstrelleConfig &onDiskThen)
 {
-    const OstrelleConfig onDisk = OstrelleConfig::load();
+    const auto onDisk = OstrelleConfig::read();
     const auto follow = [&](auto OstrelleConfig::*record) {
-        if (onDisk.*record != onDiskThen.*record) {
-            held.*record = onDisk.*record;
+        if (onDisk && *onDisk.*record != onDiskThen.*record) {
+            held.*record = *onDisk.*record;
         }
     };
     follow(&OstrelleConfig::gateway);
@@ -84,7 +82,7 @@ void SetupManager::GatewayInstallation::installFrom(const QString &installer) co
                   .arguments = {u"-lc"_s, u"bash "_s + quoted(installer) + u" 2>&1"_s},
                   .environment = environment},
                  {.capture = Capture::Merged, .onOutput = [&](const QByteArray &piece) {
-                      feed.addStatus(output.take(piece));
+                      feed.addOutput(output.take(piece));
                   }});
     if (!result) {
         feed.addStatus(u"ERROR: "_s + result.error().text);
@@ -139,7 +137,6 @@ void SetupManager::installDuskrell()
     feed.addStatus(u"Installing Duskrell + dependencies…"_s);
     feed.addStatus(u"This may take 5–10 minutes on a fresh Mac."_s);
 
-    m_askpass = std::make_shared<AskpassFile>();
     userInitiatedPool().start(
         [installation = GatewayInstallation{.feed = feed,
                                             .resources = m_surroundings.resources,
@@ -150,7 +147,6 @@ void SetupManager::installDuskrell()
 
 void SetupManager::finishInstallation()
 {
-    m_askpass.reset();
     m_sudoPassword = QString();
     runChecks([this] {
         m_isInstallingDuskrell = false;
@@ -169,9 +165,10 @@ public:
     const ProgressFeed::Writer feed;
     const std::optional<QString> resources;
     OstrelleConfig config;
-    const OstrelleConfig configOnDisk;
+    OstrelleConfig configOnDisk; // as it was when `config` was last brought up to date
 
 private:
+    void saveConfig();
     void writeConfig();
     void prepareData();
     void copyIfMissing(const QString &name) const;
@@ -186,7 +183,6 @@ void SetupManager::VoiceInstallation::run()
     if (feed.isManagerGone()) {
         return;
     }
-    config = upToDate(config, configOnDisk);
     for (const auto step : {&VoiceInstallation::writeConfig, &VoiceInstallation::prepareData,
                             &VoiceInstallation::downloadModel, &VoiceInstallation::createVenv,
                             &VoiceInstallation::finish}) {
@@ -196,10 +192,17 @@ void SetupManager::VoiceInstallation::run()
     }
 }
 
+void SetupManager::VoiceInstallation::saveConfig()
+{
+    config.save();
+    configOnDisk = config;
+}
+
 void SetupManager::VoiceInstallation::writeConfig()
 {
     feed.addStatus(u"Creating config…"_s);
-    config.save();
+    config = upToDate(config, configOnDisk);
+    saveConfig();
     feed.publish([](SetupManager &manager) { manager.m_hasConfig = true; });
     feed.addStatus(u"Config saved to "_s + OstrelleConfig::configPath());
 }
@@ -252,16 +255,12 @@ void SetupManager::VoiceInstallation::createVenv()
         return;
     }
     feed.addStatus(u"Creating Python venv…"_s);
-    const bool isNew = !fileExists(venv);
     const ShellResult result = runShell(u"python3 -m venv "_s + quoted(venv));
     if (result.success) {
         feed.addStatus(u"Venv created"_s);
         installRequirements(venv);
     } else {
         feed.addStatus(u"ERROR: "_s + result.output);
-        if (isNew) {
-            QDir(venv).removeRecursively(); // half an environment would pass for a whole one
-        }
     }
     feed.publish(
         [exists = fileExists(python)](SetupManager &manager) { manager.m_hasVenv = exists; });
@@ -284,11 +283,13 @@ void SetupManager::VoiceInstallation::installRequirements(const QString &venv) c
 
 void SetupManager::VoiceInstallation::finish()
 {
+    config = upToDate(config, configOnDisk); // the downloads may have taken an hour
     config.voice.enabled = true;
-    config.save();
+    saveConfig();
     feed.addStatus(u"Setup complete!"_s);
     feed.publish([saved = config](SetupManager &manager) {
         manager.m_config = saved;
+        manager.m_configOnDisk = saved;
         manager.m_isRunning = false;
         manager.m_isComplete = true;
     });

@@ -13,14 +13,6 @@ namespace
 
 constexpr auto failureMark = "SUDO_FAILED"_L1;
 
-// Qt reserves three times the room when it encodes; there may be a million lines.
-QByteArray compactUtf8(QStringView line)
-{
-    QByteArray text = line.toUtf8();
-    text.squeeze();
-    return text;
-}
-
 } // namespace
 
 QByteArrayList InstallerOutput::take(const QByteArray &piece)
@@ -36,7 +28,7 @@ QByteArrayList InstallerOutput::take(const QByteArray &piece)
         if (reportsFailure(line)) {
             m_sudoFailed = true;
         } else if (!line.isEmpty()) {
-            messages.append(compactUtf8(line));
+            messages.append(line.toUtf8());
         }
         m_lineSoFar.clear();
     }

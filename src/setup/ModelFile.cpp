@@ -5,6 +5,9 @@
 
 #include <QFile>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace ostrelle
 {
 
@@ -15,6 +18,14 @@ namespace
 
 const QString releaseAddress =
     u"https://github.com/thewh1teagle/kokoro-onnx/releases/download/model-files-v1.0/"_s;
+
+// Waits until a power cut cannot take the content any more.
+bool isOnDisk(const QString &path)
+{
+    const Descriptor file(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    return file && ::fsync(file.get()) == 0;
+}
 
 } // namespace
 
@@ -38,12 +49,16 @@ bool ModelFile::exists() const
 ShellResult ModelFile::download() const
 {
     static_cast<void>(writeInPlace(m_marker, QByteArray()));
-    const ShellResult result =
-        runShell(u"curl -fSL -o "_s + quoted(m_path) + u' ' + quoted(m_address));
+    ShellResult result = runShell(u"curl -fSL -o "_s + quoted(m_path) + u' ' + quoted(m_address));
+    if (result.success && !isOnDisk(m_path)) {
+        result = {.success = false, .output = u"The file could not be written"_s};
+    }
     if (!result.success) {
         QFile::remove(m_path);
     }
-    QFile::remove(m_marker);
+    if (result.success || !fileExists(m_path)) {
+        QFile::remove(m_marker);
+    }
     return result;
 }
 

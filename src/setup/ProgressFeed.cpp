@@ -1,12 +1,13 @@
 #include "setup/ProgressFeed.h"
 
+#include "platform/ChildProcess.h"
 #include "setup/SetupManager.h"
 
-#include <algorithm>
+#include <condition_variable>
 #include <deque>
-#include <iterator>
 #include <mutex>
 #include <variant>
+#include <vector>
 
 namespace ostrelle
 {
@@ -17,61 +18,88 @@ namespace
 {
 
 constexpr auto pause = 10ms;
-constexpr std::size_t maxBatch = 5'000; // a few milliseconds of work
+constexpr qsizetype enoughForBatch = 5'000;  // messages; a few milliseconds of work
+constexpr std::size_t maxWaitingOutput = 16; // reports, each of what a pipe holds
+constexpr auto endOfProgramCheck = 100ms;
 
 } // namespace
 
 struct ProgressFeed::Queue {
-    using Report = std::variant<QByteArray, Change>;
+    using Report = std::variant<QByteArrayList, Change>;
 
-    // Wakes the feed up when it does not know yet that something is there.
-    template<typename Fill>
-    void add(Fill fill)
+    void add(Report report)
     {
         const std::scoped_lock lock(mutex);
+        addLocked(std::move(report));
+    }
+
+    void addWhenThereIsRoom(Report report)
+    {
+        std::unique_lock lock(mutex);
+        const auto hasRoom = [this] { return !feed || reports.size() < maxWaitingOutput; };
+        while (!room.wait_for(lock, endOfProgramCheck, hasRoom) && !programEnds()) {
+        }
+        addLocked(std::move(report));
+    }
+
+    // A few reports, and at least one when any is there.
+    std::vector<Report> take()
+    {
+        const std::scoped_lock lock(mutex);
+        std::vector<Report> batch;
+        for (qsizetype messages = 0; !reports.empty() && messages < enoughForBatch;) {
+            const auto *output = std::get_if<QByteArrayList>(&reports.front());
+            messages += output ? output->size() : 1;
+            batch.push_back(std::move(reports.front()));
+            reports.pop_front();
+        }
+        isFeedAwake = !reports.empty();
+        room.notify_all();
+        return batch;
+    }
+
+    void detach()
+    {
+        const std::scoped_lock lock(mutex);
+        feed = nullptr;
+        room.notify_all();
+    }
+
+    std::mutex mutex;
+    std::condition_variable room;
+    // protected by mutex
+    ProgressFeed *feed = nullptr; // null once it is gone
+    std::deque<Report> reports;
+    bool isFeedAwake = false;
+
+private:
+    // Wakes the feed up when it does not know yet that something is there.
+    void addLocked(Report report)
+    {
         if (feed == nullptr) {
             return;
         }
-        fill(reports);
+        reports.push_back(std::move(report));
         if (!isFeedAwake) {
             isFeedAwake = true;
             QMetaObject::invokeMethod(feed, &ProgressFeed::wakeUp, Qt::QueuedConnection);
         }
     }
-
-    std::deque<Report> take()
-    {
-        const std::scoped_lock lock(mutex);
-        const auto end =
-            reports.begin() + static_cast<std::ptrdiff_t>(std::min(reports.size(), maxBatch));
-        std::deque<Report> batch(std::move_iterator(reports.begin()), std::move_iterator(end));
-        reports.erase(reports.begin(), end);
-        isFeedAwake = !reports.empty();
-        return batch;
-    }
-
-    std::mutex mutex;
-    // protected by mutex
-    ProgressFeed *feed = nullptr; // null once it is gone
-    std::deque<Report> reports;
-    bool isFeedAwake = false;
 };
 
 void ProgressFeed::Writer::addStatus(const QString &message) const
 {
-    m_queue->add([text = message.toUtf8()](auto &reports) { reports.push_back(text); });
+    m_queue->add(QByteArrayList{message.toUtf8()});
 }
 
-void ProgressFeed::Writer::addStatus(QByteArrayList &&messages) const
+void ProgressFeed::Writer::addOutput(const QByteArrayList &messages) const
 {
-    m_queue->add([&messages](auto &reports) {
-        std::move(messages.begin(), messages.end(), std::back_inserter(reports));
-    });
+    m_queue->addWhenThereIsRoom(messages);
 }
 
 void ProgressFeed::Writer::publish(Change change) const
 {
-    m_queue->add([&change](auto &reports) { reports.push_back(std::move(change)); });
+    m_queue->add(std::move(change));
 }
 
 bool ProgressFeed::Writer::isManagerGone() const
@@ -91,8 +119,7 @@ ProgressFeed::ProgressFeed(SetupManager &manager)
 
 ProgressFeed::~ProgressFeed()
 {
-    const std::scoped_lock lock(m_queue->mutex);
-    m_queue->feed = nullptr;
+    m_queue->detach();
 }
 
 void ProgressFeed::wakeUp()
@@ -103,15 +130,15 @@ void ProgressFeed::wakeUp()
 void ProgressFeed::takeBatch()
 {
     QByteArrayList messages;
-    for (Queue::Report &report : m_queue->take()) {
-        if (auto *message = std::get_if<QByteArray>(&report)) {
-            messages.append(std::move(*message));
+    for (const Queue::Report &report : m_queue->take()) {
+        if (const auto *some = std::get_if<QByteArrayList>(&report)) {
+            messages += *some;
             continue;
         }
         m_manager.statusMessages()->append(std::exchange(messages, {}));
         std::get<Change>(report)(m_manager);
     }
-    m_manager.statusMessages()->append(std::move(messages));
+    m_manager.statusMessages()->append(messages);
     const std::scoped_lock lock(m_queue->mutex);
     if (m_queue->isFeedAwake) {
         wakeUp();

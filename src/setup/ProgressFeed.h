@@ -37,7 +37,8 @@ public:
         }
 
         void addStatus(const QString &message) const;
-        void addStatus(QByteArrayList &&messages) const;
+        // Waits while more is there than the main thread can take at once; background threads only.
+        void addOutput(const QByteArrayList &messages) const;
         // The change runs on the main thread, and not at all once the manager is gone.
         void publish(Change change) const;
         bool isManagerGone() const;

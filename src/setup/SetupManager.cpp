@@ -11,6 +11,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <utility>
 
 namespace ostrelle
 {
@@ -57,10 +58,10 @@ QString enableLink(const QString &output)
 class SetupManager::Checks
 {
 public:
-    Checks(const ProgressFeed::Writer &writer, int generation, const QString &venvPath)
-        : m_writer(writer)
+    Checks(ProgressFeed::Writer writer, int generation, QString venvPath)
+        : m_writer(std::move(writer))
         , m_generation(generation)
-        , m_venvPath(venvPath)
+        , m_venvPath(std::move(venvPath))
     {
     }
 
@@ -88,7 +89,7 @@ private:
     // Dropped are the results of a run that was superseded, and those of commands that the end of
     // the program cut short.
     template<typename Change>
-    void publish(Change change) const
+    void publish(const Change &change) const
     {
         if (programEnds()) {
             return;
@@ -193,18 +194,18 @@ SetupManager::SetupManager(const OstrelleConfig &config, SetupSurroundings surro
                            QObject *parent)
     : QObject(parent)
     , m_config(config)
-    , m_configOnDisk(OstrelleConfig::load())
+    , m_configOnDisk(OstrelleConfig::read().value_or(config))
     , m_surroundings(std::move(surroundings))
     , m_feed(*this)
+    , m_askpass(std::make_shared<AskpassFile>())
     , m_checkPasses(maxCheckRuns)
 {
+    utilityPool().start([askpass = m_askpass] { askpass->removeLeftover(); });
 }
 
 SetupManager::~SetupManager()
 {
-    if (m_askpass) {
-        m_askpass->remove();
-    }
+    m_askpass->close();
 }
 
 void SetupManager::runChecks()

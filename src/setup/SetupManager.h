@@ -171,11 +171,11 @@ private:
     void finishInstallation();
 
     OstrelleConfig m_config;
-    const OstrelleConfig m_configOnDisk; // as it was when this object was made
+    OstrelleConfig m_configOnDisk; // as it was when m_config was last brought up to date
     const SetupSurroundings m_surroundings;
     StatusLog m_statusMessages;
     ProgressFeed m_feed;
-    std::shared_ptr<AskpassFile> m_askpass;
+    const std::shared_ptr<AskpassFile> m_askpass; // shared with what runs in the background
 
     PassLimit m_checkPasses;
     int m_checkGeneration = 0; // of the newest run

@@ -4,8 +4,6 @@
 #include "platform/Files.h"
 #include "platform/Paths.h"
 
-#include <QStringDecoder>
-
 namespace ostrelle
 {
 
@@ -19,9 +17,7 @@ constexpr auto timeToEnd = 2s; // for a command whose time is up
 
 QString decoded(const QByteArray &output)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(output);
-    return decoder.hasError() ? QString() : text.trimmed();
+    return output.isValidUtf8() ? QString::fromUtf8(output).trimmed() : QString();
 }
 
 QString timedOut(std::chrono::milliseconds timeout)

@@ -3,13 +3,15 @@
 #include <QAbstractListModel>
 #include <QStringList>
 
-#include <deque>
+#include <limits>
+#include <vector>
 
 namespace ostrelle
 {
 
 // The progress log, oldest message first, never trimmed. An installer may print a hundred
-// megabytes, so messages are kept as UTF-8 and come in batches. Main thread only.
+// megabytes, and that in lines of one letter, so messages stand one behind the other in blocks of
+// UTF-8 (three bytes for such a line), and come in batches. Main thread only.
 class StatusLog : public QAbstractListModel
 {
     Q_OBJECT
@@ -19,7 +21,7 @@ public:
 
     using QAbstractListModel::QAbstractListModel;
 
-    void append(QByteArrayList &&messages);
+    void append(const QByteArrayList &messages);
     void clear();
 
     // Every message at once; for short logs.
@@ -30,7 +32,20 @@ public:
     QHash<int, QByteArray> roleNames() const override;
 
 private:
-    std::deque<QByteArray> m_messages; // grows without ever moving what is there
+    // Closed once its text is longer than an offset can tell.
+    struct Block {
+        int firstRow = 0;
+        std::vector<quint16> begins = {}; // of the messages, in the text
+        QByteArray text = {};
+
+        bool isFull() const { return text.size() > std::numeric_limits<quint16>::max(); }
+    };
+
+    void append(const QByteArray &message);
+    QString messageAt(int row) const;
+
+    std::vector<Block> m_blocks;
+    int m_count = 0;
 };
 
 } // namespace ostrelle

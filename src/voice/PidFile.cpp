@@ -4,12 +4,13 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QStringDecoder>
 
-#include <chrono>
+#include <atomic>
+#include <cerrno>
 #include <condition_variable>
 #include <csignal>
 #include <ctime>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <unistd.h>
@@ -30,10 +31,38 @@ using std::chrono::system_clock;
 namespace
 {
 
-constexpr auto grace = 1s;
 constexpr std::size_t maxPidFileBytes = 4096;
 
-// Processes that were asked to end and have a second to do so. At exit nobody waits for that.
+// A process that a signal can be sent to. The descriptor names this one process for good, whatever
+// becomes of its number; without one, when there are too many open, the number has to do.
+class Target
+{
+public:
+    explicit Target(pid_t pid)
+        : m_pid(pid)
+        , m_process(::pidfd_open(pid, 0))
+        , m_isGone(!m_process && errno == ESRCH)
+    {
+    }
+
+    bool isGone() const { return m_isGone; }
+
+    void send(int signal) const
+    {
+        if (m_process) {
+            ::pidfd_send_signal(m_process.get(), signal, nullptr, 0);
+        } else if (!m_isGone) {
+            ::kill(m_pid, signal);
+        }
+    }
+
+private:
+    pid_t m_pid;
+    Descriptor m_process;
+    bool m_isGone;
+};
+
+// Processes that were asked to end and have some time to do so. At exit nobody waits for that.
 class PendingKills
 {
 public:
@@ -43,27 +72,37 @@ public:
         return kills;
     }
 
-    void add(Descriptor process)
+    void add(Target target, std::chrono::milliseconds grace)
     {
         const std::scoped_lock lock(m_mutex);
-        m_kills.emplace_back([target = std::move(process)](const std::stop_token &exit) {
-            std::mutex mutex;
-            std::unique_lock waiting(mutex);
-            std::condition_variable_any().wait_for(waiting, exit, grace, [] { return false; });
-            ::pidfd_send_signal(target.get(), SIGKILL, nullptr, 0);
-        });
+        std::erase_if(m_kills, [](const Kill &kill) { return kill.isDone->load(); });
+        auto isDone = std::make_shared<std::atomic<bool>>(false);
+        m_kills.push_back(
+            {isDone,
+             std::jthread([isDone, grace, target = std::move(target)](const std::stop_token &exit) {
+                 std::mutex mutex;
+                 std::unique_lock waiting(mutex);
+                 std::condition_variable_any().wait_for(waiting, exit, grace, [] { return false; });
+                 target.send(SIGKILL);
+                 *isDone = true;
+             })});
     }
 
     void finish()
     {
-        std::vector<std::jthread> kills; // told to stop and waited for at the end of its scope
+        std::vector<Kill> kills; // told to stop and waited for at the end of its scope
         const std::scoped_lock lock(m_mutex);
         kills.swap(m_kills);
     }
 
 private:
+    struct Kill {
+        std::shared_ptr<std::atomic<bool>> isDone;
+        std::jthread thread;
+    };
+
     std::mutex m_mutex;
-    std::vector<std::jthread> m_kills; // protected by m_mutex
+    std::vector<Kill> m_kills; // protected by m_mutex
 };
 
 std::optional<pid_t> readPid(const QString &path)
@@ -72,24 +111,29 @@ std::optional<pid_t> readPid(const QString &path)
     if (!content) {
         return std::nullopt;
     }
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(QByteArrayView(*content));
+    const QByteArrayView text(*content);
     bool isNumber = false;
-    const int pid = text.trimmed().toInt(&isNumber);
-    return !decoder.hasError() && isNumber && pid >= 1 ? std::optional<pid_t>(pid) : std::nullopt;
+    const int pid = QString::fromUtf8(text).trimmed().toInt(&isNumber);
+    return text.isValidUtf8() && isNumber && pid >= 1 ? std::optional<pid_t>(pid) : std::nullopt;
 }
 
-// When a process started, by the system's clock as it is set now; none once it is gone.
-std::optional<system_clock::time_point> startTime(pid_t pid)
+struct ProcessOrigin {
+    pid_t parent;
+    system_clock::time_point start; // by the system's clock as it is set now
+};
+
+// None once the process is gone.
+std::optional<ProcessOrigin> originOf(pid_t pid)
 {
     const auto line = readFile(u"/proc/%1/stat"_s.arg(pid), maxPidFileBytes);
     if (!line) {
         return std::nullopt;
     }
     // The second field is the program's name in parentheses, which may hold blanks and parentheses
-    // of its own. The start is the 22nd, in clock ticks since boot.
-    const auto fields = QByteArray::fromStdString(line->substr(line->rfind(')') + 1)).split(' ');
-    constexpr qsizetype startField = 22 - 2;
+    // of its own. The parent is the 4th field; the start is the 22nd, in clock ticks since boot.
+    const auto fields = QByteArray::fromStdString(line->substr(line->rfind(')') + 2)).split(' ');
+    constexpr qsizetype parentField = 4 - 3;
+    constexpr qsizetype startField = 22 - 3;
     if (fields.size() <= startField) {
         return std::nullopt;
     }
@@ -99,14 +143,16 @@ std::optional<system_clock::time_point> startTime(pid_t pid)
     ::clock_gettime(CLOCK_BOOTTIME, &uptime);
     const auto age =
         std::chrono::seconds(uptime.tv_sec) + std::chrono::nanoseconds(uptime.tv_nsec) - sinceBoot;
-    return system_clock::now() - std::chrono::duration_cast<system_clock::duration>(age);
+    return ProcessOrigin{.parent = fields[parentField].toInt(),
+                         .start = system_clock::now() -
+                                  std::chrono::duration_cast<system_clock::duration>(age)};
 }
 
-bool startedAfter(pid_t pid, system_clock::time_point written)
+bool isStranger(pid_t pid, system_clock::time_point written)
 {
     constexpr auto inaccuracy = 2s; // of clock ticks and file times, generously
-    const auto start = startTime(pid);
-    return start && *start > written + inaccuracy;
+    const auto origin = originOf(pid);
+    return origin && origin->parent != ::getpid() && origin->start > written + inaccuracy;
 }
 
 system_clock::time_point timeOfWriting(const QString &path)
@@ -136,17 +182,16 @@ void writePidFile(const QString &path, qint64 pid)
     }
 }
 
-void killFromPidFile(const QString &path)
+void killFromPidFile(const QString &path, std::chrono::milliseconds grace)
 {
     const auto written = timeOfWriting(path);
     const auto pid = readPid(path);
     if (!pid) {
         return;
     }
-    // The descriptor names this one process for good, whatever becomes of its number.
-    if (Descriptor process(::pidfd_open(*pid, 0)); process && !startedAfter(*pid, written)) {
-        ::pidfd_send_signal(process.get(), SIGTERM, nullptr, 0);
-        PendingKills::instance().add(std::move(process));
+    if (Target target(*pid); !target.isGone() && !isStranger(*pid, written)) {
+        target.send(SIGTERM);
+        PendingKills::instance().add(std::move(target), grace);
     }
     QFile::remove(path);
 }

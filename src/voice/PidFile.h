@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <chrono>
+
 namespace ostrelle
 {
 
@@ -9,13 +11,15 @@ namespace ostrelle
 // silent.
 void writePidFile(const QString &path, qint64 pid);
 
-// Asks the process that the file names to end, kills it a second later, and removes the file. A
+// Asks the process that the file names to end, kills it after the grace, and removes the file. A
 // file that names none is left alone. Blocks only on reading the file; any thread. When the program
-// ends within that second, the kill comes at once (std::exit runs it).
+// ends within the grace, the kill comes at once (std::exit runs it).
 //
 // The file outlives the process, and numbers are used again: a process that started after the file
-// was written is a stranger and is spared.
-void killFromPidFile(const QString &path);
+// was written is a stranger and is spared, unless it is a child of this program. (The clock may
+// have been set since the agent was started, which then seems to be the younger one.)
+void killFromPidFile(const QString &path,
+                     std::chrono::milliseconds grace = std::chrono::seconds(1));
 
 // Kills at once whoever still has time left from killFromPidFile(); for the end of the program by
 // other ways than std::exit. Any thread.

@@ -22,6 +22,7 @@ namespace
 {
 
 constexpr auto terminationGrace = 3s;
+constexpr int momentToDie = 200;     // in milliseconds, after a KILL
 constexpr auto crashSeriesGap = 60s; // a longer time without a crash ends a series of them
 constexpr auto longestRestartDelay = 30s;
 
@@ -82,7 +83,10 @@ ServiceManager::~ServiceManager()
     for (QProcess *process : findChildren<QProcess *>(Qt::FindDirectChildrenOnly)) {
         process->disconnect(this);
         killWithGroup(*process);
-        process->waitForFinished(); // for the moment that the kernel takes to end it
+        if (!process->waitForFinished(momentToDie)) {
+            // The kernel cannot end it now, and QProcess would wait for half a minute: given up.
+            process->setParent(nullptr);
+        }
     }
 }
 

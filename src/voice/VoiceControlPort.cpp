@@ -1,9 +1,5 @@
 #include "voice/VoiceControlPort.h"
 
-#include <QNetworkProxy>
-#include <QNetworkReply>
-#include <QTimer>
-
 namespace ostrelle
 {
 
@@ -15,109 +11,80 @@ namespace
 
 constexpr auto requestTimeout = 60s;
 constexpr int maxQuestions = 4;
-constexpr qsizetype maxWaitingCommands = 8;
-constexpr qint64 maxBodyBytes = qint64{64} * 1024;
-
-QNetworkRequest requestFor(const QUrl &url)
-{
-    QNetworkRequest request(url);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::ManualRedirectPolicy);
-    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    return request;
-}
-
-// An answer with an HTTP error status is still an answer.
-bool transportFailed(QNetworkReply::NetworkError error)
-{
-    const bool answered =
-        error == QNetworkReply::NoError ||
-        (error > QNetworkReply::UnknownProxyError && error <= QNetworkReply::UnknownContentError) ||
-        (error > QNetworkReply::ProtocolFailure && error <= QNetworkReply::UnknownServerError);
-    return !answered;
-}
-
-bool isFlood(const QNetworkReply &reply)
-{
-    return reply.bytesAvailable() > maxBodyBytes;
-}
-
-// A reply with an error is about to end by itself, and Qt complains about a second one.
-void giveUpFlood(QNetworkReply &reply)
-{
-    if (isFlood(reply) && reply.error() == QNetworkReply::NoError) {
-        reply.abort();
-    }
-}
+constexpr int maxPosts = 16;
+constexpr qsizetype maxWaitingActions = 8;
+constexpr qsizetype maxBodyBytes = qsizetype{64} * 1024;
 
 } // namespace
 
-VoiceControlPort::VoiceControlPort(qint64 port, QObject *parent)
+VoiceControlPort::VoiceControlPort(qint64 port, std::chrono::milliseconds longestTurn,
+                                   QObject *parent)
     : QObject(parent)
     , m_controlURL(u"http://127.0.0.1:%1"_s.arg(port))
+    , m_client(maxBodyBytes)
 {
-    m_network.setProxy(QNetworkProxy::NoProxy);
-}
-
-QUrl VoiceControlPort::url(const QString &word) const
-{
-    return QUrl(m_controlURL + u'/' + word, QUrl::StrictMode);
+    m_turnTimer.setSingleShot(true);
+    m_turnTimer.setInterval(longestTurn);
+    connect(&m_turnTimer, &QTimer::timeout, this, &VoiceControlPort::takeTurn);
 }
 
 void VoiceControlPort::askStatus()
 {
-    const QUrl status = url(u"status"_s);
-    if (!status.isValid() || m_questions >= maxQuestions) {
+    const auto url = endpoint(m_controlURL, u"/status"_s);
+    if (!url || m_questions >= maxQuestions) {
         return;
     }
     ++m_questions;
-    QNetworkReply *reply = m_network.get(requestFor(status));
-    bound(reply);
-    connect(reply, &QNetworkReply::finished, this, [this, reply] { finishStatus(reply); });
+    m_client.send({.url = *url, .deadline = requestTimeout},
+                  [this](const HttpResult &result) { finishStatus(result); });
 }
 
-void VoiceControlPort::finishStatus(QNetworkReply *reply)
+// An answer with whatever HTTP status is an answer.
+void VoiceControlPort::finishStatus(const HttpResult &result)
 {
     --m_questions;
-    reply->deleteLater();
-    const bool failed = transportFailed(reply->error()) || isFlood(*reply);
-    Q_EMIT statusArrived(failed ? std::nullopt : VoiceStatus::fromJson(reply->readAll()));
+    Q_EMIT statusArrived(result ? VoiceStatus::fromJson(result->body) : std::nullopt);
 }
 
-void VoiceControlPort::send(const QString &command)
+void VoiceControlPort::postAction(const QString &action)
 {
-    if (url(command).isValid() && m_commands.size() < maxWaitingCommands) {
-        m_commands.enqueue(command);
-        sendNext();
+    if (action == "start"_L1) {
+        post(action, [] {});
+    } else if (m_waiting.size() < maxWaitingActions) {
+        m_waiting.enqueue(action);
+        if (!m_turnTimer.isActive()) {
+            takeTurn();
+        }
     }
 }
 
-void VoiceControlPort::sendNext()
+void VoiceControlPort::takeTurn()
 {
-    if (m_sending || m_commands.isEmpty()) {
+    m_turnTimer.stop();
+    if (m_waiting.isEmpty()) {
         return;
     }
-    m_sending = true;
-    QNetworkRequest request = requestFor(url(m_commands.dequeue()));
-    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
-    QNetworkReply *reply = m_network.post(request, QByteArray());
-    bound(reply);
-    connect(reply, &QNetworkReply::finished, this, [this, reply] {
-        reply->deleteLater();
-        m_sending = false;
-        sendNext();
+    m_turnTimer.start();
+    // An answer that comes after its turn ends nobody else's.
+    post(m_waiting.dequeue(), [this, turn = ++m_turn] {
+        if (turn == m_turn) {
+            takeTurn();
+        }
     });
 }
 
-// A total limit: an agent that sends a byte now and then does not prolong it.
-void VoiceControlPort::bound(QNetworkReply *reply)
+void VoiceControlPort::post(const QString &action, const std::function<void()> &answered)
 {
-    QTimer::singleShot(requestTimeout, reply, &QNetworkReply::abort);
-    // Queued: an end in the middle of the reply's own report would be reported twice.
-    connect(
-        reply, &QNetworkReply::readyRead, reply, [reply] { giveUpFlood(*reply); },
-        Qt::QueuedConnection);
+    const auto url = endpoint(m_controlURL, u'/' + action);
+    if (!url || m_posts >= maxPosts) {
+        return;
+    }
+    ++m_posts;
+    m_client.send({.url = *url, .body = QByteArray(), .deadline = requestTimeout},
+                  [this, answered](const HttpResult &) {
+                      --m_posts;
+                      answered();
+                  });
 }
 
 } // namespace ostrelle

@@ -1,32 +1,37 @@
 #pragma once
 
+#include "core/HttpClient.h"
 #include "voice/VoiceStatus.h"
 
-#include <QNetworkAccessManager>
 #include <QQueue>
-
-class QNetworkReply;
+#include <QTimer>
 
 namespace ostrelle
 {
 
-// The voice agent's HTTP control port on the loopback interface. Requests go nowhere else: no
-// proxy is asked and no redirect followed. Every request has a minute; what piles up at an agent
-// that hangs is bounded. Main thread only.
+// The voice agent's HTTP control port on the loopback interface. Every request has a minute; what
+// piles up at an agent that hangs is bounded. Main thread only.
 class VoiceControlPort : public QObject
 {
     Q_OBJECT
 
 public:
-    // A port number that no URL can have makes every call do nothing.
-    explicit VoiceControlPort(qint64 port, QObject *parent = nullptr);
+    // A port number that no URL can have makes every call do nothing. A switch of the microphone
+    // waits for the answer to the one before, but not longer than `longestTurn`: sent at once, the
+    // two could arrive in the other order.
+    explicit VoiceControlPort(qint64 port,
+                              std::chrono::milliseconds longestTurn = std::chrono::seconds(1),
+                              QObject *parent = nullptr);
 
     // Asks how the agent is; dropped while four questions wait for their answer.
     void askStatus();
 
-    // Sends a command: "start", "mute" or "unmute". Commands arrive in their order, one after the
-    // other; how one ends is not told. While eight wait to be sent, further ones are dropped.
-    void send(const QString &command);
+    // Sends "start" at once, or "mute" or "unmute" when it is their turn. How it ends is not told.
+    // Dropped while eight wait for their turn or sixteen for their answer.
+    void postAction(const QString &action);
+
+    // Forgets what still waits for its turn.
+    void dropWaitingActions() { m_waiting.clear(); }
 
 Q_SIGNALS:
     // Once for each question, in the order of arrival; absent when the agent could not be reached
@@ -34,16 +39,17 @@ Q_SIGNALS:
     void statusArrived(const std::optional<ostrelle::VoiceStatus> &status);
 
 private:
-    void finishStatus(QNetworkReply *reply);
-    void sendNext();
-    QUrl url(const QString &word) const;
-    void bound(QNetworkReply *reply);
+    void finishStatus(const HttpResult &result);
+    void post(const QString &action, const std::function<void()> &answered);
+    void takeTurn();
 
     const QString m_controlURL; // without a trailing slash
-    QNetworkAccessManager m_network;
-    int m_questions = 0; // waiting for their answer
-    QQueue<QString> m_commands;
-    bool m_sending = false;
+    HttpClient m_client;
+    int m_questions = 0;       // waiting for their answer
+    int m_posts = 0;           // likewise
+    QQueue<QString> m_waiting; // switches of the microphone
+    int m_turn = 0;            // the number of the newest one that was sent
+    QTimer m_turnTimer;        // runs while that one has its turn
 };
 
 } // namespace ostrelle

@@ -98,7 +98,7 @@ void VoiceViewModel::start()
     m_pending = Starting{m_polling.now() + startDeadline};
     m_isLaunching = true;
     if (m_voiceRunning) {
-        m_controlPort.send(u"start"_s);
+        m_controlPort.postAction(u"start"_s);
     } else if (m_serviceManager) {
         m_serviceManager->startVoice();
     }
@@ -108,6 +108,7 @@ void VoiceViewModel::stop()
 {
     const PropertyUpdateGroup together;
     m_pending = Stopping{m_polling.now() + stopDeadline};
+    m_controlPort.dropWaitingActions();
     m_isLaunching = false; // a start that was under way is given up
     m_voiceRunning = false;
     m_state = u"offline"_s;
@@ -122,7 +123,7 @@ void VoiceViewModel::stop()
 void VoiceViewModel::toggleMute()
 {
     m_isMuted = !m_isMuted;
-    m_controlPort.send(m_isMuted ? u"mute"_s : u"unmute"_s);
+    m_controlPort.postAction(m_isMuted ? u"mute"_s : u"unmute"_s);
 }
 
 void VoiceViewModel::pollStatus()

@@ -42,6 +42,7 @@ private Q_SLOTS:
         QTest::newRow("fails") << u"echo why; exit 3"_s << false << u"why"_s;
         QTest::newRow("both streams") << u"echo a; echo b >&2; echo c"_s << true << u"a\nb\nc"_s;
         QTest::newRow("not UTF-8") << u"printf 'a\\377b'"_s << true << QString();
+        QTest::newRow("cut in a character") << u"printf 'a\\303'"_s << true << QString();
         QTest::newRow("ends by a signal") << u"kill -9 $$"_s << false << QString();
         QTest::newRow("more than a pipe holds")
             << u"for i in {1..40000}; do echo 0123456789; done | cat"_s << true
@@ -66,10 +67,10 @@ private Q_SLOTS:
     void lateCommand()
     {
         const SetupHome home;
-        const ShellResult result = runShell(
-            u"trap '' TERM; echo $$ > ~/pid; echo much; while true; do sleep 1; done"_s, 1900ms);
+        const ShellResult result =
+            runShell(u"echo $$ > ~/pid; echo much; while true; do sleep 1; done"_s, 600ms);
         QCOMPARE(result.success, false);
-        QCOMPARE(result.output, u"Command timed out after 1s"_s);
+        QCOMPARE(result.output, u"Command timed out after 0s"_s); // fractions count for nothing
         QVERIFY(!isAlive(home.read(u"pid"_s).trimmed().toInt()));
     }
 

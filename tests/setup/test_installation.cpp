@@ -1,11 +1,15 @@
 #include "SetupHome.h"
 #include "core/KeychainHelper.h"
+#include "platform/ChildProcess.h"
 #include "setup/InstallerOutput.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
+#include <QFileInfo>
 
 #include <csignal>
+#include <cstdlib>
+#include <sys/stat.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -47,24 +51,39 @@ private Q_SLOTS:
         QVERIFY(messagesOf(manager).isEmpty());
     }
 
+    void password_data()
+    {
+        QTest::addColumn<bool>("hasRuntimeDirectory");
+        QTest::newRow("runtime directory") << true;
+        QTest::newRow("none") << false;
+    }
+
     void password()
     {
+        QFETCH(const bool, hasRuntimeDirectory);
         const SetupHome home;
         addVoiceParts(home);
         home.addTool(u"sudo"_s, "cat >> ~/calls");
-        home.addInstaller("/usr/bin/stat -c %a \"$SUDO_ASKPASS\"; \"$SUDO_ASKPASS\"\n"
+        home.addInstaller("/usr/bin/stat -c %a ${SUDO_ASKPASS%/*} $SUDO_ASKPASS\n"
+                          "cat $SUDO_ASKPASS; echo; $SUDO_ASKPASS\n"
                           "echo \"$SUDO_PASS $NONINTERACTIVE $HOME\"");
+        if (!hasRuntimeDirectory) {
+            qputenv("XDG_RUNTIME_DIR", home.write(u"file"_s, "").toUtf8());
+        }
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
 
-        QVERIFY(install(manager, u" it's $5;\"x\" "_s));
+        QVERIFY(install(manager, u" it's $5;\"\\x\" "_s));
 
-        const QString typed = u"it's $5;\"x\""_s;
+        // sudo is told what the script prints: each backslash twice.
+        const QString typed = u"it's $5;\"\\x\""_s;
+        const QString told = u"it's $5;\"\\\\x\""_s;
         QCOMPARE(messagesOf(manager),
-                 QStringList({begun, patience, u"700"_s, typed, typed + u" 1 "_s + home.path(),
-                              u"✓ Installation complete!"_s}));
-        QCOMPARE(home.calls(), QStringList({u"sudo -S -v"_s, typed}));
+                 QStringList({begun, patience, u"700"_s, u"700"_s, u"#!/bin/bash"_s,
+                              u"echo 'it'\\''s $5;\"\\\\x\"'"_s, told,
+                              typed + u" 1 "_s + home.path(), u"✓ Installation complete!"_s}));
+        QCOMPARE(home.calls(), QStringList({u"sudo -S -v"_s, told}));
         QVERIFY(manager.sudoPassword().isEmpty());
-        QVERIFY(!home.exists(askpass));
+        QVERIFY(!home.exists(askpass) && !home.exists(u".ostrelle/run/ostrelle-askpass.sh"_s));
         QVERIFY(!manager.isComplete());
     }
 
@@ -108,10 +127,36 @@ private Q_SLOTS:
             SetupManager manager(OstrelleConfig::load(), home.surroundings());
             manager.setSudoPassword(u"secret"_s);
             manager.installDuskrell();
-            QVERIFY(waitFor([&] { return home.exists(u"started"_s) && home.exists(askpass); }));
+            QVERIFY(waitFor(
+                [&] { return !home.read(u"started"_s).isEmpty() && home.exists(askpass); }));
         }
         QVERIFY(!home.exists(askpass));
         ::kill(home.read(u"started"_s).trimmed().toInt(), SIGKILL);
+    }
+
+    void otherWaysOut_data()
+    {
+        QTest::addColumn<QString>("way");
+        QTest::newRow("exit") << u"exit"_s;
+        QTest::newRow("quick exit") << u"quick_exit"_s;
+        QTest::newRow("killed") << u"kill"_s; // the next start cleans up
+    }
+
+    void otherWaysOut()
+    {
+        QFETCH(const QString, way);
+        const SetupHome home;
+        home.addInstaller("echo $$ > ~/started; exec sleep 60");
+        const int status =
+            QProcess::execute(QCoreApplication::applicationFilePath(), {u"--leave-by"_s, way});
+        QCOMPARE(status == 0, way != "kill"_L1);
+        QCOMPARE(home.exists(askpass), way == "kill"_L1);
+        QVERIFY(!home.read(u"started"_s).isEmpty());
+        ::kill(home.read(u"started"_s).trimmed().toInt(), SIGKILL);
+
+        const QString elsewhere = home.write(u".ostrelle/run/ostrelle-askpass.sh"_s, "left");
+        const SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        QVERIFY(waitFor([&] { return !home.exists(askpass) && !QFile::exists(elsewhere); }));
     }
 
     void outputInPieces()
@@ -134,12 +179,17 @@ private Q_SLOTS:
     {
         const SetupHome home;
         addVoiceParts(home);
-        home.addInstaller("for i in {1..20000}; do echo line $i; done");
+        home.addInstaller("for i in {1..20000}; do echo line $i; done\n"
+                          "printf 'x\\n%.0s' {1..150000}\n"
+                          "printf 'y%.0s' {1..150000}");
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
         const QAbstractItemModelTester tester(manager.statusMessages());
         QVERIFY(install(manager));
-        QCOMPARE(manager.statusMessages()->rowCount(), 20'003);
-        QCOMPARE(messagesOf(manager)[20'001], u"line 20000"_s);
+        QStringList messages = messagesOf(manager);
+        QCOMPARE(messages.takeLast(), u"✓ Installation complete!"_s);
+        QCOMPARE(messages.value(20'001), u"line 20000"_s);
+        QCOMPARE(messages.value(170'001), u"x"_s);
+        QCOMPARE(messages.mid(170'002).join(QString()), QString(150'000, u'y'));
     }
 
     void voiceParts()
@@ -153,6 +203,9 @@ private Q_SLOTS:
         home.write(u"resources/voice-agent/sounds/thinking.wav"_s, "wav");
         home.write(u"resources/voice-agent/requirements.txt"_s, "");
         home.write(u".ostrelle/data/config.yaml"_s, "mine");
+        const QString models = u".ostrelle/data/models"_s;
+        home.write(models + u"/kokoro-v1.0.onnx"_s, "cut off");
+        home.write(models + u"/kokoro-v1.0.onnx.incomplete"_s, "");
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
 
         manager.run();
@@ -168,24 +221,77 @@ private Q_SLOTS:
                               u"Venv created"_s,
                               u"Installing voice dependencies (this takes a few minutes)…"_s,
                               u"✓ Dependencies installed"_s, u"Setup complete!"_s}));
-        const QString models = u".ostrelle/data/models"_s;
         QCOMPARE(QDir(home.path(models)).entryList(QDir::Files),
                  QStringList(u"kokoro-v1.0.onnx"_s));
+        QCOMPARE(home.read(models + u"/kokoro-v1.0.onnx"_s), QByteArray("model\n"));
         QCOMPARE(home.read(u".ostrelle/data/config.yaml"_s), QByteArray("mine"));
         QCOMPARE(home.read(u".ostrelle/data/sounds/thinking.wav"_s), QByteArray("wav"));
         QVERIFY(home.exists(u".ostrelle/venv/bin/python"_s) && manager.hasVenv());
         QVERIFY(OstrelleConfig::load().voice.enabled);
 
         home.write(models + u"/voices-v1.0.bin"_s, "voices");
-        OstrelleConfig paired = OstrelleConfig::load();
-        paired.gateway.url = u"https://paired"_s;
-        paired.save();
+        const OstrelleConfig before = OstrelleConfig::load();
         manager.run();
         QVERIFY(waitFor([&] { return !manager.isRunning(); }));
         QCOMPARE(messagesOf(manager),
                  QStringList({u"Creating config…"_s, saved, u"Setting up voice data directory…"_s,
                               u"Setup complete!"_s}));
-        QCOMPARE(OstrelleConfig::load(), paired);
+        QCOMPARE(OstrelleConfig::load(), before);
+    }
+
+    void configuration_data()
+    {
+        QTest::addColumn<QByteArray>("before"); // on the disk when the flow begins
+        QTest::addColumn<QByteArray>("during");
+        QTest::addColumn<QString>("gateway");
+        const QByteArray held = "https://held";
+        const QByteArray paired = "https://paired";
+        QTest::newRow("as it was") << held << held << u"https://held"_s;
+        QTest::newRow("gone") << QByteArray() << QByteArray() << u"https://held"_s;
+        QTest::newRow("not understood") << QByteArray("{") << QByteArray() << u"https://held"_s;
+        QTest::newRow("paired before") << paired << QByteArray() << u"https://paired"_s;
+        QTest::newRow("paired meanwhile") << held << paired << u"https://paired"_s;
+        QTest::newRow("spoilt meanwhile") << paired << QByteArray("{") << u"https://paired"_s;
+    }
+
+    // Only one record has changed, or none: the others are as the setup holds them.
+    void configuration()
+    {
+        QFETCH(const QByteArray, before);
+        QFETCH(const QByteArray, during);
+        QFETCH(const QString, gateway);
+        const SetupHome home;
+        OstrelleConfig held = OstrelleConfig::defaults();
+        held.ports.voiceAgent = 4711;
+        const auto put = [&](const QByteArray &content, const QString &file) {
+            OstrelleConfig config = held;
+            config.gateway.url = QString::fromUtf8(content);
+            config.save();
+            const bool isAddress = content.startsWith("https");
+            home.write(file, isAddress ? home.read(u".ostrelle/config.json"_s) : content);
+        };
+        put(during, u"meanwhile"_s);
+        home.addTool(u"curl"_s, "[ ! -s ~/meanwhile ] || cp ~/meanwhile ~/.ostrelle/config.json");
+        put("https://held", u".ostrelle/config.json"_s);
+        held = OstrelleConfig::load();
+        SetupManager manager(held, home.surroundings());
+        put(before, u".ostrelle/config.json"_s);
+        if (before.isEmpty()) {
+            QFile::remove(OstrelleConfig::configPath());
+        }
+
+        manager.run();
+        QVERIFY(waitFor([&] { return manager.isComplete(); }));
+        OstrelleConfig expected = held;
+        expected.gateway.url = gateway;
+        expected.voice.enabled = true;
+        QCOMPARE(OstrelleConfig::load(), expected);
+
+        QFile::remove(home.path(u"bin/curl"_s));
+        held.save(); // a change back is a change, too
+        manager.run();
+        QVERIFY(waitFor([&] { return !manager.isRunning(); }));
+        QCOMPARE(OstrelleConfig::load().gateway.url, held.gateway.url);
     }
 
     void voicePartsFail()
@@ -193,8 +299,8 @@ private Q_SLOTS:
         const SetupHome home;
         home.addTool(u"curl"_s, "printf 'x%.0s' 1 2; seq -s . 200; echo half > $3; exit 22");
         home.addRealTool(u"seq"_s);
-        home.addTool(u"python3"_s,
-                     "mkdir -p $3/bin; cp ~/calls $3/bin/python; echo no venv; exit 1");
+        home.addTool(u"python3"_s, "echo half > $3/half; echo no venv; exit 1");
+        home.write(u".ostrelle/venv/mine"_s, "kept");
         home.addInstaller("exit 0");
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
 
@@ -208,7 +314,7 @@ private Q_SLOTS:
         QCOMPARE(messages.value(8), u"ERROR: no venv"_s);
         QVERIFY(manager.isComplete() && !manager.hasVenv());
         QVERIFY(!home.exists(u".ostrelle/data/models/kokoro-v1.0.onnx"_s));
-        QVERIFY(!home.exists(u".ostrelle/venv"_s));
+        QVERIFY(home.exists(u".ostrelle/venv/half"_s) && home.exists(u".ostrelle/venv/mine"_s));
     }
 
     void token()
@@ -232,13 +338,49 @@ private Q_SLOTS:
         qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
         SetupManager manager(OstrelleConfig::load(), home.surroundings());
         manager.openOnboarding();
-        const QByteArray script = home.path(u".run/ostrelle-onboard.command"_s).toUtf8();
-        QVERIFY(waitFor([&] { return home.read(u"opened"_s) == "-e " + script + '\n'; }));
-        QCOMPARE(QFile(QString::fromUtf8(script)).size(), 204);
+        const QString script = home.path(u".run/ostrelle-onboard.command"_s);
+        QVERIFY(waitFor([&] { return home.read(u"opened"_s) == "-e " + script.toUtf8() + '\n'; }));
+        struct stat attributes{};
+        QCOMPARE(::stat(qPrintable(script), &attributes), 0);
+        QCOMPARE(attributes.st_mode & 0777, 0755U);
+        QCOMPARE(home.read(u".run/ostrelle-onboard.command"_s),
+                 "#!/bin/bash\nexport PATH=/opt/homebrew/bin:/usr/local/bin:$PATH\nclear\n"
+                 "echo \"=== OSTRELLE — Duskrell Setup ===\"\necho\nduskrell onboard\necho\n"
+                 "echo \"Done! You can close this window.\"\nread -p \"Press Enter...\"\n");
+
+        home.writeScript(u"bin/x-terminal-emulator"_s, "exit 1"); // has no display, for instance
+        manager.openOnboarding();
+        QVERIFY(waitFor([&] { return manager.statusMessages()->rowCount() == 1; }));
+        QCOMPARE(messagesOf(manager),
+                 QStringList(u"Could not open a terminal. Run in one: duskrell onboard"_s));
         qputenv("PATH", path);
     }
 };
 
-QTEST_GUILESS_MAIN(InstallationTest)
+// Ends in the middle of an installation.
+int leaveBy(const QString &way)
+{
+    SetupManager manager(OstrelleConfig::load(),
+                         {.resources = homeDirectory() + u"/resources"_s, .sudoSearchPath = {}});
+    manager.setSudoPassword(u"secret"_s);
+    manager.installDuskrell();
+    const bool hasStarted =
+        waitFor([&] { return QFileInfo(homeDirectory() + u"/started"_s).size() > 0; });
+    if (way == "kill"_L1) {
+        ::raise(SIGKILL);
+    }
+    endAllChildren();
+    way == "exit"_L1 ? std::exit(!hasStarted) : std::quick_exit(!hasStarted);
+}
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    if (const QStringList arguments = app.arguments(); arguments.value(1) == "--leave-by"_L1) {
+        return leaveBy(arguments.value(2));
+    }
+    InstallationTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 
 #include "test_installation.moc"

@@ -22,10 +22,12 @@ public:
 
     void answerOldest(const QByteArray &content) { answer(waiting.takeFirst(), content); }
 
-    QByteArray body = "{}"; // of every status answer; null: questions wait
-    int questions = 0;      // status requests so far
+    QByteArray status = "500 No"; // of every answer; one that nobody shall look at
+    QByteArray body = "{}";       // of every status answer; null: questions wait
+    bool answersCommands = true;
+    int questions = 0; // status requests so far
     QStringList commands;
-    int mostCommandsAtOnce = 0;
+    int mostSwitchesAtOnce = 0; // of the microphone
     QList<QTcpSocket *> waiting;
 
 private:
@@ -33,12 +35,7 @@ private:
     {
         const QByteArray request = socket->readAll();
         if (request.startsWith("POST ")) {
-            commands += QString::fromUtf8(request.split(' ')[1]);
-            mostCommandsAtOnce = std::max(mostCommandsAtOnce, ++m_commandsAtOnce);
-            QTimer::singleShot(5, socket, [this, socket] {
-                --m_commandsAtOnce;
-                answer(socket, "{}");
-            });
+            take(socket, QString::fromUtf8(request.split(' ')[1]));
             return;
         }
         ++questions;
@@ -49,12 +46,25 @@ private:
         }
     }
 
-    // The status is one that nobody shall look at.
-    static void answer(QTcpSocket *socket, const QByteArray &content)
+    void take(QTcpSocket *socket, const QString &command)
     {
-        socket->write("HTTP/1.1 500 No\r\nConnection: close\r\n\r\n" + content);
+        commands += command;
+        const int weight = command == QStringLiteral("/start") ? 0 : 1;
+        m_switchesAtOnce += weight;
+        mostSwitchesAtOnce = std::max(mostSwitchesAtOnce, m_switchesAtOnce);
+        if (answersCommands) {
+            QTimer::singleShot(5, socket, [this, socket, weight] {
+                m_switchesAtOnce -= weight;
+                answer(socket, "{}");
+            });
+        }
+    }
+
+    void answer(QTcpSocket *socket, const QByteArray &content) const
+    {
+        socket->write("HTTP/1.1 " + status + "\r\nConnection: close\r\n\r\n" + content);
         socket->disconnectFromHost();
     }
 
-    int m_commandsAtOnce = 0;
+    int m_switchesAtOnce = 0;
 };

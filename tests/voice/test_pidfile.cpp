@@ -1,4 +1,5 @@
 #include "AgentHome.h"
+#include "voice/PidFile.h"
 
 #include <QProcess>
 
@@ -29,10 +30,12 @@ public:
     }
     Q_DISABLE_COPY_MOVE(Sleeper)
 
-    // The signal that ended it, or 0.
-    int endedBy(int within)
+    // The first signal that it was sent and did not ignore, or our own: of those that wait, the
+    // one with the lowest number comes first.
+    int endedBy(int ourOwn)
     {
-        return waitForFinished(within) && exitStatus() == CrashExit ? exitCode() : 0;
+        ::kill(static_cast<pid_t>(processId()), ourOwn);
+        return waitForFinished() && exitStatus() == CrashExit ? exitCode() : 0;
     }
 };
 
@@ -67,21 +70,38 @@ private Q_SLOTS:
         ServiceManager::killFromPidFile();
 
         QCOMPARE(home.exists(pidFile), !kills);
-        QCOMPARE(sleeper.endedBy(kills ? 5000 : 50), kills ? SIGTERM : 0);
+        QCOMPARE(sleeper.endedBy(SIGRTMIN), kills ? SIGTERM : SIGRTMIN);
     }
 
-    void sparesWhoStartedLater()
+    void startedAfterTheFile_data()
     {
+        QTest::addColumn<bool>("isOurs");
+        QTest::newRow("a stranger with the number of the agent") << false;
+        QTest::newRow("a child, but the clock was set") << true;
+    }
+
+    void startedAfterTheFile()
+    {
+        QFETCH(const bool, isOurs);
         const AgentHome home;
-        Sleeper stranger;
-        const QString file = home.write(pidFile, QByteArray::number(stranger.processId()));
+        Sleeper child;
+        QProcess shell; // whose child is none of ours; it ends like that
+        shell.start(u"/bin/sh"_s, {u"-c"_s, u"sleep 60 & echo $!; wait $!"_s});
+        QVERIFY(shell.waitForReadyRead());
+        const auto grandchild = shell.readLine().trimmed().toInt();
+        QVERIFY(grandchild > 0);
+        const QString file = home.write(
+            pidFile, QByteArray::number(isOurs ? child.processId() : qint64(grandchild)));
         const utimbuf longAgo{.actime = 1'000'000'000, .modtime = 1'000'000'000};
         QCOMPARE(::utime(qPrintable(file), &longAgo), 0);
 
         ServiceManager::killFromPidFile();
 
         QVERIFY(!home.exists(pidFile));
-        QCOMPARE(stranger.endedBy(50), 0);
+        QCOMPARE(child.endedBy(SIGRTMIN), isOurs ? SIGTERM : SIGRTMIN);
+        ::kill(grandchild, SIGRTMIN);
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 128 + SIGRTMIN);
     }
 
     void ignoredTermination_data()
@@ -100,9 +120,10 @@ private Q_SLOTS:
         if (exits) {
             QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {u"--kill"_s}), 0);
         } else {
-            ServiceManager::killFromPidFile();
+            killFromPidFile(ServiceManager::pidFile(), std::chrono::milliseconds(10));
         }
-        QCOMPARE(stubborn.endedBy(exits ? 500 : 5000), SIGKILL); // at exit no second is granted
+        QVERIFY(stubborn.waitForFinished());
+        QCOMPARE(stubborn.exitCode(), SIGKILL);
     }
 };
 

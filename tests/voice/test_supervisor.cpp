@@ -2,6 +2,7 @@
 #include "platform/Preferences.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 #include <QSignalSpy>
 
@@ -269,6 +270,35 @@ private Q_SLOTS:
 
         QTRY_VERIFY(printed.text().contains("from the agent\n")); // our own output is inherited
         QVERIFY(home.read(u"victim"_s).isEmpty());
+        QCOMPARE(QFileInfo(home.path(u"agent.log"_s)).size(), 0);
+    }
+
+    void logMode_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::newRow("a new file") << QByteArray();
+        QTest::newRow("everybody could read it") << QByteArray("before\n");
+    }
+
+    void logMode()
+    {
+        QFETCH(const QByteArray, before);
+        const AgentHome home;
+        home.installScript("echo from the agent");
+        const QByteArray log = home.path(u"agent.log"_s).toUtf8();
+        if (!before.isEmpty()) {
+            home.write(u"agent.log"_s, before);
+            QCOMPARE(::chmod(log, 0644), 0);
+        }
+        ServiceManager manager(home.config(), home.surroundings());
+        const PrintedLines silence;
+
+        manager.startVoice();
+
+        QTRY_COMPARE(home.read(u"agent.log"_s), before + "from the agent\n");
+        struct stat attributes{};
+        QCOMPARE(::stat(log, &attributes), 0);
+        QCOMPARE(attributes.st_mode & 0777, 0600U);
     }
 };
 
