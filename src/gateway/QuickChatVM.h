@@ -1,7 +1,7 @@
 #pragma once
 
-#include "gateway/ChatMessages.h"
 #include "core/HttpClient.h"
+#include "gateway/ChatMessages.h"
 
 #include <QProperty>
 

@@ -5,7 +5,8 @@
 namespace ostrelle
 {
 
-// Draws the program's own symbols, each a drawing in one colour, for "image://symbols/NAME/AARRGGBB".
+// Draws the program's own symbols, each a drawing in one colour, for
+// "image://symbols/NAME/AARRGGBB".
 class SymbolProvider : public QQuickImageProvider
 {
 public:
