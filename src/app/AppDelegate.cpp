@@ -40,7 +40,7 @@ void AppDelegate::cleanup()
     endAllChildren();
 }
 
-void AppDelegate::stopVoice()
+void AppDelegate::stopVoice() const
 {
     if (m_services.serviceManager == nullptr) {
         return;

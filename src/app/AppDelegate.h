@@ -34,7 +34,7 @@ public:
     void cleanup();
 
 private:
-    void stopVoice();
+    void stopVoice() const;
 
     Services m_services;
     TerminationSignals m_signals;
