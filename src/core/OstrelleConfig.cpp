@@ -254,21 +254,38 @@ OstrelleConfig OstrelleConfig::defaults()
 
 OstrelleConfig OstrelleConfig::load()
 {
-    const auto object = readObject(configPath());
-    auto config = object ? decode(*object) : std::nullopt;
-    if (!config) {
+    return read().value_or(defaults());
+}
+
+std::optional<OstrelleConfig> OstrelleConfig::read()
+{
+    if (!fileExists(configPath())) {
         return defaults();
     }
-    if (migrate(config->paths)) {
+    const auto object = readObject(configPath());
+    auto config = object ? decode(*object) : std::nullopt;
+    if (config && migrate(config->paths)) {
         config->save();
     }
-    return *config;
+    return config;
 }
 
 void OstrelleConfig::save() const
 {
     QDir().mkpath(configDir());
     static_cast<void>(writeInPlace(configPath(), QJsonDocument(encode(*this)).toJson()));
+}
+
+OstrelleConfig OstrelleConfig::withoutTokens() const
+{
+    OstrelleConfig config = *this;
+    config.gateway.token.reset();
+    if (config.gateway.saved) {
+        for (SavedGateway &entry : *config.gateway.saved) {
+            entry.token.reset();
+        }
+    }
+    return config;
 }
 
 QString OstrelleConfig::resolveToken() const

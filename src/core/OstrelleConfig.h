@@ -63,8 +63,15 @@ struct OstrelleConfig {
     // the defaults. Never fails; a file that cannot be understood stays as it is.
     static OstrelleConfig load();
 
+    // The same, but nothing when there is a file and it cannot be read or understood: for whoever
+    // changes the configuration, so that the defaults do not replace what is stored.
+    static std::optional<OstrelleConfig> read();
+
     // Failures are silent.
     void save() const;
+
+    // Without the plain-text tokens of older versions: once moved, they are not written back.
+    OstrelleConfig withoutTokens() const;
 
     // The token to send to the active gateway, or an empty text. Asks the secret store: background
     // threads only.
