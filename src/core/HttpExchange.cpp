@@ -1,6 +1,5 @@
 #include "core/HttpExchange.h"
 
-#include <QHostAddress>
 #include <QNetworkProxy>
 #include <QSslSocket>
 
@@ -28,11 +27,6 @@ std::unique_ptr<QTcpSocket> socketFor(const QUrl &url)
         return std::make_unique<QSslSocket>();
     }
     return std::make_unique<QTcpSocket>();
-}
-
-bool isThisMachine(const QString &host)
-{
-    return host == "localhost"_L1 || QHostAddress(host).isLoopback();
 }
 
 QByteArray headOf(const HttpRequest &request)
@@ -85,10 +79,9 @@ void HttpExchange::connectSocket()
         return;
     }
     m_socket->setReadBufferSize(readBufferBytes);
-    m_socket->setProtocolTag(url.scheme());
-    if (isThisMachine(url.host())) {
-        m_socket->setProxy(QNetworkProxy::NoProxy);
-    }
+    // The look-up of the system's proxy blocks for as long as its script takes, and the proxy would
+    // read the token.
+    m_socket->setProxy(QNetworkProxy::NoProxy);
     connect(m_socket.get(), &QTcpSocket::readyRead, this, &HttpExchange::receive);
     connect(m_socket.get(), &QTcpSocket::errorOccurred, this,
             [this](QAbstractSocket::SocketError error) {
