@@ -31,6 +31,9 @@ public:
     // Never calls `done` before it returns, and not at all once the client is gone.
     void send(const HttpRequest &request, const HttpExchange::Done &done);
 
+    // Gives up whatever is under way; nobody is told.
+    void abort();
+
 private:
     void follow(const HttpRequest &request, int redirectsLeft, const HttpExchange::Done &done);
 

@@ -58,6 +58,7 @@ HttpExchange::HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done don
 {
     const auto giveUp = [this] { finish(std::unexpected(u"The request timed out."_s)); };
     QTimer::singleShot(m_request.deadline, Qt::PreciseTimer, this, giveUp);
+    m_silence.setTimerType(Qt::PreciseTimer);
     connect(&m_silence, &QTimer::timeout, this, giveUp);
     if (m_request.silence) {
         m_silence.start(*m_request.silence);
@@ -73,6 +74,9 @@ HttpExchange::~HttpExchange()
 
 void HttpExchange::connectSocket()
 {
+    if (!m_done) {
+        return; // given up meanwhile
+    }
     const QUrl &url = m_request.url;
     if ((!isEncrypted(url) && url.scheme() != "http"_L1) || url.host().isEmpty()) {
         finish(std::unexpected(u"Unsupported URL."_s));
@@ -133,10 +137,16 @@ void HttpExchange::finish(const HttpResult &result)
         return;
     }
     const Done done = std::exchange(m_done, nullptr);
+    abort();
+    done(result);
+}
+
+void HttpExchange::abort()
+{
+    m_done = nullptr;
     m_socket->disconnect(this);
     m_socket->abort();
     deleteLater();
-    done(result);
 }
 
 } // namespace ostrelle
