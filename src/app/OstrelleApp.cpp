@@ -116,7 +116,7 @@ void OstrelleApp::handleNextLink()
 
 void OstrelleApp::adopt(const ConfigurationLink &link)
 {
-    OstrelleConfig config = OstrelleConfig::load();
+    OstrelleConfig config = OstrelleConfig::read().value_or(m_config.withoutTokens());
     if (link.gatewayBaseURL) {
         adoptGateway(config, *link.gatewayBaseURL);
         m_gatewayVM->setGatewayURL(*link.gatewayBaseURL);

@@ -60,6 +60,13 @@ void HttpClient::send(const HttpRequest &request, const HttpExchange::Done &done
     follow(request, maxRedirects, done);
 }
 
+void HttpClient::abort()
+{
+    for (QObject *exchange : m_exchanges.children()) {
+        static_cast<HttpExchange *>(exchange)->abort();
+    }
+}
+
 void HttpClient::follow(const HttpRequest &request, int redirectsLeft,
                         const HttpExchange::Done &done)
 {

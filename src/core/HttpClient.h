@@ -13,8 +13,8 @@ QByteArray bearer(const QString &token);
 
 // Asks gateways over HTTP. Whatever the other side does, an exchange ends by its deadline and keeps
 // no more than the client's limit. Redirects are followed within the same origin only, since
-// requests carry tokens; one that leads elsewhere is itself the answer. Requests to this machine go
-// past any proxy. Lives on one thread with an event loop.
+// requests carry tokens; one that leads elsewhere is itself the answer. No proxy is asked. Lives on
+// one thread with an event loop.
 //
 // Why not QNetworkAccessManager: measured with Qt 6.4.2, its thread reads an endless response head
 // byte by byte for as long as it is sent, deaf to abort(), and keeps all of it.
@@ -30,6 +30,9 @@ public:
 
     // Never calls `done` before it returns, and not at all once the client is gone.
     void send(const HttpRequest &request, const HttpExchange::Done &done);
+
+    // Gives up whatever is under way; nobody is told.
+    void abort();
 
 private:
     void follow(const HttpRequest &request, int redirectsLeft, const HttpExchange::Done &done);

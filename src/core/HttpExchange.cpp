@@ -1,6 +1,5 @@
 #include "core/HttpExchange.h"
 
-#include <QHostAddress>
 #include <QNetworkProxy>
 #include <QSslSocket>
 
@@ -28,11 +27,6 @@ std::unique_ptr<QTcpSocket> socketFor(const QUrl &url)
         return std::make_unique<QSslSocket>();
     }
     return std::make_unique<QTcpSocket>();
-}
-
-bool isThisMachine(const QString &host)
-{
-    return host == "localhost"_L1 || QHostAddress(host).isLoopback();
 }
 
 QByteArray headOf(const HttpRequest &request)
@@ -64,6 +58,7 @@ HttpExchange::HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done don
 {
     const auto giveUp = [this] { finish(std::unexpected(u"The request timed out."_s)); };
     QTimer::singleShot(m_request.deadline, Qt::PreciseTimer, this, giveUp);
+    m_silence.setTimerType(Qt::PreciseTimer);
     connect(&m_silence, &QTimer::timeout, this, giveUp);
     if (m_request.silence) {
         m_silence.start(*m_request.silence);
@@ -79,16 +74,18 @@ HttpExchange::~HttpExchange()
 
 void HttpExchange::connectSocket()
 {
+    if (!m_done) {
+        return; // given up meanwhile
+    }
     const QUrl &url = m_request.url;
     if ((!isEncrypted(url) && url.scheme() != "http"_L1) || url.host().isEmpty()) {
         finish(std::unexpected(u"Unsupported URL."_s));
         return;
     }
     m_socket->setReadBufferSize(readBufferBytes);
-    m_socket->setProtocolTag(url.scheme());
-    if (isThisMachine(url.host())) {
-        m_socket->setProxy(QNetworkProxy::NoProxy);
-    }
+    // The look-up of the system's proxy blocks for as long as its script takes, and the proxy would
+    // read the token.
+    m_socket->setProxy(QNetworkProxy::NoProxy);
     connect(m_socket.get(), &QTcpSocket::readyRead, this, &HttpExchange::receive);
     connect(m_socket.get(), &QTcpSocket::errorOccurred, this,
             [this](QAbstractSocket::SocketError error) {
@@ -140,10 +137,16 @@ void HttpExchange::finish(const HttpResult &result)
         return;
     }
     const Done done = std::exchange(m_done, nullptr);
+    abort();
+    done(result);
+}
+
+void HttpExchange::abort()
+{
+    m_done = nullptr;
     m_socket->disconnect(this);
     m_socket->abort();
     deleteLater();
-    done(result);
 }
 
 } // namespace ostrelle

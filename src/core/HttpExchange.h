@@ -35,6 +35,9 @@ public:
     HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done done, QObject *owner);
     ~HttpExchange() override;
 
+    // Hangs up without telling anybody; what `done` holds is let go at once.
+    void abort();
+
 private:
     void connectSocket();
     void receive();

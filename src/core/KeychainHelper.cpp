@@ -84,11 +84,11 @@ void KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QObject *ow
                                        const std::function<void()> &done)
 {
     whenDone(QtConcurrent::run(&utilityPool(), &storeTokens, config), owner, [config, done] {
-        // Loaded afresh, because it may have been changed while the store was busy; a file that
-        // cannot be read at this moment holds no token to remove and is left alone.
-        OstrelleConfig current = OstrelleConfig::load();
-        if (removeTokens(current, config)) {
-            current.save();
+        // Read afresh, because it may have been changed while the store was busy. A file that
+        // cannot be read at this moment is left alone: the next start tries again.
+        auto current = OstrelleConfig::read();
+        if (current && removeTokens(*current, config)) {
+            current->save();
             logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
         }
         done();

@@ -273,6 +273,18 @@ void OstrelleConfig::save() const
     static_cast<void>(writeInPlace(configPath(), QJsonDocument(encode(*this)).toJson()));
 }
 
+OstrelleConfig OstrelleConfig::withoutTokens() const
+{
+    OstrelleConfig config = *this;
+    config.gateway.token.reset();
+    if (config.gateway.saved) {
+        for (SavedGateway &entry : *config.gateway.saved) {
+            entry.token.reset();
+        }
+    }
+    return config;
+}
+
 QString OstrelleConfig::resolveToken() const
 {
     for (const QString &key : {gateway.url, KeychainHelper::activeKey}) {

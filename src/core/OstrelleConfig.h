@@ -60,7 +60,8 @@ struct OstrelleConfig {
     static OstrelleConfig defaults();
 
     // The file's configuration, migrated and saved again where it came from an older version.
-    // Absent without a file that can be understood, which stays as it is.
+    // Absent without a file that can be understood, which stays as it is: for whoever changes the
+    // configuration, so that the defaults do not replace what is stored.
     static std::optional<OstrelleConfig> read();
 
     // The same, or the defaults. Never fails.
@@ -68,6 +69,9 @@ struct OstrelleConfig {
 
     // Failures are silent.
     void save() const;
+
+    // Without the plain-text tokens of older versions: once moved, they are not written back.
+    OstrelleConfig withoutTokens() const;
 
     // The token to send to the active gateway, or an empty text. Asks the secret store: background
     // threads only.

@@ -15,6 +15,7 @@ using namespace Qt::StringLiterals;
 GatewayProfiles::GatewayProfiles(GatewayViewModel *gateway, QObject *parent)
     : QObject(parent)
     , m_gateway(gateway)
+    , m_config(OstrelleConfig::load())
 {
     connect(gateway, &GatewayViewModel::magicDNSURLChanged, this, &GatewayProfiles::showNames);
     // Queued: whoever changes the gateway in use may save the configuration just after that.
@@ -26,12 +27,13 @@ GatewayProfiles::GatewayProfiles(GatewayViewModel *gateway, QObject *parent)
         }
     });
     connect(this, &GatewayProfiles::tokensChanged, this, &GatewayProfiles::readTokens);
-    reload();
+    showNames();
+    readTokens();
 }
 
 void GatewayProfiles::reload()
 {
-    adopt(OstrelleConfig::load());
+    adopt(OstrelleConfig::read().value_or(m_config));
     readTokens();
 }
 
@@ -133,8 +135,9 @@ void GatewayProfiles::setEditingProfileId(const QString &url)
 
 void GatewayProfiles::change(const std::function<void(OstrelleConfig::Gateway &)> &apply)
 {
-    OstrelleConfig config = OstrelleConfig::load();
-    const OstrelleConfig before = config;
+    // What was read last is the best there is when the file has become unreadable.
+    const auto before = OstrelleConfig::read().value_or(m_config.withoutTokens());
+    OstrelleConfig config = before;
     apply(config.gateway);
     if (config != before) {
         config.save();

@@ -20,8 +20,11 @@ namespace
 const QString useMagicDNSKey = u"useMagicDNS"_s;
 constexpr auto tokenDeadline = 5s;
 
-// Of one kind, before further ones are left out.
-constexpr int probesAtOnce = 4;
+// Of one kind, before further ones are left out. A look at a tool or at the secret store occupies a
+// thread. A question to the gateway ends within a minute, so that all of the timer's find room: a
+// gateway that answers again is seen at once, however many questions were lost before.
+constexpr int looksAtOnce = 4;
+constexpr int questionsAtOnce = 24;
 
 // The token of the gateway at that URL. Asked for by URL, so that a change of the configuration
 // meanwhile cannot send one gateway's token to another.
@@ -44,9 +47,9 @@ void openLog(const GatewaySurroundings &surroundings)
 GatewayViewModel::GatewayViewModel(GatewaySurroundings surroundings, QObject *parent)
     : QObject(parent)
     , m_surroundings(std::move(surroundings))
-    , m_healthPasses(probesAtOnce)
-    , m_tokenPasses(probesAtOnce)
-    , m_tailscalePasses(probesAtOnce)
+    , m_healthPasses(questionsAtOnce)
+    , m_tokenPasses(looksAtOnce)
+    , m_tailscalePasses(looksAtOnce)
 {
     m_useMagicDNS = Preferences().boolean(useMagicDNSKey).value_or(true);
     m_gatewayURL = OstrelleConfig::load().gateway.url;
@@ -54,6 +57,14 @@ GatewayViewModel::GatewayViewModel(GatewaySurroundings surroundings, QObject *pa
     pollHealth();
     connect(&m_pollTimer, &QTimer::timeout, this, &GatewayViewModel::pollHealth);
     m_pollTimer.start(m_surroundings.pollInterval);
+}
+
+void GatewayViewModel::setGatewayURL(const QString &url)
+{
+    if (url != gatewayURL()) {
+        m_http.abort();
+        m_gatewayURL = url;
+    }
 }
 
 void GatewayViewModel::pollHealth()
@@ -71,10 +82,11 @@ void GatewayViewModel::probeHealth(const QUrl &url)
     if (!pass) {
         return;
     }
-    // An answer from a gateway that is no longer in use says nothing about the one that is.
+    // What ends after a later probe has nothing new to tell.
     m_http.send({.url = url, .deadline = m_surroundings.healthDeadline},
-                [this, pass, asked = gatewayURL()](const HttpResult &result) {
-                    if (asked == m_gatewayURL) {
+                [this, pass, probe = ++m_healthProbes](const HttpResult &result) {
+                    if (probe > m_answeredProbe) {
+                        m_answeredProbe = probe;
                         m_gatewayOnline = result.has_value();
                     }
                 });
@@ -99,10 +111,8 @@ void GatewayViewModel::askWithToken(const QString &gatewayURL, const QString &to
     }
     m_http.send(
         {.url = *models, .headers = {{"Authorization", bearer(token)}}, .deadline = tokenDeadline},
-        [this, gatewayURL](const HttpResult &result) {
-            if (gatewayURL == m_gatewayURL) {
-                m_tokenRejected = result && (result->status == 401 || result->status == 403);
-            }
+        [this](const HttpResult &result) {
+            m_tokenRejected = result && (result->status == 401 || result->status == 403);
         });
 }
 

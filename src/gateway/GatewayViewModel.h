@@ -82,7 +82,8 @@ public:
 
     // The base URL of the gateway in use. Whoever sets it calls pollHealth() next.
     QString gatewayURL() const { return m_gatewayURL; }
-    void setGatewayURL(const QString &url) { m_gatewayURL = url; }
+    // What the gateway before it was asked is given up.
+    void setGatewayURL(const QString &url);
 
     // Offer other devices the MagicDNS address. Every write is stored in the preferences.
     bool useMagicDNS() const { return m_useMagicDNS; }
@@ -136,6 +137,8 @@ private:
     HttpClient m_http;
     QTimer m_pollTimer;
     PassLimit m_healthPasses;
+    int m_healthProbes = 0; // so far
+    int m_answeredProbe = 0;
     PassLimit m_tokenPasses;
     PassLimit m_tailscalePasses;
 

@@ -67,6 +67,7 @@ private Q_SLOTS:
             home.write(configFile, content);
         }
         QCOMPARE(OstrelleConfig::load(), OstrelleConfig::defaults());
+        QCOMPARE(OstrelleConfig::read(), std::nullopt);
         QCOMPARE(home.read(configFile), content); // the file, or its absence, stays as it was
     }
 

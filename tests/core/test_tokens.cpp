@@ -98,6 +98,18 @@ private Q_SLOTS:
         QCOMPARE(KeychainHelper::getToken(u"http://e"_s), std::nullopt);
     }
 
+    void leavesAFileAloneThatCannotBeRead()
+    {
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.token = u"abc"_s;
+        m_home.write(u".ostrelle/config.json"_s, "{");
+        bool done = false;
+        KeychainHelper::migrateFromConfig(config, this, [&] { done = true; });
+        QTRY_VERIFY(done);
+        QCOMPARE(KeychainHelper::getToken(url), u"abc"_s);
+        QCOMPARE(m_home.read(u".ostrelle/config.json"_s), "{");
+    }
+
 private:
     ScratchHome m_home;
 };

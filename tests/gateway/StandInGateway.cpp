@@ -1,7 +1,5 @@
 #include "gateway/StandInGateway.h"
 
-#include <QTcpSocket>
-
 namespace
 {
 

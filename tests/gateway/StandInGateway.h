@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QTcpServer>
+#include <QTcpSocket>
 
 // An HTTP server on this machine that answers as a test says, byte for byte.
 class StandInGateway : public QTcpServer
@@ -27,6 +28,9 @@ public:
     // The requests so far, head and body.
     QList<QByteArray> requests(const QByteArray &path) const;
     qsizetype requestCount() const { return m_requests.size(); }
+
+    // The clients that have not hung up.
+    qsizetype clientCount() const { return findChildren<QTcpSocket *>().size(); }
 
 private:
     void accept();

@@ -95,7 +95,6 @@ private Q_SLOTS:
         const auto monitor = makeMonitor(500ms);
         QTRY_VERIFY(monitor->gatewayOnline());
 
-        QSignalSpy changed(monitor.get(), &GatewayViewModel::gatewayOnlineChanged);
         m_gateway->answer(modelsPath, {});
         m_gateway->answer(healthPath, answer);
         if (online) {
@@ -107,6 +106,37 @@ private Q_SLOTS:
         m_gateway->flood(flood);
         monitor->pollHealth();
         QTRY_COMPARE(monitor->gatewayOnline(), online);
+    }
+
+    void hungProbesHoldUpNoOtherGateway()
+    {
+        m_gateway->answer(healthPath, {});
+        const auto monitor = makeMonitor();
+        for (int i = 0; i < 50; ++i) {
+            monitor->pollHealth();
+        }
+        QTRY_VERIFY(m_gateway->requestCount() > 0);
+        StandInGateway other;
+        other.answer(healthPath, ok);
+        monitor->setGatewayURL(other.url());
+        QTRY_COMPARE(m_gateway->clientCount(), 0);
+        monitor->pollHealth();
+        QTRY_VERIFY(monitor->gatewayOnline());
+    }
+
+    void hungProbesSayNothingOfAGatewayThatIsBack()
+    {
+        m_gateway->answer(healthPath, {});
+        const auto monitor = makeMonitor(500ms);
+        for (int i = 0; i < 10; ++i) {
+            monitor->pollHealth();
+        }
+        QTRY_VERIFY(m_gateway->requests(healthPath).size() >= 10);
+        m_gateway->answer(healthPath, ok);
+        monitor->pollHealth();
+        QTRY_VERIFY(monitor->gatewayOnline());
+        QTRY_COMPARE(m_gateway->clientCount(), 0); // and with them the hung ones
+        QVERIFY(monitor->gatewayOnline());
     }
 
     void tokenIsRejected_data()

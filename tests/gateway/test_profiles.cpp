@@ -196,6 +196,22 @@ private Q_SLOTS:
         QCOMPARE(saved.last(), (SavedGateway{.name = name, .url = url}));
     }
 
+    void changeOfAFileThatCannotBeReadLosesNothing()
+    {
+        const QString config = u".ostrelle/config.json"_s;
+        const QByteArray broken = m_home.read(config).chopped(9);
+        m_home.write(config, broken);
+        m_profiles->reload();
+        m_profiles->addGateway({.name = u"Again"_s, .url = remote});
+        QCOMPARE(m_home.read(config), broken); // there was nothing to change
+
+        m_profiles->addGateway({.name = u"New"_s, .url = u"http://new"_s});
+        const auto gateway = OstrelleConfig::load().gateway;
+        QCOMPARE(gateway.url, local);
+        QCOMPARE(gateway.saved->size(), 3);
+        QCOMPARE(gateway.saved->at(1).url, remote);
+    }
+
     void onlyTheRowsThatDifferChange()
     {
         const QAbstractItemModelTester tester(m_profiles->saved());
