@@ -298,6 +298,18 @@ QString OstrelleConfig::resolveToken() const
     return tokenOfGatewayItself();
 }
 
+QString OstrelleConfig::tokenFor(const QString &gatewayURL)
+{
+    const QString own = KeychainHelper::getToken(gatewayURL).value_or(QString());
+    const OstrelleConfig config = load();
+    if (!own.isEmpty() || config.gateway.url != gatewayURL) {
+        return own;
+    }
+    const QString token = config.resolveToken();
+    // A switch names the other gateway here before it makes the other one's token the active one.
+    return load().gateway.url == gatewayURL ? token : QString();
+}
+
 void OstrelleConfig::ensureTrackerFiles(const OstrelleConfig &config)
 {
     createTrackerFile(config.paths.statusFile, R"({"agents":{},"completions":[]})");

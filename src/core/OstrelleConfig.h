@@ -77,6 +77,11 @@ struct OstrelleConfig {
     // threads only.
     QString resolveToken() const;
 
+    // The token to send to the gateway at that URL, or an empty text: its own, or what
+    // resolveToken() gives while it is the configured one. However the configuration changes
+    // meanwhile, it is never another gateway's. Asks the secret store: background threads only.
+    static QString tokenFor(const QString &gatewayURL);
+
     // Creates each tracker file that does not exist, with empty content.
     static void ensureTrackerFiles(const OstrelleConfig &config);
 

@@ -84,6 +84,7 @@ AgentsTopologyViewModel::Topology AgentsTopologyViewModel::read(const QString &s
 {
     const auto document = obtainDocument(u"/status"_s, statusFilePath);
     if (!document.text) {
+        // A refused token keeps its own text: it tells the user what to do about it.
         return Topology({}, document.text.error().description());
     }
     const auto agents = readAgentEntries(*document.text);

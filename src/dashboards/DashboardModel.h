@@ -44,7 +44,7 @@ protected:
     // The result comes as a pointer to keep, because thousands of records take long to copy, and to
     // free: that is done in the background too.
     template<typename Work, typename Publish>
-    void startLoad(Work work, Publish publish)
+    void startLoad(const Work &work, const Publish &publish)
     {
         m_isLoading = true;
         const PassLimit::Pass pass = m_loads.begin();

@@ -46,12 +46,13 @@ ToolRun runDuskrell(const QString &path, const QStringList &arguments,
                           : run(path, arguments, capture);
 }
 
-bool fitsOneLine(const QString &text)
+bool isOneWord(const QString &text)
 {
-    return std::ranges::none_of(text, [](QChar c) { return c.category() == QChar::Other_Control; });
+    return std::ranges::none_of(
+        text, [](QChar c) { return c.isSpace() || c.category() == QChar::Other_Control; });
 }
 
-// The tool may print the value on either stream. What is more than one line, or comes from a failed
+// The tool may print the value on either stream. What is more than one word, or comes from a failed
 // command, is a message and no token.
 QString readToken(const QString &path)
 {
@@ -60,7 +61,7 @@ QString readToken(const QString &path)
     if (value.succeeded && value.output.isEmpty()) {
         value = runDuskrell(path, get, Capture::StandardError);
     }
-    return value.succeeded && fitsOneLine(value.output) ? value.output : QString();
+    return value.succeeded && isOneWord(value.output) ? value.output : QString();
 }
 
 } // namespace

@@ -59,11 +59,14 @@ void GatewayPairing::rebuild()
     if (!m_showQR) {
         return;
     }
+    if (const QString url = m_profiles->activeGatewaySaved().url; url != m_codeOf) {
+        m_codeOf = url;
+        m_qrCode = QrCode(); // nobody shall scan the one of the gateway before
+    }
+    m_outdated = m_isBuilding;
     if (m_isBuilding) {
-        m_outdated = true;
         return;
     }
-    m_outdated = false;
     m_isBuilding = true;
     whenDone(QtConcurrent::run(&userInitiatedPool(), &generateQRCode, subject()), this,
              [this](const QrCode &code) { finish(code); });

@@ -44,6 +44,7 @@ private:
     GatewayProfiles *const m_profiles;
     GatewaySettings *const m_settings;
     const TailscalePlaces m_tailscale;
+    QString m_codeOf;        // the URL of the gateway that the code is for
     bool m_outdated = false; // something changed while a code is being made
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayPairing, bool, m_showQR, false,

@@ -175,13 +175,23 @@ void GatewayProfiles::storeToken(const QString &token, const QStringList &keys)
 
 void GatewayProfiles::readTokens()
 {
-    const int read = ++m_tokenReads;
+    m_tokensOutdated = m_isReadingTokens;
+    if (m_isReadingTokens) {
+        return;
+    }
+    m_isReadingTokens = true;
     whenDone(QtConcurrent::run(&userInitiatedPool(), &readStoredTokens, m_config), this,
-             [this, read](const StoredTokens &tokens) {
-                 if (read == m_tokenReads) {
-                     showTokens(tokens);
-                 }
-             });
+             [this](const StoredTokens &tokens) { finishReading(tokens); });
+}
+
+void GatewayProfiles::finishReading(const StoredTokens &tokens)
+{
+    m_isReadingTokens = false;
+    if (m_tokensOutdated) {
+        readTokens();
+    } else {
+        showTokens(tokens);
+    }
 }
 
 void GatewayProfiles::showTokens(const StoredTokens &tokens)

@@ -110,6 +110,7 @@ private:
     void finishSwitch(const QString &url);
     void storeToken(const QString &token, const QStringList &keys);
     void readTokens();
+    void finishReading(const StoredTokens &tokens);
     void showTokens(const StoredTokens &tokens);
 
     GatewayViewModel *const m_gateway;
@@ -117,7 +118,9 @@ private:
     SavedGatewaysModel m_saved;
     WorkInOrder m_tokenWrites;
     QHash<QString, QString> m_tokenTails;
-    int m_tokenReads = 0; // only the answer to the last one counts
+    // One look at the secret store at a time: a frozen one lets each take seconds.
+    bool m_isReadingTokens = false;
+    bool m_tokensOutdated = false; // something changed during the look that is under way
 
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_activeGatewayName,
                                &GatewayProfiles::activeGatewayNameChanged)

@@ -26,15 +26,6 @@ constexpr auto tokenDeadline = 5s;
 constexpr int looksAtOnce = 4;
 constexpr int questionsAtOnce = 24;
 
-// The token of the gateway at that URL. Asked for by URL, so that a change of the configuration
-// meanwhile cannot send one gateway's token to another.
-QString tokenFor(const QString &gatewayURL)
-{
-    OstrelleConfig config = OstrelleConfig::load();
-    config.gateway.url = gatewayURL;
-    return config.resolveToken();
-}
-
 void openLog(const GatewaySurroundings &surroundings)
 {
     // Creates the file only if there is none.
@@ -98,7 +89,7 @@ void GatewayViewModel::probeToken()
     if (!pass) {
         return;
     }
-    const auto look = [pass, url = gatewayURL()] { return tokenFor(url); };
+    const auto look = [pass, url = gatewayURL()] { return OstrelleConfig::tokenFor(url); };
     whenDone(QtConcurrent::run(&utilityPool(), look), this,
              [this, url = gatewayURL()](const QString &token) { askWithToken(url, token); });
 }

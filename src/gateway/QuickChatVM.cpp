@@ -71,7 +71,7 @@ void QuickChatVM::sendToGateway(const QString &message, const QString &gatewayUR
         finish(u"Invalid gateway URL"_s);
         return;
     }
-    const auto look = [] { return OstrelleConfig::load().resolveToken(); };
+    const auto look = [gatewayURL] { return OstrelleConfig::tokenFor(gatewayURL); };
     whenDone(QtConcurrent::run(&userInitiatedPool(), look), this,
              [this, url, message](const QString &token) { post(*url, token, message); });
 }

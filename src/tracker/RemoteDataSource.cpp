@@ -6,8 +6,6 @@
 #include <QEventLoop>
 #include <QUrl>
 
-#include <algorithm>
-
 namespace ostrelle
 {
 
@@ -31,11 +29,16 @@ HttpResult exchange(const HttpRequest &request)
     return result;
 }
 
-// A line break would end the header, and what follows would be a header of its own.
-bool fitsInHeader(const QString &token)
+std::optional<QString> statusBaseOf(const QString &gatewayURL)
 {
-    return std::ranges::none_of(token,
-                                [](QChar c) { return c.category() == QChar::Other_Control; });
+    if (gatewayURL.startsWith("https://"_L1)) {
+        return gatewayURL + u"/ostrelle"_s;
+    }
+    const QString host = QString(gatewayURL).remove("http://"_L1).section(u':', 0, 0);
+    if (host.isEmpty() || host == "127.0.0.1"_L1 || host == "localhost"_L1) {
+        return std::nullopt;
+    }
+    return u"http://"_s + host + u":18794"_s;
 }
 
 } // namespace
@@ -48,32 +51,36 @@ bool RemoteDataSource::isRemote()
 
 std::optional<QString> RemoteDataSource::statusBaseURL()
 {
-    const QString url = OstrelleConfig::load().gateway.url;
-    if (url.startsWith("https://"_L1)) {
-        return url + u"/ostrelle"_s;
-    }
-    const QString host = QString(url).remove("http://"_L1).section(u':', 0, 0);
-    if (host.isEmpty() || host == "127.0.0.1"_L1 || host == "localhost"_L1) {
-        return std::nullopt;
-    }
-    return u"http://"_s + host + u":18794"_s;
+    return statusBaseOf(OstrelleConfig::load().gateway.url);
 }
 
 std::expected<QByteArray, FetchError> RemoteDataSource::fetchRemoteData(const QString &base,
                                                                         const QString &endpoint)
 {
-    const QString token = OstrelleConfig::load().resolveToken();
-    if (token.isEmpty() || !fitsInHeader(token)) {
+    const QString gatewayURL = OstrelleConfig::load().gateway.url;
+    const QString token = OstrelleConfig::tokenFor(gatewayURL);
+    if (token.isEmpty()) {
         return std::unexpected(FetchError::authRejected());
     }
+    if (base != statusBaseOf(gatewayURL)) {
+        return std::unexpected(FetchError::notReachable());
+    }
+    return fetchWithToken(base, endpoint, token);
+}
+
+std::expected<QByteArray, FetchError> RemoteDataSource::fetchWithToken(const QString &base,
+                                                                       const QString &endpoint,
+                                                                       const QString &token,
+                                                                       const FetchLimits &limits)
+{
     const QUrl url(base + endpoint, QUrl::StrictMode);
     if (!url.isValid()) {
         return std::unexpected(FetchError::notReachable());
     }
     const HttpResult answer = exchange({.url = url,
-                                        .headers = {{"Authorization", "Bearer " + token.toUtf8()}},
-                                        .deadline = overallWait,
-                                        .silence = requestTimeout});
+                                        .headers = {{"Authorization", bearer(token)}},
+                                        .deadline = limits.overall,
+                                        .silence = limits.request});
     if (answer && (answer->status == 401 || answer->status == 403)) {
         return std::unexpected(FetchError::authRejected());
     }

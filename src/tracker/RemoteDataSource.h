@@ -12,6 +12,11 @@
 namespace ostrelle
 {
 
+struct FetchLimits {
+    std::chrono::milliseconds request{2000}; // until the peer's next bytes
+    std::chrono::milliseconds overall{2500}; // for the whole fetch
+};
+
 // The tracker documents of the machine that the configured gateway runs on. Every call loads the
 // configuration afresh, so that a change of gateway takes effect with the next poll.
 class RemoteDataSource
@@ -19,9 +24,6 @@ class RemoteDataSource
 public:
     RemoteDataSource() = delete;
 
-    // Until the peer's next bytes, and for the whole fetch.
-    static constexpr std::chrono::milliseconds requestTimeout{2000};
-    static constexpr std::chrono::milliseconds overallWait{2500};
     // A peer that sends more is given up.
     static constexpr qsizetype maxBodyBytes = qsizetype{64} * 1024 * 1024;
 
@@ -32,10 +34,17 @@ public:
     // or port 18794 of a plain-HTTP gateway's host. Absent for this machine.
     static std::optional<QString> statusBaseURL();
 
-    // Fetches base + endpoint with the gateway's token, which goes to no other origin. Blocks for
-    // `overallWait` at most, after asking the secret store: background threads only.
+    // Fetches base + endpoint with the gateway's token; nothing from a base that has meanwhile
+    // ceased to be the configured gateway's. Asks the secret store first: background threads only.
     static std::expected<QByteArray, FetchError> fetchRemoteData(const QString &base,
                                                                  const QString &endpoint);
+
+    // The same with a token that is given, which goes to no other origin. Blocks for the overall
+    // limit at most.
+    static std::expected<QByteArray, FetchError> fetchWithToken(const QString &base,
+                                                                const QString &endpoint,
+                                                                const QString &token,
+                                                                const FetchLimits &limits = {});
 };
 
 } // namespace ostrelle

@@ -187,13 +187,12 @@ private Q_SLOTS:
         PassLimit limit(2);
         auto first = limit.begin();
         QVERIFY(first);
-        PassLimit::Pass second = limit.begin();
+        const auto second = limit.begin();
         QVERIFY(second);
-        {
-            const PassLimit::Pass copy = second;
-        }
-        QVERIFY(!limit.begin()); // copies count once
+        auto copy = first;
         first.reset();
+        QVERIFY(!limit.begin()); // lasts as long as any copy
+        copy.reset();
         QVERIFY(limit.begin());
     }
 };

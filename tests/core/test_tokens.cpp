@@ -71,6 +71,16 @@ private Q_SLOTS:
         QCOMPARE(config.resolveToken(), token);
     }
 
+    void givesNoOtherGatewaysToken()
+    {
+        const QString other = u"http://other"_s;
+        KeychainHelper::saveToken(u"A"_s, KeychainHelper::activeKey);
+        QCOMPARE(OstrelleConfig::tokenFor(url), u"A"_s);
+        QCOMPARE(OstrelleConfig::tokenFor(other), QString());
+        KeychainHelper::saveToken(u"O"_s, other);
+        QCOMPARE(OstrelleConfig::tokenFor(other), u"O"_s);
+    }
+
     void movesTokensOutOfTheConfiguration()
     {
         OstrelleConfig config = OstrelleConfig::defaults();

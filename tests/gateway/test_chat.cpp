@@ -1,4 +1,5 @@
 #include "core/BackgroundWork.h"
+#include "core/KeychainHelper.h"
 #include "core/OstrelleConfig.h"
 #include "gateway/QuickChatVM.h"
 #include "gateway/StandInGateway.h"
@@ -35,7 +36,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         OstrelleConfig config = OstrelleConfig::defaults();
-        config.gateway.token = u"s3cret\n"_s;
+        config.gateway.token = u"of the configured gateway"_s;
         config.save();
     }
 
@@ -81,6 +82,7 @@ private Q_SLOTS:
     void asksInTheGatewaysWords()
     {
         StandInGateway gateway;
+        KeychainHelper::saveToken(u"s3cret\n"_s, gateway.url());
         QuickChatVM chat;
         QCOMPARE(replyOf(chat, gateway.url(), u" say \"hi\"\nto me\n"_s), u"Gateway error"_s);
         QCOMPARE(chat.messages()->messages().first(),
@@ -103,6 +105,14 @@ private Q_SLOTS:
                                                                       {"messages"_L1, messages},
                                                                       {"stream"_L1, false},
                                                                       {"max_tokens"_L1, 200}}));
+    }
+
+    void sendsNoOtherGatewaysToken()
+    {
+        StandInGateway gateway;
+        QuickChatVM chat;
+        QCOMPARE(replyOf(chat, gateway.url()), u"Gateway error"_s);
+        QVERIFY(gateway.requests(path).first().contains("\r\nAuthorization: Bearer \r\n"));
     }
 
     void failuresAreReplies_data()

@@ -182,6 +182,22 @@ private Q_SLOTS:
         QCOMPARE(other.requestCount(), 0);
     }
 
+    void tokenOfTheGatewayThatIsConfiguredMeanwhileStaysAway()
+    {
+        const auto monitor = makeMonitor();
+        QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 1);
+        OstrelleConfig config = OstrelleConfig::load();
+        config.gateway.url = u"http://other"_s;
+        config.gateway.token = u"other's"_s;
+        config.save();
+        monitor->pollHealth();
+        QVERIFY(finishBackgroundWork(10s));
+        KeychainHelper::saveToken(u"own"_s, m_gateway->url());
+        monitor->pollHealth();
+        QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
+        QVERIFY(m_gateway->requests(modelsPath).last().contains("Bearer own\r\n"));
+    }
+
     void withoutATokenNobodyAsks()
     {
         OstrelleConfig config = OstrelleConfig::load();
@@ -363,6 +379,7 @@ private Q_SLOTS:
         row("nowhere", "", "", u"old"_s);
         row("not UTF-8", "\xff", "", u"old"_s);
         row("a message", "", "no such key\ntry help\n", u"old"_s);
+        row("a message of one line", "", "Config key not found: gateway.auth.token\n", u"old"_s);
         row("reset fails", "new", "", u"old"_s, "gateway token --reset");
         row("look-up fails", "", "oops", u"old"_s, "config get gateway.auth.token");
     }

@@ -458,7 +458,7 @@ private:
     QByteArray scanned(const QrCode &code) const
     {
         const int side = (code.size() + 2 * QrCode::quietZone) * QrCode::scale;
-        QByteArray pixels(side * side, '\xff');
+        QByteArray pixels(qsizetype{side} * side, '\xff');
         for (int y = 0; y < side; ++y) {
             for (int x = 0; x < side; ++x) {
                 const int column = x / QrCode::scale - QrCode::quietZone;

@@ -14,6 +14,7 @@
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 using Fetched = std::expected<QByteArray, FetchError>;
 
@@ -64,8 +65,6 @@ class TestRemote : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { useToken(u"secret"_s); }
-
     void wherefrom_data()
     {
         QTest::addColumn<QString>("gateway");
@@ -142,19 +141,35 @@ private Q_SLOTS:
         QCOMPARE(other.requestCount(), 0);
     }
 
-    void asksNobodyWithoutAToken()
+    void asksNobody_data()
     {
+        QTest::addColumn<QString>("token");
+        QTest::addColumn<Fetched>("fetched");
+        QTest::newRow("without a token") << u""_s << authRejected();
+        QTest::newRow("when another gateway is in use") << u"secret"_s << notReachable();
+    }
+
+    void asksNobody()
+    {
+        QFETCH(QString, token);
         StandInGateway server;
-        for (const QString &token : {u""_s, u"secret\r\nX-Other: header"_s}) {
-            useToken(token);
-            QCOMPARE(fetch(server.url()), authRejected());
-        }
+        const QJsonObject auth{{u"token"_s, token}};
+        const QJsonObject root{{u"gateway"_s, QJsonObject{{u"auth"_s, auth}}}};
+        m_home.write(u".duskrell/duskrell.json"_s, QJsonDocument(root).toJson());
+        QTEST(RemoteDataSource::fetchRemoteData(server.url(), u"/status"_s), "fetched");
         QCOMPARE(server.requestCount(), 0);
+    }
+
+    void eachLimitHolds()
+    {
+        const auto silent = [](QTcpSocket *) {};
+        QCOMPARE(fetch(Peer(silent).url(), {.request = 100ms, .overall = 1h}), notReachable());
+        QCOMPARE(fetch(Peer(&sendAByteNowAndThen).url(), {.request = 1h, .overall = 300ms}),
+                 notReachable());
     }
 
     void peersThatNeverEndAreGivenUp()
     {
-        QCOMPARE(fetch(Peer(&sendAByteNowAndThen).url()), notReachable());
         StandInGateway endlessBody;
         endlessBody.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
         endlessBody.flood(QByteArray(1 << 20, 'x'));
@@ -189,19 +204,12 @@ private Q_SLOTS:
     }
 
 private:
-    // The token that the gateway's own configuration names.
-    void useToken(const QString &token)
-    {
-        const QJsonObject auth{{u"token"_s, token}};
-        const QJsonObject root{{u"gateway"_s, QJsonObject{{u"auth"_s, auth}}}};
-        m_home.write(u".duskrell/duskrell.json"_s, QJsonDocument(root).toJson());
-    }
-
     // Fetches "/status" in the background while the servers here answer.
-    static Fetched fetch(const QString &base)
+    static Fetched fetch(const QString &base, const FetchLimits &limits = {})
     {
-        const auto fetched =
-            QtConcurrent::run(&RemoteDataSource::fetchRemoteData, base, u"/status"_s);
+        const auto fetched = QtConcurrent::run([base, limits] {
+            return RemoteDataSource::fetchWithToken(base, u"/status"_s, u"secret"_s, limits);
+        });
         const bool finished = QTest::qWaitFor([&] { return fetched.isFinished(); }, 4000);
         return finished ? fetched.result() : Fetched("not within the limits");
     }
