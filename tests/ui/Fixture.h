@@ -1,14 +1,16 @@
 #pragma once
 
-#include "support/ScratchHome.h"
+#include "gateway/StandInGateway.h"
+#include "setup/SetupHome.h"
 #include "ui/QmlTypes.h"
+#include "voice/FakeControlPort.h"
 
 #include <QObject>
 
 #include <memory>
 
-// The world around a view under test: a home of its own, and the models that the program makes,
-// without the timers' work being awaited. The tests see it as `fixture`.
+// The world around a view under test: a home of its own, whoever answers there, and the models that
+// the program makes. The tests see it as `fixture`.
 class Fixture : public QObject
 {
     Q_OBJECT
@@ -21,12 +23,30 @@ public:
     Fixture();
     ~Fixture() override;
 
+    // A new home with nothing in it but a configuration, and nobody who answers.
+    Q_INVOKABLE void reset();
+
     // Makes the models anew, as a start of the program with the files that are there now does.
     Q_INVOKABLE void restart();
 
     // Writes a file below the home.
     Q_INVOKABLE void write(const QString &relative, const QString &content) const;
     Q_INVOKABLE QString read(const QString &relative) const;
+
+    // A shell script that is a tool from now on, for instance "tailscale"; none without a body.
+    Q_INVOKABLE void tool(const QString &name, const QString &body) const;
+
+    // The configured gateway answers from the next restart() on: its health check with success,
+    // other paths as answerChat() says, or not at all.
+    Q_INVOKABLE void startGateway();
+    // What the chat's next questions are answered with; nothing: they are left waiting.
+    Q_INVOKABLE void answerChat(const QString &body);
+
+    // The voice agent gives this answer to every poll, from now on, and from the next restart() on
+    // if there was none.
+    Q_INVOKABLE void startVoiceAgent(const QString &status);
+    // The paths of the commands that it was sent.
+    Q_INVOKABLE QStringList voiceCommands() const;
 
     // What is on the clipboard.
     Q_INVOKABLE static QString clipboard();
@@ -47,6 +67,10 @@ private:
         std::unique_ptr<ostrelle::SetupManager> setupManager;
     };
 
-    ScratchHome m_home;
+    void writeConfig() const;
+
+    std::unique_ptr<SetupHome> m_home;
+    std::unique_ptr<StandInGateway> m_gateway;
+    std::unique_ptr<FakeControlPort> m_voiceAgent;
     std::unique_ptr<Models> m_models;
 };
