@@ -18,11 +18,13 @@ if(OSTRELLE_FUZZ)
 endif()
 
 # ostrelle_library(<name> SOURCES <file>... [LINK <library>...])
-# One subsystem. What it may use is what its link list names.
+# One subsystem. What it may use is what its link list names. It describes its models, so that
+# qmllint knows them where the ui exposes them.
 function(ostrelle_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
     add_library(${name} STATIC ${arg_SOURCES})
     target_link_libraries(${name} PUBLIC ostrelle_options ${arg_LINK})
+    qt_extract_metatypes(${name})
 endfunction()
 
 # The forked child of a process with threads only starts another program.
