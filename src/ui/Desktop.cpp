@@ -1,5 +1,9 @@
 #include "ui/Desktop.h"
 
+#include "core/BackgroundWork.h"
+#include "platform/DesktopOpen.h"
+#include "platform/Files.h"
+
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
@@ -16,6 +20,15 @@ void Desktop::copy(const QString &text)
 void Desktop::openPage(const QString &url)
 {
     QDesktopServices::openUrl(QUrl(url));
+}
+
+void Desktop::openIfThere(const QString &file)
+{
+    userInitiatedPool().start([file] {
+        if (fileExists(file)) {
+            openWithDesktop(file);
+        }
+    });
 }
 
 } // namespace ostrelle

@@ -21,6 +21,9 @@ public:
 
     // Opens a web page with the user's browser, without waiting for it.
     Q_INVOKABLE static void openPage(const QString &url);
+
+    // Opens a file or an application if it is there, without waiting for it.
+    Q_INVOKABLE static void openIfThere(const QString &file);
 };
 
 } // namespace ostrelle

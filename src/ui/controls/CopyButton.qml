@@ -21,7 +21,7 @@ IconButton {
     Timer {
         id: answer
 
-        interval: 1200
+        interval: Theme.answerTime
         onTriggered: button.hasCopied = false
     }
 }

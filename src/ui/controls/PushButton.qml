@@ -36,6 +36,9 @@ T.AbstractButton {
         Row {
             id: row
 
+            readonly property real textSpace: button.availableWidth
+                - (button.busy || button.symbol !== "" ? Theme.controlSize + row.spacing : 0)
+
             anchors.centerIn: parent
             spacing: Theme.smallGap + 2
 
@@ -55,7 +58,7 @@ T.AbstractButton {
 
             Label {
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, button.availableWidth)
+                width: Math.min(implicitWidth, row.textSpace)
                 text: button.text
                 color: button.color
                 font: button.font

@@ -25,6 +25,11 @@ Flickable {
         }
     }
 
+    // Puts everything in its place at once, not only before the next frame.
+    function forceLayout() {
+        column.forceLayout();
+    }
+
     function isWithin(item: Item): bool {
         for (let ancestor = item; ancestor; ancestor = ancestor.parent) {
             if (ancestor === column) {
@@ -52,16 +57,5 @@ Flickable {
         spacing: pane.spacing
     }
 
-    T.ScrollBar.vertical: T.ScrollBar {
-        id: bar
-
-        width: 8
-        padding: 2
-        visible: size < 1
-
-        contentItem: Rectangle {
-            radius: width / 2
-            color: bar.pressed || bar.hovered ? Theme.textDisabled : Theme.surfacePressed
-        }
-    }
+    T.ScrollBar.vertical: ThinScrollBar {}
 }

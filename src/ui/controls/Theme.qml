@@ -17,6 +17,7 @@ QtObject {
     readonly property color surface: Qt.rgba(1, 1, 1, 0.05)
     readonly property color surfaceHovered: Qt.rgba(1, 1, 1, 0.09)
     readonly property color surfacePressed: Qt.rgba(1, 1, 1, 0.14)
+    readonly property color surfaceRaised: Qt.rgba(1, 1, 1, 0.12)
     readonly property color field: Qt.rgba(1, 1, 1, 0.06)
     readonly property color hairline: Qt.rgba(1, 1, 1, 0.08)
     readonly property color sheet: "#17172A"
@@ -63,11 +64,15 @@ QtObject {
     // The panel
     readonly property int panelWidth: 380
     readonly property int panelHeight: 700
+    readonly property int pageWidth: panelWidth - 2 * pagePadding
 
     // Durations, in milliseconds; none without motion
     readonly property int quick: motion ? 120 : 0
     readonly property int calm: motion ? 200 : 0
     readonly property int slow: motion ? 250 : 0
+
+    // How long a control says that it did what it was asked for
+    readonly property int answerTime: 1200
 
     // The colour of that name among the accents; a model's "gray" and "secondary" are known too.
     function named(name: string): color {

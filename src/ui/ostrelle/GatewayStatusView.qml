@@ -9,4 +9,99 @@ Item {
     required property ServiceManager serviceManager
     property VoiceViewModel voiceVM: null
     required property bool statusServerRunning
+
+    readonly property bool voiceRunning: view.voiceVM ? view.voiceVM.voiceRunning
+        : view.serviceManager.voiceRunning
+    readonly property string address: view.viewModel.magicDNSURL || view.viewModel.preferredURL
+    // What keeps other devices away; empty when nothing does.
+    readonly property string problem: !view.viewModel.tailscaleInstalled
+        ? "Tailscale not running — remote access unavailable"
+        : view.viewModel.magicDNSURL === "" ? "Tailscale connected but HTTPS not configured" : ""
+
+    implicitWidth: Theme.pageWidth
+    implicitHeight: column.implicitHeight
+
+    Column {
+        id: column
+
+        width: view.width
+        spacing: Theme.gap
+
+        SecurityWarningBanner {
+            width: parent.width
+            visible: view.viewModel.showSecurityWarning
+            viewModel: view.viewModel
+        }
+
+        Card {
+            id: card
+
+            width: parent.width
+
+            Column {
+                width: card.availableWidth
+                spacing: Theme.gap
+
+                Item {
+                    width: parent.width
+                    implicitHeight: dots.height
+
+                    Flow {
+                        id: dots
+
+                        anchors.left: parent.left
+                        anchors.right: lock.left
+                        anchors.rightMargin: Theme.gap
+                        spacing: Theme.padding
+
+                        StatusDot {
+                            label: "Gateway"
+                            color: view.viewModel.gatewayOnline ? Theme.green : Theme.red
+                            meaning: view.viewModel.gatewayOnline ? "online" : "offline"
+                        }
+
+                        StatusDot {
+                            label: "Voice"
+                            color: !view.serviceManager.voiceEnabled ? Theme.grey
+                                : view.voiceRunning ? Theme.green : Theme.red
+                            meaning: !view.serviceManager.voiceEnabled ? "switched off"
+                                : view.voiceRunning ? "running" : "not running"
+                        }
+
+                        StatusDot {
+                            label: "Status"
+                            color: view.statusServerRunning ? Theme.green : Theme.red
+                            meaning: view.statusServerRunning ? "running" : "not running"
+                        }
+                    }
+
+                    Symbol {
+                        id: lock
+
+                        anchors.right: parent.right
+                        anchors.rightMargin: Theme.gap - 1
+                        anchors.verticalCenter: parent.verticalCenter
+                        name: view.viewModel.isSecure ? "lock.fill" : "lock.open.fill"
+                        color: view.viewModel.isSecure ? Theme.green : Theme.teal
+                    }
+                }
+
+                Divider {
+                    width: parent.width
+                }
+
+                AddressRow {
+                    width: parent.width
+                    address: view.address
+                    isSecure: view.viewModel.isSecure
+                }
+
+                NoticeRow {
+                    width: parent.width
+                    visible: view.problem !== ""
+                    text: view.problem
+                }
+            }
+        }
+    }
 }

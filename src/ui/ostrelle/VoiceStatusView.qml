@@ -6,4 +6,103 @@ Item {
     id: view
 
     required property VoiceViewModel viewModel
+
+    implicitWidth: Theme.pageWidth
+    implicitHeight: card.implicitHeight
+
+    Card {
+        id: card
+
+        width: view.width
+
+        Column {
+            width: card.availableWidth
+            spacing: Theme.padding
+
+            Item {
+                width: parent.width
+                implicitHeight: Math.max(icon.height, label.height, badge.height)
+
+                Symbol {
+                    id: icon
+
+                    anchors.left: parent.left
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: view.viewModel.stateIcon
+                    color: Theme.named(view.viewModel.stateColor)
+                    size: Theme.headingSize
+                }
+
+                Label {
+                    id: label
+
+                    anchors.left: icon.right
+                    anchors.leftMargin: Theme.gap
+                    anchors.right: badge.left
+                    anchors.rightMargin: Theme.gap
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: view.viewModel.stateLabel
+                    font.pixelSize: Theme.controlSize
+                    font.weight: Font.DemiBold
+                }
+
+                Capsule {
+                    id: badge
+
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: Math.min(implicitWidth, parent.width / 2)
+                    visible: view.viewModel.voiceRunning
+                    text: view.viewModel.tier.toUpperCase()
+                    tint: view.viewModel.tier === "local" ? Theme.green : Theme.purple
+                }
+            }
+
+            // As high in every state, so that nothing below moves.
+            Item {
+                width: parent.width
+                implicitHeight: Math.max(controls.implicitHeight, startButton.implicitHeight)
+
+                VoiceControls {
+                    id: controls
+
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    visible: view.viewModel.voiceRunning
+                    viewModel: view.viewModel
+                    availableWidth: parent.width
+                    onStopped: focusReason => startButton.forceActiveFocus(focusReason)
+                }
+
+                Spinner {
+                    id: spinner
+
+                    anchors.right: launching.left
+                    anchors.rightMargin: Theme.gap
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: launching.visible
+                }
+
+                Label {
+                    id: launching
+
+                    anchors.centerIn: parent
+                    width: Math.min(implicitWidth, parent.width - 2 * (spinner.width + Theme.gap))
+                    visible: !view.viewModel.voiceRunning && view.viewModel.isLaunching
+                    secondary: true
+                    text: "Starting voice agent…"
+                }
+
+                PushButton {
+                    id: startButton
+
+                    anchors.centerIn: parent
+                    width: Math.min(implicitWidth, parent.width)
+                    visible: !view.viewModel.voiceRunning && !view.viewModel.isLaunching
+                    symbol: "play.fill"
+                    text: "Start Voice Agent"
+                    onClicked: view.viewModel.start()
+                }
+            }
+        }
+    }
 }

@@ -2,11 +2,121 @@ import QtQuick
 import Ostrelle
 
 // The first-run wizard, driven by the setup manager.
-Item {
+FocusScope {
     id: sheet
 
     required property SetupManager setupManager
 
+    readonly property int currentStep: {
+        const setup = sheet.setupManager;
+        if (!setup.hasDuskrell || !setup.hasTailscale || !setup.hasXcodeCLT) {
+            return 1;
+        }
+        if (!setup.tailscaleLoggedIn || !setup.tailscaleServeRunning) {
+            return 2;
+        }
+        return setup.hasAgent && setup.hasGatewayToken ? 4 : 3;
+    }
+
     // The user wants the sheet closed.
     signal done
+
+    focus: true
+    implicitWidth: Theme.panelWidth
+    implicitHeight: Theme.panelHeight
+    Accessible.role: Accessible.Dialog
+    Accessible.name: title.text
+    Keys.onEscapePressed: sheet.done()
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.sheet
+        radius: Theme.radius
+    }
+
+    Column {
+        id: header
+
+        x: Theme.pagePadding
+        y: 2 * Theme.gap
+        width: sheet.width - 2 * Theme.pagePadding
+        spacing: 2
+
+        Label {
+            id: title
+
+            width: parent.width
+            text: "OSTRELLE Setup"
+            font.pixelSize: Theme.titleSize
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+        }
+
+        Label {
+            width: parent.width
+            text: "Let’s get everything running."
+            secondary: true
+        }
+    }
+
+    ScrollPane {
+        id: steps
+
+        anchors.top: header.bottom
+        anchors.topMargin: Theme.padding
+        anchors.bottom: log.visible ? log.top : closing.top
+        anchors.bottomMargin: Theme.padding
+        x: Theme.pagePadding
+        width: header.width
+        spacing: Theme.gap
+
+        PrerequisitesStep {
+            width: parent.width
+            currentStep: sheet.currentStep
+            setupManager: sheet.setupManager
+        }
+
+        TailscaleStep {
+            width: parent.width
+            visible: sheet.setupManager.hasTailscale
+            currentStep: sheet.currentStep
+            setupManager: sheet.setupManager
+        }
+
+        GatewayStep {
+            width: parent.width
+            visible: sheet.setupManager.hasDuskrell
+            currentStep: sheet.currentStep
+            setupManager: sheet.setupManager
+        }
+
+        VoiceBlock {
+            width: parent.width
+            setupManager: sheet.setupManager
+        }
+    }
+
+    // Outside what scrolls: progress is seen wherever the user has scrolled to.
+    ProgressLog {
+        id: log
+
+        anchors.bottom: closing.top
+        anchors.bottomMargin: Theme.padding
+        x: Theme.pagePadding
+        width: header.width
+        visible: log.count > 0
+        height: Math.min(implicitHeight, sheet.height / 4)
+        setupManager: sheet.setupManager
+    }
+
+    ClosingRow {
+        id: closing
+
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.padding
+        x: Theme.pagePadding
+        width: header.width
+        setupManager: sheet.setupManager
+        onDone: sheet.done()
+    }
 }

@@ -1,0 +1,26 @@
+import QtQuick
+import Ostrelle
+
+// A word on a capsule of its own colour.
+Rectangle {
+    id: capsule
+
+    required property string text
+    required property color tint
+
+    implicitWidth: label.implicitWidth + 2 * Theme.gap
+    implicitHeight: label.implicitHeight + Theme.smallGap
+    radius: height / 2
+    color: Theme.faded(capsule.tint, 0.2)
+
+    Label {
+        id: label
+
+        anchors.centerIn: parent
+        width: Math.min(implicitWidth, capsule.width - Theme.gap)
+        text: capsule.text
+        color: capsule.tint
+        font.pixelSize: Theme.captionSize
+        font.weight: Font.DemiBold
+    }
+}

@@ -1,0 +1,18 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// Shows where one is in what scrolls; it is there only when something is out of view.
+T.ScrollBar {
+    id: bar
+
+    implicitWidth: 8
+    padding: 2
+    visible: size < 1
+
+    contentItem: Rectangle {
+        implicitWidth: 4
+        radius: width / 2
+        color: bar.pressed || bar.hovered ? Theme.textDisabled : Theme.surfacePressed
+    }
+}

@@ -1,0 +1,45 @@
+import QtQuick
+import Ostrelle
+
+// One message of the quick chat: who says it, and what.
+Item {
+    id: row
+
+    required property string role
+    required property string text
+
+    readonly property bool isUser: row.role === "user"
+
+    implicitHeight: words.height
+
+    Item {
+        id: icon
+
+        width: Theme.scaled(14)
+        height: firstLine.height
+
+        Symbol {
+            anchors.centerIn: parent
+            name: row.isUser ? "person.fill" : "sparkles"
+            color: row.isUser ? Theme.blue : Theme.teal
+            size: Theme.bodySize
+        }
+    }
+
+    FontMetrics {
+        id: firstLine
+
+        font: words.font
+    }
+
+    SelectableText {
+        id: words
+
+        anchors.left: icon.right
+        anchors.leftMargin: Theme.gap
+        anchors.right: parent.right
+        text: row.text
+        color: row.isUser ? Theme.textSecondary : Theme.textPrimary
+        Accessible.name: (row.isUser ? "You: " : "Assistant: ") + row.text
+    }
+}

@@ -1,0 +1,56 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// One of the voice agent's controls: a symbol on a round surface, above its caption.
+T.AbstractButton {
+    id: button
+
+    required property string symbol
+
+    implicitWidth: Math.max(implicitContentWidth, Theme.hitArea)
+    implicitHeight: implicitContentHeight
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    font.pixelSize: Theme.captionSize
+    font.weight: Font.DemiBold
+    Accessible.name: button.text
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
+
+    contentItem: Column {
+        spacing: Theme.smallGap
+
+        Rectangle {
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: 2 * Theme.titleSize
+            height: width
+            radius: width / 2
+            color: button.pressed ? Theme.surfacePressed
+                : button.hovered ? Theme.surfaceHovered : Theme.surfaceRaised
+            border.width: button.visualFocus ? 2 : 0
+            border.color: Theme.focusRing
+
+            Behavior on color {
+                ColorAnimation {
+                    duration: Theme.quick
+                }
+            }
+
+            Symbol {
+                anchors.centerIn: parent
+                name: button.symbol
+                size: Theme.titleSize
+            }
+        }
+
+        Label {
+            width: button.availableWidth
+            horizontalAlignment: Text.AlignHCenter
+            text: button.text
+            secondary: !button.hovered
+            font: button.font
+            Accessible.ignored: true
+        }
+    }
+}

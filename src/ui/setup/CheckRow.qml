@@ -1,0 +1,44 @@
+import QtQuick
+import Ostrelle
+
+// One prerequisite: whether it is there, and what stands in for it.
+Row {
+    id: row
+
+    required property string label
+    required property bool ok
+    property bool optional: false
+    property string note: ""
+
+    readonly property string remark: !row.ok && row.optional ? "(optional)" : row.note
+
+    spacing: 8
+    Accessible.role: Accessible.StaticText
+    Accessible.name: row.label + (row.remark === "" ? "" : " " + row.remark)
+    Accessible.description: row.ok ? "there" : "missing"
+
+    Symbol {
+        id: icon
+
+        anchors.verticalCenter: parent.verticalCenter
+        name: row.ok ? "checkmark.circle.fill" : row.optional ? "minus.circle" : "xmark.circle"
+        color: row.ok ? Theme.green : row.optional ? Theme.yellow : Theme.red
+    }
+
+    Label {
+        width: Math.min(implicitWidth, row.width - icon.width - row.spacing
+            - (row.remark === "" ? 0 : remark.width + row.spacing))
+        text: row.label
+        Accessible.ignored: true
+    }
+
+    Label {
+        id: remark
+
+        width: Math.min(implicitWidth, row.width / 3)
+        visible: row.remark !== ""
+        text: row.remark
+        secondary: true
+        Accessible.ignored: true
+    }
+}

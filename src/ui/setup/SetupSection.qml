@@ -1,0 +1,62 @@
+import QtQuick
+import Ostrelle
+
+// A numbered step of the setup. Its body is hidden as long as its turn has not come.
+Rectangle {
+    id: section
+
+    required property string title
+    required property int step
+    required property int currentStep
+    default property alias content: body.data
+
+    readonly property bool isDone: section.step < section.currentStep
+    readonly property bool isCurrent: section.step === section.currentStep
+    readonly property bool isLater: section.step > section.currentStep
+
+    readonly property int inset: 10
+    readonly property color tint: section.isDone ? Theme.green
+        : section.isCurrent ? Theme.teal : Theme.faded(Theme.textSecondary, 0.4)
+
+    implicitHeight: heading.height + (section.isLater ? 0 : Theme.gap + body.height) + 2 * section.inset
+    radius: Theme.smallRadius
+    color: section.isLater ? "transparent" : Theme.faded(section.tint, 0.06)
+
+    Symbol {
+        id: icon
+
+        anchors.left: parent.left
+        anchors.leftMargin: section.inset
+        anchors.verticalCenter: heading.verticalCenter
+        name: section.isDone ? "checkmark.circle.fill" : section.isCurrent ? "circle.dotted" : "circle"
+        color: section.tint
+    }
+
+    Label {
+        id: heading
+
+        anchors.left: body.left
+        anchors.right: body.right
+        anchors.top: parent.top
+        anchors.topMargin: section.inset
+        text: section.title
+        color: section.isLater ? section.tint : Theme.textPrimary
+        font.pixelSize: Theme.controlSize
+        font.weight: Font.DemiBold
+        Accessible.role: Accessible.Heading
+        Accessible.description: section.isDone ? "done" : section.isCurrent ? "current step" : "later"
+    }
+
+    Column {
+        id: body
+
+        anchors.left: parent.left
+        anchors.leftMargin: section.inset + Theme.scaled(19)
+        anchors.right: parent.right
+        anchors.rightMargin: section.inset
+        anchors.top: heading.bottom
+        anchors.topMargin: Theme.gap
+        visible: !section.isLater
+        spacing: Theme.gap
+    }
+}
