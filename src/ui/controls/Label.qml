@@ -13,6 +13,7 @@ Text {
     font.pixelSize: Theme.bodySize
     elide: label.wrapMode === Text.NoWrap ? Text.ElideMiddle : Text.ElideNone
     textFormat: Text.PlainText
+    horizontalAlignment: Text.AlignLeft // said aloud, so that it is mirrored with the layout
     Accessible.role: Accessible.StaticText
     Accessible.name: label.text
 

@@ -30,14 +30,14 @@ T.AbstractButton {
     Keys.onEnterPressed: button.clicked()
 
     contentItem: Item {
-        implicitWidth: row.implicitWidth
+        implicitWidth: row.symbolSpace + label.implicitWidth
         implicitHeight: row.implicitHeight
 
         Row {
             id: row
 
-            readonly property real textSpace: button.availableWidth
-                - (button.busy || button.symbol !== "" ? Theme.controlSize + row.spacing : 0)
+            readonly property real symbolSpace: button.busy || button.symbol !== ""
+                ? Theme.controlSize + row.spacing : 0
 
             anchors.centerIn: parent
             spacing: Theme.smallGap + 2
@@ -57,8 +57,10 @@ T.AbstractButton {
             }
 
             Label {
+                id: label
+
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, row.textSpace)
+                width: Math.min(implicitWidth, button.availableWidth - row.symbolSpace)
                 text: button.text
                 color: button.color
                 font: button.font

@@ -15,6 +15,7 @@ Item {
     Item {
         id: icon
 
+        anchors.left: parent.left
         width: Theme.scaled(14)
         height: firstLine.height
 

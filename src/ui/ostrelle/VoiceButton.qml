@@ -23,7 +23,7 @@ T.AbstractButton {
 
         Rectangle {
             anchors.horizontalCenter: parent.horizontalCenter
-            width: 2 * Theme.titleSize
+            width: Math.min(2 * Theme.titleSize, button.availableWidth - Theme.gap)
             height: width
             radius: width / 2
             color: button.pressed ? Theme.surfacePressed
@@ -40,7 +40,7 @@ T.AbstractButton {
             Symbol {
                 anchors.centerIn: parent
                 name: button.symbol
-                size: Theme.titleSize
+                size: Math.min(Theme.titleSize, parent.width / 2)
             }
         }
 

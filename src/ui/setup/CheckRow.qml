@@ -25,20 +25,25 @@ Row {
         color: row.ok ? Theme.green : row.optional ? Theme.yellow : Theme.red
     }
 
-    Label {
-        width: Math.min(implicitWidth, row.width - icon.width - row.spacing
-            - (row.remark === "" ? 0 : remark.width + row.spacing))
-        text: row.label
-        Accessible.ignored: true
-    }
+    Flow {
+        anchors.verticalCenter: parent.verticalCenter
+        width: row.width - icon.width - row.spacing
+        spacing: row.spacing
 
-    Label {
-        id: remark
+        Label {
+            width: Math.min(implicitWidth, parent.width)
+            text: row.label
+            wrapMode: Text.Wrap
+            Accessible.ignored: true
+        }
 
-        width: Math.min(implicitWidth, row.width / 3)
-        visible: row.remark !== ""
-        text: row.remark
-        secondary: true
-        Accessible.ignored: true
+        Label {
+            width: Math.min(implicitWidth, parent.width)
+            visible: row.remark !== ""
+            text: row.remark
+            secondary: true
+            wrapMode: Text.Wrap
+            Accessible.ignored: true
+        }
     }
 }

@@ -33,7 +33,7 @@ Card {
         Accessible.name: "Progress"
         onMovementStarted: log.followsLast = false
         onMovementEnded: log.followsLast = lines.atYEnd
-        onCountChanged: {
+        onContentHeightChanged: {
             if (log.followsLast) {
                 lines.positionViewAtEnd();
             }

@@ -43,6 +43,7 @@ Rectangle {
         color: section.isLater ? section.tint : Theme.textPrimary
         font.pixelSize: Theme.controlSize
         font.weight: Font.DemiBold
+        wrapMode: Text.Wrap
         Accessible.role: Accessible.Heading
         Accessible.description: section.isDone ? "done" : section.isCurrent ? "current step" : "later"
     }

@@ -34,64 +34,61 @@ FocusScope {
         radius: Theme.radius
     }
 
-    Column {
-        id: header
+    ScrollPane {
+        id: steps
 
-        x: Theme.pagePadding
-        y: 2 * Theme.gap
-        width: sheet.width - 2 * Theme.pagePadding
-        spacing: 2
+        readonly property real columnWidth: sheet.width - 2 * Theme.pagePadding
+
+        anchors.left: parent.left
+        anchors.leftMargin: Theme.pagePadding
+        anchors.right: parent.right // the bar stands in the page's margin
+        anchors.top: parent.top
+        anchors.bottom: log.visible ? log.top : closing.top
+        anchors.bottomMargin: Theme.padding
+        topMargin: 2 * Theme.gap
+        spacing: Theme.gap
 
         Label {
             id: title
 
-            width: parent.width
+            width: steps.columnWidth
             text: "OSTRELLE Setup"
             font.pixelSize: Theme.titleSize
             font.weight: Font.DemiBold
+            wrapMode: Text.Wrap
             Accessible.role: Accessible.Heading
         }
 
         Label {
-            width: parent.width
+            width: steps.columnWidth
+            bottomPadding: Theme.gap
             text: "Let’s get everything running."
             secondary: true
+            wrapMode: Text.Wrap
         }
-    }
-
-    ScrollPane {
-        id: steps
-
-        anchors.top: header.bottom
-        anchors.topMargin: Theme.padding
-        anchors.bottom: log.visible ? log.top : closing.top
-        anchors.bottomMargin: Theme.padding
-        x: Theme.pagePadding
-        width: header.width
-        spacing: Theme.gap
 
         PrerequisitesStep {
-            width: parent.width
+            width: steps.columnWidth
             currentStep: sheet.currentStep
             setupManager: sheet.setupManager
         }
 
         TailscaleStep {
-            width: parent.width
+            width: steps.columnWidth
             visible: sheet.setupManager.hasTailscale
             currentStep: sheet.currentStep
             setupManager: sheet.setupManager
         }
 
         GatewayStep {
-            width: parent.width
+            width: steps.columnWidth
             visible: sheet.setupManager.hasDuskrell
             currentStep: sheet.currentStep
             setupManager: sheet.setupManager
         }
 
         VoiceBlock {
-            width: parent.width
+            width: steps.columnWidth
             setupManager: sheet.setupManager
         }
     }
@@ -103,7 +100,7 @@ FocusScope {
         anchors.bottom: closing.top
         anchors.bottomMargin: Theme.padding
         x: Theme.pagePadding
-        width: header.width
+        width: steps.columnWidth
         visible: log.count > 0
         height: Math.min(implicitHeight, sheet.height / 4)
         setupManager: sheet.setupManager
@@ -115,7 +112,7 @@ FocusScope {
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.padding
         x: Theme.pagePadding
-        width: header.width
+        width: steps.columnWidth
         setupManager: sheet.setupManager
         onDone: sheet.done()
     }
