@@ -50,7 +50,7 @@ ScrollPane {
         onItemRemoved: (index, item) => list.contentY -= item.height + list.spacing
 
         ChatMessageRow {
-            width: list.width - Theme.padding // the bar has its own place
+            width: list.width
         }
     }
 }

@@ -39,8 +39,9 @@ Item {
         anchors.left: icon.right
         anchors.leftMargin: Theme.gap
         anchors.right: parent.right
-        text: row.text
+        anchors.rightMargin: Theme.padding // the scroll bar's
+        content: row.text
         color: row.isUser ? Theme.textSecondary : Theme.textPrimary
-        Accessible.name: (row.isUser ? "You: " : "Assistant: ") + row.text
+        Accessible.name: (row.isUser ? "You: " : "Assistant: ") + words.text
     }
 }

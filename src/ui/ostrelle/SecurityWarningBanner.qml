@@ -76,6 +76,8 @@ Card {
             color: Theme.red
             font.pixelSize: Theme.smallSize
             wrapMode: Text.Wrap
+            elide: Text.ElideRight
+            maximumLineCount: 6 // a tool may have said a lot
         }
 
         Label {

@@ -14,10 +14,11 @@ Item {
         id: card
 
         width: view.width
+        padding: 2 * Theme.gap
 
         Column {
             width: card.availableWidth
-            spacing: Theme.padding
+            spacing: 2 * Theme.gap
 
             Item {
                 width: parent.width

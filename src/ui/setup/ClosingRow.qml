@@ -8,7 +8,7 @@ Flow {
     required property SetupManager setupManager
 
     // What is left of the line when all buttons stand in it.
-    readonly property real slack: row.width - recheck.width - 3 * row.spacing
+    readonly property real slack: row.width - recheck.width - 2 * row.spacing
         - (doneButton.visible ? doneButton.width : skip.width + finish.width + row.spacing)
 
     signal done

@@ -57,7 +57,7 @@ SetupSection {
 
         SelectableText {
             width: parent.width
-            text: "duskrell config get gateway.auth.token"
+            content: "duskrell config get gateway.auth.token"
             font.family: Theme.monospaced
             font.pixelSize: Theme.smallSize
         }

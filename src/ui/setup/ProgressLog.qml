@@ -33,6 +33,7 @@ Card {
         Accessible.name: "Progress"
         onMovementStarted: log.followsLast = false
         onMovementEnded: log.followsLast = lines.atYEnd
+        onCountChanged: log.followsLast = log.followsLast || lines.count === 0
         onContentHeightChanged: {
             if (log.followsLast) {
                 lines.positionViewAtEnd();
@@ -48,7 +49,7 @@ Card {
             required property string message
 
             width: lines.width
-            text: message
+            content: message
             color: Theme.textSecondary
             font.pixelSize: Theme.smallSize
         }

@@ -45,13 +45,13 @@ FocusScope {
         anchors.top: parent.top
         anchors.bottom: log.visible ? log.top : closing.top
         anchors.bottomMargin: Theme.padding
-        topMargin: 2 * Theme.gap
         spacing: Theme.gap
 
         Label {
             id: title
 
             width: steps.columnWidth
+            topPadding: 2 * Theme.gap
             text: "OSTRELLE Setup"
             font.pixelSize: Theme.titleSize
             font.weight: Font.DemiBold

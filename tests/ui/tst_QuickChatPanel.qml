@@ -1,0 +1,102 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    name: "QuickChatPanel"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 300
+
+    Component {
+        id: chatPanel
+
+        QuickChatPanel {
+            width: 356
+            height: 240
+            chatVM: QuickChatVM {}
+            gatewayURL: fixture.gatewayVM.gatewayURL
+        }
+    }
+
+    function init() {
+        fixture.reset();
+        fixture.startGateway();
+        fixture.restart();
+    }
+
+    function fieldOf(panel: Item): Item {
+        return Items.visibleItems(panel).find(item => item.placeholderText === "Ask something…");
+    }
+
+    function listOf(panel: Item): Item {
+        return Items.visibleItems(panel).find(item => item.contentY !== undefined);
+    }
+
+    function ask(panel: Item, reply: string) {
+        fixture.answerChat(JSON.stringify({choices: [{message: {content: reply}}]}));
+        fieldOf(panel).forceActiveFocus();
+        keyClick(Qt.Key_Q);
+        keyClick(Qt.Key_Return);
+        tryCompare(panel.chatVM, "isLoading", false);
+    }
+
+    function test_returnAsks() {
+        const panel = createTemporaryObject(chatPanel, test);
+        verify(Items.withText(panel, "Ask me anything…"));
+        ask(panel, "Two things.");
+        compare(fieldOf(panel).text, "");
+        verify(Items.withText(panel, "q") && Items.withText(panel, "Two things."));
+        verify(Items.symbol(panel, "person.fill") && Items.symbol(panel, "sparkles"));
+        verify(!Items.withText(panel, "Ask me anything…"));
+    }
+
+    function test_whileItWaits() {
+        const panel = createTemporaryObject(chatPanel, test);
+        fixture.answerChat("");
+        panel.chatVM.input = "Still there?";
+        mouseClick(Items.withText(panel, "Send"));
+        verify(!Items.withText(panel, "Send") && Items.symbol(panel, "spinner"));
+        keyClick(Qt.Key_X); // the field has the keyboard, and the next question can be written
+        keyClick(Qt.Key_Return);
+        compare(panel.chatVM.input, "x");
+        compare(panel.chatVM.messages.count, 1);
+    }
+
+    function test_blankIsKept() {
+        const panel = createTemporaryObject(chatPanel, test);
+        fieldOf(panel).forceActiveFocus();
+        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Return);
+        compare(fieldOf(panel).text, " ");
+        compare(panel.chatVM.messages.count, 0);
+    }
+
+    function test_lastMessageComesIntoView() {
+        const panel = createTemporaryObject(chatPanel, test);
+        const list = listOf(panel);
+        for (let i = 0; i < 4; ++i) { // the fourth pushes the first out
+            ask(panel, "long ".repeat(120) + i);
+            tryVerify(() => list.contentY > 0 && list.atYEnd);
+        }
+        compare(panel.chatVM.messages.count, 6);
+        panel.height -= 60;
+        tryVerify(() => list.contentY === list.contentHeight - list.height);
+
+        keyClick(Qt.Key_Up);
+        tryVerify(() => !list.moving && !list.atYEnd);
+        const where = list.contentY;
+        panel.height -= 10;
+        compare(list.contentY, where);
+    }
+
+    function test_endlessWord() {
+        const panel = createTemporaryObject(chatPanel, test);
+        ask(panel, "x".repeat(20000));
+        verify(Items.texts(panel).includes("x".repeat(10000) + "…"));
+    }
+}

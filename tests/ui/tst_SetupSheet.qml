@@ -1,0 +1,184 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    name: "SetupSheet"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 1000
+
+    Component {
+        id: setupSheet
+
+        SetupSheet {
+            width: 380
+            height: 1000
+            setupManager: fixture.setupManager
+        }
+    }
+
+    Component {
+        id: checkRow
+
+        CheckRow {
+            width: 300
+            optional: true
+        }
+    }
+
+    SignalSpy {
+        id: doneSpy
+
+        signalName: "done"
+    }
+
+    function init() {
+        fixture.reset();
+    }
+
+    readonly property string loggedOut: "true"
+    readonly property string loggedIn: `case $1 in status) echo '{"BackendState": "Running"}';; esac`
+    readonly property string serving: `case $1 in status) echo '{"BackendState": "Running"}';;
+        serve) echo https://studio.ts.net;; esac`
+
+    function prepare(tailscale: string, agent: bool) {
+        ["brew", "node", "duskrell"].forEach(name => fixture.tool(name, "true"));
+        fixture.tool("tailscale", tailscale);
+        fixture.tool("cc", "true"); // stands in for Xcode's
+        if (agent) {
+            fixture.write(".duskrell/agents/main/agent", "");
+        }
+    }
+
+    // The configuration file is looked for after all that changes here.
+    function sheetAfterChecks(): Item {
+        fixture.setupManager.runChecks();
+        tryCompare(fixture.setupManager, "hasConfig", true);
+        const sheet = createTemporaryObject(setupSheet, test);
+        waitForRendering(sheet);
+        return sheet;
+    }
+
+    // The names of the symbols before the rows and titles with these words.
+    function marks(sheet: Item, words: var): var {
+        const items = Items.visibleItems(sheet);
+        return words.map(word => {
+            const text = items.findIndex(item => item.text === word);
+            return text < 0 ? "" : items.slice(0, text).reverse().find(item => item.source !== undefined).name;
+        });
+    }
+
+    function test_steps_data() {
+        return [
+            {tag: "nothing there", step: 1, marks: ["circle.dotted", "", ""], shown: ["Install Everything"],
+             hidden: ["2. Tailscale HTTPS", "3. Duskrell Setup", "✓ Voice agent ready."]},
+            {tag: "logged out", tailscale: loggedOut, step: 2,
+             marks: ["checkmark.circle.fill", "circle.dotted", "circle"], shown: ["here: cc", "Open Tailscale"],
+             hidden: ["Install Everything", "Copy Link", "Open Setup in Terminal"]},
+            {tag: "not served", tailscale: loggedIn, agent: true, step: 2,
+             marks: ["checkmark.circle.fill", "circle.dotted", "circle"],
+             shown: ["Step 1: Enable MagicDNS + HTTPS Certs", "Open DNS Settings →", "Configure HTTPS Serve"],
+             hidden: ["Open Tailscale", "Agent configured"]},
+            {tag: "no agent", tailscale: serving, step: 3,
+             marks: ["checkmark.circle.fill", "checkmark.circle.fill", "circle.dotted"],
+             shown: ["✓ Devices on your tailnet can reach this gateway securely.", "Open Setup in Terminal"],
+             hidden: ["Save", "Copy Link"]},
+            {tag: "no token", tailscale: serving, agent: true, step: 3,
+             marks: ["checkmark.circle.fill", "checkmark.circle.fill", "circle.dotted"],
+             shown: ["duskrell config get gateway.auth.token", "Save"], hidden: ["Open Setup in Terminal"]}
+        ];
+    }
+
+    function test_steps(row) {
+        if (row.tailscale) {
+            prepare(row.tailscale, row.agent ?? false);
+        }
+        const sheet = sheetAfterChecks();
+        compare(sheet.currentStep, row.step);
+        compare(marks(sheet, ["1. Prerequisites", "2. Tailscale HTTPS", "3. Duskrell Setup"]), row.marks);
+        row.shown.forEach(text => verify(Items.withText(sheet, text), text));
+        row.hidden.forEach(text => verify(!Items.withText(sheet, text), text));
+    }
+
+    function test_optionalRow() {
+        const row = createTemporaryObject(checkRow, test, {label: "Extras", ok: false});
+        compare(marks(row, ["Extras"]), ["minus.circle"]);
+        verify(Items.withText(row, "(optional)"));
+        row.ok = true;
+        verify(!Items.withText(row, "(optional)"));
+    }
+
+    function test_passwordOfBlanksIsAskedForAgain() {
+        const sheet = sheetAfterChecks();
+        const install = Items.withText(sheet, "Install Everything");
+        const field = Items.visibleItems(sheet).find(item => item.placeholderText === "Mac password");
+        verify(!install.enabled);
+        field.forceActiveFocus();
+        keyClick(Qt.Key_Space);
+        verify(install.enabled && field.echoMode === TextInput.Password);
+        mouseClick(install);
+        verify(fixture.setupManager.needsSudoPassword && field.activeFocus);
+        compare(field.selectedText.length, 1);
+    }
+
+    function test_refusedPassword() {
+        fixture.write("resources/install-duskrell.sh", "while [ ! -e ~/go ]; do sleep 0.01; done; echo SUDO_FAILED; exit 1");
+        const sheet = sheetAfterChecks();
+        fixture.setupManager.sudoPassword = "wrong";
+        const install = Items.withText(sheet, "Install Everything");
+        mouseClick(install);
+        compare(install.text, "Installing…");
+        verify(!install.enabled);
+        tryVerify(() => Items.withText(sheet, "Installing Duskrell + dependencies…"));
+        fixture.write("go", "");
+        tryVerify(() => Items.withText(sheet, "Incorrect password — try again"));
+        // What follows by itself is the voice agent's installation.
+        tryVerify(() => Items.withText(sheet, "Setup complete!"));
+        compare(install.text, "Install Everything");
+    }
+
+    function test_token() {
+        prepare(serving, true);
+        const sheet = sheetAfterChecks();
+        const field = Items.visibleItems(sheet).find(item => item.placeholderText === "Paste gateway token");
+        field.forceActiveFocus();
+        keyClick(Qt.Key_Space);
+        mouseClick(Items.withText(sheet, "Save"));
+        compare(sheet.currentStep, 3);
+        field.forceActiveFocus();
+        keyClick(Qt.Key_T);
+        keyClick(Qt.Key_Return);
+        tryCompare(sheet, "currentStep", 4);
+        compare(marks(sheet, ["Token configured"]), ["checkmark.circle.fill"]);
+    }
+
+    function test_copiedLink() {
+        prepare(loggedIn, true);
+        const sheet = sheetAfterChecks();
+        mouseClick(Items.withText(sheet, "Copy Link"));
+        compare(fixture.clipboard(), "https://login.tailscale.com/admin/dns");
+        verify(Items.symbol(sheet, "checkmark"));
+    }
+
+    function test_finishing() {
+        const sheet = sheetAfterChecks();
+        doneSpy.target = sheet;
+        doneSpy.clear();
+        mouseClick(Items.withText(sheet, "Skip"));
+        keyClick(Qt.Key_Escape);
+        compare(doneSpy.count, 2);
+        const finish = Items.withText(sheet, "Install Voice + Finish");
+        mouseClick(finish);
+        verify(!finish.enabled);
+        tryVerify(() => Items.withText(sheet, "Done"));
+        verify(!Items.withText(sheet, "Skip") && !finish.visible);
+        tryVerify(() => Items.withText(sheet, "Setup complete!")); // the newest line is in view
+        mouseClick(Items.withText(sheet, "Done"));
+        compare(doneSpy.count, 3);
+    }
+}

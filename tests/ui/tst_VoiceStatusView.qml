@@ -1,0 +1,89 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    name: "VoiceStatusView"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 300
+
+    Component {
+        id: voiceView
+
+        VoiceStatusView {
+            width: 356
+            viewModel: fixture.voiceVM
+        }
+    }
+
+    function init() {
+        fixture.reset();
+    }
+
+    // The view of an agent that gives this answer.
+    function viewOf(status: string): Item {
+        fixture.startVoiceAgent(status);
+        fixture.restart();
+        tryCompare(fixture.voiceVM, "voiceRunning", true);
+        return createTemporaryObject(voiceView, test);
+    }
+
+    function test_offlineUntilStarted() {
+        const view = createTemporaryObject(voiceView, test);
+        const height = view.implicitHeight;
+        compare(Items.texts(view), ["Offline", "Start Voice Agent", "Start Voice Agent"]);
+        verify(Qt.colorEqual(Items.symbol(view, "mic.slash").color, Theme.grey));
+
+        mouseClick(Items.withText(view, "Start Voice Agent"));
+        compare(Items.texts(view), ["Offline", "Starting voice agent…"]);
+        compare(view.implicitHeight, height);
+    }
+
+    function test_running_data() {
+        return [
+            {tag: "local", status: {state: "listening", tier: "local"}, texts: ["Listening", "LOCAL", "Mute"],
+             symbols: ["mic.fill", "stop.fill", "arrow.clockwise"], tint: Theme.green},
+            {tag: "another tier", status: {state: "speaking", tier: "cloud"}, texts: ["Speaking", "CLOUD", "Mute"],
+             symbols: ["speaker.wave.2.fill", "mic.fill"], tint: Theme.purple},
+            {tag: "muted", status: {state: "listening", muted: true}, texts: ["Muted", "LOCAL", "Unmute"],
+             symbols: ["mic.slash.fill"], tint: Theme.green}
+        ];
+    }
+
+    function test_running(row) {
+        const view = viewOf(JSON.stringify(row.status));
+        row.texts.concat("Stop", "Restart").forEach(text => verify(Items.withText(view, text), text));
+        row.symbols.forEach(name => verify(Items.symbol(view, name), name));
+        verify(Qt.colorEqual(Items.withText(view, row.texts[1]).tint, row.tint));
+        verify(!Items.withText(view, "Start Voice Agent"));
+    }
+
+    function test_muteShowsAtOnce() {
+        const view = viewOf('{"state": "listening"}');
+        Items.withText(view, "Mute").forceActiveFocus();
+        keyClick(Qt.Key_Space);
+        verify(Items.withText(view, "Unmute") && Items.withText(view, "Muted"));
+        tryVerify(() => fixture.voiceCommands().includes("/mute"));
+    }
+
+    function test_stopLeavesTheKeyboardAtStart() {
+        const view = viewOf('{"state": "listening"}');
+        Items.withText(view, "Stop").forceActiveFocus(Qt.TabFocusReason);
+        keyClick(Qt.Key_Return);
+        verify(Items.withText(view, "Offline") && !Items.withText(view, "LOCAL"));
+        verify(Items.withText(view, "Start Voice Agent").visualFocus);
+    }
+
+    function test_restartOutlivesTheView() {
+        const view = viewOf('{"state": "listening"}');
+        mouseClick(Items.withText(view, "Restart"));
+        verify(!fixture.voiceVM.voiceRunning && !fixture.voiceVM.isLaunching);
+        view.destroy();
+        tryCompare(fixture.voiceVM, "voiceRunning", true); // a start is pending: the agent's answer counts
+    }
+}
