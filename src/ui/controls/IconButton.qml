@@ -22,9 +22,10 @@ T.AbstractButton {
     Keys.onReturnPressed: button.clicked()
     Keys.onEnterPressed: button.clicked()
 
-    T.ToolTip.visible: button.hovered && button.text !== ""
-    T.ToolTip.text: button.text
-    T.ToolTip.delay: 500
+    HoverHelp {
+        text: button.text
+        wanted: button.hovered
+    }
 
     contentItem: Item {
         Symbol {

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // A line of text that elides in the middle and shows itself whole while the pointer rests on it;
@@ -23,7 +22,8 @@ Text {
         enabled: label.truncated
     }
 
-    T.ToolTip.visible: pointer.hovered && label.truncated
-    T.ToolTip.text: label.text
-    T.ToolTip.delay: 500
+    HoverHelp {
+        text: label.text
+        wanted: pointer.hovered && label.truncated
+    }
 }

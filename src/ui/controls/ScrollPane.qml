@@ -3,18 +3,22 @@ import QtQuick.Templates as T
 import Ostrelle
 
 // A column that scrolls up and down when it is taller than its place. Whatever gets the keyboard's
-// focus is brought into view.
+// focus is brought into view, and kept there while it unfolds, until the user scrolls.
 Flickable {
     id: pane
 
     default property alias content: column.data
     property int spacing: Theme.padding
 
+    property Item followed: null
+
     contentWidth: width
     contentHeight: column.implicitHeight
     clip: contentHeight > height
     boundsBehavior: Flickable.StopAtBounds
     interactive: contentHeight > height
+    onMovementStarted: pane.followed = null
+    onContentHeightChanged: pane.follow()
 
     function reveal(item: Item) {
         const top = item.mapToItem(column, 0, 0).y;
@@ -22,6 +26,12 @@ Flickable {
             pane.contentY = Math.max(0, top - Theme.gap);
         } else if (top + item.height > pane.contentY + pane.height) {
             pane.contentY = Math.min(top + item.height + Theme.gap, pane.contentHeight) - pane.height;
+        }
+    }
+
+    function follow() {
+        if (pane.interactive && pane.followed) {
+            pane.reveal(pane.followed);
         }
     }
 
@@ -44,9 +54,8 @@ Flickable {
 
         function onActiveFocusItemChanged() {
             const item = pane.Window.activeFocusItem;
-            if (pane.interactive && item && pane.isWithin(item)) {
-                pane.reveal(item);
-            }
+            pane.followed = item && pane.isWithin(item) ? item : null;
+            pane.follow();
         }
     }
 
@@ -57,5 +66,7 @@ Flickable {
         spacing: pane.spacing
     }
 
-    T.ScrollBar.vertical: ThinScrollBar {}
+    T.ScrollBar.vertical: ThinScrollBar {
+        onPressedChanged: pane.followed = null
+    }
 }

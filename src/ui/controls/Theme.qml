@@ -21,6 +21,7 @@ QtObject {
     readonly property color field: Qt.rgba(1, 1, 1, 0.06)
     readonly property color hairline: Qt.rgba(1, 1, 1, 0.08)
     readonly property color sheet: "#17172A"
+    readonly property color paper: "white" // behind what a camera reads
 
     // Texts
     readonly property color textPrimary: Qt.rgba(1, 1, 1, 0.92)
@@ -51,15 +52,19 @@ QtObject {
     readonly property int headingSize: scaled(15)
     readonly property int titleSize: scaled(20)
     readonly property string monospaced: "monospace"
+    readonly property real headingSpacing: 1 // between the letters of a heading in capitals
 
     // Distances, on a grid of eight
     readonly property int gap: 8
     readonly property int smallGap: 4
     readonly property int padding: 12
     readonly property int pagePadding: 12
+    readonly property int sectionGap: 20 // between two parts of a page
     readonly property int radius: 12
     readonly property int smallRadius: 8
     readonly property int hitArea: 28
+    readonly property int qrSize: 264
+    readonly property int helpWidth: 280
 
     // The panel
     readonly property int panelWidth: 380
@@ -70,6 +75,7 @@ QtObject {
     readonly property int quick: motion ? 120 : 0
     readonly property int calm: motion ? 200 : 0
     readonly property int slow: motion ? 250 : 0
+    readonly property int helpDelay: 500 // the pointer's rest before help appears
 
     // How long a control says that it did what it was asked for
     readonly property int answerTime: 1200

@@ -1,0 +1,30 @@
+import QtQuick
+import Ostrelle
+
+// Has its content only while it is active, in its own width. A Loader would do, but that of Qt 6.4
+// refuses components that are bound to the file in which they are written.
+FocusScope {
+    id: lazy
+
+    property bool active: true
+    default property Component content
+
+    property Item item: null
+
+    implicitWidth: lazy.item?.implicitWidth ?? 0
+    implicitHeight: lazy.item?.implicitHeight ?? 0
+    onActiveChanged: lazy.makeOrDrop()
+    Component.onCompleted: lazy.makeOrDrop()
+
+    function makeOrDrop() {
+        if (lazy.active && !lazy.item) {
+            lazy.item = lazy.content.createObject(lazy, {
+                "width": Qt.binding(() => lazy.width),
+                "focus": true
+            }) as Item;
+        } else if (!lazy.active && lazy.item) {
+            lazy.item.destroy();
+            lazy.item = null;
+        }
+    }
+}
