@@ -72,7 +72,49 @@ struct QuickChatVMType {
     QML_NAMED_ELEMENT(QuickChatVM)
 };
 
+// Made by SettingsModels for the settings screen.
+
+struct GatewayProfilesType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::GatewayProfiles)
+    QML_NAMED_ELEMENT(GatewayProfiles)
+    QML_UNCREATABLE("made by SettingsModels")
+};
+
+struct GatewaySettingsType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::GatewaySettings)
+    QML_NAMED_ELEMENT(GatewaySettings)
+    QML_UNCREATABLE("made by SettingsModels")
+};
+
+struct GatewayPairingType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::GatewayPairing)
+    QML_NAMED_ELEMENT(GatewayPairing)
+    QML_UNCREATABLE("made by SettingsModels")
+};
+
+struct TailscalePeersModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::TailscalePeersModel)
+    QML_NAMED_ELEMENT(TailscalePeersModel)
+    QML_UNCREATABLE("made by SettingsModels")
+};
+
 // Parts of the above.
+
+struct QrCodeType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::QrCode)
+    QML_ANONYMOUS
+};
+
+struct SavedGatewaysModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::SavedGatewaysModel)
+    QML_ANONYMOUS
+};
 
 struct ChatMessagesType {
     Q_GADGET

@@ -1,5 +1,9 @@
 #include "ui/Fixture.h"
 
+#include "core/KeychainHelper.h"
+#include "platform/ChildProcess.h"
+#include "platform/SecretStore.h"
+
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
@@ -23,6 +27,7 @@ constexpr auto voicePollInterval = 20ms;
 
 Fixture::Fixture()
 {
+    static_cast<void>(secretStore());
     reset();
 }
 
@@ -35,8 +40,10 @@ void Fixture::reset()
 {
     m_models.reset();
     m_gateway.reset();
+    m_peer.reset();
     m_voiceAgent.reset();
     m_home.reset(); // first, because it waits for what still works in it
+    QFile::remove(m_firstHome.path(u".ostrelle/secrets.json"_s));
     m_home = std::make_unique<SetupHome>();
     qputenv("PATH", m_home->path(u"bin"_s).toUtf8() + ":/usr/bin:/bin");
     writeConfig();
@@ -46,17 +53,19 @@ void Fixture::reset()
 void Fixture::restart()
 {
     const OstrelleConfig config = OstrelleConfig::load();
+    const TailscalePlaces tailscale{
+        .tools = {m_home->path(u"bin/tailscale"_s)}, .application = {}, .applicationTool = {}};
     auto models = std::make_unique<Models>();
     models->gatewayVM = std::make_unique<GatewayViewModel>(
-        GatewaySurroundings{.tailscale = {.tools = {m_home->path(u"bin/tailscale"_s)},
-                                          .application = {},
-                                          .applicationTool = {}},
-                            .pollInterval = gatewayPollInterval});
+        GatewaySurroundings{.tailscale = tailscale, .pollInterval = gatewayPollInterval});
     models->serviceManager = std::make_unique<ServiceManager>(
         config, SupervisorSurroundings{.resources = {}, .logFile = m_home->path(u"agent.log"_s)});
     models->voiceVM = std::make_unique<VoiceViewModel>(models->serviceManager.get(),
                                                        VoicePolling{.interval = voicePollInterval});
     models->setupManager = std::make_unique<SetupManager>(config, m_home->surroundings());
+    models->profiles = std::make_unique<GatewayProfiles>(models->gatewayVM.get());
+    models->settings = std::make_unique<GatewaySettings>(QStringList{});
+    models->peers = std::make_unique<TailscalePeersModel>(models->profiles.get(), tailscale);
     m_models.swap(models);
     Q_EMIT madeAnew();
 }
@@ -105,6 +114,50 @@ void Fixture::startVoiceAgent(const QString &status)
 QStringList Fixture::voiceCommands() const
 {
     return m_voiceAgent->commands;
+}
+
+void Fixture::saveGateways(const QStringList &urls) const
+{
+    OstrelleConfig config = OstrelleConfig::load();
+    config.gateway.url = urls.first();
+    config.gateway.saved = QList<SavedGateway>();
+    for (const QString &url : urls) {
+        config.gateway.saved->append({.name = hostOf(url).value_or(url), .url = url});
+    }
+    config.save();
+}
+
+QString Fixture::startPeer(int status)
+{
+    // Probes ask a fixed port, so that each test process needs an address of its own.
+    const qint64 process = QCoreApplication::applicationPid();
+    const QString ip = u"127.78.%1.%2"_s.arg(process / 256 % 256).arg(process % 256);
+    m_peer.reset();
+    m_peer = std::make_unique<StandInGateway>(QHostAddress(ip), 18789);
+    m_peer->answer("/health", StandInGateway::response(status));
+    return ip;
+}
+
+QString Fixture::storedToken(const QString &key)
+{
+    return KeychainHelper::getToken(key).value_or(QString());
+}
+
+void Fixture::storeToken(const QString &token, const QString &key)
+{
+    KeychainHelper::saveToken(token, key);
+}
+
+QString Fixture::path(const QString &relative) const
+{
+    return m_home->path(relative);
+}
+
+QString Fixture::scan(const QString &image)
+{
+    const auto scanner =
+        runChild({.program = u"zbarimg"_s, .arguments = {u"--quiet"_s, u"--raw"_s, image}});
+    return scanner ? QString::fromUtf8(scanner->output).trimmed() : scanner.error().text;
 }
 
 QString Fixture::clipboard()

@@ -18,6 +18,9 @@ class Fixture : public QObject
     Q_PROPERTY(ostrelle::ServiceManager *serviceManager READ serviceManager NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::VoiceViewModel *voiceVM READ voiceVM NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::SetupManager *setupManager READ setupManager NOTIFY madeAnew)
+    Q_PROPERTY(ostrelle::GatewayProfiles *profiles READ profiles NOTIFY madeAnew)
+    Q_PROPERTY(ostrelle::GatewaySettings *settings READ settings NOTIFY madeAnew)
+    Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers NOTIFY madeAnew)
 
 public:
     Fixture();
@@ -48,6 +51,20 @@ public:
     // The paths of the commands that it was sent.
     Q_INVOKABLE QStringList voiceCommands() const;
 
+    // Saves these gateways, and makes the first one the gateway in use, from the next restart() on.
+    Q_INVOKABLE void saveGateways(const QStringList &urls) const;
+    // A gateway answers its health check with this status on the address that it returns.
+    Q_INVOKABLE QString startPeer(int status);
+
+    // The token under a gateway's URL or "_active_"; null when there is none.
+    Q_INVOKABLE static QString storedToken(const QString &key);
+    Q_INVOKABLE static void storeToken(const QString &token, const QString &key);
+
+    // A file below the home, for what a test wants to save there.
+    Q_INVOKABLE QString path(const QString &relative) const;
+    // What a scanner reads from an image.
+    Q_INVOKABLE static QString scan(const QString &image);
+
     // What is on the clipboard.
     Q_INVOKABLE static QString clipboard();
 
@@ -55,6 +72,9 @@ public:
     ostrelle::ServiceManager *serviceManager() const { return m_models->serviceManager.get(); }
     ostrelle::VoiceViewModel *voiceVM() const { return m_models->voiceVM.get(); }
     ostrelle::SetupManager *setupManager() const { return m_models->setupManager.get(); }
+    ostrelle::GatewayProfiles *profiles() const { return m_models->profiles.get(); }
+    ostrelle::GatewaySettings *settings() const { return m_models->settings.get(); }
+    ostrelle::TailscalePeersModel *peers() const { return m_models->peers.get(); }
 
 Q_SIGNALS:
     void madeAnew();
@@ -65,12 +85,17 @@ private:
         std::unique_ptr<ostrelle::ServiceManager> serviceManager;
         std::unique_ptr<ostrelle::VoiceViewModel> voiceVM;
         std::unique_ptr<ostrelle::SetupManager> setupManager;
+        std::unique_ptr<ostrelle::GatewayProfiles> profiles;
+        std::unique_ptr<ostrelle::GatewaySettings> settings;
+        std::unique_ptr<ostrelle::TailscalePeersModel> peers;
     };
 
     void writeConfig() const;
 
+    const ScratchHome m_firstHome; // where the process keeps its secrets
     std::unique_ptr<SetupHome> m_home;
     std::unique_ptr<StandInGateway> m_gateway;
+    std::unique_ptr<StandInGateway> m_peer;
     std::unique_ptr<FakeControlPort> m_voiceAgent;
     std::unique_ptr<Models> m_models;
 };

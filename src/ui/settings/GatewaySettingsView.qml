@@ -1,8 +1,10 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostrelle
 
 // The gateway settings screen.
-Item {
+FocusScope {
     id: view
 
     required property GatewayViewModel gatewayVM
@@ -10,6 +12,96 @@ Item {
     required property SetupManager setupManager
     required property bool projectTrackingEnabled
 
+    readonly property bool isShown: view.visible && Window.visibility !== Window.Hidden
+
     // The user switched project tracking; the owner of the flag follows.
     signal projectTrackingToggled(bool enabled)
+
+    onIsShownChanged: {
+        if (!view.isShown && models.areMade) {
+            view.hideSecrets();
+        }
+    }
+    Keys.onEscapePressed: event => event.accepted = models.areMade && view.closeQuestion()
+    // What closes the panel on Escape must not come first.
+    Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Escape && models.areMade
+        && view.hasQuestion()
+
+    // No typed token and no code that holds one waits behind a closed panel.
+    function hideSecrets() {
+        models.profiles.tokenInput = "";
+        models.profiles.profileTokenInput = "";
+        models.pairing.showQR = false;
+    }
+
+    function hasQuestion(): bool {
+        return models.profiles.pendingSwitchGateway !== "" || models.profiles.editingProfileId !== ""
+            || models.profiles.showTokenField;
+    }
+
+    // Closes what was asked last; false when nothing is asked.
+    function closeQuestion(): bool {
+        if (models.profiles.pendingSwitchGateway !== "") {
+            models.profiles.cancelSwitch();
+        } else if (models.profiles.editingProfileId !== "") {
+            models.profiles.editingProfileId = "";
+        } else if (models.profiles.showTokenField) {
+            models.profiles.showTokenField = false;
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    SettingsModels {
+        id: models
+
+        gatewayVM: view.gatewayVM
+    }
+
+    Lazy {
+        anchors.fill: parent
+        focus: true
+        active: models.areMade
+
+        ScrollPane {
+            height: view.height
+
+            Column {
+                x: Theme.pagePadding
+                width: parent.width - 2 * Theme.pagePadding
+                topPadding: Theme.pagePadding
+                bottomPadding: Theme.pagePadding
+                spacing: Theme.sectionGap
+
+                ActiveGateway {
+                    width: parent.width
+                    gatewayVM: view.gatewayVM
+                    profiles: models.profiles
+                    pairing: models.pairing
+                }
+
+                TailscalePeersView {
+                    width: parent.width
+                    peers: models.peers
+                }
+
+                SavedProfiles {
+                    width: parent.width
+                    profiles: models.profiles
+                    settings: models.settings
+                }
+
+                AdvancedSettings {
+                    width: parent.width
+                    gatewayVM: view.gatewayVM
+                    serviceManager: view.serviceManager
+                    setupManager: view.setupManager
+                    settings: models.settings
+                    projectTrackingEnabled: view.projectTrackingEnabled
+                    onProjectTrackingToggled: enabled => view.projectTrackingToggled(enabled)
+                }
+            }
+        }
+    }
 }

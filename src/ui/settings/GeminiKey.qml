@@ -1,0 +1,36 @@
+import QtQuick
+import Ostrelle
+
+// The Gemini API key that travels with the pairing code.
+Column {
+    id: section
+
+    required property GatewaySettings settings
+
+    spacing: Theme.smallGap
+
+    Label {
+        width: parent.width
+        text: "Gemini API key"
+        secondary: true
+        font.pixelSize: Theme.smallSize
+        wrapMode: Text.Wrap
+    }
+
+    SecretField {
+        width: parent.width
+        text: section.settings.geminiAPIKey
+        Accessible.name: "Gemini API key"
+        onTextEdited: section.settings.geminiAPIKey = text
+    }
+
+    PushButton {
+        width: Math.min(implicitWidth, parent.width)
+        kind: PushButton.Plain
+        color: Theme.blue
+        font.pixelSize: Theme.smallSize
+        text: "Get a key at " + section.settings.geminiKeyPage
+        Accessible.role: Accessible.Link
+        onClicked: Desktop.openPage(section.settings.geminiKeyPage)
+    }
+}

@@ -1,0 +1,49 @@
+import QtQuick
+import Ostrelle
+
+// Saves a gateway by its address.
+Column {
+    id: section
+
+    required property GatewayProfiles profiles
+
+    spacing: Theme.smallGap
+
+    Label {
+        width: parent.width
+        text: "Add Gateway Manually"
+        secondary: true
+        font.pixelSize: Theme.smallSize
+        wrapMode: Text.Wrap
+    }
+
+    Item {
+        width: parent.width
+        height: field.implicitHeight
+
+        LineField {
+            id: field
+
+            anchors.left: parent.left
+            anchors.right: add.left
+            anchors.rightMargin: Theme.gap
+            placeholderText: "http://ip:18789"
+            text: section.profiles.manualURL
+            inputMethodHints: Qt.ImhUrlCharactersOnly | Qt.ImhNoPredictiveText
+            Accessible.name: "Add Gateway Manually"
+            onTextEdited: section.profiles.manualURL = text
+            onAccepted: section.profiles.addManualGateway()
+        }
+
+        PushButton {
+            id: add
+
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            text: "Add"
+            enabled: section.profiles.manualURL !== ""
+            Accessible.name: "Add gateway"
+            onClicked: section.profiles.addManualGateway()
+        }
+    }
+}

@@ -1,0 +1,39 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// A saved gateway to choose; pressed as a whole.
+T.AbstractButton {
+    id: choice
+
+    required property string name
+    required property string address
+    required property bool isActive
+    required property string tokenTail
+
+    implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
+    padding: Theme.smallGap
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: choice.name + ", " + choice.address
+    Accessible.checkable: true
+    Accessible.checked: choice.isActive
+    Keys.onReturnPressed: choice.clicked()
+    Keys.onEnterPressed: choice.clicked()
+
+    contentItem: ProfileSummary {
+        name: choice.name
+        address: choice.address
+        isActive: choice.isActive
+        tokenTail: choice.tokenTail
+    }
+
+    background: Rectangle {
+        radius: Theme.smallRadius
+        color: choice.pressed ? Theme.surfacePressed
+            : choice.hovered ? Theme.surfaceHovered : "transparent"
+        border.width: choice.visualFocus ? 2 : 0
+        border.color: Theme.focusRing
+    }
+}

@@ -1,0 +1,45 @@
+import QtQuick
+import Ostrelle
+
+// Where a gateway's token is pasted. What is typed lives with its owner, which clears it when the
+// editor closes.
+FocusScope {
+    id: editor
+
+    required property string token
+
+    signal edited(string token)
+    signal saved()
+
+    implicitHeight: field.implicitHeight
+    Component.onCompleted: field.forceActiveFocus()
+
+    SecretField {
+        id: field
+
+        anchors.left: parent.left
+        anchors.right: save.left
+        anchors.rightMargin: Theme.gap
+        focus: true
+        placeholderText: "Paste gateway token"
+        text: editor.token
+        onTextEdited: editor.edited(text)
+        onAccepted: save.clicked()
+    }
+
+    PushButton {
+        id: save
+
+        anchors.right: parent.right
+        anchors.verticalCenter: field.verticalCenter
+        kind: PushButton.Prominent
+        text: "Save"
+        enabled: editor.token !== ""
+        onClicked: {
+            // An empty token would replace the one that is stored.
+            if (enabled) {
+                editor.saved();
+            }
+        }
+    }
+}
