@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Ostrelle
 
-// A field for one line of text. Return is `accepted`.
+// A field for one line of text: what is pasted loses its line breaks, such as the one that ends what
+// a terminal printed. Return is `accepted`.
 T.TextField {
     id: field
 
@@ -20,6 +21,16 @@ T.TextField {
     verticalAlignment: TextInput.AlignVCenter
     selectByMouse: true
     Accessible.name: field.placeholderText
+    onTextChanged: field.dropLineBreaks()
+
+    // Not by an assignment, which would break the owner's binding.
+    function dropLineBreaks() {
+        const line = field.text.replace(/[\r\n]+/g, "");
+        if (line.length < field.text.length) {
+            field.remove(0, field.text.length);
+            field.insert(0, line);
+        }
+    }
 
     background: Rectangle {
         radius: Theme.smallRadius
