@@ -64,7 +64,8 @@ void Fixture::restart()
                                                        VoicePolling{.interval = voicePollInterval});
     models->setupManager = std::make_unique<SetupManager>(config, m_home->surroundings());
     models->profiles = std::make_unique<GatewayProfiles>(models->gatewayVM.get());
-    models->settings = std::make_unique<GatewaySettings>(QStringList{});
+    models->settings =
+        std::make_unique<GatewaySettings>(QStringList{m_home->path(u"bin/duskrell"_s)});
     models->peers = std::make_unique<TailscalePeersModel>(models->profiles.get(), tailscale);
     m_models.swap(models);
     Q_EMIT madeAnew();
@@ -136,6 +137,15 @@ QString Fixture::startPeer(int status)
     m_peer = std::make_unique<StandInGateway>(QHostAddress(ip), 18789);
     m_peer->answer("/health", StandInGateway::response(status));
     return ip;
+}
+
+void Fixture::rejectTokens()
+{
+    for (StandInGateway *gateway : {m_gateway.get(), m_peer.get()}) {
+        if (gateway != nullptr) {
+            gateway->answer("/v1/models", StandInGateway::response(401));
+        }
+    }
 }
 
 QString Fixture::storedToken(const QString &key)

@@ -56,6 +56,9 @@ public:
     // A gateway answers its health check with this status on the address that it returns.
     Q_INVOKABLE QString startPeer(int status);
 
+    // Whoever answers as a gateway takes no token any more.
+    Q_INVOKABLE void rejectTokens();
+
     // The token under a gateway's URL or "_active_"; null when there is none.
     Q_INVOKABLE static QString storedToken(const QString &key);
     Q_INVOKABLE static void storeToken(const QString &token, const QString &key);

@@ -16,7 +16,6 @@ Item {
     implicitWidth: content.implicitWidth
     implicitHeight: Math.ceil((content.implicitHeight + fold.gap) * fold.shown)
     visible: fold.shown > 0
-    enabled: fold.open
     opacity: fold.shown
     clip: fold.shown < 1
 
@@ -34,6 +33,6 @@ Item {
 
         y: fold.gap
         width: fold.width
-        active: fold.shown > 0
+        active: fold.visible
     }
 }

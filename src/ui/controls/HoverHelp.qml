@@ -15,6 +15,7 @@ Item {
     readonly property bool isShown: help.wanted && help.text !== ""
     property T.ToolTip bubble: null
 
+    visible: false
     onIsShownChanged: {
         if (help.isShown) {
             help.bubble = bubbleMaker.createObject(help) as T.ToolTip;

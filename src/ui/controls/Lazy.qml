@@ -23,6 +23,7 @@ FocusScope {
                 "focus": true
             }) as Item;
         } else if (!lazy.active && lazy.item) {
+            lazy.item.parent = null; // it is destroyed only when the program is idle
             lazy.item.destroy();
             lazy.item = null;
         }

@@ -9,7 +9,8 @@ T.Switch {
     property string caption: ""
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
-    implicitHeight: Math.max(Theme.hitArea, implicitContentHeight)
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    verticalPadding: Math.max(0, (Theme.hitArea - implicitContentHeight) / 2)
     rightPadding: control.mirrored ? 0 : indicator.width + Theme.gap
     leftPadding: control.mirrored ? indicator.width + Theme.gap : 0
     hoverEnabled: true

@@ -21,7 +21,6 @@ QtObject {
     readonly property color field: Qt.rgba(1, 1, 1, 0.06)
     readonly property color hairline: Qt.rgba(1, 1, 1, 0.08)
     readonly property color sheet: "#17172A"
-    readonly property color paper: "white" // behind what a camera reads
 
     // Texts
     readonly property color textPrimary: Qt.rgba(1, 1, 1, 0.92)
@@ -63,7 +62,7 @@ QtObject {
     readonly property int radius: 12
     readonly property int smallRadius: 8
     readonly property int hitArea: 28
-    readonly property int qrSize: 264
+    readonly property int qrSize: 288
     readonly property int helpWidth: 280
 
     // The panel

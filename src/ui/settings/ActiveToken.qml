@@ -40,15 +40,19 @@ FocusScope {
             }
         }
 
-        PushButton {
-            id: entryButton
+        Row {
+            width: parent.width
 
-            width: Math.min(implicitWidth, parent.width)
-            kind: PushButton.Plain
-            symbol: "key.fill"
-            text: section.profiles.lacksToken ? "Add Token" : "Change Token"
-            focus: true
-            onClicked: section.profiles.showTokenField = !section.profiles.showTokenField
+            PushButton {
+                id: entryButton
+
+                width: Math.min(implicitWidth, parent.width)
+                kind: PushButton.Plain
+                symbol: "key.fill"
+                text: section.profiles.lacksToken ? "Add Token" : "Change Token"
+                focus: true
+                onClicked: section.profiles.showTokenField = !section.profiles.showTokenField
+            }
         }
 
         Fold {

@@ -24,13 +24,17 @@ Column {
         onTextEdited: section.settings.geminiAPIKey = text
     }
 
-    PushButton {
-        width: Math.min(implicitWidth, parent.width)
-        kind: PushButton.Plain
-        color: Theme.blue
-        font.pixelSize: Theme.smallSize
-        text: "Get a key at " + section.settings.geminiKeyPage
-        Accessible.role: Accessible.Link
-        onClicked: Desktop.openPage(section.settings.geminiKeyPage)
+    Row {
+        width: parent.width
+
+        PushButton {
+            width: Math.min(implicitWidth, parent.width)
+            kind: PushButton.Plain
+            color: Theme.blue
+            font.pixelSize: Theme.smallSize
+            text: "Get a key at " + section.settings.geminiKeyPage
+            Accessible.role: Accessible.Link
+            onClicked: Desktop.openPage(section.settings.geminiKeyPage)
+        }
     }
 }

@@ -9,13 +9,17 @@ Column {
 
     required property GatewayPairing pairing
 
-    PushButton {
-        width: Math.min(implicitWidth, parent.width)
-        kind: PushButton.Plain
-        symbol: "qrcode"
-        text: "Show QR to pair phone"
-        Accessible.description: section.pairing.showQR ? "Shown" : "Hidden"
-        onClicked: section.pairing.showQR = !section.pairing.showQR
+    Row {
+        width: parent.width
+
+        PushButton {
+            width: Math.min(implicitWidth, parent.width)
+            kind: PushButton.Plain
+            symbol: "qrcode"
+            text: "Show QR to pair phone"
+            Accessible.description: section.pairing.showQR ? "Shown" : "Hidden"
+            onClicked: section.pairing.showQR = !section.pairing.showQR
+        }
     }
 
     Fold {
@@ -30,7 +34,7 @@ Column {
                 width: Math.min(Theme.qrSize, parent.width)
                 height: width
                 radius: Theme.smallRadius
-                color: code.isEmpty ? Theme.surface : Theme.paper
+                color: code.isEmpty ? Theme.surface : "transparent"
 
                 QrImage {
                     id: code

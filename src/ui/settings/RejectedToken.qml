@@ -8,6 +8,8 @@ Column {
     required property GatewayViewModel gatewayVM
     required property bool isLocalGateway
 
+    bottomPadding: Theme.smallGap
+
     SymbolText {
         width: parent.width
         symbol: "exclamationmark.triangle.fill"
@@ -24,7 +26,9 @@ Column {
         PushButton {
             id: reset
 
-            width: Math.min(implicitWidth, parent.width)
+            anchors.left: parent.left
+            anchors.leftMargin: Theme.smallGap
+            width: Math.min(implicitWidth, parent.width - Theme.smallGap)
             kind: PushButton.Destructive
             text: "Reset Token"
             visible: !warning.gatewayVM.isResettingToken

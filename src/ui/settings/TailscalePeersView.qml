@@ -30,12 +30,16 @@ Column {
             width: card.availableWidth
             spacing: Theme.gap
 
-            PushButton {
-                width: Math.min(implicitWidth, parent.width)
-                text: view.isSearching ? "Discovering…" : "Find Peers"
-                busy: view.isSearching
-                enabled: !view.isSearching
-                onClicked: view.peers.loadPeers()
+            Row {
+                width: parent.width
+
+                PushButton {
+                    width: Math.min(implicitWidth, parent.width)
+                    text: view.isSearching ? "Discovering…" : "Find Peers"
+                    busy: view.isSearching
+                    enabled: !view.isSearching
+                    onClicked: view.peers.loadPeers()
+                }
             }
 
             Label {

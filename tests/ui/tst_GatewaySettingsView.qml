@@ -1,0 +1,295 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    name: "GatewaySettingsView"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 1400
+
+    // Neither is this machine's by its text, and nobody answers there.
+    readonly property string near: "http://127.0.0.2:9"
+    readonly property string far: "https://far.quiet-otter.invalid"
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.background
+    }
+
+    Component {
+        id: settingsView
+
+        GatewaySettingsView {
+            width: test.width
+            height: test.height
+            gatewayVM: fixture.gatewayVM
+            serviceManager: fixture.serviceManager
+            setupManager: fixture.setupManager
+            projectTrackingEnabled: true
+        }
+    }
+
+    Component {
+        id: advancedSettings
+
+        AdvancedSettings {
+            width: test.width
+            gatewayVM: fixture.gatewayVM
+            serviceManager: fixture.serviceManager
+            setupManager: fixture.setupManager
+            settings: fixture.settings
+            projectTrackingEnabled: true
+            showAdvanced: true
+        }
+    }
+
+    SignalSpy {
+        id: toggles
+
+        signalName: "projectTrackingToggled"
+    }
+
+    function init() {
+        Theme.motion = false;
+        fixture.reset();
+    }
+
+    function cleanup() {
+        Theme.motion = true;
+    }
+
+    function makeView(urls: var): Item {
+        fixture.saveGateways(urls);
+        fixture.restart();
+        const view = createTemporaryObject(settingsView, test);
+        view.forceActiveFocus();
+        return view;
+    }
+
+    function press(view: Item, text: string) {
+        tryVerify(() => Items.withText(view, text)?.enabled, 5000, text);
+        settle(view);
+        mouseClick(Items.withText(view, text));
+    }
+
+    // Waits until everything is in its place.
+    function settle(view: Item) {
+        tryVerify(() => !Items.visibleItems(view).some(item => isPolishScheduled(item)));
+    }
+
+    function row(view: Item, name: string): Item {
+        return Items.visibleItems(view).find(item => item.displayName === name);
+    }
+
+    function choice(view: Item, name: string): Item {
+        return Items.visibleItems(row(view, name)).find(item => item.tokenTail !== undefined
+            && item.clicked !== undefined);
+    }
+
+    function secretField(item: Item): Item {
+        return Items.visibleItems(item).find(each => each.placeholderText === "Paste gateway token");
+    }
+
+    function config(): var {
+        return JSON.parse(fixture.read(".ostrelle/config.json")).gateway;
+    }
+
+    function test_nothingThere() {
+        const view = createTemporaryObject(settingsView, test);
+        verify(Items.withText(view, "127") && Items.withText(view, "http://127.0.0.1:9"));
+        tryVerify(() => Items.withText(view, "No token — chat won't auth"));
+        verify(!Items.withText(view, "No saved profiles"));
+        press(view, "PROFILES");
+        settle(view);
+        mouseClick(Items.symbol(view, "xmark"));
+        verify(Items.withText(view, "No saved profiles"));
+        verify(Items.withText(view, "Get a key at https://aistudio.google.com/apikey"));
+    }
+
+    function test_addressIsCopied() {
+        const view = makeView([test.far]);
+        verify(Items.symbol(view, "lock.fill"));
+        press(view, "Copy");
+        compare(fixture.clipboard(), test.far);
+    }
+
+    function test_cameraReadsTheCode() {
+        fixture.storeToken("to+ken&1", test.near);
+        fixture.settings.geminiAPIKey = "gem=1";
+        const view = makeView([test.near]);
+        press(view, "Show QR to pair phone");
+        verify(Items.withText(view, "Scan with iPhone camera to connect"));
+        const code = findChild(view, "qrImage");
+        tryVerify(() => !code.isEmpty);
+        const file = fixture.path("code.png");
+        grabImage(view).save(file);
+        compare(fixture.scan(file), "ostrelle://config?gatewayBaseURL=http%3A%2F%2F127.0.0.2%3A9"
+            + "&token=to%2Bken%261&geminiAPIKey=gem%3D1");
+        view.visible = false;
+        view.visible = true;
+        verify(!Items.withText(view, "Scan with iPhone camera to connect"));
+    }
+
+    function test_tokenOfTheGatewayInUse() {
+        const view = makeView([test.near]);
+        press(view, "Add Token");
+        const field = secretField(view);
+        verify(field.activeFocus && !Items.withText(view, "Save").enabled);
+        settle(view);
+        const command = "duskrell config get gateway.auth.token";
+        mouseClick(Items.visibleItems(view).find(item => item.copiedText === command));
+        compare(fixture.clipboard(), command);
+        keyClick(Qt.Key_Escape);
+        verify(!secretField(view));
+        verify(Items.withText(view, "Add Token").activeFocus);
+
+        keyClick(Qt.Key_Return);
+        Desktop.copy("pasted\n");
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        verify(!secretField(view).displayText.includes("p"));
+        keyClick(Qt.Key_Return);
+        verify(!secretField(view));
+        tryVerify(() => Items.withText(view, "Change Token"));
+        compare(fixture.storedToken(test.near), "pasted");
+        compare(fixture.storedToken("_active_"), "pasted");
+    }
+
+    function test_typedTokenDoesNotWaitBehindAClosedPanel() {
+        const view = makeView([test.near]);
+        press(view, "Add Token");
+        keyClick(Qt.Key_A);
+        view.visible = false;
+        view.visible = true;
+        compare(secretField(view).text, "");
+    }
+
+    function test_rejectedToken_data() {
+        return [
+            {tag: "local", isLocal: true, text: "Gateway is rejecting this token."},
+            {tag: "remote", isLocal: false,
+             text: "Remote gateway rejected token — ask the owner for the correct token."}
+        ];
+    }
+
+    function test_rejectedToken(data) {
+        fixture.tool("duskrell", "while [ ! -e \"$HOME/go\" ]; do sleep 0.02; done");
+        fixture.storeToken("old", "_active_");
+        if (data.isLocal) {
+            fixture.startGateway();
+        } else {
+            fixture.saveGateways(["http://" + fixture.startPeer(200) + ":18789"]);
+        }
+        fixture.rejectTokens();
+        fixture.restart();
+        const view = createTemporaryObject(settingsView, test);
+        tryVerify(() => Items.withText(view, data.text));
+        const reset = Items.withText(view, "Reset Token");
+        compare(reset !== undefined, data.isLocal);
+        if (data.isLocal) {
+            compare(reset.kind, PushButton.Destructive);
+            settle(view);
+            mouseClick(reset);
+            verify(!reset.visible && Items.symbol(view, "spinner"));
+            fixture.write("go", "");
+            tryVerify(() => !Items.symbol(view, "spinner"));
+        }
+    }
+
+    function test_switching() {
+        const view = makeView([test.near, test.far]);
+        press(view, "PROFILES");
+        choice(view, "far.quiet-otter.invalid").forceActiveFocus();
+        keyClick(Qt.Key_Return);
+        verify(Items.withText(view, "Switch from 127.0.0.2?"));
+        verify(Items.withText(view, "Switch").activeFocus);
+        keyClick(Qt.Key_Escape);
+        verify(!Items.withText(view, "Switch"));
+        verify(choice(view, "far.quiet-otter.invalid").activeFocus);
+
+        keyClick(Qt.Key_Space);
+        press(view, "Cancel");
+        compare(config().url, test.near);
+        settle(view);
+        mouseClick(choice(view, "far.quiet-otter.invalid"));
+        press(view, "Switch");
+        compare(config().url, test.far);
+        tryCompare(fixture.gatewayVM, "gatewayURL", test.far);
+        verify(Items.symbol(row(view, "far.quiet-otter.invalid"), "checkmark.circle.fill"));
+        verify(Items.symbol(row(view, "127.0.0.2"), "circle"));
+    }
+
+    function test_tokenOfAProfile() {
+        fixture.storeToken("near-token", test.near);
+        const view = makeView([test.near, test.far]);
+        press(view, "PROFILES");
+        tryVerify(() => Items.withText(row(view, "127.0.0.2"), "Token: ••••oken"));
+        const name = "far.quiet-otter.invalid";
+        const key = Items.withText(view, "Token of " + name);
+        verify(Qt.colorEqual(key.color, Theme.teal));
+        settle(view);
+        mouseClick(key);
+        "f4r".split("").forEach(letter => keyClick(letter));
+        press(row(view, name), "Save");
+        tryVerify(() => Items.withText(row(view, name), "Token: ••••f4r"));
+        verify(Qt.colorEqual(key.color, Theme.textSecondary));
+        compare(fixture.storedToken(test.far), "f4r");
+        compare(fixture.storedToken("_active_"), "");
+    }
+
+    function test_addingAndRemoving() {
+        const view = makeView([test.near]);
+        press(view, "PROFILES");
+        const field = Items.visibleItems(view).find(item => item.placeholderText === "http://ip:18789");
+        field.forceActiveFocus();
+        "192.168.1.20".split("").forEach(letter => keyClick(letter));
+        keyClick(Qt.Key_Return);
+        compare(field.text, "");
+        compare(config().saved[1].url, "http://192.168.1.20:18789");
+        verify(Items.withText(row(view, "192.168.1.20"), "http://192.168.1.20:18789"));
+
+        verify(Qt.colorEqual(Items.withText(view, "Remove 127.0.0.2").color, Theme.red));
+        press(view, "Remove 127.0.0.2");
+        compare(config().saved.map(gateway => gateway.name), ["192.168.1.20"]);
+        compare(config().url, test.near);
+    }
+
+    function test_advanced() {
+        const view = createTemporaryObject(advancedSettings, test);
+        verify(Items.withText(view, "MagicDNS not available — check Tailscale"));
+        fixture.tool("tailscale", "echo '{\"Self\": {\"DNSName\": \"studio.ts.net\"}}'");
+        fixture.gatewayVM.pollHealth();
+        tryVerify(() => Items.withText(view, "https://studio.ts.net"));
+        press(view, "MagicDNS (HTTPS)");
+        verify(!fixture.gatewayVM.useMagicDNS && !Items.withText(view, "https://studio.ts.net"));
+
+        press(view, "Launch at Login");
+        verify(fixture.read(".config/autostart/ai.duskrell.ostrelle.desktop") !== "");
+        press(view, "Run Setup Again…");
+        verify(fixture.setupManager.showSetup);
+    }
+
+    function test_voiceSwitches() {
+        const view = createTemporaryObject(advancedSettings, test);
+        press(view, "Start Voice Agent on Launch");
+        verify(fixture.settings.autoStartVoice);
+        press(view, "Voice Agent");
+        verify(!fixture.serviceManager.voiceEnabled && fixture.serviceManager.userStoppedVoice);
+        verify(!fixture.settings.autoStartVoice);
+        verify(!Items.withText(view, "Start Voice Agent on Launch"));
+    }
+
+    function test_projectTracking() {
+        fixture.tool("duskrell", "echo '{\"jobs\": [{\"id\": \"7\", \"name\": \"OSTRELLE Project Tracker\"}]}'");
+        const view = createTemporaryObject(advancedSettings, test);
+        toggles.target = view;
+        press(view, "Project Tracking");
+        compare(toggles.signalArguments[0][0], false);
+        tryVerify(() => fixture.read("calls").includes("cron remove 7"));
+        verify(fixture.read(".config/ai.duskrell.ostrelle.conf").includes("projectTrackingEnabled=false"));
+    }
+}

@@ -1,0 +1,89 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    name: "TailscalePeersView"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 500
+
+    readonly property string silence: "No gateway — install Duskrell on this device"
+
+    Component {
+        id: peersView
+
+        TailscalePeersView {
+            width: 356
+            peers: fixture.peers
+        }
+    }
+
+    function init() {
+        fixture.reset();
+    }
+
+    // The tailnet has these devices, in the order of their names.
+    function setDevices(addresses: var) {
+        const peers = {};
+        for (const name in addresses) {
+            peers[name] = {Online: true, DNSName: name + ".invalid.", TailscaleIPs: [addresses[name]]};
+        }
+        fixture.tool("tailscale", "cat <<'END'\n" + JSON.stringify({Peer: peers}) + "\nEND");
+    }
+
+    function discoveredView(): Item {
+        const view = createTemporaryObject(peersView, test);
+        mouseClick(Items.withText(view, "Find Peers"));
+        const button = Items.withText(view, "Discovering…");
+        verify(!button.enabled && Items.symbol(button, "spinner"));
+        tryVerify(() => Items.withText(view, "Find Peers")?.enabled);
+        return view;
+    }
+
+    function row(view: Item, name: string): Item {
+        return Items.visibleItems(view).find(item => item.gatewayOnline !== undefined
+            && item.name === name);
+    }
+
+    function test_nobodyThere() {
+        const view = createTemporaryObject(peersView, test);
+        verify(!Items.withText(view, "No other devices found"));
+        view.destroy();
+        verify(Items.withText(discoveredView(), "No other devices found"));
+    }
+
+    function test_devices() {
+        const ip = fixture.startPeer(200);
+        setDevices({answering: ip, silent: "127.0.0.9"});
+        const view = discoveredView();
+        const answering = row(view, "answering");
+        verify(Items.withText(answering, ip) && Items.symbol(answering, "checkmark.circle.fill"));
+        verify(!Items.withText(answering, test.silence));
+        const silent = row(view, "silent");
+        verify(Items.symbol(silent, "exclamationmark.triangle.fill"));
+        verify(Items.withText(silent, test.silence));
+        mouseMove(Items.symbol(silent, "exclamationmark.triangle.fill"));
+        const help = "Duskrell gateway not responding on this device";
+        tryVerify(() => Items.withText(test.parent, help) || Items.withText(Window.window.contentItem, help));
+    }
+
+    function test_onlySuccessCounts() {
+        setDevices({refusing: fixture.startPeer(401)});
+        verify(Items.withText(row(discoveredView(), "refusing"), test.silence));
+    }
+
+    function test_adding() {
+        setDevices({first: "127.0.0.9", second: "127.0.0.10"});
+        const view = discoveredView();
+        Items.withText(row(view, "first"), "Add").forceActiveFocus();
+        keyClick(Qt.Key_Return);
+        const saved = JSON.parse(fixture.read(".ostrelle/config.json")).gateway.saved;
+        compare(saved.pop(), {name: "first", url: "https://first.invalid", isMagicDNS: true});
+        verify(!row(view, "first") && row(view, "second"));
+    }
+}
