@@ -165,6 +165,13 @@ TestCase {
         verify(Items.symbol(sheet, "checkmark"));
     }
 
+    function test_opensOnlyWhatIsThere() {
+        fixture.tool("xdg-open", "true");
+        Desktop.openIfThere("/nowhere/Tailscale.app");
+        Desktop.openIfThere("/");
+        tryVerify(() => fixture.read("calls") === "xdg-open /\n");
+    }
+
     function test_finishing() {
         const sheet = sheetAfterChecks();
         doneSpy.target = sheet;
@@ -177,7 +184,9 @@ TestCase {
         verify(!finish.enabled);
         tryVerify(() => Items.withText(sheet, "Done"));
         verify(!Items.withText(sheet, "Skip") && !finish.visible);
-        tryVerify(() => Items.withText(sheet, "Setup complete!")); // the newest line is in view
+        tryVerify(() => Items.withText(sheet, "Setup complete!"));
+        const log = Items.visibleItems(sheet).find(item => item.positionViewAtEnd);
+        tryVerify(() => log.contentY > 0 && log.atYEnd);
         mouseClick(Items.withText(sheet, "Done"));
         compare(doneSpy.count, 3);
     }
