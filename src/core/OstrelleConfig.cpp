@@ -300,7 +300,7 @@ QString OstrelleConfig::resolveToken() const
 
 QString OstrelleConfig::tokenFor(const QString &gatewayURL)
 {
-    const QString own = KeychainHelper::getToken(gatewayURL).value_or(QString());
+    QString own = KeychainHelper::getToken(gatewayURL).value_or(QString());
     const OstrelleConfig config = load();
     if (!own.isEmpty() || config.gateway.url != gatewayURL) {
         return own;
