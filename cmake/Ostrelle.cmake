@@ -22,10 +22,14 @@ endif()
 
 # ostrelle_library(<name> SOURCES <file>... [LINK <library>...])
 # One subsystem. What it may use is what its link list names. It describes its models, so that
-# qmllint knows them where the ui exposes them.
+# qmllint knows them where the ui exposes them. A shared library, because the program and the modules
+# that it loads when they are needed, the tray and the panel, use the same one.
 function(ostrelle_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
-    add_library(${name} STATIC ${arg_SOURCES})
+    add_library(${name} SHARED ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES
+        DEFINE_SYMBOL ""
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
     target_link_libraries(${name} PUBLIC ostrelle_options ${arg_LINK})
     qt_extract_metatypes(${name})
 endfunction()

@@ -2,7 +2,9 @@
 
 #include "platform/ChildProcess.h"
 #include "statusserver/StatusServer.h"
+#include "ui/DesktopModule.h"
 #include "voice/ServiceManager.h"
+#include "voice/VoiceViewModel.h"
 
 #include <QCoreApplication>
 
@@ -21,8 +23,11 @@ void AppDelegate::setServices(const Services &services)
     m_services = services;
 }
 
-void AppDelegate::applicationDidFinishLaunching()
+void AppDelegate::applicationDidFinishLaunching(DesktopModule *desktop)
 {
+    if (desktop != nullptr) {
+        m_monitor = desktop->monitorShortcut([this] { toggleMute(); });
+    }
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &AppDelegate::cleanup);
     connect(&m_signals, &TerminationSignals::terminationRequested, this, [this] {
@@ -31,8 +36,16 @@ void AppDelegate::applicationDidFinishLaunching()
     });
 }
 
+void AppDelegate::toggleMute() const
+{
+    if (m_services.voiceVM != nullptr) {
+        m_services.voiceVM->toggleMute();
+    }
+}
+
 void AppDelegate::cleanup()
 {
+    m_monitor.reset();
     stopVoice();
     if (m_services.statusServer != nullptr) {
         m_services.statusServer->stop();

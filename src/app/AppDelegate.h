@@ -4,14 +4,18 @@
 
 #include <QObject>
 
+#include <memory>
+
 namespace ostrelle
 {
 
+class DesktopModule;
 class ServiceManager;
 class StatusServer;
 class VoiceViewModel;
 
-// What must happen outside the services themselves: the end of the program. Main thread only.
+// What must happen outside the services and the views: the shortcut that mutes the voice agent, and
+// the end of the program. Main thread only.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -27,16 +31,19 @@ public:
     };
     void setServices(const Services &services);
 
-    // From now on TERM, INT and HUP, and the application's own quitting, end the services.
-    void applicationDidFinishLaunching();
+    // From now on Super+Shift+M mutes and unmutes, where there is a desktop; and TERM, INT and HUP,
+    // and the application's own quitting, end the services.
+    void applicationDidFinishLaunching(DesktopModule *desktop);
 
     // Stops whatever runs. May be called any number of times.
     void cleanup();
 
 private:
+    void toggleMute() const;
     void stopVoice() const;
 
     Services m_services;
+    std::unique_ptr<QObject> m_monitor; // of the shortcut
     TerminationSignals m_signals;
 };
 

@@ -49,7 +49,8 @@ void killVoiceAgent()
 } // namespace
 
 OstrelleApp::OstrelleApp(AppDelegate &delegate)
-    : m_config(OstrelleConfig::load())
+    : m_delegate(delegate)
+    , m_config(OstrelleConfig::load())
     , m_gatewayVM(std::make_unique<GatewayViewModel>())
     , m_serviceManager(std::make_unique<ServiceManager>(m_config))
     , m_voiceVM(std::make_unique<VoiceViewModel>(m_serviceManager.get()))
@@ -67,15 +68,29 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
     m_cronSync->start();
     m_agentSync = std::make_unique<AgentSyncService>(m_config);
     m_agentSync->start();
-    delegate.setServices({.serviceManager = m_serviceManager.get(),
-                          .voiceVM = m_voiceVM.get(),
-                          .statusServer = m_statusServer.get()});
+    handOverServices();
     // However the program ends: main leaves by the quick way, libraries by the other.
     std::atexit(&killVoiceAgent);
     std::at_quick_exit(&killVoiceAgent);
 }
 
 OstrelleApp::~OstrelleApp() = default;
+
+Models OstrelleApp::models() const
+{
+    return {.gatewayVM = m_gatewayVM.get(),
+            .voiceVM = m_voiceVM.get(),
+            .serviceManager = m_serviceManager.get(),
+            .setupManager = m_setupManager.get(),
+            .statusServer = m_statusServer.get()};
+}
+
+void OstrelleApp::handOverServices() const
+{
+    m_delegate.setServices({.serviceManager = m_serviceManager.get(),
+                            .voiceVM = m_voiceVM.get(),
+                            .statusServer = m_statusServer.get()});
+}
 
 void OstrelleApp::enableProjectTrackingOnFirstStart()
 {

@@ -2,6 +2,7 @@
 
 #include "app/ConfigurationLink.h"
 #include "core/OstrelleConfig.h"
+#include "ui/Models.h"
 
 #include <QObject>
 #include <QQueue>
@@ -14,11 +15,6 @@ namespace ostrelle
 class AgentSyncService;
 class AppDelegate;
 class CronSyncService;
-class GatewayViewModel;
-class ServiceManager;
-class SetupManager;
-class StatusServer;
-class VoiceViewModel;
 
 // Creates every long-lived object once, in a fixed order, and owns it for the life of the process.
 // Main thread only.
@@ -30,6 +26,12 @@ public:
     explicit OstrelleApp(AppDelegate &delegate);
     ~OstrelleApp() override;
 
+    // What the program's face shows.
+    Models models() const;
+
+    // Gives the delegate what it acts on; at the start, and again whenever the panel appears.
+    void handOverServices() const;
+
     // Takes a link of the program's own scheme; any other is ignored. Links are handled one after
     // the other, each completely.
     void handleIncomingURL(const QString &url);
@@ -39,6 +41,7 @@ private:
     void handleNextLink();
     void adopt(const ConfigurationLink &link);
 
+    AppDelegate &m_delegate;
     const OstrelleConfig m_config; // as it was at the start
     std::unique_ptr<GatewayViewModel> m_gatewayVM;
     std::unique_ptr<ServiceManager> m_serviceManager;

@@ -1,9 +1,13 @@
 #include "app/AppDelegate.h"
 #include "app/OstrelleApp.h"
 #include "core/BackgroundWork.h"
+#include "platform/Display.h"
 #include "platform/Log.h"
+#include "platform/Module.h"
 #include "platform/ProcessSetup.h"
 #include "platform/SingleInstance.h"
+#include "platform/TerminationSignals.h"
+#include "ui/DesktopModule.h"
 
 #include <QCoreApplication>
 
@@ -46,14 +50,40 @@ QByteArray takeLink(std::span<char *> arguments)
     std::quick_exit(status);
 }
 
-int run(SingleInstance &instance, const QByteArray &link)
+// Without a display, or without the module, the program does everything but show itself.
+DesktopModule *desktopModule()
+{
+    return hasDisplay() ? loadModuleAs<DesktopModule>(QString::fromLatin1(DesktopModule::name))
+                        : nullptr;
+}
+
+std::unique_ptr<QCoreApplication> makeApplication(DesktopModule *desktop, int &argc, char **argv)
+{
+    return desktop != nullptr ? desktop->makeApplication(argc, argv)
+                              : std::make_unique<QCoreApplication>(argc, argv);
+}
+
+// A later start of the program: with a link, or to see the panel.
+void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
+{
+    if (!link.isEmpty()) {
+        app.handleIncomingURL(QString::fromUtf8(link));
+    } else if (scene != nullptr) {
+        scene->openPanel();
+    }
+}
+
+int run(SingleInstance &instance, DesktopModule *desktop, const QByteArray &link)
 {
     AppDelegate delegate;
     OstrelleApp app(delegate);
-    delegate.applicationDidFinishLaunching();
-    QObject::connect(&instance, &SingleInstance::started, &app, [&app](const QByteArray &message) {
-        app.handleIncomingURL(QString::fromUtf8(message));
-    });
+    std::unique_ptr<Scene> scene;
+    if (desktop != nullptr) {
+        scene = desktop->makeScene(app.models(), [&app] { app.handOverServices(); });
+    }
+    delegate.applicationDidFinishLaunching(desktop);
+    QObject::connect(&instance, &SingleInstance::started, &app,
+                     [&](const QByteArray &message) { handleStart(app, scene.get(), message); });
     if (!link.isEmpty()) {
         app.handleIncomingURL(QString::fromUtf8(link));
     }
@@ -71,8 +101,10 @@ int run(SingleInstance &instance, const QByteArray &link)
 int main(int argc, char **argv)
 {
     prepareProcess();
+    TerminationSignals::block();
     const QByteArray link = takeLink(std::span(argv, static_cast<std::size_t>(argc)));
-    const QCoreApplication application(argc, argv);
+    DesktopModule *const desktop = desktopModule();
+    const auto application = makeApplication(desktop, argc, argv);
     QCoreApplication::setApplicationName(u"ostrelle"_s);
 
     SingleInstance instance;
@@ -85,5 +117,5 @@ int main(int argc, char **argv)
     case SingleInstance::Role::First:
         break;
     }
-    endProcess(run(instance, link));
+    endProcess(run(instance, desktop, link));
 }

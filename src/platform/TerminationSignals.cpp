@@ -19,7 +19,7 @@ bool isIgnored(int signal)
     return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-int openSignals()
+sigset_t terminationSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
@@ -29,11 +29,23 @@ int openSignals()
             sigaddset(&signals, signal);
         }
     }
-    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+int openSignals()
+{
+    TerminationSignals::block();
+    const sigset_t signals = terminationSignals();
     return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
 } // namespace
+
+void TerminationSignals::block()
+{
+    const sigset_t signals = terminationSignals();
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+}
 
 TerminationSignals::TerminationSignals(QObject *parent)
     : QObject(parent)

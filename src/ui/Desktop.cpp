@@ -3,6 +3,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/DesktopOpen.h"
 #include "platform/Files.h"
+#include "ui/Quit.h"
 
 #include <QClipboard>
 #include <QDesktopServices>
@@ -29,6 +30,11 @@ void Desktop::openIfThere(const QString &file)
             openWithDesktop(file);
         }
     });
+}
+
+void Desktop::quit()
+{
+    quitProgram();
 }
 
 } // namespace ostrelle

@@ -24,6 +24,9 @@ public:
 
     // Opens a file or an application if it is there, without waiting for it.
     Q_INVOKABLE static void openIfThere(const QString &file);
+
+    // Ends the program in a moment, and the voice agent first.
+    Q_INVOKABLE static void quit();
 };
 
 } // namespace ostrelle

@@ -9,6 +9,7 @@
 #include "gateway/QuickChatVM.h"
 #include "gateway/TailscalePeersModel.h"
 #include "setup/SetupManager.h"
+#include "statusserver/StatusServer.h"
 #include "voice/VoiceViewModel.h"
 
 #include <QtQml/qqml.h>
@@ -43,6 +44,13 @@ struct SetupManagerType {
     Q_GADGET
     QML_FOREIGN(ostrelle::SetupManager)
     QML_NAMED_ELEMENT(SetupManager)
+    QML_UNCREATABLE("made by the program")
+};
+
+struct StatusServerType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::StatusServer)
+    QML_NAMED_ELEMENT(StatusServer)
     QML_UNCREATABLE("made by the program")
 };
 

@@ -1,7 +1,23 @@
 import QtQuick
 import Ostrelle
 
-// The bar at the bottom of each tab.
+// The bar at the bottom of each tab, with the action that ends the program.
 Item {
     id: bar
+
+    implicitHeight: quit.height + 2 * 8
+
+    PushButton {
+        id: quit
+
+        anchors.right: parent.right
+        anchors.rightMargin: 14 - quit.rightPadding
+        anchors.verticalCenter: parent.verticalCenter
+        kind: PushButton.Plain
+        text: "Quit"
+        color: quit.hovered ? Theme.textPrimary : Theme.textSecondary
+        font.pixelSize: Theme.smallSize
+        font.weight: Font.Normal
+        onClicked: Desktop.quit()
+    }
 }

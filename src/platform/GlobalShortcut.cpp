@@ -1,0 +1,83 @@
+#include "platform/GlobalShortcut.h"
+
+#include "platform/Log.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xlib.h>
+#include <X11/extensions/XInput2.h>
+#include <X11/keysym.h>
+#include <array>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+std::unique_ptr<GlobalShortcut> GlobalShortcut::listen()
+{
+    std::unique_ptr<GlobalShortcut> shortcut(new GlobalShortcut);
+    shortcut->m_connection =
+        X11Connection::open([raw = shortcut.get()](XEvent &event) { raw->handle(event); });
+    if (!shortcut->m_connection || !shortcut->selectRawKeys()) {
+        logLine(u"[Ostrelle] Super+Shift+M is not heard: no X server with XInput 2"_s);
+        return nullptr;
+    }
+    return shortcut;
+}
+
+bool GlobalShortcut::selectRawKeys()
+{
+    Display *const display = m_connection->display();
+    int firstEvent = 0;
+    int firstError = 0;
+    int major = 2;
+    int minor = 1; // from here on raw events come also while another client grabs the keyboard
+    if (XQueryExtension(display, "XInputExtension", &m_inputOpcode, &firstEvent, &firstError) ==
+            False ||
+        XIQueryVersion(display, &major, &minor) != Success) {
+        return false;
+    }
+    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
+    XISetMask(bits.data(), XI_RawKeyPress);
+    XIEventMask mask{.deviceid = XIAllMasterDevices,
+                     .mask_len = static_cast<int>(bits.size()),
+                     .mask = bits.data()};
+    XISelectEvents(display, DefaultRootWindow(display), &mask, 1);
+    XFlush(display);
+    return true;
+}
+
+void GlobalShortcut::handle(_XEvent &event)
+{
+    XGenericEventCookie &cookie = event.xcookie;
+    if (cookie.type != GenericEvent || cookie.extension != m_inputOpcode ||
+        XGetEventData(m_connection->display(), &cookie) == False) {
+        return;
+    }
+    const bool hit =
+        cookie.evtype == XI_RawKeyPress &&
+        isShortcut(static_cast<unsigned int>(static_cast<XIRawEvent *>(cookie.data)->detail));
+    XFreeEventData(m_connection->display(), &cookie);
+    if (hit) {
+        Q_EMIT pressed();
+    }
+}
+
+bool GlobalShortcut::isShortcut(unsigned int keycode) const
+{
+    Display *const display = m_connection->display();
+    // In any of the user's layouts: the key stays the same while a Cyrillic one is in use.
+    bool isM = false;
+    for (unsigned int group = 0; group < XkbNumKbdGroups; ++group) {
+        isM |= XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), static_cast<int>(group),
+                                  0) == XK_m;
+    }
+    XkbStateRec state{};
+    if (!isM || XkbGetState(display, XkbUseCoreKbd, &state) != Success) {
+        return false;
+    }
+    const unsigned int super = XkbKeysymToModifiers(display, XK_Super_L);
+    return (state.mods & ShiftMask) != 0 && (state.mods & super) != 0;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/X11Connection.h"
+
+namespace ostrelle
+{
+
+// Hears Super+Shift+M whatever window has the focus, without taking it from that window. Listens
+// through the raw key events of XInput 2. Main thread only.
+class GlobalShortcut : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Null, with one log line, where there is no X server that can be listened to.
+    static std::unique_ptr<GlobalShortcut> listen();
+
+Q_SIGNALS:
+    void pressed();
+
+private:
+    GlobalShortcut() = default;
+    bool selectRawKeys();
+    void handle(_XEvent &event);
+    bool isShortcut(unsigned int keycode) const;
+
+    std::unique_ptr<X11Connection> m_connection;
+    int m_inputOpcode = 0;
+};
+
+} // namespace ostrelle

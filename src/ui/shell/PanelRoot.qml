@@ -1,0 +1,74 @@
+import QtQuick
+import Ostrelle
+
+// All that the panel's window shows: the setup sheet while that is called for, else the tabs.
+FocusScope {
+    id: root
+
+    required property GatewayViewModel gatewayVM
+    required property VoiceViewModel voiceVM
+    required property ServiceManager serviceManager
+    required property SetupManager setupManager
+    required property StatusServer statusServer
+    // As it is when the panel is made.
+    required property bool projectTrackingEnabled
+    // While this is false nothing is held but what the user would miss.
+    property bool active: true
+    property bool motion: true
+    property real textScale: 1
+
+    // The user wants the panel closed.
+    signal closeRequested
+
+    focus: true
+    Accessible.role: Accessible.Pane
+    Accessible.name: "Ostrelle"
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
+    Keys.onEscapePressed: root.closeRequested()
+
+    Binding {
+        target: Theme
+        property: "motion"
+        value: root.motion
+    }
+
+    Binding {
+        target: Theme
+        property: "textScale"
+        value: root.textScale
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.background
+        radius: Theme.radius
+        border.color: Theme.hairline
+    }
+
+    ContentPanel {
+        anchors.fill: parent
+        focus: !setup.active
+        visible: !setup.active
+        active: root.active && !setup.active
+        gatewayVM: root.gatewayVM
+        voiceVM: root.voiceVM
+        serviceManager: root.serviceManager
+        setupManager: root.setupManager
+        statusServerRunning: root.statusServer.running
+        projectTrackingEnabled: root.projectTrackingEnabled
+    }
+
+    Loader {
+        id: setup
+
+        anchors.fill: parent
+        focus: setup.active
+        active: root.setupManager.showSetup
+
+        sourceComponent: SetupSheet {
+            setupManager: root.setupManager
+            onDone: root.setupManager.showSetup = false
+        }
+    }
+}

@@ -1,0 +1,65 @@
+import QtQuick
+import QtQuick.Templates as T
+import Ostrelle
+
+// One tab of the panel's tab row.
+T.AbstractButton {
+    id: button
+
+    required property string label
+    required property string symbol
+    required property bool selected
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
+    horizontalPadding: Theme.smallGap
+    verticalPadding: Theme.gap
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    Accessible.role: Accessible.PageTab
+    Accessible.name: button.label
+    Accessible.selected: button.selected
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
+
+    contentItem: Column {
+        id: column
+
+        readonly property color foreground: button.selected ? Theme.teal
+            : button.hovered ? Theme.textPrimary : Theme.textSecondary
+
+        spacing: 3
+
+        Symbol {
+            anchors.horizontalCenter: parent.horizontalCenter
+            name: button.symbol
+            color: column.foreground
+            size: Theme.controlSize
+        }
+
+        Label {
+            width: parent.width
+            text: button.label
+            color: column.foreground
+            font.pixelSize: Theme.captionSize
+            font.weight: Font.Medium
+            horizontalAlignment: Text.AlignHCenter
+            Accessible.ignored: true
+        }
+    }
+
+    background: Rectangle {
+        radius: Theme.smallRadius
+        color: button.selected ? Theme.faded(Theme.teal, 0.14)
+            : button.pressed ? Theme.surfacePressed
+            : button.hovered ? Theme.surface : "transparent"
+        border.width: button.visualFocus ? 2 : 0
+        border.color: Theme.focusRing
+
+        Behavior on color {
+            ColorAnimation {
+                duration: Theme.quick
+            }
+        }
+    }
+}
