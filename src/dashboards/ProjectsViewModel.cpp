@@ -81,6 +81,7 @@ QList<RecordListModel<ProjectItem>::Role> ProjectsViewModel::projectRoles()
          [this](const ProjectItem &item) {
              return QVariant::fromValue<QObject *>(m_workstreams.at(item.id).get());
          }},
+        {"workstreamCount", [](const ProjectItem &item) { return item.workstreams.size(); }},
     };
 }
 

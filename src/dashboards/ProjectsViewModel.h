@@ -18,7 +18,8 @@ class ProjectsViewModel : public DashboardModel
 {
     Q_OBJECT
     // The projects in file order. Roles: projectId, name, description, status, progress (percent),
-    // workstreams (a model of its own: workstreamId, name, status, progress, note).
+    // workstreams (a model of its own: workstreamId, name, status, progress, note),
+    // workstreamCount.
     Q_PROPERTY(QAbstractItemModel *projectList READ projectList CONSTANT)
     Q_PROPERTY(int projectCount READ projectCount NOTIFY projectsChanged)
     Q_PROPERTY(int healthyProjectCount READ healthyProjectCount NOTIFY projectsChanged)

@@ -51,6 +51,7 @@ QtObject {
     readonly property int headingSize: scaled(15)
     readonly property int titleSize: scaled(20)
     readonly property string monospaced: "monospace"
+    readonly property string emojiFont: "Noto Color Emoji" // the program brings it along
     readonly property real headingSpacing: 1 // between the letters of a heading in capitals
 
     // Distances, on a grid of eight
@@ -62,6 +63,8 @@ QtObject {
     readonly property int radius: 12
     readonly property int smallRadius: 8
     readonly property int hitArea: 28
+    readonly property int dotSize: 8
+    readonly property int lineWidth: 3 // of a line that shows progress
     readonly property int qrSize: 288
     readonly property int helpWidth: 280
 
@@ -69,6 +72,13 @@ QtObject {
     readonly property int panelWidth: 380
     readonly property int panelHeight: 700
     readonly property int pageWidth: panelWidth - 2 * pagePadding
+
+    // The agents' canvas
+    readonly property int bubbleHalo: 8 // around a bubble
+    readonly property int bubblePulse: 2000
+    readonly property int bubbleRing: 3200
+    readonly property int spineFlow: 6000
+    readonly property int branchFlow: 2400
 
     // Durations, in milliseconds; none without motion
     readonly property int quick: motion ? 120 : 0

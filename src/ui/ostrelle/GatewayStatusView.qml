@@ -54,13 +54,13 @@ Item {
                         anchors.rightMargin: Theme.gap
                         spacing: Theme.padding
 
-                        StatusDot {
+                        LabelledDot {
                             label: "Gateway"
                             color: view.viewModel.gatewayOnline ? Theme.green : Theme.red
                             meaning: view.viewModel.gatewayOnline ? "online" : "offline"
                         }
 
-                        StatusDot {
+                        LabelledDot {
                             label: "Voice"
                             color: !view.serviceManager.voiceEnabled ? Theme.grey
                                 : view.voiceRunning ? Theme.green : Theme.red
@@ -68,7 +68,7 @@ Item {
                                 : view.voiceRunning ? "running" : "not running"
                         }
 
-                        StatusDot {
+                        LabelledDot {
                             label: "Status"
                             color: view.statusServerRunning ? Theme.green : Theme.red
                             meaning: view.statusServerRunning ? "running" : "not running"

@@ -15,28 +15,9 @@ Row {
     Accessible.name: status.label
     Accessible.description: status.meaning
 
-    Rectangle {
+    GlowDot {
         anchors.verticalCenter: parent.verticalCenter
-        width: 2 * Theme.gap
-        height: width
-        radius: width / 2
-        color: Theme.faded(status.color, 0.16)
-
-        Rectangle {
-            anchors.centerIn: parent
-            width: Theme.padding
-            height: width
-            radius: width / 2
-            color: Theme.faded(status.color, 0.2)
-        }
-
-        Rectangle {
-            anchors.centerIn: parent
-            width: Theme.gap
-            height: width
-            radius: width / 2
-            color: status.color
-        }
+        tint: status.color
     }
 
     Label {

@@ -1,0 +1,43 @@
+#include "ui/AgentAppearance.h"
+
+#include "dashboards/AgentAppearanceStore.h"
+
+namespace ostrelle
+{
+
+namespace
+{
+
+QString trimmedOr(const QString &text, const QString &fallback)
+{
+    const QString trimmed = text.trimmed();
+    return trimmed.isEmpty() ? fallback : trimmed;
+}
+
+} // namespace
+
+AgentAppearance::AgentAppearance(QObject *parent)
+    : QObject(parent)
+{
+    m_name.setBinding([this] {
+        static_cast<void>(m_refreshKey.value());
+        return AgentAppearanceStore::name(m_agentId, m_fallbackName);
+    });
+    m_emoji.setBinding([this] {
+        static_cast<void>(m_refreshKey.value());
+        return AgentAppearanceStore::emoji(m_agentId, m_fallbackEmoji);
+    });
+}
+
+void AgentAppearance::save(const QString &name, const QString &emoji)
+{
+    AgentAppearanceStore::save(m_agentId, trimmedOr(name, m_fallbackName),
+                               trimmedOr(emoji, m_fallbackEmoji));
+}
+
+void AgentAppearance::reset()
+{
+    AgentAppearanceStore::reset(m_agentId);
+}
+
+} // namespace ostrelle

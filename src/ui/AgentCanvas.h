@@ -1,0 +1,95 @@
+#pragma once
+
+#include "dashboards/AgentsTopologyViewModel.h"
+
+#include <QPointF>
+#include <QPointer>
+#include <QSizeF>
+#include <QStringList>
+#include <QtQml/qqml.h>
+
+namespace ostrelle
+{
+
+// One agent in its place on the canvas. Lengths are in pixels.
+struct AgentCanvasNode {
+    enum class Side { Left = -1, Main = 0, Right = 1 };
+
+    AgentNode node;
+    QPointF center;
+    qreal radius;
+    Side side; // of the spine
+
+    bool isWorking() const { return node.priority() == 0; }
+    const QString &identity() const { return node.id; }
+
+    friend bool operator==(const AgentCanvasNode &, const AgentCanvasNode &) = default;
+};
+
+// How much larger than designed a canvas of this width is drawn.
+qreal canvasScale(qreal width);
+
+// The nodes in their places: the main node, where there is one, at the head of the spine, the
+// others in their order to its left and right in turn. Of the size, only the width counts.
+QList<AgentCanvasNode> makeCanvasNodes(const QList<AgentNode> &nodes, QSizeF size);
+
+// The height of a canvas with that many agents beside the main one.
+qreal layoutHeight(qsizetype children);
+
+// The canvas of the agents' view: it keeps every agent in its place while the model and the width
+// change. What a poll leaves as it was stays untouched. Main thread only.
+class AgentCanvas : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(ostrelle::AgentsTopologyViewModel *viewModel READ viewModel WRITE setViewModel NOTIFY
+                   viewModelChanged)
+    Q_PROPERTY(qreal width READ width WRITE setWidth NOTIFY widthChanged)
+    Q_PROPERTY(qreal scale READ scale NOTIFY widthChanged)
+    // The nodes, the main one first; empty without a model or a width. Roles: agentId, name,
+    // status, detail, modelName, progressText (undefined when absent), colorName, defaultEmoji,
+    // isWorking, center, radius, side (-1 left of the spine, 0 on it, 1 right of it).
+    Q_PROPERTY(QAbstractItemModel *nodeList READ nodeList CONSTANT)
+    Q_PROPERTY(qreal layoutHeight READ layoutHeight NOTIFY nodesChanged)
+    // Where the spine begins and ends.
+    Q_PROPERTY(qreal spineTop READ spineTop NOTIFY nodesChanged)
+    Q_PROPERTY(qreal spineBottom READ spineBottom NOTIFY nodesChanged)
+    // The names of the working agents' colours, in the order of the agents.
+    Q_PROPERTY(QStringList activeAgentColors READ activeAgentColors NOTIFY spineColorsChanged)
+    // What the spine is drawn in from its head to its end: each of those once; the accent when
+    // nobody works.
+    Q_PROPERTY(QStringList spineColors READ spineColors NOTIFY spineColorsChanged)
+
+public:
+    explicit AgentCanvas(QObject *parent = nullptr);
+
+    AgentsTopologyViewModel *viewModel() const { return m_viewModel; }
+    void setViewModel(AgentsTopologyViewModel *viewModel);
+
+    qreal width() const { return m_width; }
+    void setWidth(qreal width);
+    qreal scale() const { return canvasScale(m_width); }
+
+    QAbstractItemModel *nodeList() { return &m_nodeList; }
+    qreal layoutHeight() const;
+    qreal spineTop() const;
+    qreal spineBottom() const;
+    const QStringList &activeAgentColors() const { return m_activeAgentColors; }
+    QStringList spineColors() const;
+
+Q_SIGNALS:
+    void viewModelChanged();
+    void widthChanged();
+    void nodesChanged();
+    void spineColorsChanged();
+
+private:
+    void layOut();
+
+    QPointer<AgentsTopologyViewModel> m_viewModel;
+    qreal m_width = 0;
+    RecordListModel<AgentCanvasNode> m_nodeList;
+    QStringList m_activeAgentColors;
+};
+
+} // namespace ostrelle

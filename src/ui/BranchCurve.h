@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QColor>
+#include <QPainterPath>
+#include <QQuickPaintedItem>
+#include <QtQml/qqml.h>
+
+namespace ostrelle
+{
+
+// A line that leaves the spine level and arrives at an agent level, as the item's diagonal. It is
+// painted only when it changes. Main thread only.
+class BranchCurve : public QQuickPaintedItem
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
+    Q_PROPERTY(qreal thickness READ thickness WRITE setThickness NOTIFY thicknessChanged)
+    // The line falls from right to left instead of from left to right.
+    Q_PROPERTY(bool toLeft READ toLeft WRITE setToLeft NOTIFY toLeftChanged)
+
+public:
+    explicit BranchCurve(QQuickItem *parent = nullptr);
+
+    QColor color() const { return m_color; }
+    void setColor(const QColor &color);
+    qreal thickness() const { return m_thickness; } // in pixels
+    void setThickness(qreal thickness);
+    bool toLeft() const { return m_toLeft; }
+    void setToLeft(bool toLeft);
+
+    // The place on the line at that part of the way, 0 at the spine and 1 at the agent.
+    Q_INVOKABLE QPointF pointAt(qreal part) const;
+
+    void paint(QPainter *painter) override;
+
+Q_SIGNALS:
+    void colorChanged();
+    void thicknessChanged();
+    void toLeftChanged();
+
+private:
+    QPainterPath line() const;
+
+    QColor m_color;
+    qreal m_thickness = 1;
+    bool m_toLeft = false;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,5 @@
+import Ostrelle
+
+// A status word on a capsule of its colour.
+Capsule {
+}

@@ -1,0 +1,145 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    readonly property string statusFile: ".ostrelle/ostrelle-agent-tracker.json"
+
+    name: "AgentsView"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 600
+
+    Component {
+        id: agentsView
+
+        AgentsView {
+            width: 380
+            height: 600
+        }
+    }
+
+    Component {
+        id: agentCanvas
+
+        AgentCanvas {
+        }
+    }
+
+    Component {
+        id: agentsModel
+
+        AgentsTopologyViewModel {
+        }
+    }
+
+    function init() {
+        fixture.reset();
+    }
+
+    function writeAgents(agents: var) {
+        fixture.write(test.statusFile, JSON.stringify({agents: agents, completions: []}));
+    }
+
+    function loadedView(agents: var): Item {
+        writeAgents(agents);
+        const view = createTemporaryObject(agentsView, test);
+        tryCompare(view.vm, "isLoading", false);
+        return view;
+    }
+
+    function bubble(view: Item, name: string): Item {
+        return Items.visibleItems(view).find(each => each.shownName === name);
+    }
+
+    function test_layout_data() {
+        return [
+            {tag: "as designed", width: 380, centers: [[190, 80], [91.2, 180], [288.8, 204], [91.2, 276]],
+             radii: [42, 32, 32, 32]},
+            {tag: "wide", width: 600, centers: [[300, 96], [144, 216], [456, 244.8], [144, 331.2]],
+             radii: [50.4, 38.4, 38.4, 38.4]}
+        ];
+    }
+
+    function test_layout(row) {
+        writeAgents({a: {}, b: {}, c: {}});
+        const model = createTemporaryObject(agentsModel, test);
+        const canvas = createTemporaryObject(agentCanvas, test, {viewModel: model, width: row.width});
+        tryCompare(model, "isLoading", false);
+        compare(canvas.layoutHeight, 480);
+        const places = Array.from({length: canvas.nodeList.rowCount()}, (_, i) => {
+            const value = role => canvas.nodeList.data(canvas.nodeList.index(i, 0), role);
+            return {center: value(Qt.UserRole + 9), radius: value(Qt.UserRole + 10), side: value(Qt.UserRole + 11)};
+        });
+        compare(places.map(each => each.side), [0, -1, 1, -1]);
+        places.forEach((each, i) => {
+            fuzzyCompare(each.center.x, row.centers[i][0], 0.001);
+            fuzzyCompare(each.center.y, row.centers[i][1], 0.001);
+            fuzzyCompare(each.radius, row.radii[i], 0.001);
+        });
+    }
+
+    function test_liveAndPlaceholder() {
+        const view = loadedView({});
+        verify(Items.withText(view, "Mock layout — live data will replace this"));
+        verify(Items.withText(view, "Main"));
+        writeAgents({"code-reviewer": {status: "working", progressText: "42%"}});
+        mouseClick(Items.withText(view, "Refresh"));
+        tryVerify(() => Items.withText(view, "Live data from status.json"));
+        tryVerify(() => Items.withText(view, "working · 42%"));
+        verify(bubble(view, "Code-Reviewer").isWorking);
+    }
+
+    function test_anErrorIsShownBelow() {
+        fixture.write(test.statusFile, "noise");
+        const view = createTemporaryObject(agentsView, test);
+        tryVerify(() => Items.texts(view).some(text => text.startsWith("Agent data unreadable: ")));
+        verify(Items.withText(view, "Main"));
+    }
+
+    function test_aPollKeepsWhatDidNotChange() {
+        const view = loadedView({alpha: {status: "busy"}, beta: {status: "busy"}});
+        const alpha = bubble(view, "Alpha");
+        writeAgents({alpha: {status: "busy"}, beta: {status: "working"}});
+        mouseClick(Items.withText(view, "Refresh"));
+        tryVerify(() => Items.withText(view, "working"));
+        compare(bubble(view, "Alpha"), alpha);
+    }
+
+    function test_inspector() {
+        const view = loadedView({alpha: {status: "busy", activity: "Counting", progress: 7}});
+        const alpha = bubble(view, "Alpha");
+        alpha.forceActiveFocus();
+        keyClick(Qt.Key_Return);
+        for (const text of ["Customize Bubble", "Agent Details", "Activity", "Counting", "Progress", "7%",
+                            "Agent ID", "alpha",
+                            "Tip: use a single emoji for the cleanest circle rendering."]) {
+            verify(Items.withText(view, text), text);
+        }
+        verify(!Items.withText(view, "Model"));
+
+        const field = hint => Items.visibleItems(view).find(each => each.placeholderText === hint);
+        compare(field("Display name").text, "Alpha");
+        field("Display name").text = "  Counter ";
+        field("Emoji").text = " ";
+        const emoji = alpha.defaultEmoji;
+        mouseClick(Items.withText(view, "Save"));
+        tryVerify(() => !view.inspector);
+        compare(alpha.shownName, "Counter");
+        verify(Items.withText(view, emoji));
+
+        mouseClick(alpha);
+        mouseClick(Items.withText(view, "Reset"));
+        tryVerify(() => !view.inspector);
+        compare(alpha.shownName, "Alpha");
+
+        mouseClick(alpha);
+        verify(view.inspector);
+        keyClick(Qt.Key_Escape);
+        tryVerify(() => !view.inspector);
+    }
+}

@@ -1,0 +1,83 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    name: "CronView"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 600
+
+    Component {
+        id: cronView
+
+        CronView {
+            width: 380
+            height: 600
+            viewModel: CronViewModel {
+            }
+        }
+    }
+
+    function init() {
+        fixture.reset();
+    }
+
+    function loadedView(jobs: var): Item {
+        fixture.write(".ostrelle/ostrelle-cron-tracker.json",
+                      JSON.stringify({version: 1, updated: "", jobs: jobs}));
+        const view = createTemporaryObject(cronView, test);
+        tryCompare(view.viewModel, "isLoading", false);
+        tryVerify(() => jobs.every(each => Items.withText(view, each.name)));
+        return view;
+    }
+
+    function job(changes: var): var {
+        return Object.assign({id: "1", name: "Nightly", schedule: "every 5m", status: "green",
+                              enabled: true}, changes);
+    }
+
+    function test_jobs_data() {
+        return [
+            {tag: "enabled", job: {lastRun: "3m ago", nextRun: "in 2m"}, pill: "GREEN",
+             colour: Theme.green, dot: Theme.green, count: "1/1",
+             lines: ["every 5m", "Last: 3m ago", "Next: in 2m"]},
+            {tag: "disabled, whatever its status", job: {enabled: false}, pill: "DISABLED",
+             colour: Theme.grey, dot: Theme.red, count: "0/1", lines: ["every 5m"]},
+            {tag: "failed", job: {status: "Red"}, pill: "RED", colour: Theme.red, dot: Theme.red,
+             count: "1/1", lines: ["every 5m"]}
+        ];
+    }
+
+    function test_jobs(row) {
+        const view = loadedView([job(row.job)]);
+        const items = Items.visibleItems(view);
+        const pill = items.find(each => each.text === row.pill && each.tint !== undefined);
+        verify(Qt.colorEqual(pill.tint, row.colour));
+        verify(Qt.colorEqual(items.find(each => each.status !== undefined && each.tint).tint, row.dot));
+        verify(Items.withText(view, row.count));
+        const lines = Items.texts(view).filter(text => /^(every|Last|Next)/.test(text));
+        compare(lines, row.lines);
+    }
+
+    function test_unfoldsThePayload() {
+        const view = loadedView([job({payload: "Say good night"})]);
+        verify(!Items.withText(view, "Payload"));
+        mouseClick(Items.withText(view, "Nightly"));
+        tryVerify(() => Items.withText(view, "Say good night"));
+        verify(Items.withText(view, "Payload"));
+    }
+
+    function test_emptyOrBroken() {
+        const view = loadedView([]);
+        verify(Items.withText(view, "No cron jobs configured yet."));
+        fixture.write(".ostrelle/ostrelle-cron-tracker.json", "noise");
+        mouseClick(Items.withText(view, "Refresh"));
+        tryVerify(() => Items.texts(view).some(text => text.startsWith("Cron data unreadable: ")));
+        verify(Items.withText(view, "No cron jobs configured yet."));
+    }
+}

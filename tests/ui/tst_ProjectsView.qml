@@ -1,0 +1,96 @@
+import QtQuick
+import QtTest
+import Ostrelle
+import "items.js" as Items
+
+TestCase {
+    id: test
+
+    readonly property string trackerFile: ".ostrelle/ostrelle-project-tracker.json"
+
+    name: "ProjectsView"
+    when: windowShown
+    visible: true
+    width: 380
+    height: 600
+
+    Component {
+        id: projectsView
+
+        ProjectsView {
+            width: 380
+            height: 600
+            viewModel: ProjectsViewModel {
+            }
+        }
+    }
+
+    function init() {
+        fixture.reset();
+        fixture.write(".ostrelle/ostrelle-agent-tracker.json", '{"agents":{},"completions":[]}');
+    }
+
+    // The view once it shows this.
+    function loadedView(projects: var): Item {
+        fixture.write(test.trackerFile, JSON.stringify({version: 1, updated: "", projects: projects}));
+        const view = createTemporaryObject(projectsView, test);
+        tryCompare(view.viewModel, "isLoading", false);
+        tryVerify(() => projects.every(each => Items.withText(view, each.name)));
+        return view;
+    }
+
+    function project(id: string, status: string): var {
+        return {
+            id: id, name: "Project " + id, description: "About " + id, status: status, progress: 42,
+            lastUpdate: "", workstreams: [
+                {id: "w1", name: "Design", status: "green", progress: 80, note: "nearly there"},
+                {id: "w2", name: "Print", status: "idle", progress: 5, note: ""}
+            ]
+        };
+    }
+
+    function test_countsTheHealthyOnes() {
+        const view = loadedView([project("a", "Green"), project("b", "green"), project("c", "red")]);
+        const texts = Items.texts(view);
+        verify(texts.includes("PROJECTS"));
+        verify(texts.includes("Project Board"));
+        verify(texts.includes("2/3"));
+        verify(!texts.includes("No project tracker data yet."));
+        verify(Items.withText(view, "About c"));
+    }
+
+    function test_unfoldsTheWorkstreams() {
+        const view = loadedView([project("a", "green")]);
+        verify(Items.withText(view, "2 workstreams"));
+        verify(Items.symbol(view, "chevron.right"));
+        verify(!Items.withText(view, "nearly there"));
+
+        const card = Items.withText(view, "Project a");
+        mouseClick(card);
+        verify(Items.symbol(view, "chevron.down"));
+        tryVerify(() => Items.withText(view, "nearly there"));
+        verify(Items.withText(view, "80%"));
+        compare(Items.texts(view).filter(text => text === "").length, 0); // no room for an empty note
+
+        card.forceActiveFocus();
+        keyClick(Qt.Key_Return);
+        tryVerify(() => !Items.withText(view, "nearly there"));
+    }
+
+    function test_emptyAndBrokenShowTogether() {
+        fixture.write(test.trackerFile, "[");
+        const view = createTemporaryObject(projectsView, test);
+        tryVerify(() => Items.texts(view).some(text => text.startsWith("Tracker unreadable: ")));
+        verify(Items.symbol(view, "exclamationmark.triangle.fill"));
+        verify(Items.withText(view, "No project tracker data yet."));
+        verify(Items.withText(view, "0/0"));
+    }
+
+    function test_refreshLoadsAgain() {
+        const view = loadedView([]);
+        fixture.write(test.trackerFile, JSON.stringify(
+            {version: 1, updated: "", projects: [project("new", "green")]}));
+        mouseClick(Items.withText(view, "Refresh"));
+        tryVerify(() => Items.withText(view, "Project new"));
+    }
+}
