@@ -56,6 +56,12 @@ struct StatusServerType {
 
 // Made by the views that show them.
 
+struct DashboardModelType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::DashboardModel)
+    QML_ANONYMOUS
+};
+
 struct AgentsTopologyViewModelType {
     Q_GADGET
     QML_FOREIGN(ostrelle::AgentsTopologyViewModel)

@@ -8,7 +8,7 @@ Rectangle {
     required property bool running
     required property int duration // of one way, in milliseconds
 
-    property real phase: 0
+    property real phase
 
     width: Theme.dotSize - 2
     height: width
