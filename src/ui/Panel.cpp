@@ -81,6 +81,7 @@ void Panel::open(const std::optional<QRect> &place)
         return;
     }
     m_isBesideIcon = place.has_value();
+    m_hadFocus = false;
     if (place) {
         beBesideIcon(*place);
     } else {
@@ -116,7 +117,9 @@ void Panel::beBesideIcon(const QRect &place)
 
 void Panel::followActivity()
 {
-    if (m_isBesideIcon && isOpen() && !m_view.isActive()) {
+    if (m_view.isActive()) {
+        m_hadFocus = true;
+    } else if (m_hadFocus && m_isBesideIcon && isOpen()) {
         m_events.lostFocus();
         close();
     }

@@ -42,6 +42,7 @@ private:
     QTimer m_patience;
     QQuickView m_view;
     bool m_isBesideIcon = false;
+    bool m_hadFocus = false; // since it was opened; the end of an earlier focus may come late
 };
 
 } // namespace ostrelle

@@ -6,13 +6,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace
-{
-
-constexpr int patienceMilliseconds = 30000;
-
-} // namespace
-
 Program::Program(const QStringList &arguments)
 {
     m_process.setProcessChannelMode(QProcess::MergedChannels);

@@ -4,6 +4,9 @@
 #include <QProcess>
 #include <QStringList>
 
+// How long a test waits for what the program is to do.
+inline constexpr int patienceMilliseconds = 30000;
+
 // The real program, started in the surrounding ScratchHome. Killed at the end if it still runs.
 class Program
 {

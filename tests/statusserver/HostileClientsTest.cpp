@@ -21,7 +21,6 @@ namespace
 
 const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
 const std::optional nothing = QByteArray("");
-const QString statusFile = u".ostrelle/ostrelle-agent-tracker.json"_s;
 
 qsizetype openDescriptors()
 {
@@ -67,7 +66,7 @@ void HostileClientsTest::silentClientIsDropped()
 void HostileClientsTest::clientThatDoesNotReadIsDropped()
 {
     const ServerFixture fixture({.untilReading = 50ms});
-    fixture.home.write(statusFile, QByteArray(30'000'000, 'x'));
+    fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
     utilityPool().waitForDone(); // whose tasks open files
     const qsizetype before = openDescriptors();
     RawClient client(fixture.server->port(), 4096);
@@ -81,7 +80,7 @@ void HostileClientsTest::clientThatDoesNotReadIsDropped()
 void HostileClientsTest::clientThatReadsDropByDropIsDropped()
 {
     const ServerFixture fixture({.untilReading = 300ms});
-    fixture.home.write(statusFile, QByteArray(30'000'000, 'x'));
+    fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
     RawClient client(fixture.server->port());
     QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));
     qsizetype total = 0;
@@ -96,7 +95,7 @@ void HostileClientsTest::clientThatReadsDropByDropIsDropped()
 void HostileClientsTest::clientsThatCloseHalfway()
 {
     const ServerFixture fixture;
-    fixture.home.write(statusFile, QByteArray(5'000'000, 'x'));
+    fixture.home.write(agentTrackerFile, QByteArray(5'000'000, 'x'));
     utilityPool().waitForDone(); // whose tasks open files
     const qsizetype before = openDescriptors();
     for (int i = 0; i < 20; ++i) {
@@ -181,7 +180,7 @@ void HostileClientsTest::silentClientGivesWay()
 void HostileClientsTest::endWhileServing()
 {
     ServerFixture fixture;
-    fixture.home.write(statusFile, QByteArray(30'000'000, 'x'));
+    fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
     fixture.writeSession("");
     // A log of a terabyte without a block on the disk.
     const QString log = fixture.home.path(u".duskrell/agents/main/sessions/a.jsonl"_s);

@@ -15,7 +15,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString statusFile = u".ostrelle/ostrelle-agent-tracker.json"_s;
 constexpr char emptyHistory[] = R"({"messages":[],"count":0})";
 
 } // namespace
@@ -74,14 +73,14 @@ void ProtocolTest::documentsAreServedAsStored()
 {
     QFETCH(const QByteArray, content);
     const ServerFixture fixture;
-    fixture.home.write(statusFile, content);
+    fixture.home.write(agentTrackerFile, content);
     QCOMPARE(fixture.get("/status"), jsonAnswer("200 OK", content));
 }
 
 void ProtocolTest::documentThatClaimsToBeEmpty()
 {
     const ServerFixture fixture;
-    const QString path = fixture.home.path(statusFile);
+    const QString path = fixture.home.path(agentTrackerFile);
     QVERIFY(QFile::remove(path));
     QVERIFY(QFile::link(u"/proc/self/status"_s, path));
     const QByteArray answer = fixture.get("/status");
@@ -101,7 +100,7 @@ void ProtocolTest::whatIsNoDocument()
 {
     QFETCH(const QByteArray, kind);
     const ServerFixture fixture;
-    const QString path = fixture.home.path(statusFile);
+    const QString path = fixture.home.path(agentTrackerFile);
     QVERIFY(QFile::remove(path));
     if (kind == "directory") {
         QDir().mkpath(path);
@@ -110,9 +109,9 @@ void ProtocolTest::whatIsNoDocument()
     } else if (kind == "device") {
         QVERIFY(QFile::link(u"/dev/zero"_s, path));
     } else if (kind == "latin1") {
-        fixture.home.write(statusFile, "{\"name\":\"z\xF6lf\"}");
+        fixture.home.write(agentTrackerFile, "{\"name\":\"z\xF6lf\"}");
     } else if (kind == "far too large") {
-        fixture.home.write(statusFile, "{}");
+        fixture.home.write(agentTrackerFile, "{}");
         QVERIFY(QFile::resize(path, qint64{1} << 40)); // without a block on the disk
     }
     QCOMPARE(fixture.get("/status"), jsonAnswer("404 Not Found", R"({"error":"file not found"})"));
@@ -156,7 +155,7 @@ void ProtocolTest::largeDocumentArrivesWhole()
 {
     const ServerFixture fixture;
     const QByteArray content = QByteArray("0123456789abcdef").repeated(2'000'000);
-    fixture.home.write(statusFile, content);
+    fixture.home.write(agentTrackerFile, content);
     RawClient slow(fixture.server->port(), 4096);
     QVERIFY(slow.send("GET /status HTTP/1.1\r\n\r\n"));
     QCOMPARE(fixture.get("/health").size(), jsonAnswer("200 OK", R"({"ok":true})").size());

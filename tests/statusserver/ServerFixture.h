@@ -9,6 +9,9 @@
 #include <memory>
 #include <optional>
 
+// The document that /status sends, below the home directory.
+inline const QString agentTrackerFile = QStringLiteral(".ostrelle/ostrelle-agent-tracker.json");
+
 // One TCP connection to the server under test, as raw as can be. Reads wait up to 10 seconds.
 class RawClient
 {

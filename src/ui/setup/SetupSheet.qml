@@ -26,7 +26,6 @@ FocusScope {
     implicitHeight: Theme.panelHeight
     Accessible.role: Accessible.Dialog
     Accessible.name: title.text
-    Keys.onEscapePressed: sheet.done()
 
     Rectangle {
         anchors.fill: parent

@@ -1,0 +1,131 @@
+#include "desktop/XSession.h"
+
+#include "app/Program.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QByteArray run(const QString &tool, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(tool, arguments);
+    process.waitForFinished();
+    return process.readAllStandardOutput();
+}
+
+void end(QProcess &process)
+{
+    process.terminate();
+    if (!process.waitForFinished(5000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+}
+
+// The visible windows of the program, by their places.
+QList<QRect> windows()
+{
+    QList<QRect> places;
+    const QByteArray found =
+        run(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"^ostrelle$"_s});
+    for (const QByteArray &window : found.split('\n').sliced(0, found.count('\n'))) {
+        const QByteArray geometry =
+            run(u"xdotool"_s, {u"getwindowgeometry"_s, u"--shell"_s, QString::fromLatin1(window)});
+        const auto value = [&](const QByteArray &name) {
+            const qsizetype at = geometry.indexOf("\n" + name + "=") + name.size() + 2;
+            return geometry.mid(at, geometry.indexOf('\n', at) - at).toInt();
+        };
+        places.append({value("X"), value("Y"), value("WIDTH"), value("HEIGHT")});
+    }
+    return places;
+}
+
+std::optional<QRect> windowWhere(bool (*fits)(const QRect &place))
+{
+    for (const QRect &place : windows()) {
+        if (fits(place)) {
+            return place;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+XSession::XSession()
+{
+    // Without -noreset the server begins anew, deaf for a while, whenever its last client goes.
+    m_server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s,
+                               u"-noreset"_s});
+    if (!m_server.waitForReadyRead(20000)) {
+        qFatal("no X server");
+    }
+    qputenv("DISPLAY", ":" + m_server.readAllStandardOutput().trimmed());
+    m_windowManager.start(u"openbox"_s, QStringList());
+    m_windowManager.waitForStarted();
+}
+
+XSession::~XSession()
+{
+    endTrayHost();
+    end(m_windowManager);
+    end(m_server);
+    qunsetenv("DISPLAY");
+}
+
+void XSession::startTrayHost()
+{
+    m_trayHost = std::make_unique<QProcess>();
+    m_trayHost->start(u"trayer"_s, {u"--edge"_s, u"top"_s, u"--align"_s, u"right"_s, u"--height"_s,
+                                    u"24"_s, u"--width"_s, u"10"_s});
+    m_trayHost->waitForStarted();
+}
+
+void XSession::endTrayHost()
+{
+    if (m_trayHost) {
+        end(*m_trayHost);
+        m_trayHost.reset();
+    }
+}
+
+std::optional<QRect> XSession::icon()
+{
+    return windowWhere([](const QRect &place) { return place.width() > 4 && place.width() < 64; });
+}
+
+std::optional<QRect> XSession::waitForIcon()
+{
+    std::optional<QRect> place;
+    const auto rests = [&] {
+        const std::optional<QRect> last = place;
+        place = icon();
+        return place && place == last;
+    };
+    return QTest::qWaitFor(rests, patienceMilliseconds) ? place : std::nullopt;
+}
+
+std::optional<QRect> XSession::panel()
+{
+    return windowWhere([](const QRect &place) { return place.size() == QSize(380, 700); });
+}
+
+void XSession::click(QPoint place)
+{
+    run(u"xdotool"_s, {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()),
+                       u"click"_s, u"1"_s});
+}
+
+void XSession::press(const QString &key)
+{
+    run(u"xdotool"_s, {u"key"_s, key});
+}
+
+void XSession::type(const QString &text)
+{
+    run(u"xdotool"_s, {u"type"_s, text});
+}
