@@ -4,6 +4,10 @@ add_library(ostrelle_options INTERFACE)
 target_compile_features(ostrelle_options INTERFACE cxx_std_23)
 target_compile_options(ostrelle_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(CMAKE_UNITY_BUILD)
+    # What a source file keeps to itself looks there as if a header declared it.
+    target_compile_options(ostrelle_options INTERFACE -Wno-subobject-linkage)
+endif()
 # GLib uses "signals" as a member name, and a bare literal hides its encoding.
 target_compile_definitions(ostrelle_options INTERFACE
     QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)

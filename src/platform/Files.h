@@ -21,6 +21,9 @@ struct FileProblem {
 // Larger than any sane configuration or tracker document; what is beyond is not read into memory.
 inline constexpr std::size_t maxDocumentBytes = std::size_t{256} * 1024 * 1024;
 
+// The mode of a file that only its owner reads and writes.
+inline constexpr mode_t ownerOnly = 0600;
+
 // True when something stands at the path, whatever it is; symbolic links are followed.
 bool fileExists(const QString &path);
 

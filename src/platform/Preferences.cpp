@@ -20,10 +20,7 @@ namespace
 {
 
 // Far beyond what a person's preferences need; a larger file is taken as broken, not read.
-constexpr std::size_t maxFileBytes = std::size_t{1024} * 1024;
-
-// A key for another service is among the preferences.
-constexpr mode_t ownerOnly = 0600;
+constexpr std::size_t maxPreferenceBytes = std::size_t{1024} * 1024;
 
 bool isWellFormed(QByteArrayView line)
 {
@@ -35,7 +32,7 @@ bool isWellFormed(QByteArrayView line)
 // QSettings tells of a format error only once for as long as the file does not change.
 bool isReadable(const QString &file)
 {
-    const auto content = readFile(file, maxFileBytes);
+    const auto content = readFile(file, maxPreferenceBytes);
     if (!content) {
         return content.error().kind == FileProblem::Kind::Missing;
     }
@@ -78,6 +75,7 @@ bool rewrite(const QString &preferences, Change change)
     QDir().mkpath(QFileInfo(file).path());
     const QString draftFile = file + u".new"_s;
     QFile::remove(draftFile);
+    // A key for another service is among the preferences.
     static_cast<void>(writeInPlace(draftFile, std::string_view(), ownerOnly));
     QVariantHash wanted;
     {

@@ -15,14 +15,13 @@ namespace ostrelle
 namespace
 {
 
-constexpr mode_t ownerOnly = 0600;
-constexpr std::size_t maxFileBytes = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t maxSecretBytes = std::size_t{4} * 1024 * 1024;
 
 } // namespace
 
 std::expected<QJsonObject, SecretFile::LoadProblem> SecretFile::load() const
 {
-    const auto content = readFile(m_path, maxFileBytes);
+    const auto content = readFile(m_path, maxSecretBytes);
     if (!content) {
         if (content.error().kind == FileProblem::Kind::Missing) {
             return QJsonObject();

@@ -85,8 +85,8 @@ std::optional<QString> AskpassFile::write(const QString &password)
     const QString path = *directory + scriptName;
     CurrentScript::instance().set(path);
     const QString script = u"#!/bin/bash\necho '"_s + escapedPassword(password) + u'\'';
-    constexpr mode_t ownerOnly = 0700;
-    return createAnew(path, script.toUtf8(), ownerOnly) ? std::optional(path) : std::nullopt;
+    constexpr mode_t ownerRuns = 0700;
+    return createAnew(path, script.toUtf8(), ownerRuns) ? std::optional(path) : std::nullopt;
 }
 
 void AskpassFile::remove()

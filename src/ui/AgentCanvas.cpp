@@ -26,8 +26,8 @@ AgentCanvasNode placeChild(const AgentNode &node, qsizetype index, qreal width)
 {
     const qreal scale = canvasScale(width);
     const bool isLeft = index % 2 == 0;
-    const auto row = static_cast<qreal>(index / 2);
-    const qreal y = 180 * scale + 96 * scale * row + (isLeft ? 0 : 24 * scale);
+    const qsizetype row = index / 2;
+    const qreal y = 180 * scale + 96 * scale * static_cast<qreal>(row) + (isLeft ? 0 : 24 * scale);
     return {node, QPointF((isLeft ? 0.24 : 0.76) * width, y), 32 * scale,
             isLeft ? Side::Left : Side::Right};
 }

@@ -11,8 +11,6 @@ namespace ostrelle
 namespace
 {
 
-constexpr mode_t ownerOnly = 0600;
-
 bool isOurs(const struct stat &attributes)
 {
     return S_ISREG(attributes.st_mode) && attributes.st_uid == ::geteuid() &&

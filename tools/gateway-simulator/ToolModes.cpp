@@ -74,60 +74,61 @@ int grandchild(const Outcome &outcome)
     ::_exit(0);
 }
 
-struct Mode {
+struct ToolMode {
     QLatin1StringView name;
     int (*finish)(const Outcome &);
 };
 
-constexpr std::array modes = {
-    Mode{"hang"_L1, &hang},
-    Mode{"stubborn"_L1, // hangs and does not care for requests to end
-         [](const Outcome &outcome) {
-             std::signal(SIGTERM, SIG_IGN);
-             std::signal(SIGINT, SIG_IGN);
-             return hang(outcome);
-         }},
-    Mode{"slow"_L1,
-         [](const Outcome &outcome) {
-             std::this_thread::sleep_for(3s);
-             return finish(outcome);
-         }},
-    Mode{"flood"_L1, &flood},
-    Mode{"die"_L1, // killed in the middle of its answer
-         [](const Outcome &outcome) {
-             write(STDOUT_FILENO, outcome.output.first(outcome.output.size() / 2));
-             return std::raise(SIGKILL);
-         }},
-    Mode{"fail"_L1,
-         [](const Outcome & /*outcome*/) {
-             return finish({.status = 1, .output = {}, .errors = "Error: gateway went away\n"});
-         }},
-    Mode{
+constexpr std::array toolModes = {
+    ToolMode{"hang"_L1, &hang},
+    ToolMode{"stubborn"_L1, // hangs and does not care for requests to end
+             [](const Outcome &outcome) {
+                 std::signal(SIGTERM, SIG_IGN);
+                 std::signal(SIGINT, SIG_IGN);
+                 return hang(outcome);
+             }},
+    ToolMode{"slow"_L1,
+             [](const Outcome &outcome) {
+                 std::this_thread::sleep_for(3s);
+                 return finish(outcome);
+             }},
+    ToolMode{"flood"_L1, &flood},
+    ToolMode{"die"_L1, // killed in the middle of its answer
+             [](const Outcome &outcome) {
+                 write(STDOUT_FILENO, outcome.output.first(outcome.output.size() / 2));
+                 return std::raise(SIGKILL);
+             }},
+    ToolMode{"fail"_L1,
+             [](const Outcome & /*outcome*/) {
+                 return finish({.status = 1, .output = {}, .errors = "Error: gateway went away\n"});
+             }},
+    ToolMode{
         "garbage"_L1,
         [](const Outcome & /*outcome*/) { return print("Oops {\"sessions\": [, \"jobs\": it\n"); }},
-    Mode{"other-shape"_L1, // JSON, but nothing that was asked for
-         [](const Outcome & /*outcome*/) { return print("[]\n"); }},
-    Mode{"not-utf8"_L1,
-         [](const Outcome &outcome) { return print("\xff\xfe" + outcome.output + "\xc3("); }},
-    Mode{"surrogates"_L1,
-         [](const Outcome & /*outcome*/) {
-             return print(R"({"sessions":[{"key":"agent:main:subagent:\ud83d","label":"\udc00"}],)"
-                          R"("jobs":[{"id":"\udc00","name":"\ud83d"}]})");
-         }},
-    Mode{"deep"_L1,
-         [](const Outcome & /*outcome*/) {
-             return print(QByteArray(nestingDepth, '[') + QByteArray(nestingDepth, ']'));
-         }},
-    Mode{"nothing"_L1, [](const Outcome & /*outcome*/) { return 0; }},
-    Mode{"grandchild"_L1, &grandchild},
+    ToolMode{"other-shape"_L1, // JSON, but nothing that was asked for
+             [](const Outcome & /*outcome*/) { return print("[]\n"); }},
+    ToolMode{"not-utf8"_L1,
+             [](const Outcome &outcome) { return print("\xff\xfe" + outcome.output + "\xc3("); }},
+    ToolMode{"surrogates"_L1,
+             [](const Outcome & /*outcome*/) {
+                 return print(
+                     R"({"sessions":[{"key":"agent:main:subagent:\ud83d","label":"\udc00"}],)"
+                     R"("jobs":[{"id":"\udc00","name":"\ud83d"}]})");
+             }},
+    ToolMode{"deep"_L1,
+             [](const Outcome & /*outcome*/) {
+                 return print(QByteArray(nestingDepth, '[') + QByteArray(nestingDepth, ']'));
+             }},
+    ToolMode{"nothing"_L1, [](const Outcome & /*outcome*/) { return 0; }},
+    ToolMode{"grandchild"_L1, &grandchild},
 };
 
 } // namespace
 
 int finishInMode(const QString &mode, const Outcome &outcome)
 {
-    const auto known = std::ranges::find(modes, mode, &Mode::name);
-    return known != modes.end() ? known->finish(outcome) : finish(outcome);
+    const auto known = std::ranges::find(toolModes, mode, &ToolMode::name);
+    return known != toolModes.end() ? known->finish(outcome) : finish(outcome);
 }
 
 } // namespace ostrelle::simulator
