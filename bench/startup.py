@@ -1,38 +1,19 @@
 """Measures 20 warm starts of the program, and its memory and wake-ups while it idles."""
 
-import json
 import os
 import pathlib
 import signal
-import socket
 import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
+import programs
+
 STARTS = 20
 IDLE_SECONDS = 65  # two passes of the 30-second services lie in it
 TARGETS = {"median ms": 30.0, "PSS MB": 24.0, "wake-ups/s": 0.2}
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
-def make_home(directory):
-    home = pathlib.Path(directory)
-    (home / ".ostrelle").mkdir()
-    (home / ".run").mkdir(mode=0o700)
-    (home / ".ostrelle/config.json").write_text(json.dumps({
-        "gateway": {"url": "http://127.0.0.1:18789"},
-        "ports": {"status": free_port(), "voiceAgent": free_port()},
-        "voice": {"enabled": False, "venvPath": "~/.ostrelle/venv"},
-        "paths": {name: f"~/.ostrelle/{name}.json" for name in ("statusFile", "trackerFile", "cronFile")},
-    }))
-    return home
 
 
 def start(build, home):
@@ -62,18 +43,6 @@ def wakeups(pid):
     return switches
 
 
-def proportional_set_size(pid):
-    for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines():
-        if line.startswith("Pss:"):
-            return int(line.split()[1]) / 1024
-    raise SystemExit("startup: no proportional set size")
-
-
-def cpu_milliseconds(pid):
-    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
-    return (int(fields[11]) + int(fields[12])) * 1000 / os.sysconf("SC_CLK_TCK")
-
-
 def report(name, value, unit=""):
     target = TARGETS.get(name)
     verdict = "" if target is None else f"   target {target:g}: {'met' if value <= target else 'MISSED'}"
@@ -83,7 +52,7 @@ def report(name, value, unit=""):
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
     with tempfile.TemporaryDirectory() as directory:
-        home = make_home(directory)
+        home = programs.make_home(directory)
         end(start(build, home)[0])  # warms the page cache, creates the files
         times = []
         for _ in range(STARTS):
@@ -96,12 +65,12 @@ def main():
 
         program, _ = start(build, home)
         time.sleep(3)  # the first passes are over
-        before, cpu_before = wakeups(program.pid), cpu_milliseconds(program.pid)
+        before, cpu_before = wakeups(program.pid), programs.cpu_milliseconds(program.pid)
         time.sleep(IDLE_SECONDS)
         print(f"idle for {IDLE_SECONDS} s, headless, the gateway tool answering")
         report("wake-ups/s", (wakeups(program.pid) - before) / IDLE_SECONDS)
-        report("CPU ms a minute, without children", (cpu_milliseconds(program.pid) - cpu_before) * 60 / IDLE_SECONDS)
-        report("PSS MB", proportional_set_size(program.pid))
+        report("CPU ms a minute, without children", (programs.cpu_milliseconds(program.pid) - cpu_before) * 60 / IDLE_SECONDS)
+        report("PSS MB", programs.proportional_set_size(program.pid))
         end(program)
 
 

@@ -1,0 +1,208 @@
+// What the polls cost, in this process and in the tools that it runs. Usage:
+//     bench-polling GATEWAY-URL TAILSCALE-TOOL
+// in a home directory of its own, which it fills.
+
+#include "core/OstrelleConfig.h"
+#include "dashboards/AgentsTopologyViewModel.h"
+#include "dashboards/CronViewModel.h"
+#include "gateway/GatewayViewModel.h"
+#include "platform/Files.h"
+#include "platform/Paths.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <sys/resource.h>
+
+using namespace ostrelle;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int cycles = 100;
+constexpr auto cycleInterval = 200ms; // long enough for a cycle to end before the next begins
+constexpr int loads = 50;
+
+double milliseconds(const timeval &time)
+{
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+}
+
+double milliseconds(clockid_t clock)
+{
+    timespec time{};
+    ::clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+struct Cost {
+    double cpu = 0; // milliseconds
+    long switches = 0;
+
+    static Cost of(int who)
+    {
+        rusage usage{};
+        ::getrusage(who, &usage);
+        return {.cpu = milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime),
+                .switches = usage.ru_nvcsw};
+    }
+
+    Cost operator-(const Cost &earlier) const
+    {
+        return {.cpu = cpu - earlier.cpu, .switches = switches - earlier.switches};
+    }
+};
+
+void wait(std::chrono::milliseconds time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+// The longest that one turn of the event loop keeps the main thread, in CPU time and on the clock.
+class Heartbeat
+{
+public:
+    Heartbeat()
+    {
+        m_timer.callOnTimeout([this] { beat(); });
+        m_timer.start(1ms);
+        m_clock.start();
+    }
+
+    double longestCpu() const { return m_longestCpu; }
+    double longestGap() const { return m_longestGap; }
+
+private:
+    void beat()
+    {
+        const double cpu = milliseconds(CLOCK_THREAD_CPUTIME_ID);
+        m_longestCpu = std::max(m_longestCpu, cpu - m_lastCpu);
+        m_lastCpu = cpu;
+        m_longestGap = std::max(m_longestGap, static_cast<double>(m_clock.nsecsElapsed()) / 1e6);
+        m_clock.restart();
+    }
+
+    QTimer m_timer;
+    QElapsedTimer m_clock;
+    double m_lastCpu = milliseconds(CLOCK_THREAD_CPUTIME_ID);
+    double m_longestCpu = 0;
+    double m_longestGap = 0;
+};
+
+void measureGateway(const QString &url, const QString &tool)
+{
+    OstrelleConfig config = OstrelleConfig::defaults();
+    config.gateway.url = url;
+    config.save();
+    const auto measure = [&](const QStringList &tools, const char *title) {
+        GatewayViewModel gateway({.tailscale = {.tools = tools}, .pollInterval = cycleInterval});
+        wait(2 * cycleInterval); // the first cycle warms what is made once
+        const Cost own = Cost::of(RUSAGE_SELF);
+        const Cost children = Cost::of(RUSAGE_CHILDREN);
+        wait(cycles * cycleInterval);
+        const Cost ownShare = Cost::of(RUSAGE_SELF) - own;
+        const Cost childShare = Cost::of(RUSAGE_CHILDREN) - children;
+        std::printf("%s\n", title);
+        std::printf("  own CPU           %6.2f ms\n", ownShare.cpu / cycles);
+        std::printf("  children's CPU    %6.2f ms\n", childShare.cpu / cycles);
+        std::printf("  own waits         %6.1f   (voluntary context switches)\n",
+                    static_cast<double>(ownShare.switches) / cycles);
+    };
+    measure({tool}, "one gateway cycle, Tailscale installed");
+    measure({u"/nowhere/tailscale"_s}, "one gateway cycle, Tailscale missing");
+}
+
+std::string agents(int count, int round)
+{
+    std::string text = "{\"agents\":{";
+    for (int i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        text += (i > 0 ? ",\"agent-" : "\"agent-") + number +
+                R"(":{"status":"active","activity":")" + "step " + std::to_string(i + round) +
+                R"( of the work","model":"m-1","progress":)" + std::to_string((i + round) % 100) +
+                "}";
+    }
+    return text + "}}";
+}
+
+std::string jobs(int count, int round)
+{
+    std::string text = "{\"jobs\":[";
+    for (int i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        text +=
+            (i > 0 ? "," : "") + (R"({"id":"job-)" + number) + R"(","name":"Job )" + number +
+            R"(","schedule":"0 9 * * *","status":"ok","enabled":true,"lastRun":"2026-01-01","payload":")" +
+            std::to_string(i + round) + "\"}";
+    }
+    return text + "]}";
+}
+
+// Loads until nothing is under way; the models' own polls may join in.
+template<typename Model>
+void load(Model &model)
+{
+    model.load();
+    QEventLoop loop;
+    QObject::connect(&model, &DashboardModel::isLoadingChanged, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+template<typename Model>
+void measureLoads(const char *title, QString (Model::*file)() const, int count,
+                  std::string (*document)(int count, int round))
+{
+    const std::array documents = {document(count, 0), document(count, 1)};
+    Model model;
+    const QString path = (model.*file)();
+    static_cast<void>(writeInPlace(path, documents[0]));
+    load(model);
+    const auto measure = [&](const char *kind, bool isChanging) {
+        double cpu = 0;
+        const Heartbeat heartbeat;
+        for (int i = 1; i <= loads; ++i) {
+            if (isChanging) {
+                static_cast<void>(writeInPlace(path, documents[static_cast<std::size_t>(i % 2)]));
+            }
+            const Cost before = Cost::of(RUSAGE_SELF);
+            load(model);
+            cpu += (Cost::of(RUSAGE_SELF) - before).cpu;
+        }
+        std::printf("  %-9s %7.2f ms CPU a load; main thread at once: %5.2f ms CPU, %5.2f ms on "
+                    "the clock\n",
+                    kind, cpu / loads, heartbeat.longestCpu(), heartbeat.longestGap());
+    };
+    std::printf("%s, %d entries, %.0f KB\n", title, count,
+                static_cast<double>(documents[0].size()) / 1024);
+    measure("equal", false);
+    measure("changed", true);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: bench-polling GATEWAY-URL TAILSCALE-TOOL\n");
+        return 2;
+    }
+    QDir(homeDirectory()).mkpath(u".ostrelle"_s);
+    measureGateway(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]));
+    for (const int count : {500, 5000}) {
+        measureLoads<AgentsTopologyViewModel>("agents", &AgentsTopologyViewModel::statusFilePath,
+                                              count, &agents);
+        measureLoads<CronViewModel>("cron jobs", &CronViewModel::cronFilePath, count, &jobs);
+    }
+    return 0;
+}
