@@ -1,5 +1,6 @@
 #include "core/ProjectTracking.h"
 
+#include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Paths.h"
 
@@ -27,14 +28,6 @@ QStringList candidateScripts()
     return scripts;
 }
 
-QProcessEnvironment scriptEnvironment()
-{
-    QProcessEnvironment environment;
-    environment.insert(u"PATH"_s, u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s);
-    environment.insert(u"HOME"_s, homeDirectory());
-    return environment;
-}
-
 } // namespace
 
 void enableProjectTrackingSkill()
@@ -46,7 +39,7 @@ void enableProjectTrackingSkill()
         return;
     }
     static_cast<void>(runChild(
-        {.program = u"/bin/bash"_s, .arguments = {*script}, .environment = scriptEnvironment()},
+        {.program = u"/bin/bash"_s, .arguments = {*script}, .environment = toolEnvironment()},
         {.capture = Capture::Nothing}));
 }
 

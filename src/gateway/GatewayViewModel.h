@@ -41,10 +41,8 @@ class GatewayViewModel : public QObject
     Q_PROPERTY(bool tokenRejected READ tokenRejected NOTIFY tokenRejectedChanged)
     Q_PROPERTY(bool isResettingToken READ isResettingToken NOTIFY isResettingTokenChanged)
     Q_PROPERTY(QString gatewayURL READ gatewayURL WRITE setGatewayURL NOTIFY gatewayURLChanged)
-    Q_PROPERTY(bool useMagicDNS READ useMagicDNS WRITE setUseMagicDNS NOTIFY useMagicDNSChanged
-                   BINDABLE bindableUseMagicDNS)
-    Q_PROPERTY(
-        QString magicDNSURL READ magicDNSURL NOTIFY magicDNSURLChanged BINDABLE bindableMagicDNSURL)
+    Q_PROPERTY(bool useMagicDNS READ useMagicDNS WRITE setUseMagicDNS NOTIFY useMagicDNSChanged)
+    Q_PROPERTY(QString magicDNSURL READ magicDNSURL NOTIFY magicDNSURLChanged)
     Q_PROPERTY(QString preferredURL READ preferredURL NOTIFY preferredURLChanged)
 
 public:
@@ -88,11 +86,9 @@ public:
     // Offer other devices the MagicDNS address. Every write is stored in the preferences.
     bool useMagicDNS() const { return m_useMagicDNS; }
     void setUseMagicDNS(bool use);
-    QBindable<bool> bindableUseMagicDNS() { return &m_useMagicDNS; }
 
     // Once known it is kept for the run.
     QString magicDNSURL() const { return m_magicDNSURL; }
-    QBindable<QString> bindableMagicDNSURL() { return &m_magicDNSURL; }
 
     // The URL by which other devices reach this machine's gateway.
     QString preferredURL() const { return m_preferredURL; }

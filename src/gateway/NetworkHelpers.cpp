@@ -1,10 +1,10 @@
 #include "gateway/NetworkHelpers.h"
 
+#include "core/ToolEnvironment.h"
 #include "gateway/LanAddress.h"
 #include "gateway/Utf8.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 
 #include <algorithm>
 
@@ -23,9 +23,7 @@ QString quoted(QString text)
 
 QProcessEnvironment fixedEnvironment()
 {
-    QProcessEnvironment environment;
-    environment.insert(u"PATH"_s, u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s);
-    environment.insert(u"HOME"_s, homeDirectory());
+    QProcessEnvironment environment = toolEnvironment();
     environment.insert(u"__CFBundleIdentifier"_s, u""_s);
     return environment;
 }

@@ -1,5 +1,6 @@
 #include "core/ExpandPath.h"
 #include "core/KeychainHelper.h"
+#include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "platform/Terminal.h"
@@ -94,14 +95,12 @@ void SetupManager::GatewayInstallation::installFrom(const QString &installer) co
 // So that the installer's own sudo finds fresh credentials.
 void SetupManager::GatewayInstallation::primeSudo() const
 {
-    QProcessEnvironment environment;
-    environment.insert(u"PATH"_s, sudoSearchPath);
-    environment.insert(u"HOME"_s, homeDirectory());
     const QString command =
         u"echo '"_s + escapedPassword(password) + u"' | sudo -S -v 2>/dev/null"_s;
-    static_cast<void>(runChild(
-        {.program = u"/bin/bash"_s, .arguments = {u"-c"_s, command}, .environment = environment},
-        {.capture = Capture::Nothing}));
+    static_cast<void>(runChild({.program = u"/bin/bash"_s,
+                                .arguments = {u"-c"_s, command},
+                                .environment = toolEnvironment(sudoSearchPath)},
+                               {.capture = Capture::Nothing}));
 }
 
 void SetupManager::GatewayInstallation::report(const ChildResult &result, bool sudoFailed) const

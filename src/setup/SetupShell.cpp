@@ -1,8 +1,8 @@
 #include "setup/SetupShell.h"
 
+#include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 
 namespace ostrelle
 {
@@ -29,11 +29,7 @@ QString timedOut(std::chrono::milliseconds timeout)
 
 QProcessEnvironment shellEnvironment()
 {
-    QProcessEnvironment environment;
-    environment.insert(u"PATH"_s,
-                       u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"_s);
-    environment.insert(u"HOME"_s, homeDirectory());
-    return environment;
+    return toolEnvironment(toolSearchPath() + u":/usr/sbin:/sbin"_s);
 }
 
 ShellResult runShell(const QString &command, std::optional<std::chrono::milliseconds> timeout)

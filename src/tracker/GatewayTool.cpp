@@ -1,8 +1,8 @@
 #include "tracker/GatewayTool.h"
 
+#include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "platform/Paths.h"
 
 #include <QStringDecoder>
 
@@ -18,14 +18,6 @@ namespace
 
 // Far beyond any list of sessions or jobs.
 constexpr qsizetype maxOutputBytes = qsizetype{16} * 1024 * 1024;
-
-QProcessEnvironment toolEnvironment()
-{
-    QProcessEnvironment environment;
-    environment.insert(u"PATH"_s, u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s);
-    environment.insert(u"HOME"_s, homeDirectory());
-    return environment;
-}
 
 QString decodeUtf8(const QByteArray &bytes)
 {

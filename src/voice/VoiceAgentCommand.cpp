@@ -1,6 +1,7 @@
 #include "voice/VoiceAgentCommand.h"
 
 #include "core/ExpandPath.h"
+#include "core/ToolEnvironment.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 
@@ -42,10 +43,8 @@ QString findScript(const QString &venv, const std::optional<QString> &resources)
 
 QProcessEnvironment environmentFor(const QString &venv)
 {
-    QProcessEnvironment environment;
-    environment.insert(u"PATH"_s,
-                       absolute(venv) + u"/bin:/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s);
-    environment.insert(u"HOME"_s, homeDirectory());
+    QProcessEnvironment environment =
+        toolEnvironment(absolute(venv) + u"/bin:"_s + toolSearchPath());
     environment.insert(u"PYTHONUNBUFFERED"_s, u"1"_s);
     environment.insert(u"OSTRELLE_DATA"_s, homeDirectory() + u"/.ostrelle/data"_s);
     return environment;
