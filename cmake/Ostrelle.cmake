@@ -35,6 +35,8 @@ function(ostrelle_library name)
         DEFINE_SYMBOL ""
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
     target_link_libraries(${name} PUBLIC ostrelle_options ${arg_LINK})
+    # What a library defines itself is not looked up by name at every start.
+    target_link_options(${name} PRIVATE LINKER:-Bsymbolic)
     qt_extract_metatypes(${name})
 endfunction()
 
