@@ -1,5 +1,7 @@
 #include "gateway/StandInGateway.h"
 
+#include <QSslSocket>
+
 namespace
 {
 
@@ -19,6 +21,18 @@ bool isWhole(const QByteArray &received)
 } // namespace
 
 StandInGateway::StandInGateway(const QHostAddress &address, quint16 port)
+    : StandInGateway(std::nullopt, address, port)
+{
+}
+
+StandInGateway::StandInGateway(const QSslConfiguration &tls)
+    : StandInGateway(tls, QHostAddress::LocalHost, 0)
+{
+}
+
+StandInGateway::StandInGateway(std::optional<QSslConfiguration> tls, const QHostAddress &address,
+                               quint16 port)
+    : m_tls(std::move(tls))
 {
     connect(this, &QTcpServer::newConnection, this, &StandInGateway::accept);
     if (!listen(address, port)) {
@@ -39,7 +53,9 @@ QByteArray StandInGateway::redirectTo(const QString &url)
 
 QString StandInGateway::url() const
 {
-    return QStringLiteral("http://%1:%2").arg(serverAddress().toString()).arg(serverPort());
+    return QStringLiteral("%1://%2:%3")
+        .arg(m_tls ? QStringLiteral("https") : QStringLiteral("http"), serverAddress().toString())
+        .arg(serverPort());
 }
 
 void StandInGateway::answer(const QByteArray &path, const QByteArray &response)
@@ -56,6 +72,19 @@ QList<QByteArray> StandInGateway::requests(const QByteArray &path) const
         }
     }
     return wanted;
+}
+
+void StandInGateway::incomingConnection(qintptr descriptor)
+{
+    if (!m_tls) {
+        QTcpServer::incomingConnection(descriptor);
+        return;
+    }
+    auto *const client = new QSslSocket(this);
+    client->setSslConfiguration(*m_tls);
+    client->setSocketDescriptor(descriptor);
+    client->startServerEncryption();
+    addPendingConnection(client);
 }
 
 void StandInGateway::accept()

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QHash>
+#include <QSslConfiguration>
 #include <QTcpServer>
 #include <QTcpSocket>
+
+#include <optional>
 
 // An HTTP server on this machine that answers as a test says, byte for byte.
 class StandInGateway : public QTcpServer
@@ -10,6 +13,8 @@ class StandInGateway : public QTcpServer
 public:
     explicit StandInGateway(const QHostAddress &address = QHostAddress::LocalHost,
                             quint16 port = 0);
+    // One that speaks TLS.
+    explicit StandInGateway(const QSslConfiguration &tls);
 
     static QByteArray response(int status, const QByteArray &body = {},
                                const QByteArray &headers = {});
@@ -32,11 +37,17 @@ public:
     // The clients that have not hung up.
     qsizetype clientCount() const { return findChildren<QTcpSocket *>().size(); }
 
+protected:
+    void incomingConnection(qintptr descriptor) override;
+
 private:
+    StandInGateway(std::optional<QSslConfiguration> tls, const QHostAddress &address, quint16 port);
+
     void accept();
     void receive(QTcpSocket *client);
     void keepFlooding(QTcpSocket *client);
 
+    const std::optional<QSslConfiguration> m_tls;
     QHash<QByteArray, QByteArray> m_answers;
     QByteArray m_flood;
     QList<QByteArray> m_requests;

@@ -1,7 +1,14 @@
 #include "core/HttpClient.h"
 #include "gateway/StandInGateway.h"
 
+#include <QFile>
 #include <QNetworkProxy>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace ostrelle;
@@ -98,6 +105,43 @@ private Q_SLOTS:
         QCOMPARE(ask(u"file:///etc/passwd"_s).error(), u"Unsupported URL."_s);
     }
 
+    void trustsWhomTheSystemTrusts_data()
+    {
+        QTest::addColumn<bool>("known");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("trusted");
+
+        QTest::newRow("known authority") << true << u"IP:127.0.0.1"_s << true;
+        QTest::newRow("unknown authority") << false << u"IP:127.0.0.1"_s << false;
+        QTest::newRow("somebody else's name") << true << u"DNS:gateway.invalid"_s << false;
+    }
+    void trustsWhomTheSystemTrusts()
+    {
+        QFETCH(bool, known);
+        QFETCH(QString, name);
+        QFETCH(bool, trusted);
+        const QTemporaryDir files;
+        const QSslCertificate certificate = makeCertificate(files.path(), name);
+        QVERIFY(!certificate.isNull());
+        const auto restored = qScopeGuard([before = QSslConfiguration::defaultConfiguration()] {
+            QSslConfiguration::setDefaultConfiguration(before);
+        });
+        QSslConfiguration server = QSslConfiguration::defaultConfiguration();
+        server.setLocalCertificate(certificate);
+        server.setPrivateKey(keyIn(files.path()));
+        if (known) {
+            QSslConfiguration client = QSslConfiguration::defaultConfiguration();
+            client.addCaCertificate(certificate);
+            QSslConfiguration::setDefaultConfiguration(client);
+        }
+        StandInGateway gateway(server);
+        gateway.answer("/a", StandInGateway::response(200, "there"));
+
+        const HttpResult answer = ask(gateway.url() + u"/a"_s);
+        QCOMPARE(answer.has_value(), trusted);
+        QCOMPARE(gateway.requestCount(), trusted ? 1 : 0); // nobody else gets to see a token
+    }
+
     void goesPastProxies()
     {
         const StandInGateway proxy;
@@ -128,6 +172,24 @@ private Q_SLOTS:
     }
 
 private:
+    // A certificate that signs itself.
+    static QSslCertificate makeCertificate(const QString &directory, const QString &name)
+    {
+        QProcess openssl;
+        openssl.start(u"openssl"_s,
+                      {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-subj"_s,
+                       u"/CN=gateway"_s, u"-addext"_s, u"subjectAltName="_s + name, u"-keyout"_s,
+                       directory + u"/key.pem"_s, u"-out"_s, directory + u"/certificate.pem"_s});
+        openssl.waitForFinished();
+        return QSslCertificate::fromPath(directory + u"/certificate.pem"_s).value(0);
+    }
+
+    static QSslKey keyIn(const QString &directory)
+    {
+        QFile file(directory + u"/key.pem"_s);
+        return file.open(QFile::ReadOnly) ? QSslKey(&file, QSsl::Rsa) : QSslKey();
+    }
+
     static HttpResult ask(const QString &url, std::chrono::milliseconds deadline = 4s)
     {
         HttpClient client;
