@@ -2,6 +2,7 @@
 //     bench-polling GATEWAY-URL TAILSCALE-TOOL
 // in a home directory of its own, which it fills.
 
+#include "Turns.h"
 #include "core/OstrelleConfig.h"
 #include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/CronViewModel.h"
@@ -11,13 +12,10 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QEventLoop>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
 #include <sys/resource.h>
 
 using namespace ostrelle;
@@ -36,13 +34,6 @@ double milliseconds(const timeval &time)
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
 }
 
-double milliseconds(clockid_t clock)
-{
-    timespec time{};
-    ::clock_gettime(clock, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
-
 struct Cost {
     double cpu = 0; // milliseconds
     long switches = 0;
@@ -59,44 +50,6 @@ struct Cost {
     {
         return {.cpu = cpu - earlier.cpu, .switches = switches - earlier.switches};
     }
-};
-
-void wait(std::chrono::milliseconds time)
-{
-    QEventLoop loop;
-    QTimer::singleShot(time, Qt::PreciseTimer, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-// The longest that one turn of the event loop keeps the main thread, in CPU time and on the clock.
-class Heartbeat
-{
-public:
-    Heartbeat()
-    {
-        m_timer.callOnTimeout([this] { beat(); });
-        m_timer.start(1ms);
-        m_clock.start();
-    }
-
-    double longestCpu() const { return m_longestCpu; }
-    double longestGap() const { return m_longestGap; }
-
-private:
-    void beat()
-    {
-        const double cpu = milliseconds(CLOCK_THREAD_CPUTIME_ID);
-        m_longestCpu = std::max(m_longestCpu, cpu - m_lastCpu);
-        m_lastCpu = cpu;
-        m_longestGap = std::max(m_longestGap, static_cast<double>(m_clock.nsecsElapsed()) / 1e6);
-        m_clock.restart();
-    }
-
-    QTimer m_timer;
-    QElapsedTimer m_clock;
-    double m_lastCpu = milliseconds(CLOCK_THREAD_CPUTIME_ID);
-    double m_longestCpu = 0;
-    double m_longestGap = 0;
 };
 
 void measureGateway(const QString &url, const QString &tool)
