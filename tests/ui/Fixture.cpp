@@ -4,6 +4,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/SecretStore.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
@@ -168,6 +169,21 @@ QString Fixture::scan(const QString &image)
     const auto scanner =
         runChild({.program = u"zbarimg"_s, .arguments = {u"--quiet"_s, u"--raw"_s, image}});
     return scanner ? QString::fromUtf8(scanner->output).trimmed() : scanner.error().text;
+}
+
+QVariantMap Fixture::accessible(QObject *item)
+{
+    QAccessible::setActive(true);
+    QAccessibleInterface *const interface = QAccessible::queryAccessibleInterface(item);
+    const QVariantMap told{{u"name"_s, interface->text(QAccessible::Name)},
+                           {u"value"_s, interface->text(QAccessible::Value)},
+                           {u"isPassword"_s, interface->state().passwordEdit != 0},
+                           {u"text"_s, interface->textInterface() == nullptr
+                                           ? QString()
+                                           : interface->textInterface()->text(0, 100)},
+                           {u"isReachable"_s, interface->parent()->indexOfChild(interface) >= 0}};
+    QAccessible::setActive(false);
+    return told;
 }
 
 QString Fixture::clipboard()
