@@ -140,6 +140,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(home.voiceStatus().contains("\"muted\": false"),
                                  patienceMilliseconds);
         QVERIFY(XSession::waitForIcon());
+        XSession::useLayouts(u"us,fr"_s);
+        XSession::press(u"super+shift+semicolon"_s); // an m only in the layout that is not in use
         XSession::press(u"super+shift+m"_s);
         QTRY_VERIFY_WITH_TIMEOUT(home.voiceStatus().contains("\"muted\": true"),
                                  patienceMilliseconds);
