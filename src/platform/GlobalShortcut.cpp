@@ -23,9 +23,7 @@ KeySym latinSymbol(Display *display, unsigned int keycode, int group)
     const auto symbol = [&](int ofGroup) {
         return XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), ofGroup, 0);
     };
-    const auto isLatin = [](KeySym symbol) {
-        return symbol >= XK_space && symbol <= XK_ydiaeresis;
-    };
+    const auto isLatin = [](KeySym given) { return given >= XK_space && given <= XK_ydiaeresis; };
     KeySym found = symbol(group);
     for (int other = 0; other < XkbNumKbdGroups && !isLatin(found); ++other) {
         found = symbol(other);

@@ -13,6 +13,12 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+bool holdsSecret(const QObject *object)
+{
+    const QVariant echoMode = object == nullptr ? QVariant() : object->property("echoMode");
+    return echoMode.isValid() && echoMode.toInt() != 0; // 0 shows what is typed
+}
+
 class FieldInterface : public QAccessibleObject,
                        public QAccessibleActionInterface,
                        public QAccessibleTextInterface
@@ -75,7 +81,7 @@ public:
         state.selectableText = true;
         state.readOnly = field()->property("readOnly").toBool();
         state.editable = !state.readOnly;
-        state.passwordEdit = field()->property("echoMode").toInt() != 0; // 0 shows what is typed
+        state.passwordEdit = holdsSecret(field());
         return state;
     }
 
@@ -157,11 +163,26 @@ QAccessibleInterface *makeInterface(const QString &className, QObject *object)
     return field == nullptr ? nullptr : new FieldInterface(field); // Qt owns it
 }
 
+void tellOf(QAccessibleEvent *event)
+{
+    if (!tellsSecret(*event)) {
+        QAccessible::installUpdateHandler(nullptr); // to the platform, not here again
+        QAccessible::updateAccessibility(event);
+        QAccessible::installUpdateHandler(&tellOf);
+    }
+}
+
 } // namespace
+
+bool tellsSecret(const QAccessibleEvent &event)
+{
+    return event.type() == QAccessible::TextUpdated && holdsSecret(event.object());
+}
 
 void installFieldAccessibility()
 {
     QAccessible::installFactory(&makeInterface);
+    QAccessible::installUpdateHandler(&tellOf);
 }
 
 } // namespace ostrelle

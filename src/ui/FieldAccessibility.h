@@ -1,5 +1,7 @@
 #pragma once
 
+class QAccessibleEvent;
+
 namespace ostrelle
 {
 
@@ -8,5 +10,8 @@ namespace ostrelle
 // gives such a field no name. What a field is called is its property `accessibleName`. Before the
 // first field is made; main thread only.
 void installFieldAccessibility();
+
+// Whether the event carries what a secret field holds or held. Such events are told to nobody.
+bool tellsSecret(const QAccessibleEvent &event);
 
 } // namespace ostrelle

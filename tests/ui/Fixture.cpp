@@ -3,6 +3,7 @@
 #include "core/KeychainHelper.h"
 #include "platform/ChildProcess.h"
 #include "platform/SecretStore.h"
+#include "ui/FieldAccessibility.h"
 
 #include <QAccessible>
 #include <QClipboard>
@@ -173,17 +174,14 @@ QString Fixture::scan(const QString &image)
 
 QVariantMap Fixture::accessible(QObject *item)
 {
-    QAccessible::setActive(true);
     QAccessibleInterface *const interface = QAccessible::queryAccessibleInterface(item);
-    const QVariantMap told{{u"name"_s, interface->text(QAccessible::Name)},
-                           {u"value"_s, interface->text(QAccessible::Value)},
-                           {u"isPassword"_s, interface->state().passwordEdit != 0},
-                           {u"text"_s, interface->textInterface() == nullptr
-                                           ? QString()
-                                           : interface->textInterface()->text(0, 100)},
-                           {u"isReachable"_s, interface->parent()->indexOfChild(interface) >= 0}};
-    QAccessible::setActive(false);
-    return told;
+    const QAccessibleTextUpdateEvent change(item, 0, u"before"_s, u"after"_s);
+    return {{u"hearsChanges"_s, !tellsSecret(change)},
+            {u"name"_s, interface->text(QAccessible::Name)},
+            {u"value"_s, interface->text(QAccessible::Value)},
+            {u"isPassword"_s, interface->state().passwordEdit != 0},
+            {u"text"_s, interface->textInterface()->text(0, 100)},
+            {u"isReachable"_s, interface->parent()->indexOfChild(interface) >= 0}};
 }
 
 QString Fixture::clipboard()

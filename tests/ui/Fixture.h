@@ -68,7 +68,7 @@ public:
     // What a scanner reads from an image.
     Q_INVOKABLE static QString scan(const QString &image);
 
-    // What assistive technology is told of an item, while it is told anything.
+    // What assistive technology is told of a field.
     Q_INVOKABLE static QVariantMap accessible(QObject *item);
 
     // What is on the clipboard.

@@ -67,7 +67,7 @@ TestCase {
         verify(fixture.clipboard() !== "s3cret");
         const told = fixture.accessible(field);
         compare(told.name, "Paste gateway token");
-        verify(told.isPassword && told.isReachable);
+        verify(told.isPassword && told.isReachable && !told.hearsChanges);
         compare([told.value, told.text], [field.displayText, field.displayText]);
         verify(!field.displayText.includes("s"));
     }
