@@ -53,13 +53,6 @@ TestCase {
         tryCompare(button, "symbol", "doc.on.doc");
     }
 
-    function test_keyboardPressesButtons() {
-        const button = createTemporaryObject(copyButton, test);
-        button.forceActiveFocus();
-        keyClick(Qt.Key_Return);
-        compare(button.symbol, "checkmark");
-    }
-
     function test_secretsStayInTheirField() {
         const field = createTemporaryObject(secretField, test, {text: "s3cret"});
         field.selectAll();

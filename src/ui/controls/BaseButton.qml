@@ -9,7 +9,7 @@ T.AbstractButton {
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Accessible.name: button.text
-    Keys.forwardTo: keys
+    Keys.forwardTo: [keys]
 
     ButtonKeys {
         id: keys

@@ -19,7 +19,7 @@ T.Switch {
     opacity: control.enabled ? 1 : 0.45
     Accessible.name: control.text
     Accessible.description: control.caption
-    Keys.forwardTo: keys
+    Keys.forwardTo: [keys]
 
     ButtonKeys {
         id: keys
