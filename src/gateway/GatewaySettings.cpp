@@ -2,9 +2,11 @@
 
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
+#include "core/WhenDone.h"
 #include "platform/LoginItem.h"
 #include "platform/Preferences.h"
 
+#include <memory>
 #include <utility>
 
 namespace ostrelle
@@ -48,17 +50,21 @@ GatewaySettings::GatewaySettings(QStringList toolPaths, QObject *parent)
 
 void GatewaySettings::setLaunchAtLogin(bool launch)
 {
-    LoginItem item;
     // Shown as asked for first, so that a view sees the change being taken back.
     m_launchAtLogin = launch;
-    static_cast<void>(launch ? item.enable() : item.disable());
-    m_launchAtLogin = item.isEnabled();
+    const auto holds = std::make_shared<bool>();
+    const auto change = [launch, holds] {
+        LoginItem item;
+        static_cast<void>(launch ? item.enable() : item.disable());
+        *holds = item.isEnabled();
+    };
+    whenDone(m_writes.run(change), this, [this, holds] { m_launchAtLogin = *holds; });
 }
 
 void GatewaySettings::setAutoStartVoice(bool start)
 {
     m_autoStartVoice = start;
-    Preferences().set(autoStartVoiceKey, start);
+    store(autoStartVoiceKey, start);
 }
 
 void GatewaySettings::setProjectTrackingEnabled(bool enabled)
@@ -67,7 +73,7 @@ void GatewaySettings::setProjectTrackingEnabled(bool enabled)
         return;
     }
     m_projectTrackingEnabled = enabled;
-    Preferences().set(projectTrackingKey, enabled);
+    store(projectTrackingKey, enabled);
     if (enabled) {
         m_trackingWork.run(&enableTracking);
     } else {
@@ -79,8 +85,14 @@ void GatewaySettings::setGeminiAPIKey(const QString &key)
 {
     if (m_geminiAPIKey != key) {
         m_geminiAPIKey = key;
-        Preferences().set(geminiAPIKeyKey, key);
+        store(geminiAPIKeyKey, key);
     }
+}
+
+template<typename Value>
+void GatewaySettings::store(const QString &key, const Value &value)
+{
+    m_writes.run([key, value] { Preferences().set(key, value); });
 }
 
 QString GatewaySettings::geminiKeyPage()

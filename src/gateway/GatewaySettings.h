@@ -9,8 +9,8 @@
 namespace ostrelle
 {
 
-// The preferences on the gateway's settings screen. Every write is stored at once. Main thread
-// only.
+// The preferences on the gateway's settings screen. Every write is stored at once, in the
+// background. Main thread only.
 class GatewaySettings : public QObject
 {
     Q_OBJECT
@@ -53,7 +53,11 @@ Q_SIGNALS:
     void geminiAPIKeyChanged();
 
 private:
+    template<typename Value>
+    void store(const QString &key, const Value &value);
+
     const QStringList m_toolPaths;
+    WorkInOrder m_writes;
     WorkInOrder m_trackingWork;
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_launchAtLogin, false,

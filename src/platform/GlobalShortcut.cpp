@@ -13,6 +13,26 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+// What the key gives without modifiers in the layout in use; where that is not Latin, in the first
+// of the user's layouts that is: the key stays the same while a Cyrillic one is in use.
+KeySym latinSymbol(Display *display, unsigned int keycode, int group)
+{
+    const auto symbol = [&](int ofGroup) {
+        return XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), ofGroup, 0);
+    };
+    const auto isLatin = [](KeySym given) { return given >= XK_space && given <= XK_ydiaeresis; };
+    KeySym found = symbol(group);
+    for (int other = 0; other < XkbNumKbdGroups && !isLatin(found); ++other) {
+        found = symbol(other);
+    }
+    return found;
+}
+
+} // namespace
+
 std::unique_ptr<GlobalShortcut> GlobalShortcut::listen()
 {
     std::unique_ptr<GlobalShortcut> shortcut(new GlobalShortcut);
@@ -66,14 +86,9 @@ void GlobalShortcut::handle(_XEvent &event)
 bool GlobalShortcut::isShortcut(unsigned int keycode) const
 {
     Display *const display = m_connection->display();
-    // In any of the user's layouts: the key stays the same while a Cyrillic one is in use.
-    bool isM = false;
-    for (unsigned int group = 0; group < XkbNumKbdGroups; ++group) {
-        isM |= XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), static_cast<int>(group),
-                                  0) == XK_m;
-    }
     XkbStateRec state{};
-    if (!isM || XkbGetState(display, XkbUseCoreKbd, &state) != Success) {
+    if (XkbGetState(display, XkbUseCoreKbd, &state) != Success ||
+        latinSymbol(display, keycode, state.group) != XK_m) {
         return false;
     }
     const unsigned int super = XkbKeysymToModifiers(display, XK_Super_L);

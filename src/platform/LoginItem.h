@@ -5,8 +5,8 @@
 namespace ostrelle
 {
 
-// Starting with the user's desktop session: the program's entry in the autostart folder. Main
-// thread only.
+// Starting with the user's desktop session: the program's entry in the autostart folder. Any
+// thread, one at a time.
 class LoginItem
 {
 public:

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <mutex>
 
 namespace ostrelle
 {
@@ -58,11 +59,19 @@ QVariantHash contentOf(const QSettings &settings)
     return content;
 }
 
+// A write reads the file first: without this, one of two at a time would be lost.
+std::mutex &writes()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
 // QSettings reports success on a full disk and leaves a cut file. So the new content is written
 // beside the old one, read back, and takes its place only when nothing is missing.
 template<typename Change>
 bool rewrite(const QString &preferences, Change change)
 {
+    const std::scoped_lock lock(writes());
     if (!isReadable(preferences)) {
         return false;
     }

@@ -8,8 +8,8 @@ namespace ostrelle
 {
 
 // The user's preferences: ai.duskrell.ostrelle.conf in the user's configuration directory, an INI
-// file. Every call reads or writes the file, so that all users of it see the same. Main thread
-// only.
+// file. Every call reads or writes the file, so that all users of it see the same. Any thread;
+// writes wait for each other.
 class Preferences
 {
 public:

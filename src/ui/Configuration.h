@@ -1,8 +1,9 @@
 #pragma once
 
-#include "core/OstrelleConfig.h"
+#include "gateway/WorkInOrder.h"
 
 #include <QObject>
+#include <QProperty>
 #include <QtQml/qqmlregistration.h>
 
 namespace ostrelle
@@ -13,17 +14,33 @@ class Configuration : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    QML_SINGLETON
+    Q_PROPERTY(
+        QString watchedURL READ watchedURL WRITE setWatchedURL NOTIFY watchedURLChanged REQUIRED)
+    Q_PROPERTY(QString gatewayURL READ gatewayURL NOTIFY gatewayURLChanged)
 
 public:
     using QObject::QObject;
 
-    // The base URL of the configured gateway, loaded afresh. The argument is what the gateway
-    // monitor watches: a binding that names it loads again whenever that changes.
-    Q_INVOKABLE static QString gatewayURL(const QString & /*watched*/)
-    {
-        return OstrelleConfig::load().gateway.url;
-    }
+    // The base URL that the gateway monitor watches. The file is loaded again when it changes.
+    QString watchedURL() const { return m_watchedURL; }
+    void setWatchedURL(const QString &url);
+
+    // The base URL of the configured gateway; the watched one until the file was loaded.
+    QString gatewayURL() const { return m_gatewayURL; }
+
+Q_SIGNALS:
+    void watchedURLChanged();
+    void gatewayURLChanged();
+
+private:
+    void load();
+
+    WorkInOrder m_loads;
+
+    Q_OBJECT_BINDABLE_PROPERTY(Configuration, QString, m_watchedURL,
+                               &Configuration::watchedURLChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(Configuration, QString, m_gatewayURL,
+                               &Configuration::gatewayURLChanged)
 };
 
 } // namespace ostrelle

@@ -6,9 +6,7 @@
 #include "ui/Quit.h"
 
 #include <QClipboard>
-#include <QDesktopServices>
 #include <QGuiApplication>
-#include <QUrl>
 
 namespace ostrelle
 {
@@ -20,7 +18,7 @@ void Desktop::copy(const QString &text)
 
 void Desktop::openPage(const QString &url)
 {
-    QDesktopServices::openUrl(QUrl(url));
+    userInitiatedPool().start([url] { openWithDesktop(url); });
 }
 
 void Desktop::openIfThere(const QString &file)

@@ -1,6 +1,7 @@
 #include "ui/Panel.h"
 
 #include "platform/Preferences.h"
+#include "ui/FieldAccessibility.h"
 #include "ui/QmlTypes.h"
 #include "ui/SymbolProvider.h"
 
@@ -52,6 +53,7 @@ Panel::~Panel()
 
 void Panel::load(const Models &models)
 {
+    installFieldAccessibility();
     QQmlEngine *const engine = m_view.engine();
     engine->addImportPath(u"qrc:/qt/qml"_s);
     engine->addImageProvider(QString::fromLatin1(SymbolProvider::name),

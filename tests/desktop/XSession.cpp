@@ -129,3 +129,8 @@ void XSession::type(const QString &text)
 {
     run(u"xdotool"_s, {u"type"_s, text});
 }
+
+void XSession::useLayouts(const QString &layouts)
+{
+    run(u"setxkbmap"_s, {layouts});
+}

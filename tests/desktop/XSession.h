@@ -30,6 +30,8 @@ public:
     static void click(QPoint place);
     static void press(const QString &key); // for instance "Escape", "super+shift+m"
     static void type(const QString &text);
+    // The keyboard's layouts, as "us,fr"; the first one is in use.
+    static void useLayouts(const QString &layouts);
 
 private:
     QProcess m_server;

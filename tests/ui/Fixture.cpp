@@ -3,7 +3,9 @@
 #include "core/KeychainHelper.h"
 #include "platform/ChildProcess.h"
 #include "platform/SecretStore.h"
+#include "ui/FieldAccessibility.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
@@ -168,6 +170,18 @@ QString Fixture::scan(const QString &image)
     const auto scanner =
         runChild({.program = u"zbarimg"_s, .arguments = {u"--quiet"_s, u"--raw"_s, image}});
     return scanner ? QString::fromUtf8(scanner->output).trimmed() : scanner.error().text;
+}
+
+QVariantMap Fixture::accessible(QObject *item)
+{
+    QAccessibleInterface *const interface = QAccessible::queryAccessibleInterface(item);
+    const QAccessibleTextUpdateEvent change(item, 0, u"before"_s, u"after"_s);
+    return {{u"hearsChanges"_s, !tellsSecret(change)},
+            {u"name"_s, interface->text(QAccessible::Name)},
+            {u"value"_s, interface->text(QAccessible::Value)},
+            {u"isPassword"_s, interface->state().passwordEdit != 0},
+            {u"text"_s, interface->textInterface()->text(0, 100)},
+            {u"isReachable"_s, interface->parent()->indexOfChild(interface) >= 0}};
 }
 
 QString Fixture::clipboard()

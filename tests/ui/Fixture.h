@@ -68,6 +68,9 @@ public:
     // What a scanner reads from an image.
     Q_INVOKABLE static QString scan(const QString &image);
 
+    // What assistive technology is told of a field.
+    Q_INVOKABLE static QVariantMap accessible(QObject *item);
+
     // What is on the clipboard.
     Q_INVOKABLE static QString clipboard();
 

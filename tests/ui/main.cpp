@@ -1,3 +1,4 @@
+#include "ui/FieldAccessibility.h"
 #include "ui/Fixture.h"
 #include "ui/SymbolProvider.h"
 
@@ -18,6 +19,7 @@ public Q_SLOTS:
 
     void qmlEngineAvailable(QQmlEngine *engine)
     {
+        ostrelle::installFieldAccessibility();
         engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
         engine->addImageProvider(QString::fromLatin1(ostrelle::SymbolProvider::name),
                                  new ostrelle::SymbolProvider); // the engine owns it

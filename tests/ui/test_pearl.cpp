@@ -213,9 +213,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QSizeF>("size");
         QTest::addColumn<double>("ratio");
-        QTest::newRow("tray of 16") << QSizeF(16, 16) << 1.0;
         QTest::newRow("one and a half") << QSizeF(18, 18) << 1.5;
-        QTest::newRow("doubled") << QSizeF(22, 22) << 2.0;
         QTest::newRow("wider than high") << QSizeF(48, 24) << 1.0;
     }
 

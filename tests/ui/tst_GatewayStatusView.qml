@@ -105,7 +105,9 @@ TestCase {
     function test_warningWithoutTailscale() {
         const view = insecureView();
         compare(Items.texts(view)[0], "Insecure Connection");
-        verify(Items.withText(view, "Get Tailscale"));
+        fixture.tool("xdg-open", "true");
+        mouseClick(Items.withText(view, "Get Tailscale"));
+        tryVerify(() => fixture.read("calls").includes("xdg-open https://tailscale.com/download"));
         verify(!Items.withText(view, "Enable Tailscale Encryption"));
         mouseClick(Items.withText(view, "Dismiss"));
         compare(Items.texts(view)[0], "Gateway");

@@ -113,6 +113,15 @@ TestCase {
         verify(!Items.withText(row, "(optional)"));
     }
 
+    function test_rightToLeft() {
+        const sheet = sheetAfterChecks();
+        sheet.LayoutMirroring.enabled = true;
+        sheet.LayoutMirroring.childrenInherit = true;
+        compare(Items.withText(sheet, "OSTRELLE Setup").mapToItem(sheet, 0, 0).x, Theme.pagePadding);
+        const field = Items.visibleItems(sheet).find(item => item.placeholderText === "Mac password");
+        verify(field.rightPadding > field.leftPadding); // the lock is there
+    }
+
     function test_passwordOfBlanksIsAskedForAgain() {
         const sheet = sheetAfterChecks();
         const install = Items.withText(sheet, "Install Everything");
@@ -176,8 +185,11 @@ TestCase {
         const sheet = sheetAfterChecks();
         doneSpy.target = sheet;
         doneSpy.clear();
+        fixture.setupManager.sudoPassword = "typed";
+        fixture.setupManager.gatewayTokenInput = "typed";
         mouseClick(Items.withText(sheet, "Skip"));
         compare(doneSpy.count, 1);
+        verify(!fixture.setupManager.sudoPassword && !fixture.setupManager.gatewayTokenInput);
         const finish = Items.withText(sheet, "Install Voice + Finish");
         mouseClick(finish);
         verify(!finish.enabled);

@@ -71,12 +71,15 @@ TestCase {
         tryVerify(() => fixture.voiceCommands().includes("/mute"));
     }
 
-    function test_stopLeavesTheKeyboardAtStart() {
+    function test_theKeyboardStaysInTheRow() {
         const view = viewOf('{"state": "listening"}');
         Items.withText(view, "Stop").forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Return);
         verify(Items.withText(view, "Offline") && !Items.withText(view, "LOCAL"));
         verify(Items.withText(view, "Start Voice Agent").visualFocus);
+        keyClick(Qt.Key_Return);
+        keyClick(Qt.Key_Return); // says nothing to an agent that is starting
+        tryVerify(() => Items.withText(view, "Mute")?.visualFocus);
     }
 
     function test_restartOutlivesTheView() {

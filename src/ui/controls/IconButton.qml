@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // A button that is a symbol. Its text is what it is called for those who do not see it, and its
 // help on hover.
-T.AbstractButton {
+BaseButton {
     id: button
 
     required property string symbol
@@ -15,12 +14,7 @@ T.AbstractButton {
 
     implicitWidth: Math.max(Theme.hitArea, button.symbolSize + Theme.gap)
     implicitHeight: implicitWidth
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
     opacity: button.enabled ? 1 : 0.4
-    Accessible.name: button.text
-    Keys.onReturnPressed: button.clicked()
-    Keys.onEnterPressed: button.clicked()
 
     HoverHelp {
         text: button.text

@@ -7,6 +7,9 @@ import Ostrelle
 T.TextField {
     id: field
 
+    // What those call it who do not see it.
+    property string accessibleName: field.placeholderText
+
     implicitWidth: 160
     implicitHeight: Math.max(Theme.hitArea, contentHeight + topPadding + bottomPadding)
     leftPadding: Theme.gap + 2
@@ -20,7 +23,7 @@ T.TextField {
     selectedTextColor: Theme.textPrimary
     verticalAlignment: TextInput.AlignVCenter
     selectByMouse: true
-    Accessible.name: field.placeholderText
+    Accessible.name: field.accessibleName
     onTextChanged: field.dropLineBreaks()
 
     // Not by an assignment, which would break the owner's binding.
@@ -40,9 +43,9 @@ T.TextField {
     }
 
     Label {
-        anchors.fill: parent
-        anchors.leftMargin: field.leftPadding
-        anchors.rightMargin: field.rightPadding
+        x: field.leftPadding
+        width: field.width - field.leftPadding - field.rightPadding
+        height: field.height
         visible: field.length === 0 && field.preeditText === ""
         text: field.placeholderText
         color: field.placeholderTextColor

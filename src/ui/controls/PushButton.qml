@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // A button with a text, and a symbol before it if one is named. A prominent one is what the user is
 // expected to press; a destructive one takes something away; a plain one has no surface.
-T.AbstractButton {
+BaseButton {
     id: button
 
     enum Kind { Bordered, Prominent, Destructive, Plain }
@@ -20,14 +19,9 @@ T.AbstractButton {
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
     horizontalPadding: button.kind === PushButton.Plain ? Theme.smallGap : Theme.padding
     verticalPadding: Theme.smallGap
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
     font.pixelSize: Theme.bodySize
     font.weight: button.kind === PushButton.Prominent ? Font.DemiBold : Font.Medium
     opacity: button.enabled ? 1 : 0.45
-    Accessible.name: button.text
-    Keys.onReturnPressed: button.clicked()
-    Keys.onEnterPressed: button.clicked()
 
     contentItem: Item {
         implicitWidth: row.symbolSpace + label.implicitWidth

@@ -7,5 +7,4 @@ LineField {
     passwordMaskDelay: 0
     inputMethodHints: Qt.ImhHiddenText | Qt.ImhSensitiveData | Qt.ImhNoPredictiveText
         | Qt.ImhNoAutoUppercase
-    Accessible.passwordEdit: true
 }

@@ -19,12 +19,16 @@ T.Switch {
     opacity: control.enabled ? 1 : 0.45
     Accessible.name: control.text
     Accessible.description: control.caption
-    Keys.onReturnPressed: control.press()
-    Keys.onEnterPressed: control.press()
+    Keys.forwardTo: [keys]
 
-    function press() {
-        control.toggle();
-        control.toggled();
+    ButtonKeys {
+        id: keys
+
+        button: control
+        onPressed: {
+            control.toggle();
+            control.toggled();
+        }
     }
 
     contentItem: Column {

@@ -23,7 +23,7 @@ Item {
             anchors.centerIn: parent
             name: row.isUser ? "person.fill" : "sparkles"
             color: row.isUser ? Theme.blue : Theme.teal
-            size: Theme.bodySize
+            size: Theme.captionSize
         }
     }
 

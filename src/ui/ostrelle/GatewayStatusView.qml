@@ -83,6 +83,9 @@ Item {
                         anchors.verticalCenter: parent.verticalCenter
                         name: view.viewModel.isSecure ? "lock.fill" : "lock.open.fill"
                         color: view.viewModel.isSecure ? Theme.green : Theme.teal
+                        Accessible.ignored: false
+                        Accessible.role: Accessible.Graphic
+                        Accessible.name: view.viewModel.isSecure ? "encrypted" : "not encrypted"
                     }
                 }
 

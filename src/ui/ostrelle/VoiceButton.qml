@@ -1,22 +1,16 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // One of the voice agent's controls: a symbol on a round surface, above its caption.
-T.AbstractButton {
+BaseButton {
     id: button
 
     required property string symbol
 
     implicitWidth: Math.max(implicitContentWidth, Theme.hitArea)
     implicitHeight: implicitContentHeight
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
     font.pixelSize: Theme.captionSize
     font.weight: Font.DemiBold
-    Accessible.name: button.text
-    Keys.onReturnPressed: button.clicked()
-    Keys.onEnterPressed: button.clicked()
 
     contentItem: Column {
         spacing: Theme.smallGap

@@ -10,10 +10,11 @@ Row {
 
     readonly property real buttonWidth: Math.min(4 * Theme.titleSize, controls.availableWidth / 3)
 
-    // The agent was told to stop; the reason is that of the focus which the button had.
-    signal stopped(int focusReason)
+    readonly property VoiceButton firstButton: mute
 
     VoiceButton {
+        id: mute
+
         width: controls.buttonWidth
         symbol: controls.viewModel.isMuted ? "mic.slash.fill" : "mic.fill"
         text: controls.viewModel.isMuted ? "Unmute" : "Mute"
@@ -21,15 +22,10 @@ Row {
     }
 
     VoiceButton {
-        id: stopButton
-
         width: controls.buttonWidth
         symbol: "stop.fill"
         text: "Stop"
-        onClicked: {
-            controls.viewModel.stop();
-            controls.stopped(stopButton.focusReason);
-        }
+        onClicked: controls.viewModel.stop()
     }
 
     VoiceButton {

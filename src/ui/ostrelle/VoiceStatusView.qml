@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Templates as T
 import Ostrelle
 
 // The voice agent's row: what it does, and its controls.
@@ -59,10 +60,22 @@ Item {
                 }
             }
 
-            // As high in every state, so that nothing below moves.
-            Item {
+            // As high in every state, so that nothing below moves. The keyboard's focus stays here when
+            // one makes room for the other.
+            FocusScope {
+                id: place
+
+                readonly property T.Control shown: view.viewModel.voiceRunning ? controls.firstButton
+                    : view.viewModel.isLaunching ? launching : startButton
+
                 width: parent.width
                 implicitHeight: Math.max(controls.implicitHeight, startButton.implicitHeight)
+                onShownChanged: {
+                    const left = place.Window.activeFocusItem as T.Control;
+                    if (place.activeFocus && left) {
+                        place.shown.forceActiveFocus(left.focusReason);
+                    }
+                }
 
                 VoiceControls {
                     id: controls
@@ -71,26 +84,31 @@ Item {
                     visible: view.viewModel.voiceRunning
                     viewModel: view.viewModel
                     availableWidth: parent.width
-                    onStopped: focusReason => startButton.forceActiveFocus(focusReason)
                 }
 
-                Spinner {
-                    id: spinner
-
-                    anchors.right: launching.left
-                    anchors.rightMargin: Theme.gap
-                    anchors.verticalCenter: parent.verticalCenter
-                    visible: launching.visible
-                }
-
-                Label {
+                T.Control {
                     id: launching
 
                     anchors.centerIn: parent
-                    width: Math.min(implicitWidth, parent.width - 2 * (spinner.width + Theme.gap))
+                    width: Math.min(implicitContentWidth, parent.width)
+                    height: implicitContentHeight
                     visible: !view.viewModel.voiceRunning && view.viewModel.isLaunching
-                    secondary: true
-                    text: "Starting voice agent…"
+
+                    contentItem: Row {
+                        spacing: Theme.gap
+
+                        Spinner {
+                            id: spinner
+
+                            anchors.verticalCenter: parent.verticalCenter
+                        }
+
+                        Label {
+                            width: Math.min(implicitWidth, place.width - spinner.width - parent.spacing)
+                            secondary: !launching.visualFocus
+                            text: "Starting voice agent…"
+                        }
+                    }
                 }
 
                 PushButton {

@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // The name of a part of the settings that opens below it.
-T.AbstractButton {
+BaseButton {
     id: heading
 
     property bool open: false
@@ -14,12 +13,7 @@ T.AbstractButton {
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight)
     leftPadding: heading.mirrored ? chevron.width + Theme.gap : 0
     rightPadding: heading.mirrored ? 0 : chevron.width + Theme.gap
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
-    Accessible.name: heading.text
     Accessible.description: heading.open ? "Expanded" : "Collapsed"
-    Keys.onReturnPressed: heading.clicked()
-    Keys.onEnterPressed: heading.clicked()
 
     contentItem: SectionHeading {
         text: heading.text

@@ -23,20 +23,12 @@ FocusScope {
         }
     }
     Keys.onEscapePressed: event => event.accepted = models.areMade && view.closeQuestion()
-    // What closes the panel on Escape must not come first.
-    Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Escape && models.areMade
-        && view.hasQuestion()
 
     // No typed token and no code that holds one waits behind a closed panel.
     function hideSecrets() {
         models.profiles.tokenInput = "";
         models.profiles.profileTokenInput = "";
         models.pairing.showQR = false;
-    }
-
-    function hasQuestion(): bool {
-        return models.profiles.pendingSwitchGateway !== "" || models.profiles.editingProfileId !== ""
-            || models.profiles.showTokenField;
     }
 
     // Closes what was asked last; false when nothing is asked.

@@ -20,7 +20,7 @@ Column {
     SecretField {
         width: parent.width
         text: section.settings.geminiAPIKey
-        Accessible.name: "Gemini API key"
+        accessibleName: "Gemini API key"
         onTextEdited: section.settings.geminiAPIKey = text
     }
 

@@ -30,7 +30,7 @@ Column {
             placeholderText: "http://ip:18789"
             text: section.profiles.manualURL
             inputMethodHints: Qt.ImhUrlCharactersOnly | Qt.ImhNoPredictiveText
-            Accessible.name: "Add Gateway Manually"
+            accessibleName: "Add Gateway Manually"
             onTextEdited: section.profiles.manualURL = text
             onAccepted: section.profiles.addManualGateway()
         }

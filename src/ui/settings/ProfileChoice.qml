@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // A saved gateway to choose; pressed as a whole.
-T.AbstractButton {
+BaseButton {
     id: choice
 
     required property string name
@@ -13,16 +12,14 @@ T.AbstractButton {
 
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
     padding: Theme.smallGap
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.RadioButton
-    Accessible.name: choice.name + ", " + choice.address
+    Accessible.name: [choice.name, choice.address, summary.tokenText].filter(each => each !== "").join(", ")
     Accessible.checkable: true
     Accessible.checked: choice.isActive
-    Keys.onReturnPressed: choice.clicked()
-    Keys.onEnterPressed: choice.clicked()
 
     contentItem: ProfileSummary {
+        id: summary
+
         name: choice.name
         address: choice.address
         isActive: choice.isActive

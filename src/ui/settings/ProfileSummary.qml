@@ -10,6 +10,8 @@ Item {
     required property bool isActive
     required property string tokenTail
 
+    readonly property string tokenText: summary.tokenTail === "" ? "" : "Token: ••••" + summary.tokenTail
+
     implicitHeight: texts.implicitHeight
 
     Symbol {
@@ -63,10 +65,11 @@ Item {
 
         Label {
             width: parent.width
-            visible: summary.tokenTail !== ""
-            text: "Token: ••••" + summary.tokenTail
+            visible: text !== ""
+            text: summary.tokenText
             color: Theme.faded(Theme.teal, 0.7)
             font.pixelSize: Theme.captionSize
+            Accessible.ignored: true
         }
     }
 }

@@ -67,6 +67,9 @@ Item {
             visible: row.gatewayOnline !== undefined
             name: row.isSilent ? "exclamationmark.triangle.fill" : "checkmark.circle.fill"
             color: row.isSilent ? Theme.yellow : Theme.green
+            Accessible.ignored: false
+            Accessible.role: Accessible.Graphic
+            Accessible.name: row.help || "gateway answers"
 
             HoverHandler {
                 id: pointer

@@ -1,7 +1,7 @@
 import QtQuick
 import Ostrelle
 
-// Where a gateway's token is pasted. What is typed lives with its owner, which clears it when the
+// Where a gateway's token is pasted; saved empty, it takes the stored one away. What is typed lives with its owner, which clears it when the
 // editor closes.
 FocusScope {
     id: editor
@@ -24,7 +24,7 @@ FocusScope {
         placeholderText: "Paste gateway token"
         text: editor.token
         onTextEdited: editor.edited(text)
-        onAccepted: save.clicked()
+        onAccepted: editor.saved()
     }
 
     PushButton {
@@ -34,12 +34,6 @@ FocusScope {
         anchors.verticalCenter: field.verticalCenter
         kind: PushButton.Prominent
         text: "Save"
-        enabled: editor.token !== ""
-        onClicked: {
-            // An empty token would replace the one that is stored.
-            if (enabled) {
-                editor.saved();
-            }
-        }
+        onClicked: editor.saved()
     }
 }

@@ -37,8 +37,12 @@ Column {
     SecretField {
         id: field
 
+        readonly property int lockSpace: lock.width + 2 * Theme.gap
+        readonly property bool isMirrored: field.LayoutMirroring.enabled
+
         width: parent.width
-        leftPadding: lock.width + 2 * Theme.gap
+        leftPadding: field.isMirrored ? Theme.gap + 2 : field.lockSpace
+        rightPadding: field.isMirrored ? field.lockSpace : Theme.gap + 2
         placeholderText: "Mac password"
         text: block.setupManager.sudoPassword
         onTextEdited: block.setupManager.sudoPassword = field.text

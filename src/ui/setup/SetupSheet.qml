@@ -18,6 +18,8 @@ FocusScope {
         return setup.hasAgent && setup.hasGatewayToken ? 4 : 3;
     }
 
+    readonly property real columnWidth: sheet.width - 2 * Theme.pagePadding
+
     // The user wants the sheet closed.
     signal done
 
@@ -27,6 +29,13 @@ FocusScope {
     Accessible.role: Accessible.Dialog
     Accessible.name: title.text
 
+    // No secret that was typed waits for the next setup.
+    function finish() {
+        sheet.setupManager.sudoPassword = "";
+        sheet.setupManager.gatewayTokenInput = "";
+        sheet.done();
+    }
+
     Rectangle {
         anchors.fill: parent
         color: Theme.sheet
@@ -34,61 +43,61 @@ FocusScope {
     }
 
     ScrollPane {
-        id: steps
-
-        readonly property real columnWidth: sheet.width - 2 * Theme.pagePadding
-
         anchors.left: parent.left
-        anchors.leftMargin: Theme.pagePadding
         anchors.right: parent.right // the bar stands in the page's margin
         anchors.top: parent.top
         anchors.bottom: log.visible ? log.top : closing.top
         anchors.bottomMargin: Theme.padding
-        spacing: Theme.gap
 
-        Label {
-            id: title
+        Column {
+            x: Theme.pagePadding
+            width: sheet.columnWidth
+            spacing: Theme.gap
 
-            width: steps.columnWidth
-            topPadding: 2 * Theme.gap
-            text: "OSTRELLE Setup"
-            font.pixelSize: Theme.titleSize
-            font.weight: Font.DemiBold
-            wrapMode: Text.Wrap
-            Accessible.role: Accessible.Heading
-        }
+            Label {
+                id: title
 
-        Label {
-            width: steps.columnWidth
-            bottomPadding: Theme.gap
-            text: "Let’s get everything running."
-            secondary: true
-            wrapMode: Text.Wrap
-        }
+                width: parent.width
+                topPadding: 2 * Theme.gap
+                text: "OSTRELLE Setup"
+                font.pixelSize: Theme.titleSize
+                font.weight: Font.DemiBold
+                wrapMode: Text.Wrap
+                Accessible.role: Accessible.Heading
+            }
 
-        PrerequisitesStep {
-            width: steps.columnWidth
-            currentStep: sheet.currentStep
-            setupManager: sheet.setupManager
-        }
+            Label {
+                width: parent.width
+                bottomPadding: Theme.gap
+                text: "Let’s get everything running."
+                secondary: true
+                wrapMode: Text.Wrap
+            }
 
-        TailscaleStep {
-            width: steps.columnWidth
-            visible: sheet.setupManager.hasTailscale
-            currentStep: sheet.currentStep
-            setupManager: sheet.setupManager
-        }
+            PrerequisitesStep {
+                width: parent.width
+                currentStep: sheet.currentStep
+                setupManager: sheet.setupManager
+            }
 
-        GatewayStep {
-            width: steps.columnWidth
-            visible: sheet.setupManager.hasDuskrell
-            currentStep: sheet.currentStep
-            setupManager: sheet.setupManager
-        }
+            TailscaleStep {
+                width: parent.width
+                visible: sheet.setupManager.hasTailscale
+                currentStep: sheet.currentStep
+                setupManager: sheet.setupManager
+            }
 
-        VoiceBlock {
-            width: steps.columnWidth
-            setupManager: sheet.setupManager
+            GatewayStep {
+                width: parent.width
+                visible: sheet.setupManager.hasDuskrell
+                currentStep: sheet.currentStep
+                setupManager: sheet.setupManager
+            }
+
+            VoiceBlock {
+                width: parent.width
+                setupManager: sheet.setupManager
+            }
         }
     }
 
@@ -99,7 +108,7 @@ FocusScope {
         anchors.bottom: closing.top
         anchors.bottomMargin: Theme.padding
         x: Theme.pagePadding
-        width: steps.columnWidth
+        width: sheet.columnWidth
         visible: log.count > 0
         height: Math.min(implicitHeight, sheet.height / 4)
         setupManager: sheet.setupManager
@@ -111,8 +120,8 @@ FocusScope {
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.padding
         x: Theme.pagePadding
-        width: steps.columnWidth
+        width: sheet.columnWidth
         setupManager: sheet.setupManager
-        onDone: sheet.done()
+        onDone: sheet.finish()
     }
 }

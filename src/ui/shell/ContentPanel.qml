@@ -16,6 +16,8 @@ FocusScope {
     // While this is false the selected tab has no content. The selection and the chat stay.
     property bool active: true
 
+    readonly property QuickChatVM chatVM: QuickChatVM {}
+
     TabRow {
         id: tabs
 
@@ -73,10 +75,6 @@ FocusScope {
         visible: content.sourceComponent !== null
     }
 
-    QuickChatVM {
-        id: chat
-    }
-
     Component {
         id: ostrelleTab
 
@@ -84,7 +82,7 @@ FocusScope {
             gatewayVM: panel.gatewayVM
             voiceVM: panel.voiceVM
             serviceManager: panel.serviceManager
-            chatVM: chat
+            chatVM: panel.chatVM
             statusServerRunning: panel.statusServerRunning
         }
     }

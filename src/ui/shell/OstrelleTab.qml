@@ -12,6 +12,9 @@ ScrollPane {
     required property QuickChatVM chatVM
     required property bool statusServerRunning
 
+    readonly property Configuration configuration: Configuration {
+        watchedURL: tab.gatewayVM.gatewayURL
+    }
     readonly property real others: (voice.active ? voice.height + divider.height : 0)
         + gateway.height + 3 * Theme.pagePadding
 
@@ -53,7 +56,7 @@ ScrollPane {
         width: tab.width - 2 * Theme.pagePadding
         height: Math.max(implicitHeight, tab.height - tab.others)
         chatVM: tab.chatVM
-        gatewayURL: Configuration.gatewayURL(tab.gatewayVM.gatewayURL)
+        gatewayURL: tab.configuration.gatewayURL
     }
 
     Item {

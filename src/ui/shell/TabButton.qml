@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // One tab of the panel's tab row.
-T.AbstractButton {
+BaseButton {
     id: button
 
     required property string label
@@ -14,13 +13,9 @@ T.AbstractButton {
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
     horizontalPadding: Theme.smallGap
     verticalPadding: Theme.gap
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.PageTab
     Accessible.name: button.label
     Accessible.selected: button.selected
-    Keys.onReturnPressed: button.clicked()
-    Keys.onEnterPressed: button.clicked()
 
     contentItem: Column {
         id: column

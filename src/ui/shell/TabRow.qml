@@ -23,7 +23,6 @@ Item {
 
         anchors.centerIn: parent
         width: row.width - 2 * Theme.gap
-        layoutDirection: row.LayoutMirroring.enabled ? Qt.RightToLeft : Qt.LeftToRight
 
         Repeater {
             id: tabs
@@ -48,13 +47,18 @@ Item {
                 symbol: button.modelData.symbol
                 selected: row.selectedTab === button.index
                 onClicked: row.chosen(button.index)
-                Keys.onLeftPressed: row.focusNext(button, button.mirrored)
-                Keys.onRightPressed: row.focusNext(button, !button.mirrored)
+                Keys.onLeftPressed: row.focusTab(button.index, button.mirrored ? 1 : -1)
+                Keys.onRightPressed: row.focusTab(button.index, button.mirrored ? -1 : 1)
             }
         }
     }
 
-    function focusNext(button: TabButton, forward: bool) {
-        button.nextItemInFocusChain(forward).forceActiveFocus(Qt.TabFocusReason);
+    // The next tab that is shown in that direction; after the last one comes the first.
+    function focusTab(from: int, step: int) {
+        let index = from;
+        do {
+            index = (index + step + tabs.count) % tabs.count;
+        } while (!tabs.itemAt(index).visible);
+        tabs.itemAt(index).forceActiveFocus(Qt.TabFocusReason);
     }
 }

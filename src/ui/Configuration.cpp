@@ -1,0 +1,29 @@
+#include "ui/Configuration.h"
+
+#include "core/OstrelleConfig.h"
+#include "core/WhenDone.h"
+
+namespace ostrelle
+{
+
+void Configuration::setWatchedURL(const QString &url)
+{
+    if (url == m_watchedURL) {
+        return;
+    }
+    m_watchedURL = url;
+    if (gatewayURL().isEmpty()) {
+        m_gatewayURL = url;
+    }
+    // Queued: whoever changes what is watched may save the configuration just after that.
+    QMetaObject::invokeMethod(this, &Configuration::load, Qt::QueuedConnection);
+}
+
+void Configuration::load()
+{
+    const auto url = std::make_shared<QString>();
+    whenDone(m_loads.run([url] { *url = OstrelleConfig::load().gateway.url; }), this,
+             [this, url] { m_gatewayURL = *url; });
+}
+
+} // namespace ostrelle
