@@ -66,7 +66,16 @@ XSession::XSession()
     }
     qputenv("DISPLAY", ":" + m_server.readAllStandardOutput().trimmed());
     m_windowManager.start(u"openbox"_s, QStringList());
-    m_windowManager.waitForStarted();
+    // Until it manages, it is about to take the focus from whatever has it.
+    const auto manages = [] {
+        QProcess question;
+        question.start(u"xdotool"_s, {u"get_desktop"_s});
+        question.waitForFinished();
+        return question.exitCode() == 0;
+    };
+    if (!QTest::qWaitFor(manages, patienceMilliseconds)) {
+        qFatal("no window manager");
+    }
 }
 
 XSession::~XSession()

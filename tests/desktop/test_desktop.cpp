@@ -1,79 +1,13 @@
-#include "app/Program.h"
+#include "core/KeychainHelper.h"
 #include "core/OstrelleConfig.h"
-#include "desktop/XSession.h"
-#include "platform/Preferences.h"
-#include "support/ScratchHome.h"
-#include "support/SimulatedGateway.h"
+#include "desktop/Desk.h"
 
-#include <QDir>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 
-#include <algorithm>
 #include <csignal>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-quint16 freePort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost);
-    return probe.serverPort();
-}
-
-// A home whose gateway answers, with a demo voice agent that starts with the program.
-class DesktopHome : public ScratchHome
-{
-public:
-    DesktopHome()
-    {
-        playSimulator(*this, {{u"record"_s, true}});
-        OstrelleConfig config = OstrelleConfig::defaults();
-        config.gateway.url = gateway.url();
-        config.gateway.saved = QList<SavedGateway>{{.name = u"Demo"_s, .url = gateway.url()}};
-        config.ports.status = 0;
-        config.ports.voiceAgent = voicePort;
-        config.voice.enabled = true;
-        config.save();
-        QDir().mkpath(path(u".ostrelle/venv/bin"_s));
-        QFile::link(u"/usr/bin/python3"_s, path(u".ostrelle/venv/bin/python"_s));
-        QFile::link(QStringLiteral(DEMO_VOICE_AGENT), path(u".ostrelle/voice_agent.py"_s));
-        Preferences().set(u"autoStartVoice"_s, true);
-    }
-
-    // What the voice agent says of itself; null while it does not answer.
-    QByteArray voiceStatus() const
-    {
-        QTcpSocket client;
-        client.connectToHost(QHostAddress::LocalHost, voicePort);
-        client.write("GET /status HTTP/1.1\r\nConnection: close\r\n\r\n");
-        QByteArray answer;
-        while (client.waitForReadyRead(2000)) {
-            answer += client.readAll();
-            if (answer.contains('}')) {
-                return answer;
-            }
-        }
-        return {};
-    }
-
-    bool wasAsked(const QString &target) const
-    {
-        return std::ranges::any_of(gateway.recorded(), [&](const QJsonObject &request) {
-            return request.value(u"target"_s) == target;
-        });
-    }
-
-    const SimulatedGateway gateway{*this};
-    const quint16 voicePort = freePort();
-};
-
-} // namespace
 
 class TestDesktop : public QObject
 {
@@ -152,33 +86,108 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
-    void chatsAndQuits()
+    void setsUp()
     {
-        const DesktopHome home;
-        XSession session;
-        session.startTrayHost();
-        Program program;
-        QVERIFY(XSession::waitForIcon());
-        XSession::click(XSession::icon()->center());
-        QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds);
-        const QPoint corner = XSession::panel()->topLeft();
-        // The setup sheet stands in front when something is missing; Escape closes the panel, Skip
-        // the sheet. Where nothing is missing, nothing is there to be hit.
-        const QPoint skip = corner + QPoint(178, 674);
-        const QPoint quit = corner + QPoint(353, 677);
-        const QPoint field = corner + QPoint(150, 360);
-        XSession::click(skip);
+        Desk desk;
+        QVERIFY(desk.isOpen);
+        QVERIFY(desk.press(u"Install Voice + Finish"_s));
+        QVERIFY(desk.shows(u"Setup complete!"_s));
+        Desk::screenshot(u"setup"_s);
+        QVERIFY(desk.press(u"Done"_s));
+        QVERIFY(desk.shows(u"Quick Chat"_s));
+        QVERIFY(desk.home.exists(u".ostrelle/data/models/kokoro-v1.0.onnx"_s));
+    }
+
+    void chatsMutesAndQuits()
+    {
+        Desk desk;
+        QVERIFY(desk.press(u"Skip"_s));
+        QVERIFY(desk.press(u"Ask something…"_s));
+        XSession::type(u"hello"_s);
+        XSession::press(u"Return"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(desk.home.wasAsked(u"/v1/chat/completions"_s),
+                                 patienceMilliseconds);
+        QVERIFY(desk.press(u"Mute"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(desk.home.voiceStatus().contains("\"muted\": true"),
+                                 patienceMilliseconds);
+        Desk::screenshot(u"ostrelle"_s);
+        QVERIFY(desk.press(u"Quit"_s));
+        QCOMPARE(desk.program->waitForEnd(), 0);
+        QVERIFY(desk.home.voiceStatus().isEmpty());
+    }
+
+    void walksTheTabs()
+    {
+        Desk desk;
+        QProcess &notifications = desk.bus.startNotificationDaemon();
+        QVERIFY(desk.press(u"Skip"_s));
+        const QList<std::pair<QString, QString>> tabs{{u"Projects"_s, u"Project Board"_s},
+                                                      {u"Agents"_s, u"Spinal Map"_s},
+                                                      {u"Cron"_s, u"Scheduled Jobs"_s},
+                                                      {u"Settings"_s, u"CONNECTED TO"_s}};
+        for (const auto &[tab, heading] : tabs) {
+            QVERIFY(desk.press(tab, u"push button"_s));
+            QVERIFY(desk.shows(heading));
+            Desk::screenshot(tab.toLower());
+        }
+        const QString link = u"ostrelle://config?gatewayBaseURL=http://127.0.0.3:9"_s;
+        QCOMPARE(Program({link}).waitForEnd(), 0);
+        QVERIFY(desk.shows(u"http://127.0.0.3:9"_s));
+        QByteArray shown;
         QTRY_VERIFY_WITH_TIMEOUT(
-            [&] {
-                XSession::click(field);
-                XSession::type(u"hello"_s);
-                XSession::press(u"Return"_s);
-                return home.wasAsked(u"/v1/chat/completions"_s);
-            }(),
+            (shown += notifications.readAll()).contains("Gateway configured via QR code"),
             patienceMilliseconds);
-        XSession::click(quit);
-        QCOMPARE(program.waitForEnd(), 0);
-        QVERIFY(home.voiceStatus().isEmpty());
+    }
+
+    void pairsAPhoneAndSwitches()
+    {
+        Desk desk;
+        QVERIFY(desk.press(u"Skip"_s));
+        QVERIFY(desk.press(u"Settings"_s, u"push button"_s));
+        QVERIFY(desk.press(u"Show QR to pair phone"_s));
+        QVERIFY(desk.shows(u"QR code"_s));
+        const QByteArray code = run(u"zbarimg"_s, {u"--raw"_s, u"-q"_s, Desk::screenshot(u"qr"_s)});
+        QVERIFY2(code.startsWith("ostrelle://config?"), code);
+        QVERIFY(desk.press(u"Show QR to pair phone"_s)); // makes room
+
+        QVERIFY(desk.press(u"Change Token"_s));
+        QVERIFY(desk.press(u"Paste gateway token"_s));
+        XSession::type(u"s3cret"_s);
+        for (const auto &control : desk.reader.controls()) {
+            QVERIFY(!desk.reader.text(control).contains("s3cret"_L1));
+        }
+        XSession::press(u"Return"_s);
+        const QString url = desk.home.gateway.url();
+        QTRY_COMPARE_WITH_TIMEOUT(KeychainHelper::getToken(url), u"s3cret"_s, patienceMilliseconds);
+
+        QVERIFY(desk.press(u"PROFILES"_s));
+        QVERIFY(desk.press(u"Second, http://127.0.0.2:9"_s, u"push button"_s));
+        QVERIFY(desk.press(u"Switch"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(OstrelleConfig::load().gateway.url, u"http://127.0.0.2:9"_s,
+                                  patienceMilliseconds);
+    }
+
+    void renamesAnAgent()
+    {
+        Desk desk;
+        QVERIFY(desk.press(u"Skip"_s));
+        QVERIFY(desk.press(u"Agents"_s, u"push button"_s));
+        QVERIFY(desk.press(u"Main"_s));
+        QVERIFY(desk.press(u"Display name"_s));
+        XSession::press(u"ctrl+a"_s);
+        XSession::type(u"Captain"_s);
+        Desk::screenshot(u"inspector"_s);
+        QVERIFY(desk.press(u"Save"_s));
+        QVERIFY(desk.shows(u"Captain"_s));
+    }
+
+private:
+    static QByteArray run(const QString &tool, const QStringList &arguments)
+    {
+        QProcess process;
+        process.start(tool, arguments);
+        process.waitForFinished();
+        return process.readAllStandardOutput();
     }
 };
 

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QProcess>
+#include <QRect>
+#include <QString>
+
+#include <optional>
+
+// What a screen reader gets to know of the program: its controls by role and name, and where they
+// stand. Needs a session bus, and is made before the program starts.
+class AccessibilityBus
+{
+public:
+    AccessibilityBus();
+    ~AccessibilityBus();
+    AccessibilityBus(const AccessibilityBus &) = delete;
+    AccessibilityBus &operator=(const AccessibilityBus &) = delete;
+
+    struct Control {
+        QString role; // as AT-SPI names it: "push button", "page tab", "text"
+        QString name;
+        QString service;
+        QString path;
+    };
+
+    // Every control of the running program that is shown.
+    QList<Control> controls() const;
+
+    // Where the control with that name stands on the screen, once it is shown.
+    std::optional<QRect> waitFor(const QString &name, const QString &role = {}) const;
+    bool isShown(const QString &name) const;
+
+    // The text that the field gives away.
+    QString text(const Control &field) const;
+
+private:
+    void collect(const Control &parent, QList<Control> &found, int depth) const;
+    QVariant property(const Control &control, const QString &interface, const QString &name) const;
+    QList<Control> children(const Control &parent) const;
+    bool isShowing(const Control &control) const;
+    QRect place(const Control &control) const;
+    QDBusMessage call(const Control &control, const QString &interface, const QString &method,
+                      const QVariantList &arguments = {}) const;
+
+    QProcess m_launcher;
+    std::optional<QDBusConnection> m_bus;
+};

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "app/Program.h"
+#include "desktop/AccessibilityBus.h"
+#include "desktop/XSession.h"
+#include "support/PrivateSession.h"
+#include "support/ScratchHome.h"
+#include "support/SimulatedGateway.h"
+
+#include <optional>
+
+// A home whose gateway answers, with a demo voice agent that starts with the program.
+class DesktopHome : public ScratchHome
+{
+public:
+    DesktopHome();
+
+    // What the voice agent says of itself; null while it does not answer.
+    QByteArray voiceStatus() const;
+
+    // Whether the gateway was asked for that path.
+    bool wasAsked(const QString &target) const;
+
+    const SimulatedGateway gateway{*this};
+    const quint16 voicePort;
+};
+
+// A user before a whole desktop, who has the panel open: the controls are found as a screen reader
+// finds them, and clicked as a hand does.
+class Desk
+{
+public:
+    Desk();
+
+    // Clicks the control once it rests; false when it does not come.
+    bool press(const QString &name, const QString &role = {}) const;
+    bool shows(const QString &name) const { return reader.waitFor(name).has_value(); }
+
+    // Kept beside the test program; returns the file.
+    static QString screenshot(const QString &name);
+
+    const DesktopHome home;
+    PrivateSession bus;
+    const AccessibilityBus reader;
+    XSession session;
+    std::optional<Program> program;
+    bool isOpen = false;
+};
