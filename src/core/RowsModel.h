@@ -33,7 +33,7 @@ protected:
             return;
         }
         const auto difference =
-            ListDifference::between(identitiesOf(m_rows), identitiesOf(wanted), maxSteps);
+            ListDifference::between(identitiesOf(m_rows), identitiesOf(wanted), mostSteps(wanted));
         if (!difference) {
             beginResetModel();
             m_rows = wanted;
@@ -48,7 +48,11 @@ protected:
 
 private:
     // Each step may shift all rows behind it, and thousands of rows are to be shown in a moment.
-    static constexpr qsizetype maxSteps = 64;
+    // Hundreds may take any way.
+    static qsizetype mostSteps(const QList<Row> &wanted)
+    {
+        return std::max<qsizetype>(64, 100'000 / std::max<qsizetype>(wanted.size(), 1));
+    }
 
     static QStringList identitiesOf(const QList<Row> &rows)
     {

@@ -3,6 +3,7 @@
 #include "core/Capitalize.h"
 #include "core/NameOrder.h"
 #include "dashboards/AgentVisualPreset.h"
+#include "dashboards/RecordListModel.h"
 #include "tracker/AgentStatus.h"
 
 #include <QHash>
@@ -83,6 +84,21 @@ QString AgentNode::defaultEmoji() const
 bool AgentNode::isMain() const
 {
     return id == mainId;
+}
+
+QVariant AgentNode::detailOrUndefined() const
+{
+    return orUndefined(detail);
+}
+
+QVariant AgentNode::modelOrUndefined() const
+{
+    return orUndefined(model);
+}
+
+QVariant AgentNode::progressTextOrUndefined() const
+{
+    return orUndefined(progressText);
 }
 
 QList<AgentNode> makeNodes(const JsonObject &agents)

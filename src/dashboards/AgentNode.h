@@ -4,15 +4,29 @@
 #include "tracker/Json.h"
 
 #include <QList>
+#include <QObject>
 #include <QString>
+#include <QVariant>
 
 #include <optional>
 
 namespace ostrelle
 {
 
-// One agent in the topology.
+// One agent in the topology, for views too: what it lacks is undefined there.
 struct AgentNode {
+    Q_GADGET
+    Q_PROPERTY(QString id MEMBER id)
+    Q_PROPERTY(QString name MEMBER name)
+    Q_PROPERTY(QString status MEMBER status)
+    Q_PROPERTY(QVariant detail READ detailOrUndefined)
+    Q_PROPERTY(QVariant model READ modelOrUndefined)
+    Q_PROPERTY(QVariant progressText READ progressTextOrUndefined)
+    Q_PROPERTY(QString colorName READ nameOfColor)
+    Q_PROPERTY(QString defaultEmoji READ defaultEmoji)
+    Q_PROPERTY(bool isWorking READ isWorking)
+
+public:
     QString id;
     QString name;
     QString status;
@@ -25,9 +39,15 @@ struct AgentNode {
     // 0 for those at work, 1 for those about to be or waiting, 2 for those that ended, 3 for what
     // nobody knows.
     int priority() const;
+    bool isWorking() const { return priority() == 0; }
     QString defaultEmoji() const;
     bool isMain() const;
     const QString &identity() const { return id; }
+
+    QVariant detailOrUndefined() const;
+    QVariant modelOrUndefined() const;
+    QVariant progressTextOrUndefined() const;
+    QString nameOfColor() const { return colorName(color); }
 
     friend bool operator==(const AgentNode &, const AgentNode &) = default;
 };

@@ -13,7 +13,7 @@ struct AgentVisualPreset {
 
     Role role;
     QString emoji;
-    NamedColor color; // the fallback colour; only a custom preset is drawn in it
+    NamedColor color; // the fallback colour, whatever the role
 
     static AgentVisualPreset forAgent(const QString &id, NamedColor fallbackColor);
 };

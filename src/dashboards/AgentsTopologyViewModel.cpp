@@ -14,45 +14,24 @@ using namespace Qt::StringLiterals;
 struct AgentsTopologyViewModel::Topology {
     explicit Topology(const JsonObject &agents, QString problem = {})
         : nodes(makeNodes(agents))
-        , displayed(QList<AgentNode>{nodes.first()} + sortedChildren(nodes))
+        , children(sortedChildren(nodes))
         , isFallback(agents.isEmpty())
         , errorMessage(std::move(problem))
     {
     }
 
     QList<AgentNode> nodes;
-    QList<AgentNode> displayed;
+    QList<AgentNode> children;
     bool isFallback;
     QString errorMessage;
 };
 
-namespace
-{
-
-QList<RecordListModel<AgentNode>::Role> nodeRoles()
-{
-    return {
-        {"agentId", [](const AgentNode &node) { return node.id; }},
-        {"name", [](const AgentNode &node) { return node.name; }},
-        {"status", [](const AgentNode &node) { return node.status; }},
-        {"detail", [](const AgentNode &node) { return orUndefined(node.detail); }},
-        {"modelName", [](const AgentNode &node) { return orUndefined(node.model); }},
-        {"progressText", [](const AgentNode &node) { return orUndefined(node.progressText); }},
-        {"colorName", [](const AgentNode &node) { return colorName(node.color); }},
-        {"defaultEmoji", [](const AgentNode &node) { return node.defaultEmoji(); }},
-        {"priority", [](const AgentNode &node) { return node.priority(); }},
-    };
-}
-
-} // namespace
-
-AgentsTopologyViewModel::AgentsTopologyViewModel(QObject *parent)
+AgentsTopologyViewModel::AgentsTopologyViewModel(std::chrono::milliseconds interval,
+                                                 QObject *parent)
     : DashboardModel(parent)
     , m_statusFilePath(expandPath(OstrelleConfig::load().paths.statusFile))
     , m_shown(std::make_shared<const Topology>(JsonObject()))
-    , m_nodeList(nodeRoles())
 {
-    m_nodeList.setRows(m_shown->displayed);
     load();
     connect(&m_timer, &QTimer::timeout, this, &AgentsTopologyViewModel::load);
     m_timer.start(interval);
@@ -69,9 +48,9 @@ std::optional<AgentNode> AgentsTopologyViewModel::mainNode() const
     return node != nodes().end() ? std::optional(*node) : std::nullopt;
 }
 
-QList<AgentNode> AgentsTopologyViewModel::childNodes() const
+const QList<AgentNode> &AgentsTopologyViewModel::childNodes() const
 {
-    return m_nodeList.rows().sliced(1);
+    return m_shown->children;
 }
 
 void AgentsTopologyViewModel::load()
@@ -98,7 +77,6 @@ AgentsTopologyViewModel::Topology AgentsTopologyViewModel::read(const QString &s
 void AgentsTopologyViewModel::publish(const std::shared_ptr<const Topology> &topology)
 {
     const auto before = std::exchange(m_shown, topology);
-    m_nodeList.setRows(topology->displayed);
     if (before->nodes != topology->nodes) {
         Q_EMIT nodesChanged();
     }

@@ -21,7 +21,7 @@ namespace
 QList<RecordListModel<CronJobItem>::Role> jobRoles()
 {
     return {
-        {"jobId", [](const CronJobItem &job) { return job.id; }},
+        {"key", [](const CronJobItem &job) { return job.id; }},
         {"name", [](const CronJobItem &job) { return job.name; }},
         {"schedule", [](const CronJobItem &job) { return job.schedule; }},
         {"status", [](const CronJobItem &job) { return job.status; }},

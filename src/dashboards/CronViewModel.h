@@ -11,13 +11,12 @@ namespace ostrelle
 class CronViewModel : public DashboardModel
 {
     Q_OBJECT
-    // The jobs in file order. Roles: jobId, name, schedule, status, lastRun, nextRun, payload
-    // (undefined when absent), isEnabled.
+    // The jobs in file order. Roles: key (its id), name, schedule, status, lastRun, nextRun,
+    // payload (undefined when absent), isEnabled.
     Q_PROPERTY(QAbstractItemModel *jobList READ jobList CONSTANT)
     Q_PROPERTY(int jobCount READ jobCount NOTIFY jobsChanged)
     Q_PROPERTY(int activeJobCount READ activeJobCount NOTIFY jobsChanged)
-    Q_PROPERTY(QString lastUpdatedText READ lastUpdatedText NOTIFY lastUpdatedTextChanged BINDABLE
-                   bindableLastUpdatedText)
+    Q_PROPERTY(QString lastUpdatedText READ lastUpdatedText NOTIFY lastUpdatedTextChanged)
     Q_PROPERTY(QString cronFilePath READ cronFilePath CONSTANT)
 
 public:
@@ -29,8 +28,6 @@ public:
     int activeJobCount() const;
 
     QString lastUpdatedText() const { return m_lastUpdatedText; }
-    QBindable<QString> bindableLastUpdatedText() { return &m_lastUpdatedText; }
-
     QString cronFilePath() const { return m_cronFilePath; }
 
     Q_INVOKABLE void load();

@@ -16,17 +16,13 @@ namespace ostrelle
 class DashboardModel : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged BINDABLE bindableIsLoading)
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     // Empty when there is nothing to tell.
-    Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged BINDABLE
-                   bindableErrorMessage)
+    Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged)
 
 public:
     bool isLoading() const { return m_isLoading; }
-    QBindable<bool> bindableIsLoading() { return &m_isLoading; }
-
     QString errorMessage() const { return m_errorMessage; }
-    QBindable<QString> bindableErrorMessage() { return &m_errorMessage; }
 
 Q_SIGNALS:
     void isLoadingChanged();

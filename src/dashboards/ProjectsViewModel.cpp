@@ -54,6 +54,20 @@ QList<RecordListModel<WorkstreamItem>::Role> workstreamRoles()
     };
 }
 
+// The key is the id and which of those with that id it is.
+QList<ProjectRow> keyed(const QList<ProjectItem> &projects)
+{
+    QHash<QString, int> seen;
+    QList<ProjectRow> rows;
+    rows.reserve(projects.size());
+    for (const ProjectItem &project : projects) {
+        const int occurrence = seen[project.identity()]++;
+        rows.append(
+            {.project = project, .key = QString::number(occurrence) + u' ' + project.identity()});
+    }
+    return rows;
+}
+
 } // namespace
 
 ProjectsViewModel::ProjectsViewModel(ProcessRunner runProcess,
@@ -69,19 +83,20 @@ ProjectsViewModel::ProjectsViewModel(ProcessRunner runProcess,
     load();
 }
 
-QList<RecordListModel<ProjectItem>::Role> ProjectsViewModel::projectRoles()
+QList<RecordListModel<ProjectRow>::Role> ProjectsViewModel::projectRoles()
 {
+    using Row = ProjectRow;
     return {
-        {"projectId", [](const ProjectItem &item) { return item.id; }},
-        {"name", [](const ProjectItem &item) { return item.name; }},
-        {"description", [](const ProjectItem &item) { return item.description; }},
-        {"status", [](const ProjectItem &item) { return item.status; }},
-        {"progress", [](const ProjectItem &item) { return item.progress; }},
+        {"key", [](const Row &row) { return row.key; }},
+        {"name", [](const Row &row) { return row.project.name; }},
+        {"description", [](const Row &row) { return row.project.description; }},
+        {"status", [](const Row &row) { return row.project.status; }},
+        {"progress", [](const Row &row) { return row.project.progress; }},
         {"workstreams",
-         [this](const ProjectItem &item) {
-             return QVariant::fromValue<QObject *>(m_workstreams.at(item.id).get());
+         [this](const Row &row) {
+             return QVariant::fromValue<QObject *>(m_workstreams.at(row.key).get());
          }},
-        {"workstreamCount", [](const ProjectItem &item) { return item.workstreams.size(); }},
+        {"workstreamCount", [](const Row &row) { return row.project.workstreams.size(); }},
     };
 }
 
@@ -93,6 +108,11 @@ const QList<AgentStatusItem> &ProjectsViewModel::agents() const
 const QList<AgentCompletionItem> &ProjectsViewModel::completions() const
 {
     return m_shown->completions;
+}
+
+const QList<ProjectItem> &ProjectsViewModel::projects() const
+{
+    return m_shown->projects;
 }
 
 int ProjectsViewModel::healthyProjectCount() const
@@ -155,8 +175,8 @@ void ProjectsViewModel::publish(const std::shared_ptr<const Load> &load)
     if (before->completions != load->completions) {
         Q_EMIT completionsChanged();
     }
-    if (projects() != load->projects) {
-        setProjects(load->projects);
+    if (before->projects != load->projects) {
+        showProjects();
         Q_EMIT projectsChanged();
     }
     m_lastUpdatedText = load->lastUpdatedText;
@@ -164,18 +184,19 @@ void ProjectsViewModel::publish(const std::shared_ptr<const Load> &load)
 }
 
 // The workstreams' models live as long as their project, so that an open card keeps its rows.
-void ProjectsViewModel::setProjects(const QList<ProjectItem> &projects)
+void ProjectsViewModel::showProjects()
 {
+    const QList<ProjectRow> rows = keyed(projects());
     QSet<QString> current;
-    for (const ProjectItem &project : projects) {
-        current.insert(project.id);
-        auto &workstreams = m_workstreams[project.id];
+    for (const ProjectRow &row : rows) {
+        current.insert(row.key);
+        auto &workstreams = m_workstreams[row.key];
         if (!workstreams) {
             workstreams = std::make_unique<WorkstreamList>(workstreamRoles(), this);
         }
-        workstreams->setRows(project.workstreams);
+        workstreams->setRows(row.project.workstreams);
     }
-    m_projectList.setRows(projects);
+    m_projectList.setRows(rows);
     std::erase_if(m_workstreams, [&](const auto &entry) { return !current.contains(entry.first); });
 }
 

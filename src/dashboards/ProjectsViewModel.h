@@ -12,19 +12,27 @@
 namespace ostrelle
 {
 
+// One project as views have it.
+struct ProjectRow {
+    ProjectItem project;
+    QString key; // tells it from all others, even from one with the same id
+
+    const QString &identity() const { return key; }
+    friend bool operator==(const ProjectRow &, const ProjectRow &) = default;
+};
+
 // The projects with their workstreams, the agents at work on them and what was finished last. Loads
 // when it is made and when it is asked to; main thread only.
 class ProjectsViewModel : public DashboardModel
 {
     Q_OBJECT
-    // The projects in file order. Roles: projectId, name, description, status, progress (percent),
-    // workstreams (a model of its own: workstreamId, name, status, progress, note),
-    // workstreamCount.
+    // The projects in file order. Roles: key (a text of its own for each), name, description,
+    // status, progress (percent), workstreams (a model of its own: workstreamId, name, status,
+    // progress, note), workstreamCount.
     Q_PROPERTY(QAbstractItemModel *projectList READ projectList CONSTANT)
     Q_PROPERTY(int projectCount READ projectCount NOTIFY projectsChanged)
     Q_PROPERTY(int healthyProjectCount READ healthyProjectCount NOTIFY projectsChanged)
-    Q_PROPERTY(QString lastUpdatedText READ lastUpdatedText NOTIFY lastUpdatedTextChanged BINDABLE
-                   bindableLastUpdatedText)
+    Q_PROPERTY(QString lastUpdatedText READ lastUpdatedText NOTIFY lastUpdatedTextChanged)
     Q_PROPERTY(QString statusFilePath READ statusFilePath CONSTANT)
     Q_PROPERTY(QString trackerFilePath READ trackerFilePath CONSTANT)
 
@@ -39,14 +47,12 @@ public:
 
     const QList<AgentStatusItem> &agents() const;          // by name
     const QList<AgentCompletionItem> &completions() const; // five at most
-    const QList<ProjectItem> &projects() const { return m_projectList.rows(); }
+    const QList<ProjectItem> &projects() const;
     QAbstractItemModel *projectList() { return &m_projectList; }
     int projectCount() const { return static_cast<int>(projects().size()); }
     int healthyProjectCount() const;
 
     QString lastUpdatedText() const { return m_lastUpdatedText; }
-    QBindable<QString> bindableLastUpdatedText() { return &m_lastUpdatedText; }
-
     QString statusFilePath() const { return m_statusFilePath; }
     QString trackerFilePath() const { return m_trackerFilePath; }
 
@@ -72,8 +78,8 @@ private:
 
     static Load read(const QString &statusFilePath, const QString &trackerFilePath);
     void publish(const std::shared_ptr<const Load> &load);
-    void setProjects(const QList<ProjectItem> &projects);
-    QList<RecordListModel<ProjectItem>::Role> projectRoles();
+    void showProjects();
+    QList<RecordListModel<ProjectRow>::Role> projectRoles();
 
     const ProcessRunner m_runProcess;
     const std::chrono::milliseconds m_reloadDelay;
@@ -81,8 +87,8 @@ private:
     const QString m_trackerFilePath;
     PassLimit m_syncs{4};
     std::shared_ptr<const Load> m_shown;
-    std::unordered_map<QString, std::unique_ptr<WorkstreamList>> m_workstreams; // by project
-    RecordListModel<ProjectItem> m_projectList;
+    std::unordered_map<QString, std::unique_ptr<WorkstreamList>> m_workstreams; // by project's key
+    RecordListModel<ProjectRow> m_projectList;
     Q_OBJECT_BINDABLE_PROPERTY(ProjectsViewModel, QString, m_lastUpdatedText,
                                &ProjectsViewModel::lastUpdatedTextChanged)
 };

@@ -14,6 +14,9 @@ namespace
 constexpr qreal designWidth = 380;
 constexpr qreal maxScale = 1.2;
 
+// So far above and below what is seen there are nodes too: the keyboard's next one, at least.
+constexpr qreal reach = 200;
+
 using Side = AgentCanvasNode::Side;
 
 AgentCanvasNode placeMain(const AgentNode &node, qreal width)
@@ -36,15 +39,7 @@ QList<RecordListModel<AgentCanvasNode>::Role> canvasRoles()
 {
     using Node = AgentCanvasNode;
     return {
-        {"agentId", [](const Node &item) { return item.node.id; }},
-        {"name", [](const Node &item) { return item.node.name; }},
-        {"status", [](const Node &item) { return item.node.status; }},
-        {"detail", [](const Node &item) { return orUndefined(item.node.detail); }},
-        {"modelName", [](const Node &item) { return orUndefined(item.node.model); }},
-        {"progressText", [](const Node &item) { return orUndefined(item.node.progressText); }},
-        {"colorName", [](const Node &item) { return colorName(item.node.color); }},
-        {"defaultEmoji", [](const Node &item) { return item.node.defaultEmoji(); }},
-        {"isWorking", [](const Node &item) { return item.isWorking(); }},
+        {"node", [](const Node &item) { return QVariant::fromValue(item.node); }},
         {"center", [](const Node &item) { return item.center; }},
         {"radius", [](const Node &item) { return item.radius; }},
         {"side", [](const Node &item) { return static_cast<int>(item.side); }},
@@ -55,8 +50,8 @@ QStringList colorsOfWorking(const QList<AgentCanvasNode> &nodes)
 {
     QStringList colors;
     for (const AgentCanvasNode &item : nodes) {
-        if (item.isWorking()) {
-            colors.append(colorName(item.node.color));
+        if (item.node.isWorking()) {
+            colors.append(item.node.nameOfColor());
         }
     }
     return colors;
@@ -118,6 +113,26 @@ void AgentCanvas::setWidth(qreal width)
     Q_EMIT widthChanged();
 }
 
+void AgentCanvas::setView(qreal top, qreal height)
+{
+    if (m_viewTop == top && m_viewHeight == height) {
+        return;
+    }
+    m_viewTop = top;
+    m_viewHeight = height;
+    showNodes();
+    Q_EMIT viewChanged();
+}
+
+void AgentCanvas::showNodes()
+{
+    const auto height = [](const AgentCanvasNode &item) { return item.center.y(); };
+    const auto first = std::ranges::lower_bound(m_nodes, m_viewTop - reach, {}, height);
+    const auto end = std::ranges::upper_bound(first, m_nodes.cend(),
+                                              m_viewTop + m_viewHeight + reach, {}, height);
+    m_nodeList.setRows(QList<AgentCanvasNode>(first, end));
+}
+
 void AgentCanvas::layOut()
 {
     QList<AgentNode> nodes;
@@ -127,10 +142,11 @@ void AgentCanvas::layOut()
             nodes.prepend(*mainNode);
         }
     }
-    m_nodeList.setRows(makeCanvasNodes(nodes, QSizeF(m_width, 0)));
+    m_nodes = makeCanvasNodes(nodes, QSizeF(m_width, 0));
+    showNodes();
     Q_EMIT nodesChanged();
 
-    const QStringList colors = colorsOfWorking(m_nodeList.rows());
+    const QStringList colors = colorsOfWorking(m_nodes);
     if (m_activeAgentColors != colors) {
         m_activeAgentColors = colors;
         Q_EMIT spineColorsChanged();
@@ -144,16 +160,14 @@ qreal AgentCanvas::layoutHeight() const
 
 qreal AgentCanvas::spineTop() const
 {
-    const auto &nodes = m_nodeList.rows();
-    const bool hasMain = !nodes.isEmpty() && nodes.first().side == Side::Main;
-    return hasMain ? nodes.first().center.y() + nodes.first().radius : 0;
+    const bool hasMain = !m_nodes.isEmpty() && m_nodes.first().side == Side::Main;
+    return hasMain ? m_nodes.first().center.y() + m_nodes.first().radius : 0;
 }
 
 qreal AgentCanvas::spineBottom() const
 {
-    const auto &nodes = m_nodeList.rows();
-    const bool hasChildren = !nodes.isEmpty() && nodes.last().side != Side::Main;
-    return hasChildren ? nodes.last().center.y() + 1.5 * nodes.last().radius : layoutHeight();
+    const bool hasChildren = !m_nodes.isEmpty() && m_nodes.last().side != Side::Main;
+    return hasChildren ? m_nodes.last().center.y() + 1.5 * m_nodes.last().radius : layoutHeight();
 }
 
 QStringList AgentCanvas::spineColors() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dashboards/AgentsTopologyViewModel.h"
+#include "dashboards/RecordListModel.h"
 
 #include <QPointF>
 #include <QPointer>
@@ -20,7 +21,6 @@ struct AgentCanvasNode {
     qreal radius;
     Side side; // of the spine
 
-    bool isWorking() const { return node.priority() == 0; }
     const QString &identity() const { return node.id; }
 
     friend bool operator==(const AgentCanvasNode &, const AgentCanvasNode &) = default;
@@ -37,7 +37,8 @@ QList<AgentCanvasNode> makeCanvasNodes(const QList<AgentNode> &nodes, QSizeF siz
 qreal layoutHeight(qsizetype children);
 
 // The canvas of the agents' view: it keeps every agent in its place while the model and the width
-// change. What a poll leaves as it was stays untouched. Main thread only.
+// change, and shows those near the part that is seen. What a poll leaves as it was stays untouched.
+// Main thread only.
 class AgentCanvas : public QObject
 {
     Q_OBJECT
@@ -45,13 +46,15 @@ class AgentCanvas : public QObject
     Q_PROPERTY(ostrelle::AgentsTopologyViewModel *viewModel READ viewModel WRITE setViewModel NOTIFY
                    viewModelChanged)
     Q_PROPERTY(qreal width READ width WRITE setWidth NOTIFY widthChanged)
-    Q_PROPERTY(qreal scale READ scale NOTIFY widthChanged)
-    // The nodes, the main one first; empty without a model or a width. Roles: agentId, name,
-    // status, detail, modelName, progressText (undefined when absent), colorName, defaultEmoji,
-    // isWorking, center, radius, side (-1 left of the spine, 0 on it, 1 right of it).
+    // The part of the canvas that is seen.
+    Q_PROPERTY(qreal viewTop READ viewTop WRITE setViewTop NOTIFY viewChanged)
+    Q_PROPERTY(qreal viewHeight READ viewHeight WRITE setViewHeight NOTIFY viewChanged)
+    // The nodes in that part and close to it, from above to below, the main one first; empty
+    // without a model or a width. Roles: node, center, radius, side (-1 left of the spine, 0 on it,
+    // 1 right of it).
     Q_PROPERTY(QAbstractItemModel *nodeList READ nodeList CONSTANT)
     Q_PROPERTY(qreal layoutHeight READ layoutHeight NOTIFY nodesChanged)
-    // Where the spine begins and ends.
+    // Where the spine begins, at the main node's rim, and ends.
     Q_PROPERTY(qreal spineTop READ spineTop NOTIFY nodesChanged)
     Q_PROPERTY(qreal spineBottom READ spineBottom NOTIFY nodesChanged)
     // The names of the working agents' colours, in the order of the agents.
@@ -68,7 +71,10 @@ public:
 
     qreal width() const { return m_width; }
     void setWidth(qreal width);
-    qreal scale() const { return canvasScale(m_width); }
+    qreal viewTop() const { return m_viewTop; }
+    void setViewTop(qreal top) { setView(top, m_viewHeight); }
+    qreal viewHeight() const { return m_viewHeight; }
+    void setViewHeight(qreal height) { setView(m_viewTop, height); }
 
     QAbstractItemModel *nodeList() { return &m_nodeList; }
     qreal layoutHeight() const;
@@ -80,14 +86,20 @@ public:
 Q_SIGNALS:
     void viewModelChanged();
     void widthChanged();
+    void viewChanged();
     void nodesChanged();
     void spineColorsChanged();
 
 private:
     void layOut();
+    void setView(qreal top, qreal height);
+    void showNodes();
 
     QPointer<AgentsTopologyViewModel> m_viewModel;
     qreal m_width = 0;
+    qreal m_viewTop = 0;
+    qreal m_viewHeight = 0;
+    QList<AgentCanvasNode> m_nodes;
     RecordListModel<AgentCanvasNode> m_nodeList;
     QStringList m_activeAgentColors;
 };

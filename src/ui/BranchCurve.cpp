@@ -1,8 +1,7 @@
 #include "ui/BranchCurve.h"
 
 #include <QPainter>
-
-#include <algorithm>
+#include <QPainterPath>
 
 namespace ostrelle
 {
@@ -40,25 +39,33 @@ void BranchCurve::setToLeft(bool toLeft)
     }
 }
 
-QPainterPath BranchCurve::line() const
+std::array<QPointF, 4> BranchCurve::bezier() const
 {
     const qreal margin = m_thickness; // the line's own width stays inside
-    const QPointF spine(m_toLeft ? width() : 0, margin);
-    const QPointF agent(m_toLeft ? 0 : width(), height() - margin);
-    QPainterPath line(spine);
-    line.cubicTo({width() / 2, spine.y()}, {width() / 2, agent.y()}, agent);
-    return line;
+    const qreal level = height() - margin;
+    const qreal controls = level - (level - margin) / 0.75; // the curve goes three quarters there
+    const qreal spine = m_toLeft ? width() : 0;
+    const qreal agent = width() - spine;
+    const qreal way = agent - spine;
+    return {QPointF(spine, level), QPointF(spine + 0.2 * way, controls),
+            QPointF(spine + 0.6 * way, controls), QPointF(agent, level)};
 }
 
 QPointF BranchCurve::pointAt(qreal part) const
 {
-    return line().pointAtPercent(std::clamp(part, 0.0, 1.0));
+    const auto [spine, first, second, agent] = bezier();
+    const qreal left = 1 - part;
+    return left * left * left * spine + 3 * left * left * part * first +
+           3 * left * part * part * second + part * part * part * agent;
 }
 
 void BranchCurve::paint(QPainter *painter)
 {
     painter->setPen(QPen(m_color, m_thickness, Qt::SolidLine, Qt::RoundCap));
-    painter->drawPath(line());
+    const auto [spine, first, second, agent] = bezier();
+    QPainterPath line(spine);
+    line.cubicTo(first, second, agent);
+    painter->drawPath(line);
 }
 
 } // namespace ostrelle

@@ -1,22 +1,24 @@
 #pragma once
 
 #include <QColor>
-#include <QPainterPath>
 #include <QQuickPaintedItem>
 #include <QtQml/qqml.h>
+
+#include <array>
 
 namespace ostrelle
 {
 
-// A line that leaves the spine level and arrives at an agent level, as the item's diagonal. It is
-// painted only when it changes. Main thread only.
+// A line from the spine to an agent, from one lower corner of the item to the other: it bows
+// upwards, like a rib, as far as the item is high. It is painted only when it changes. Main thread
+// only.
 class BranchCurve : public QQuickPaintedItem
 {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
     Q_PROPERTY(qreal thickness READ thickness WRITE setThickness NOTIFY thicknessChanged)
-    // The line falls from right to left instead of from left to right.
+    // The agent is on the left.
     Q_PROPERTY(bool toLeft READ toLeft WRITE setToLeft NOTIFY toLeftChanged)
 
 public:
@@ -29,7 +31,7 @@ public:
     bool toLeft() const { return m_toLeft; }
     void setToLeft(bool toLeft);
 
-    // The place on the line at that part of the way, 0 at the spine and 1 at the agent.
+    // The place on the line at about that part of the way, 0 at the spine and 1 at the agent.
     Q_INVOKABLE QPointF pointAt(qreal part) const;
 
     void paint(QPainter *painter) override;
@@ -40,7 +42,7 @@ Q_SIGNALS:
     void toLeftChanged();
 
 private:
-    QPainterPath line() const;
+    std::array<QPointF, 4> bezier() const;
 
     QColor m_color;
     qreal m_thickness = 1;

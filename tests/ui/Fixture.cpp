@@ -2,6 +2,7 @@
 
 #include "core/KeychainHelper.h"
 #include "platform/ChildProcess.h"
+#include "platform/Files.h"
 #include "platform/SecretStore.h"
 #include "ui/FieldAccessibility.h"
 
@@ -90,6 +91,15 @@ void Fixture::tool(const QString &name, const QString &body) const
     } else {
         m_home->addTool(name, body.toUtf8());
     }
+}
+
+ProjectsViewModel *Fixture::projectsVM() const
+{
+    return new ProjectsViewModel(
+        [file = m_home->path(u"asked"_s)](const QString &program, const QStringList &args) {
+            static_cast<void>(writeInPlace(file, (program + u' ' + args.join(u' ')).toUtf8()));
+            return QString();
+        }); // the engine owns it
 }
 
 void Fixture::startGateway()

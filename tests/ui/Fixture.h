@@ -39,6 +39,9 @@ public:
     // A shell script that is a tool from now on, for instance "tailscale"; none without a body.
     Q_INVOKABLE void tool(const QString &name, const QString &body) const;
 
+    // A model that writes down, in the file "asked", which program it runs.
+    Q_INVOKABLE ostrelle::ProjectsViewModel *projectsVM() const;
+
     // The configured gateway answers from the next restart() on: its health check with success,
     // other paths as answerChat() says, or not at all.
     Q_INVOKABLE void startGateway();

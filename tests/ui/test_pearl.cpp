@@ -147,25 +147,8 @@ Rgb expectedLight(const QColor &color, QPoint pixel)
     return Reference(color, radii(pixel.x()), -radii(pixel.y())).light();
 }
 
-struct State {
-    const char *name;
-    bool online;
-    bool running;
-    const char *word;
-    QColor color;
-};
-
-const std::array states{
-    State{"offline, whatever the agent does", false, true, "speaking",
-          QColor::fromRgbF(0.596F, 0.596F, 0.616F, 0.5F)},
-    State{"agent not running", true, false, "speaking", Qt::white},
-    State{"dormant", true, true, "dormant", QColor::fromRgbF(0, 0.75F, 0.75F)},
-    State{"listening", true, true, "listening", QColor::fromRgbF(0.2F, 0.9F, 0.4F)},
-    State{"capturing", true, true, "capturing", QColor::fromRgbF(0.2F, 0.9F, 0.4F)},
-    State{"processing", true, true, "processing", QColor::fromRgbF(1, 0.6F, 0.2F)},
-    State{"speaking", true, true, "speaking", QColor::fromRgbF(1, 0.3F, 0.3F)},
-    State{"in capitals", true, true, "Speaking", Qt::white},
-    State{"unknown", true, true, "dreaming", Qt::white}};
+const QColor offline = QColor::fromRgbF(0.596F, 0.596F, 0.616F, 0.5F);
+const QColor speaking = QColor::fromRgbF(1, 0.3F, 0.3F);
 
 } // namespace
 
@@ -174,22 +157,30 @@ class TestPearl : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void hasTheColourOfTheState_data()
-    {
-        QTest::addColumn<int>("index");
-        for (std::size_t i = 0; i < states.size(); ++i) {
-            QTest::newRow(states[i].name) << static_cast<int>(i);
-        }
-    }
-
     void hasTheColourOfTheState()
     {
-        QFETCH(int, index);
-        const State &state = states[static_cast<std::size_t>(index)];
-        const QColor color =
-            pearlColor(state.online, state.running, QString::fromLatin1(state.word));
-        QCOMPARE(color.rgba(), state.color.rgba());
+        const auto online = [](const QString &word) { return pearlColor(true, true, word).rgba(); };
+        QCOMPARE(online(u"dormant"_s), QColor::fromRgbF(0, 0.75F, 0.75F).rgba());
+        QCOMPARE(online(u"listening"_s), QColor::fromRgbF(0.2F, 0.9F, 0.4F).rgba());
+        QCOMPARE(online(u"capturing"_s), QColor::fromRgbF(0.2F, 0.9F, 0.4F).rgba());
+        QCOMPARE(online(u"processing"_s), QColor::fromRgbF(1, 0.6F, 0.2F).rgba());
+        QCOMPARE(online(u"speaking"_s), speaking.rgba());
+        QCOMPARE(online(u"Speaking"_s), qRgb(255, 255, 255));
+        QCOMPARE(pearlColor(true, false, u"speaking"_s).rgba(), qRgb(255, 255, 255));
+        QCOMPARE(pearlColor(false, true, u"speaking"_s).rgba(), offline.rgba());
+    }
 
+    void isLitLikeASphere_data()
+    {
+        QTest::addColumn<QColor>("color");
+        QTest::newRow("translucent") << offline;
+        QTest::newRow("pale") << QColor(Qt::white);
+        QTest::newRow("saturated") << speaking;
+    }
+
+    void isLitLikeASphere()
+    {
+        QFETCH(QColor, color);
         const QImage image = renderPearl(color, {points, points}, pixelsPerPoint);
         for (const Spot &spot : spots) {
             const QPoint pixel = pixelAt(spot.x, spot.y);

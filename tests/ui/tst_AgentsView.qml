@@ -23,20 +23,6 @@ TestCase {
         }
     }
 
-    Component {
-        id: agentCanvas
-
-        AgentCanvas {
-        }
-    }
-
-    Component {
-        id: agentsModel
-
-        AgentsTopologyViewModel {
-        }
-    }
-
     function init() {
         fixture.reset();
     }
@@ -67,14 +53,11 @@ TestCase {
 
     function test_layout(row) {
         writeAgents({a: {}, b: {}, c: {}});
-        const model = createTemporaryObject(agentsModel, test);
-        const canvas = createTemporaryObject(agentCanvas, test, {viewModel: model, width: row.width});
-        tryCompare(model, "isLoading", false);
-        compare(canvas.layoutHeight, 480);
-        const places = Array.from({length: canvas.nodeList.rowCount()}, (_, i) => {
-            const value = role => canvas.nodeList.data(canvas.nodeList.index(i, 0), role);
-            return {center: value(Qt.UserRole + 9), radius: value(Qt.UserRole + 10), side: value(Qt.UserRole + 11)};
-        });
+        const view = createTemporaryObject(agentsView, test, {width: row.width});
+        const canvas = Items.visibleItems(view).find(each => each.contentY !== undefined);
+        compare(canvas.contentHeight, 200);
+        tryCompare(canvas, "contentHeight", 480);
+        const places = Items.visibleItems(view).filter(each => each.shownName !== undefined);
         compare(places.map(each => each.side), [0, -1, 1, -1]);
         places.forEach((each, i) => {
             fuzzyCompare(each.center.x, row.centers[i][0], 0.001);
@@ -91,7 +74,7 @@ TestCase {
         mouseClick(Items.withText(view, "Refresh"));
         tryVerify(() => Items.withText(view, "Live data from status.json"));
         tryVerify(() => Items.withText(view, "working · 42%"));
-        verify(bubble(view, "Code-Reviewer").isWorking);
+        verify(bubble(view, "Code-Reviewer").node.isWorking);
     }
 
     function test_anErrorIsShownBelow() {
@@ -99,6 +82,29 @@ TestCase {
         const view = createTemporaryObject(agentsView, test);
         tryVerify(() => Items.texts(view).some(text => text.startsWith("Agent data unreadable: ")));
         verify(Items.withText(view, "Main"));
+    }
+
+    function test_movesOnlyWhileSeen() {
+        const view = loadedView({alpha: {status: "busy"}, beta: {status: "idle"}});
+        const alpha = bubble(view, "Alpha");
+        verify(alpha.moves && bubble(view, "Main").moves && !bubble(view, "Beta").moves);
+        const before = alpha.processingRing;
+        tryVerify(() => alpha.processingRing !== before);
+        view.visible = false;
+        verify(!alpha.moves);
+        view.visible = true;
+        mouseClick(alpha);
+        verify(view.selectedNode && !alpha.moves);
+    }
+
+    function test_keyboardReachesTheLastOfMany() {
+        const names = Array.from({length: 30}, (_, i) => "A" + String(i + 10));
+        const view = loadedView(Object.assign({}, ...names.map(each => ({[each]: {}}))));
+        bubble(view, "Main").forceActiveFocus(Qt.TabFocusReason);
+        names.forEach(() => keyClick(Qt.Key_Tab));
+        verify(bubble(view, "A39")?.activeFocus && !bubble(view, "Main"));
+        names.forEach(() => keyClick(Qt.Key_Backtab));
+        verify(bubble(view, "Main")?.activeFocus);
     }
 
     function test_aPollKeepsWhatDidNotChange() {
@@ -111,35 +117,36 @@ TestCase {
     }
 
     function test_inspector() {
-        const view = loadedView({alpha: {status: "busy", activity: "Counting", progress: 7}});
+        const view = loadedView({alpha: {status: "busy", activity: "Counting", model: "m-1", progress: 7}});
         const alpha = bubble(view, "Alpha");
         alpha.forceActiveFocus();
         keyClick(Qt.Key_Return);
         for (const text of ["Customize Bubble", "Agent Details", "Activity", "Counting", "Progress", "7%",
-                            "Agent ID", "alpha",
+                            "Agent ID", "alpha", "Model", "m-1",
                             "Tip: use a single emoji for the cleanest circle rendering."]) {
             verify(Items.withText(view, text), text);
         }
-        verify(!Items.withText(view, "Model"));
 
         const field = hint => Items.visibleItems(view).find(each => each.placeholderText === hint);
         compare(field("Display name").text, "Alpha");
+        verify(!Items.withText(view, "Spinal Map"));
         field("Display name").text = "  Counter ";
         field("Emoji").text = " ";
-        const emoji = alpha.defaultEmoji;
+        const emoji = alpha.node.defaultEmoji;
         mouseClick(Items.withText(view, "Save"));
-        tryVerify(() => !view.inspector);
+        tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Counter");
         verify(Items.withText(view, emoji));
 
         mouseClick(alpha);
         mouseClick(Items.withText(view, "Reset"));
-        tryVerify(() => !view.inspector);
+        tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Alpha");
 
         mouseClick(alpha);
-        verify(view.inspector);
+        field("Display name").text = " ";
         keyClick(Qt.Key_Escape);
-        tryVerify(() => !view.inspector);
+        tryVerify(() => !view.selectedNode);
+        verify(alpha.activeFocus);
     }
 }

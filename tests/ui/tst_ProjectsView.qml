@@ -35,14 +35,14 @@ TestCase {
         fixture.write(test.trackerFile, JSON.stringify({version: 1, updated: "", projects: projects}));
         const view = createTemporaryObject(projectsView, test);
         tryCompare(view.viewModel, "isLoading", false);
-        tryVerify(() => projects.every(each => Items.withText(view, each.name)));
+        tryVerify(() => projects.slice(0, 3).every(each => Items.withText(view, each.name)));
         return view;
     }
 
     function project(id: string, status: string): var {
         return {
             id: id, name: "Project " + id, description: "About " + id, status: status, progress: 42,
-            lastUpdate: "", workstreams: [
+            workstreams: [
                 {id: "w1", name: "Design", status: "green", progress: 80, note: "nearly there"},
                 {id: "w2", name: "Print", status: "idle", progress: 5, note: ""}
             ]
@@ -77,6 +77,17 @@ TestCase {
         tryVerify(() => !Items.withText(view, "nearly there"));
     }
 
+    function test_keyboardReachesTheLastCardAndOpenOnesStayOpen() {
+        const names = Array.from({length: 40}, (_, i) => String(i));
+        const view = loadedView(names.map(each => project(each, "green")));
+        mouseClick(Items.withText(view, "Project 1"));
+        names.slice(2).forEach(() => keyClick(Qt.Key_Tab));
+        verify(Items.withText(view, "Project 39")?.activeFocus);
+        tryVerify(() => !Items.withText(view, "Project 1"));
+        names.slice(2).forEach(() => keyClick(Qt.Key_Backtab));
+        verify(Items.withText(view, "Project 1").expanded);
+    }
+
     function test_emptyAndBrokenShowTogether() {
         fixture.write(test.trackerFile, "[");
         const view = createTemporaryObject(projectsView, test);
@@ -86,11 +97,12 @@ TestCase {
         verify(Items.withText(view, "0/0"));
     }
 
-    function test_refreshLoadsAgain() {
-        const view = loadedView([]);
+    function test_refreshLoadsAgainAndAsksForMore() {
+        const view = createTemporaryObject(projectsView, test, {viewModel: fixture.projectsVM()});
         fixture.write(test.trackerFile, JSON.stringify(
             {version: 1, updated: "", projects: [project("new", "green")]}));
         mouseClick(Items.withText(view, "Refresh"));
         tryVerify(() => Items.withText(view, "Project new"));
+        tryVerify(() => fixture.read("asked") === "/usr/bin/env which duskrell");
     }
 }

@@ -45,9 +45,10 @@ TestCase {
         }
     }
 
-    function test_copyAnswersWithACheckMark() {
+    function test_copyAnswersTheKeyboardWithACheckMark() {
         const button = createTemporaryObject(copyButton, test);
-        mouseClick(button);
+        button.forceActiveFocus();
+        keyClick(Qt.Key_Return);
         compare(fixture.clipboard(), "http://127.0.0.1:18789");
         compare(button.symbol, "checkmark");
         tryCompare(button, "symbol", "doc.on.doc");

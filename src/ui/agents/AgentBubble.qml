@@ -7,29 +7,27 @@ import Ostrelle
 T.AbstractButton {
     id: bubble
 
-    required property string agentId
-    required property string name
-    required property string status
-    required property var progressText // a text, or undefined
-    required property string colorName
-    required property string defaultEmoji
-    required property bool isWorking
+    required property var node // an AgentNode
     required property point center
     required property real radius
-    required property int side
+    required property int side // of the spine: -1, or 1, or 0 on it
     // Changes when what the user calls the agents may have changed.
     required property int refreshKey
-    // It can be seen, so that it may move.
-    required property bool animated
+    // How much of its light the bubble has given up: 0 at rest.
+    required property real pulse
+    required property real processingRing
 
-    readonly property color color: Theme.named(bubble.colorName)
+    readonly property real size: Math.round(2 * bubble.radius)
+    readonly property color color: Theme.named(bubble.node.colorName)
     readonly property string shownName: appearance.name
-    readonly property bool moves: bubble.isWorking && bubble.animated && Theme.motion
+    // Between one agent and the next below it is as much room as a radius. Larger texts than two
+    // lines of it leave room for the name alone.
+    readonly property bool isDetailed: bubble.side !== 0 && Theme.smallSize <= 0.5 * bubble.radius
 
     x: Math.round(bubble.center.x - width / 2)
-    y: Math.round(bubble.center.y - bubble.radius - Theme.bubbleHalo)
-    width: Math.round(2 * (bubble.radius + Theme.bubbleHalo) + 2 * Theme.gap)
-    height: texts.y + texts.height
+    y: Math.round(bubble.center.y - bubble.radius)
+    width: bubble.size + 2 * Theme.bubbleHalo + 2 * Theme.gap
+    height: bubble.size + Theme.smallGap + texts.height
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Accessible.name: bubble.shownName
@@ -37,53 +35,38 @@ T.AbstractButton {
     Keys.onReturnPressed: bubble.clicked()
     Keys.onEnterPressed: bubble.clicked()
 
+    function fitting(size: int, share: real): int {
+        return Math.min(size, Math.floor(share * bubble.radius));
+    }
+
     AgentAppearance {
         id: appearance
 
-        agentId: bubble.agentId
-        fallbackName: bubble.name
-        fallbackEmoji: bubble.defaultEmoji
+        agentId: bubble.node.id
+        fallbackName: bubble.node.name
+        fallbackEmoji: bubble.node.defaultEmoji
         refreshKey: bubble.refreshKey
     }
 
     background: Item {
-        // The pulse
         Rectangle {
-            id: halo
-
             anchors.centerIn: disc
             width: disc.width + 2 * Theme.bubbleHalo
             height: width
             radius: width / 2
             color: Theme.faded(bubble.color, bubble.hovered ? 0.28 : 0.16)
-
-            SequentialAnimation on opacity {
-                running: bubble.moves
-                loops: Animation.Infinite
-                alwaysRunToEnd: true
-
-                NumberAnimation {
-                    to: 0.35
-                    duration: Theme.bubblePulse
-                    easing.type: Easing.InOutQuad
-                }
-                NumberAnimation {
-                    to: 1
-                    duration: Theme.bubblePulse
-                    easing.type: Easing.InOutQuad
-                }
-            }
+            opacity: 1 - 0.65 * bubble.pulse
         }
 
         Rectangle {
             id: disc
 
             x: Math.round((bubble.width - width) / 2)
-            y: Theme.bubbleHalo
-            width: Math.round(2 * bubble.radius)
+            width: bubble.size
             height: width
             radius: width / 2
-            border.width: bubble.visualFocus ? 3 : bubble.isWorking ? 2 : 1
+            layer.enabled: true // drawn once, for what moves around it has it shown again and again
+            border.width: bubble.visualFocus ? 3 : bubble.node.isWorking ? 2 : 1
             border.color: bubble.visualFocus ? Theme.textPrimary : bubble.color
             gradient: Gradient {
                 GradientStop {
@@ -111,13 +94,16 @@ T.AbstractButton {
             }
         }
 
-        ProcessingRing {
+        Lazy {
             anchors.centerIn: disc
             width: disc.width + Theme.bubbleHalo
             height: width
-            color: bubble.color
-            visible: bubble.isWorking
-            running: bubble.moves
+            active: bubble.node.isWorking
+
+            ProcessingRing {
+                color: bubble.color
+                phase: bubble.processingRing
+            }
         }
     }
 
@@ -125,13 +111,13 @@ T.AbstractButton {
         Column {
             id: texts
 
-            y: disc.height + Theme.bubbleHalo + Theme.smallGap
+            y: bubble.size + Theme.smallGap
             width: bubble.width
 
             Label {
                 width: parent.width
                 text: bubble.shownName
-                font.pixelSize: Theme.smallSize
+                font.pixelSize: bubble.fitting(Theme.smallSize, bubble.isDetailed ? 0.36 : 0.7)
                 font.weight: Font.DemiBold
                 horizontalAlignment: Text.AlignHCenter
                 Accessible.ignored: true
@@ -141,11 +127,11 @@ T.AbstractButton {
                 id: details
 
                 width: parent.width
-                visible: bubble.side !== 0
-                text: bubble.progressText !== undefined
-                    ? bubble.status + " · " + bubble.progressText : bubble.status
+                visible: bubble.isDetailed
+                text: bubble.node.progressText !== undefined
+                    ? bubble.node.status + " · " + bubble.node.progressText : bubble.node.status
                 secondary: true
-                font.pixelSize: Theme.captionSize
+                font.pixelSize: bubble.fitting(Theme.captionSize, 0.33)
                 horizontalAlignment: Text.AlignHCenter
                 Accessible.ignored: true
             }

@@ -5,40 +5,34 @@ import Ostrelle
 FocusScope {
     id: sheet
 
-    // As it was when the sheet was opened.
-    required property string agentId
-    required property string agentName
-    required property string defaultEmoji
-    property var detail: undefined // texts, or undefined
-    property var modelName: undefined
-    property var progressText: undefined
+    required property var node // an AgentNode, as it was when the sheet was opened
 
     // Something was saved or reset.
-    signal changed
-    signal dismissed
+    signal save
+    signal dismiss
 
     Accessible.role: Accessible.Dialog
     Accessible.name: title.text
-    Keys.onEscapePressed: sheet.dismissed()
+    Keys.onEscapePressed: sheet.dismiss()
 
-    function save() {
+    function store() {
         appearance.save(name.text, emoji.text);
-        sheet.changed();
-        sheet.dismissed();
+        sheet.save();
+        sheet.dismiss();
     }
 
     function reset() {
         appearance.reset();
-        sheet.changed();
-        sheet.dismissed();
+        sheet.save();
+        sheet.dismiss();
     }
 
     AgentAppearance {
         id: appearance
 
-        agentId: sheet.agentId
-        fallbackName: sheet.agentName
-        fallbackEmoji: sheet.defaultEmoji
+        agentId: sheet.node.id
+        fallbackName: sheet.node.name
+        fallbackEmoji: sheet.node.defaultEmoji
     }
 
     // Takes the clicks that are meant for nothing below.
@@ -75,7 +69,7 @@ FocusScope {
         symbol: "xmark"
         text: "Close"
         raised: true
-        onClicked: sheet.dismissed()
+        onClicked: sheet.dismiss()
     }
 
     ScrollPane {
@@ -94,27 +88,27 @@ FocusScope {
                 width: parent.width
                 visible: value !== ""
                 label: "Activity"
-                value: sheet.detail ?? ""
+                value: sheet.node.detail ?? ""
             }
 
             InfoRow {
                 width: parent.width
                 visible: value !== ""
                 label: "Model"
-                value: sheet.modelName ?? ""
+                value: sheet.node.model ?? ""
             }
 
             InfoRow {
                 width: parent.width
-                visible: sheet.progressText !== undefined
+                visible: sheet.node.progressText !== undefined
                 label: "Progress"
-                value: sheet.progressText ?? ""
+                value: sheet.node.progressText ?? ""
             }
 
             InfoRow {
                 width: parent.width
                 label: "Agent ID"
-                value: sheet.agentId
+                value: sheet.node.id
             }
         }
 
@@ -125,7 +119,7 @@ FocusScope {
             focus: true
             placeholderText: "Display name"
             text: appearance.name
-            onAccepted: sheet.save()
+            onAccepted: sheet.store()
         }
 
         LineField {
@@ -134,7 +128,7 @@ FocusScope {
             width: parent.width
             placeholderText: "Emoji"
             text: appearance.emoji
-            onAccepted: sheet.save()
+            onAccepted: sheet.store()
         }
 
         Label {
@@ -164,7 +158,7 @@ FocusScope {
         PushButton {
             kind: PushButton.Prominent
             text: "Save"
-            onClicked: sheet.save()
+            onClicked: sheet.store()
         }
     }
 }

@@ -10,31 +10,18 @@ FocusScope {
 
     // Changed after a save or a reset, so that every bubble looks again how its agent is called.
     property int refreshKey: 0
-    // The inspector is shown while there is one; it takes a tap's node as it then was.
-    property AgentInspectorSheet inspector: null
+    // The inspector is shown while there is one; it is the AgentNode of a tap as it then was.
+    property var selectedNode: null
 
     readonly property AgentsTopologyViewModel vm: AgentsTopologyViewModel {
     }
 
-    function inspect(node: AgentBubble, details: var) {
-        view.inspector = sheet.createObject(view, {
-            "width": Qt.binding(() => view.width),
-            "height": Qt.binding(() => view.height),
-            "agentId": node.agentId,
-            "agentName": node.name,
-            "defaultEmoji": node.defaultEmoji,
-            "detail": details.detail,
-            "modelName": details.modelName,
-            "progressText": node.progressText
-        }) as AgentInspectorSheet;
-        view.inspector.forceActiveFocus();
-    }
-
     function dismiss() {
-        view.inspector.parent = null; // it is destroyed only when the program is idle
-        view.inspector.destroy();
-        view.inspector = null;
-        view.forceActiveFocus();
+        const id = view.selectedNode.id;
+        view.selectedNode = null;
+        const shown = Array.from({length: bubbles.count}, (_, i) => bubbles.itemAt(i));
+        const bubble = shown.find(each => each.node.id === id) ?? view;
+        bubble.forceActiveFocus();
     }
 
     AgentCanvas {
@@ -42,6 +29,21 @@ FocusScope {
 
         viewModel: view.vm
         width: map.width
+        viewTop: map.contentY
+        viewHeight: map.height
+    }
+
+    CanvasClock {
+        id: clock
+
+        running: map.visible && Theme.motion && canvas.activeAgentColors.length > 0
+    }
+
+    FontMetrics {
+        id: mainName
+
+        font.pixelSize: Theme.smallSize
+        font.weight: Font.DemiBold
     }
 
     DashboardHeader {
@@ -50,7 +52,7 @@ FocusScope {
         x: Theme.pagePadding
         y: Theme.pagePadding
         width: view.width - 2 * Theme.pagePadding
-        enabled: !view.inspector
+        visible: !view.selectedNode
         label: "AGENTS"
         title: "Spinal Map"
         status: view.vm.usingFallback ? "Mock layout — live data will replace this"
@@ -62,18 +64,19 @@ FocusScope {
         id: map
 
         anchors.top: header.bottom
-        anchors.bottom: error.visible ? error.top : view.bottom
+        anchors.bottom: view.bottom
         width: view.width
-        enabled: !view.inspector
+        visible: !view.selectedNode
         contentWidth: width
-        contentHeight: canvas.layoutHeight
+        contentHeight: error.visible ? error.y + error.height + Theme.pagePadding : canvas.layoutHeight
         clip: true
         boundsBehavior: Flickable.StopAtBounds
         T.ScrollBar.vertical: ThinScrollBar {
         }
 
-        function shows(y: real, reach: real): bool {
-            return y + reach > map.contentY && y - reach < map.contentY + map.height;
+        // Whether what reaches so far around there moves: only what is seen does.
+        function moves(y: real, reach: real): bool {
+            return clock.running && y + reach > map.contentY && y - reach < map.contentY + map.height;
         }
 
         function reveal(bubble: Item) {
@@ -85,72 +88,87 @@ FocusScope {
         }
 
         PremiumSpine {
+            id: spine
+
             x: Math.round(canvas.width / 2 - width / 2)
-            y: canvas.spineTop
-            width: 12
-            height: Math.max(0, canvas.spineBottom - canvas.spineTop)
-            visible: height > 0
+            y: Math.round(canvas.spineTop + mainName.height + 2 * Theme.smallGap)
+            height: Math.max(0, Math.round(canvas.spineBottom - y))
             colors: Array.from(canvas.spineColors, name => Theme.named(name))
-            glowing: canvas.activeAgentColors.length > 0
+            phase: clock.spineFlow
+            moves: map.moves(spine.y + spine.phase * spine.height, Theme.dotSize)
         }
 
         Repeater {
             model: canvas.nodeList
 
             AnatomicalBranch {
-                required property string colorName
-                required property bool isWorking
+                id: branch
+
+                required property var node
                 required property point center
                 required property real radius
-                required property int side
 
-                from: Qt.point(canvas.width / 2, center.y - radius)
-                to: Qt.point(center.x - side * radius, center.y)
-                color: Theme.named(colorName)
-                energized: isWorking
-                animated: map.shows(center.y, 2 * radius)
-                visible: side !== 0
+                fromSpineX: canvas.width / 2
+                spineY: branch.center.y
+                to: Qt.point(branch.center.x - branch.side * branch.radius, branch.center.y)
+                color: Theme.named(branch.node.colorName)
+                energized: branch.node.isWorking
+                moves: branch.energized && map.moves(branch.center.y, branch.radius)
+                flow: branch.moves ? clock.branchFlow : 0
+                visible: branch.side !== 0
             }
         }
 
         Repeater {
+            id: bubbles
+
             model: canvas.nodeList
 
             AgentBubble {
                 id: bubble
 
-                required property var detail
-                required property var modelName
+                readonly property bool moves: bubble.node.isWorking
+                    && map.moves(bubble.center.y, bubble.radius + Theme.bubbleHalo)
 
+                pulse: bubble.moves ? clock.pulse : 0
+                processingRing: bubble.moves ? clock.ring : 0
                 refreshKey: view.refreshKey
-                animated: map.shows(bubble.center.y, 2 * bubble.radius)
                 onActiveFocusChanged: {
                     if (bubble.activeFocus) {
                         map.reveal(bubble);
                     }
                 }
-                onClicked: view.inspect(bubble, {detail: bubble.detail, modelName: bubble.modelName})
+                onClicked: view.selectedNode = bubble.node
             }
+        }
+
+        // Below the canvas, or as far below as there is room.
+        ErrorCard {
+            id: error
+
+            x: Theme.pagePadding
+            y: Math.max(canvas.layoutHeight, map.height - error.height - Theme.pagePadding)
+            width: view.width - 2 * Theme.pagePadding
+            visible: view.vm.errorMessage !== ""
+            message: Theme.shortened(view.vm.errorMessage)
         }
     }
 
-    ErrorCard {
-        id: error
+    Lazy {
+        id: inspector
 
-        anchors.bottom: view.bottom
-        anchors.bottomMargin: Theme.pagePadding
-        x: Theme.pagePadding
-        width: view.width - 2 * Theme.pagePadding
-        visible: view.vm.errorMessage !== ""
-        message: view.vm.errorMessage
-    }
-
-    Component {
-        id: sheet
+        anchors.fill: parent
+        active: view.selectedNode !== null
 
         AgentInspectorSheet {
-            onChanged: ++view.refreshKey
-            onDismissed: view.dismiss()
+            height: inspector.height
+            node: view.selectedNode
+            Component.onCompleted: {
+                node = view.selectedNode; // not bound to it: that ends before the sheet does
+                forceActiveFocus();
+            }
+            onSave: ++view.refreshKey
+            onDismiss: view.dismiss()
         }
     }
 }

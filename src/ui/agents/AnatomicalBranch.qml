@@ -5,16 +5,19 @@ import Ostrelle
 Item {
     id: branch
 
-    required property point from // on the spine
-    required property point to   // at the agent's rim
+    required property real fromSpineX
+    required property real spineY
+    required property point to // at the agent's rim
+    required property int side // -1 left of the spine, 1 right of it
     required property color color
     required property bool energized
-    required property bool animated
+    required property bool moves
+    required property real flow // of the way, 0 at the spine and 1 at the agent
 
-    x: Math.min(branch.from.x, branch.to.x)
-    y: branch.from.y - line.thickness
-    width: Math.abs(branch.to.x - branch.from.x)
-    height: Math.max(branch.to.y - branch.from.y, 0) + 2 * line.thickness
+    x: Math.min(branch.fromSpineX, branch.to.x)
+    y: branch.spineY - branch.height + line.thickness
+    width: Math.abs(branch.to.x - branch.fromSpineX)
+    height: Math.round(Theme.branchBow * branch.width) + 2 * line.thickness
 
     BranchCurve {
         id: line
@@ -22,19 +25,17 @@ Item {
         anchors.fill: parent
         color: branch.energized ? branch.color : Theme.faded(branch.color, 0.7)
         thickness: branch.energized ? 2 : 1.2
-        toLeft: branch.to.x < branch.from.x
+        toLeft: branch.side < 0
     }
 
     FlowLight {
-        id: flow
+        id: light
 
-        readonly property point place: line.pointAt(flow.phase)
+        readonly property point place: light.visible ? line.pointAt(branch.flow) : Qt.point(0, 0)
 
-        x: flow.place.x - width / 2
-        y: flow.place.y - height / 2
+        x: Math.round(light.place.x - width / 2)
+        y: Math.round(light.place.y - height / 2)
         color: branch.color
-        visible: branch.energized && branch.animated && Theme.motion
-        running: visible
-        duration: Theme.branchFlow
+        visible: branch.energized && branch.moves
     }
 }

@@ -1,20 +1,23 @@
 import QtQuick
 import Ostrelle
 
-// One thing that is known, under its name.
+// One thing that is known, beside its name, or below it where the name needs the room.
 Item {
     id: row
 
     required property string label
     required property string value
 
-    implicitHeight: Math.max(label.height, value.height)
+    readonly property real labelWidth: Math.round(row.width * 0.28)
+    readonly property bool stacked: label.implicitWidth > row.labelWidth
+
+    implicitHeight: Math.max(label.height, value.y + value.height)
 
     Label {
         id: label
 
         anchors.left: parent.left
-        width: Math.round(parent.width * 0.28)
+        width: row.stacked ? row.width : row.labelWidth
         text: row.label
         secondary: true
         Accessible.ignored: true
@@ -23,9 +26,9 @@ Item {
     SelectableText {
         id: value
 
-        anchors.left: label.right
-        anchors.leftMargin: Theme.gap
         anchors.right: parent.right
+        y: row.stacked ? label.height : 0
+        width: row.stacked ? row.width : row.width - row.labelWidth - Theme.gap
         content: row.value
         Accessible.name: row.label + ": " + row.value
     }

@@ -8,49 +8,63 @@ Item {
     id: spine
 
     required property list<color> colors
-    // While it glows, a light runs down the line.
-    property bool glowing: false
+    // Whether a light runs down the line, and how far it is: 0 at the top and 1 at the bottom.
+    required property bool moves
+    required property real phase
+
+    // The last colour lasts, and then fades.
+    readonly property color lastColor: spine.colors[spine.colors.length - 1]
+    readonly property var stops: [...spine.colors, spine.lastColor, Theme.faded(spine.lastColor, 0)]
+
+    width: 12
+    visible: height > 0
+
+    function stopAt(index: int): int {
+        return Math.round(index / (spine.stops.length - 1) * spine.height);
+    }
 
     Repeater {
         model: [{width: 10, opacity: 0.12}, {width: 5, opacity: 0.25}, {width: 2, opacity: 1}]
 
-        Rectangle {
+        Item {
+            id: strand
+
             required property var modelData
 
             anchors.horizontalCenter: spine.horizontalCenter
-            width: modelData.width
-            height: spine.height
-            radius: width / 2
-            opacity: modelData.opacity
-            gradient: Gradient {
-                GradientStop {
-                    position: 0
-                    color: spine.colors[0]
-                }
-                GradientStop {
-                    position: 0.5
-                    color: spine.colors[Math.floor((spine.colors.length - 1) / 2)]
-                }
-                GradientStop {
-                    position: 0.8
-                    color: spine.colors[spine.colors.length - 1]
-                }
-                GradientStop {
-                    position: 1
-                    color: Theme.faded(spine.colors[spine.colors.length - 1], 0)
+            width: strand.modelData.width
+            opacity: strand.modelData.opacity
+
+            Repeater {
+                model: spine.stops.length - 1
+
+                Rectangle {
+                    id: part
+
+                    required property int index
+
+                    y: spine.stopAt(part.index)
+                    width: strand.width
+                    height: spine.stopAt(part.index + 1) - y
+                    gradient: Gradient {
+                        GradientStop {
+                            position: 0
+                            color: spine.stops[part.index]
+                        }
+                        GradientStop {
+                            position: 1
+                            color: spine.stops[part.index + 1] ?? "transparent"
+                        }
+                    }
                 }
             }
         }
     }
 
     FlowLight {
-        id: light
-
         anchors.horizontalCenter: spine.horizontalCenter
-        y: light.phase * (spine.height - height)
+        y: Math.round(spine.phase * (spine.height - height))
         color: spine.colors[0]
-        running: spine.glowing
-        visible: spine.glowing && Theme.motion
-        duration: Theme.spineFlow
+        visible: spine.moves
     }
 }

@@ -1,37 +1,12 @@
-import QtQuick
 import Ostrelle
 
 // The arc that sweeps to and fro around an agent at work.
-Item {
+Symbol {
     id: ring
 
-    required property color color
-    required property bool running
+    required property real phase // 0 to 1, of one way around
 
-    Symbol {
-        id: arc
-
-        anchors.fill: parent
-        name: "arc"
-        color: ring.color
-        size: Math.round(ring.width)
-
-        SequentialAnimation on rotation {
-            running: ring.running
-            loops: Animation.Infinite
-
-            NumberAnimation {
-                from: 0
-                to: 360
-                duration: Theme.bubbleRing
-                easing.type: Easing.InOutQuad
-            }
-            NumberAnimation {
-                from: 360
-                to: 0
-                duration: Theme.bubbleRing
-                easing.type: Easing.InOutQuad
-            }
-        }
-    }
+    name: "arc"
+    size: Math.round(ring.width)
+    rotation: 360 * ring.phase
 }

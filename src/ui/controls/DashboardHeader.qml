@@ -7,6 +7,7 @@ Item {
 
     required property string label
     required property string title
+    property color accent: Theme.tiffanyBlue
     // How many of how many, for instance "3/5"; empty: it is not told.
     property string count: ""
     property string countDescription: ""
@@ -28,7 +29,7 @@ Item {
         Label {
             width: parent.width
             text: header.label
-            color: Theme.tiffanyBlue
+            color: header.accent
             font.pixelSize: Theme.captionSize
             font.weight: Font.DemiBold
             font.letterSpacing: Theme.headingSpacing

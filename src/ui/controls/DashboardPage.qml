@@ -19,7 +19,28 @@ FocusScope {
 
     readonly property real cardWidth: list.width - 2 * Theme.pagePadding
 
+    // The keys of the open cards.
+    property var open: []
+
     signal refreshRequested
+
+    function toggle(key: string) {
+        page.open = page.open.includes(key) ? page.open.filter(each => each !== key)
+            : page.open.concat(key);
+    }
+
+    function reveal(index: int) {
+        list.positionViewAtIndex(index, ListView.Contain);
+    }
+
+    // Gives the keyboard to that card; false if there is none. The keyboard cannot find it by
+    // itself: cards out of view are not made, and they stand in the order of their making.
+    function focusCard(index: int, reason: int): bool {
+        page.reveal(index);
+        const card = list.itemAtIndex(index);
+        card?.forceActiveFocus(reason);
+        return card !== null;
+    }
 
     DashboardHeader {
         id: header
@@ -28,6 +49,7 @@ FocusScope {
         y: Theme.pagePadding
         width: page.cardWidth
         label: page.label
+        accent: Theme.teal
         title: page.title
         count: page.count
         countDescription: page.countDescription
@@ -62,7 +84,7 @@ FocusScope {
             ErrorCard {
                 width: parent.width
                 visible: page.errorMessage !== ""
-                message: page.errorMessage
+                message: Theme.shortened(page.errorMessage)
             }
 
             MinimalEmptyCard {

@@ -2,19 +2,23 @@ import QtQuick
 import QtQuick.Templates as T
 import Ostrelle
 
-// A card that shows more of itself after a tap. The chevron's row is the button that the keyboard
-// and screen readers find; the whole card takes the tap.
+// A dashboard's card, all of which is one button, that shows more of itself after a tap. The page
+// keeps which ones are open, because cards are made anew when they are scrolled back into view.
 T.AbstractButton {
     id: card
+
+    required property DashboardPage page
+    required property int index
+    required property string key // tells it from the page's other cards
 
     // Always seen.
     property alias summary: summary.data
     // Beside the chevron.
     property string more: ""
-    property bool expandable: true
-    property bool expanded: false
+    readonly property bool expanded: card.page.open.includes(card.key)
     default property alias content: fold.content
 
+    width: card.page.cardWidth
     implicitHeight: column.implicitHeight + 2 * Theme.padding
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
@@ -23,7 +27,14 @@ T.AbstractButton {
     Accessible.checked: card.expanded
     Keys.onReturnPressed: card.clicked()
     Keys.onEnterPressed: card.clicked()
-    onClicked: card.expanded = !card.expanded
+    Keys.onTabPressed: event => event.accepted = card.page.focusCard(card.index + 1, Qt.TabFocusReason)
+    Keys.onBacktabPressed: event => event.accepted = card.page.focusCard(card.index - 1, Qt.BacktabFocusReason)
+    onClicked: card.page.toggle(card.key)
+    onVisualFocusChanged: {
+        if (card.visualFocus) {
+            card.page.reveal(card.index);
+        }
+    }
 
     background: Rectangle {
         radius: Theme.radius
@@ -60,6 +71,7 @@ T.AbstractButton {
                 Symbol {
                     id: chevron
 
+                    anchors.left: parent.left
                     anchors.bottom: parent.bottom
                     name: card.expanded ? "chevron.down" : "chevron.right"
                     color: Theme.textSecondary

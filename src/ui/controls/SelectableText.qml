@@ -2,22 +2,19 @@ import QtQuick
 import Ostrelle
 
 // Text that can be selected and copied. It takes as many lines as it needs, but shows no more than
-// the beginning of what nobody would read: to lay out one endless word takes time that grows with
-// its square.
+// the beginning of what nobody would read.
 TextEdit {
     id: text
 
     property string content: ""
 
-    readonly property int mostCharacters: 10000
-
-    text: text.content.length > text.mostCharacters
-        ? text.content.slice(0, text.mostCharacters) + "…" : text.content
+    text: Theme.shortened(text.content)
     color: Theme.textPrimary
     selectionColor: Theme.faded(Theme.tiffanyBlue, 0.4)
     selectedTextColor: text.color
     font.pixelSize: Theme.bodySize
     textFormat: TextEdit.PlainText
+    horizontalAlignment: TextEdit.AlignLeft // said aloud, so that it is mirrored with the layout
     wrapMode: TextEdit.Wrap
     readOnly: true
     selectByMouse: true

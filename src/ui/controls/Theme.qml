@@ -75,8 +75,10 @@ QtObject {
 
     // The agents' canvas
     readonly property int bubbleHalo: 8 // around a bubble
-    readonly property int bubblePulse: 2000
-    readonly property int bubbleRing: 3200
+    readonly property int bubblePulse: 3200 // one way
+    readonly property int bubbleRing: 2000 // one way
+    readonly property int canvasStep: 40 // between two frames
+    readonly property real branchBow: 0.25 // of its length
     readonly property int spineFlow: 6000
     readonly property int branchFlow: 2400
 
@@ -108,6 +110,13 @@ QtObject {
     // The same colour, more or less opaque.
     function faded(color: color, opacity: real): color {
         return Qt.rgba(color.r, color.g, color.b, color.a * opacity);
+    }
+
+    // The beginning of what nobody would read: to lay out one endless word takes time that grows
+    // with its square.
+    function shortened(text: string): string {
+        const most = 10000; // characters
+        return text.length > most ? text.slice(0, most) + "…" : text;
     }
 
     function scaled(size: real): int {

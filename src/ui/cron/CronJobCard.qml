@@ -77,6 +77,7 @@ ExpandableCard {
 
         Label {
             width: parent.width
+            visible: payload.visible
             text: "Payload"
             secondary: true
             font.pixelSize: Theme.smallSize
@@ -84,6 +85,8 @@ ExpandableCard {
         }
 
         SelectableText {
+            id: payload
+
             width: parent.width
             visible: text !== ""
             content: card.payload ?? ""

@@ -21,6 +21,6 @@ DashboardPage {
     onRefreshRequested: view.viewModel.load()
 
     delegate: CronJobCard {
-        width: view.cardWidth
+        page: view
     }
 }

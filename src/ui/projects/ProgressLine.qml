@@ -5,7 +5,7 @@ import Ostrelle
 Rectangle {
     id: line
 
-    required property int progress // percent
+    required property real progress // percent
     property color tint: Theme.teal
 
     implicitHeight: Theme.lineWidth
@@ -13,6 +13,7 @@ Rectangle {
     color: Theme.surface
 
     Rectangle {
+        anchors.left: parent.left
         width: parent.width * Math.max(0, Math.min(line.progress, 100)) / 100
         height: parent.height
         radius: height / 2

@@ -10,10 +10,9 @@ ExpandableCard {
     required property string name
     required property string description
     required property string status
-    required property int progress
+    required property real progress
     required property QtObject workstreams // a list model of them
     required property int workstreamCount
-
 
     more: card.workstreamCount + " workstreams"
     text: card.name
@@ -58,7 +57,7 @@ ExpandableCard {
         Label {
             width: parent.width
             visible: text !== ""
-            text: card.description
+            text: Theme.shortened(card.description)
             secondary: true
             wrapMode: Text.Wrap
         },

@@ -24,6 +24,6 @@ DashboardPage {
     }
 
     delegate: ProjectCard {
-        width: view.cardWidth
+        page: view
     }
 }

@@ -7,8 +7,8 @@ Item {
 
     required property string name
     required property string status
-    required property int progress
-    required property var note // a text, or undefined
+    required property real progress
+    required property string note
 
     implicitHeight: texts.height
 
@@ -39,7 +39,7 @@ Item {
         Label {
             width: parent.width
             visible: text !== ""
-            text: row.note ?? ""
+            text: Theme.shortened(row.note)
             secondary: true
             font.pixelSize: Theme.smallSize
             wrapMode: Text.Wrap
