@@ -10,7 +10,6 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
 
@@ -67,7 +66,6 @@ private Q_SLOTS:
     void endsCleanly_data()
     {
         QTest::addColumn<int>("signal");
-        QTest::newRow("TERM") << SIGTERM;
         QTest::newRow("INT") << SIGINT;
         QTest::newRow("HUP") << SIGHUP;
     }
@@ -95,41 +93,19 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
-    void endsAToolThatHangs_data()
+    void endsWhatItStarted_data()
     {
         QTest::addColumn<int>("signal");
         QTest::newRow("TERM") << SIGTERM;
         QTest::newRow("killed outright") << SIGKILL;
     }
 
-    void endsAToolThatHangs()
+    // A gateway tool that hangs and a voice agent, neither of which ends when asked to.
+    void endsWhatItStarted()
     {
         QFETCH(int, signal);
         const ProgramHome home("trap '' TERM INT HUP; echo $$ > \"$HOME/$1.pid\"; "
                                "while :; do sleep 1; done");
-        Program program;
-        QTRY_VERIFY_WITH_TIMEOUT(!home.read(u"sessions.pid"_s).isEmpty(), 20000);
-        QTRY_VERIFY_WITH_TIMEOUT(!home.read(u"cron.pid"_s).isEmpty(), 20000);
-        const QByteArray sessions = home.read(u"sessions.pid"_s).trimmed();
-        const QByteArray cron = home.read(u"cron.pid"_s).trimmed();
-        QCOMPARE(program.endWith(signal), signal == SIGTERM ? 0 : -1);
-        // Nothing that was left behind keeps the next start from working.
-        QVERIFY(Program().waitForPort() != 0);
-        QTRY_VERIFY(!isAlive(sessions.toInt()));
-        QTRY_VERIFY(!isAlive(cron.toInt()));
-    }
-
-    void endsWithItsVoiceAgent_data()
-    {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("TERM") << SIGTERM;
-        QTest::newRow("killed outright") << SIGKILL;
-    }
-
-    void endsWithItsVoiceAgent()
-    {
-        QFETCH(int, signal);
-        const ProgramHome home;
         home.write(u".ostrelle/voice_agent.py"_s, {});
         home.writeScript(u".ostrelle/venv/bin/python"_s,
                          "trap '' TERM; echo $$ > \"$HOME/agent.pid\"; while :; do sleep 1; done");
@@ -138,13 +114,20 @@ private Q_SLOTS:
         config.save();
         Preferences().set(u"autoStartVoice"_s, true);
         Program program;
+        QList<pid_t> started;
+        for (const QString &file : {u"sessions.pid"_s, u"cron.pid"_s, u"agent.pid"_s}) {
+            QTRY_VERIFY_WITH_TIMEOUT(home.read(file).trimmed().toInt() > 0, 20000);
+            started.append(home.read(file).trimmed().toInt());
+        }
         const QByteArray line = program.waitForLine("[ServiceManager] Voice agent started (PID ");
-        const int agent = line.split(' ').last().chopped(1).toInt();
-        QVERIFY(isAlive(agent));
-        QTRY_COMPARE_WITH_TIMEOUT(home.read(u"agent.pid"_s).trimmed().toInt(), agent, 20000);
+        QCOMPARE(line.split(' ').last().chopped(1).toInt(), started.last());
         QCOMPARE(program.endWith(signal), signal == SIGTERM ? 0 : -1);
-        QTRY_VERIFY(!isAlive(agent));
         QCOMPARE(home.exists(u".ostrelle/voice-agent.pid"_s), signal == SIGKILL);
+        for (const pid_t pid : started) {
+            QTRY_VERIFY(!isAlive(pid));
+        }
+        // Nothing that was left behind keeps the next start from working.
+        QVERIFY(Program().waitForPort() != 0);
     }
 
     void asksTheGatewayOfALinkAtOnce()
@@ -252,21 +235,6 @@ private Q_SLOTS:
         QVERIFY(!program.waitForLine("[StatusServer]").isEmpty());
         QCOMPARE(program.endWith(SIGTERM), 0);
         QCOMPARE(home.read(file), content);
-    }
-
-    void runsOnWhenThePortIsTaken()
-    {
-        const ProgramHome home;
-        QTcpServer taken;
-        QVERIFY(taken.listen(QHostAddress::AnyIPv4));
-        OstrelleConfig config = OstrelleConfig::load();
-        config.ports.status = taken.serverPort();
-        config.save();
-        Program program;
-        const QByteArray line = program.waitForLine("[StatusServer]");
-        QCOMPARE(line, "[StatusServer] Failed to bind to port " +
-                           QByteArray::number(taken.serverPort()) + ": Address already in use");
-        QCOMPARE(program.endWith(SIGTERM), 0);
     }
 };
 

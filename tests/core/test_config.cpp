@@ -1,7 +1,6 @@
 #include "core/BackgroundWork.h"
 #include "core/ExpandPath.h"
 #include "core/OstrelleConfig.h"
-#include "core/ProjectTracking.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
 #include "support/ScratchHome.h"
@@ -46,12 +45,8 @@ private Q_SLOTS:
         QTest::newRow("no file") << QByteArray();
         QTest::newRow("empty") << QByteArray("");
         QTest::newRow("cut") << minimal.first(100);
-        QTest::newRow("array") << QByteArray("[1]");
         QTest::newRow("without ports") << with(minimal, "\"ports\"", "\"port\"");
         QTest::newRow("port as text") << with(minimal, "\"status\":1", "\"status\":\"1\"");
-        QTest::newRow("fractional port") << with(minimal, "\"status\":1", "\"status\":1.5");
-        QTest::newRow("enabled as number") << with(minimal, "true", "1");
-        QTest::newRow("saved is no list") << with(minimal, ":1\"}", ":1\",\"saved\":{}}");
         QTest::newRow("saved entry without url")
             << with(minimal, ":1\"}", ":1\",\"saved\":[{\"name\":\"x\"}]}");
         QTest::newRow("not UTF-8") << with(minimal, "/venv", "\xff\xfe");
@@ -98,40 +93,28 @@ private Q_SLOTS:
         QVERIFY(!text.contains("saved") && !text.contains("null") && text.contains("\n  "));
     }
 
-    void migratesOldPaths_data()
-    {
-        QTest::addColumn<QByteArray>("from");
-        QTest::addColumn<QByteArray>("to");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("value");
-        QTest::newRow("status file")
-            << QByteArray("/s.json") << QByteArray("~/.duskrell/agents/status.json")
-            << u"statusFile"_s << u"~/.ostrelle/ostrelle-agent-tracker.json"_s;
-        QTest::newRow("project file")
-            << QByteArray("~/t.json") << QByteArray("/x/projects/tracker.json") << u"trackerFile"_s
-            << u"~/.ostrelle/ostrelle-project-tracker.json"_s;
-        QTest::newRow("without a cron file")
-            << QByteArray(",\"cronFile\":\"c.json\"") << QByteArray("") << u"cronFile"_s
-            << u"~/.ostrelle/ostrelle-cron-tracker.json"_s;
-        QTest::newRow("null as a cron file")
-            << QByteArray("\"c.json\"") << QByteArray("null") << u"cronFile"_s
-            << u"~/.ostrelle/ostrelle-cron-tracker.json"_s;
-    }
-
     void migratesOldPaths()
     {
-        QFETCH(QByteArray, from);
-        QFETCH(QByteArray, to);
-        QFETCH(QString, key);
-        QFETCH(QString, value);
         const ScratchHome home;
-        home.write(configFile, with(minimal, from, to));
+        QByteArray old = with(minimal, "/s.json", "~/.duskrell/agents/status.json");
+        old = with(old, "~/t.json", "/x/projects/tracker.json");
+        home.write(configFile, with(old, ",\"cronFile\":\"c.json\"", ""));
         const OstrelleConfig loaded = OstrelleConfig::load();
-        const auto saved = QJsonDocument::fromJson(home.read(configFile)).object();
-        QCOMPARE(saved["paths"_L1][key].toString(), value);
+        const auto saved = QJsonDocument::fromJson(home.read(configFile))[u"paths"].toObject();
+        QCOMPARE(saved["statusFile"_L1], u"~/.ostrelle/ostrelle-agent-tracker.json"_s);
+        QCOMPARE(saved["trackerFile"_L1], u"~/.ostrelle/ostrelle-project-tracker.json"_s);
+        QCOMPARE(saved["cronFile"_L1], u"~/.ostrelle/ostrelle-cron-tracker.json"_s);
         QCOMPARE(OstrelleConfig::load(), loaded);
         QCOMPARE(loaded.gateway.saved, std::nullopt);
         QCOMPARE(loaded.gateway.url, u"http://10.0.0.1:1"_s);
+    }
+
+    void keepsPathsThatAreNotOld()
+    {
+        const ScratchHome home;
+        home.write(configFile, minimal);
+        QCOMPARE(OstrelleConfig::load().paths.statusFile, u"/s.json"_s);
+        QCOMPARE(home.read(configFile), minimal);
     }
 
     void keepsTheOldFileWithoutRoom()
@@ -166,20 +149,6 @@ private Q_SLOTS:
         for (const QString &path : {u"/a"_s, u"a/~/b"_s, u"~user/a"_s, u"~"_s, u""_s}) {
             QCOMPARE(expandPath(path), path);
         }
-    }
-
-    void runsTheProjectTrackingScript()
-    {
-        const ScratchHome home;
-        enableProjectTrackingSkill(); // without a script
-        home.write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
-                   "/scripts/enable-project-tracking.sh"_s,
-                   "env > \"$HOME/environment\"; echo noise; exit 3\n");
-        enableProjectTrackingSkill();
-        const auto lines = home.read(u"environment"_s).split('\n');
-        QVERIFY(lines.contains("PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"));
-        QVERIFY(lines.contains("HOME=" + home.path().toUtf8()));
-        QVERIFY(!lines.join(' ').contains("XDG_"));
     }
 
     void boundsPassesUnderWay()

@@ -103,13 +103,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("after");
         QTest::addColumn<QString>("steps");
         QTest::newRow("the same") << u"a1bc"_s << u"a1bc"_s << u""_s;
-        QTest::newRow("one changes") << u"abc"_s << u"ab1c"_s << u"c1"_s;
         QTest::newRow("two runs change") << u"abcd"_s << u"a1b1cd1"_s << u"c2 c1"_s;
         QTest::newRow("first to the end") << u"abcd"_s << u"bcda"_s << u"m"_s;
         QTest::newRow("last to the front and changed") << u"abcd"_s << u"d1abc"_s << u"m c1"_s;
         QTest::newRow("all of it") << u"abcdef"_s << u"xfbyc1"_s << u"-2 -1 m +1 +1 c1"_s;
-        QTest::newRow("from nothing") << u""_s << u"abc"_s << u"+3"_s;
-        QTest::newRow("to nothing") << u"abc"_s << u""_s << u"-3"_s;
         QTest::newRow("same identity twice") << u"a1a2b"_s << u"ba1a2"_s << u"m"_s;
     }
 

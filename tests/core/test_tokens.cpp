@@ -26,49 +26,26 @@ private Q_SLOTS:
         }
     }
 
-    void resolvesTheFirstThatIsNotEmpty_data()
-    {
-        QTest::addColumn<QString>("ofUrl");
-        QTest::addColumn<QString>("active");
-        QTest::addColumn<QString>("inConfig");
-        QTest::addColumn<QByteArray>("gatewayFile");
-        QTest::addColumn<QString>("token");
-        const QByteArray gateway = R"({"gateway":{"auth":{"token":"G"}}})";
-        QTest::newRow("of the url") << u"U"_s << u"A"_s << u"C"_s << gateway << u"U"_s;
-        QTest::newRow("of the active gateway") << u""_s << u"A"_s << u"C"_s << gateway << u"A"_s;
-        QTest::newRow("in the configuration") << u""_s << u""_s << u"C"_s << gateway << u"C"_s;
-        QTest::newRow("of the gateway itself")
-            << QString() << QString() << u""_s << gateway << u"G"_s;
-        QTest::newRow("none") << QString() << QString() << QString() << QByteArray() << u""_s;
-        QTest::newRow("gateway's file is broken")
-            << QString() << QString() << QString() << gateway.chopped(3) << u""_s;
-        QTest::newRow("gateway's token is a number")
-            << QString() << QString() << QString()
-            << QByteArray(R"({"gateway":{"auth":{"token":5}}})") << u""_s;
-        QTest::newRow("gateway's auth is a list")
-            << QString() << QString() << QString()
-            << QByteArray(R"({"gateway":{"auth":["token"]}})") << u""_s;
-    }
-
     void resolvesTheFirstThatIsNotEmpty()
     {
-        QFETCH(QString, ofUrl);
-        QFETCH(QString, active);
-        QFETCH(QString, inConfig);
-        QFETCH(QByteArray, gatewayFile);
-        QFETCH(QString, token);
-        if (!ofUrl.isNull()) {
-            KeychainHelper::saveToken(ofUrl, url);
-        }
-        if (!active.isNull()) {
-            KeychainHelper::saveToken(active, KeychainHelper::activeKey);
-        }
-        if (!gatewayFile.isNull()) {
-            m_home.write(u".duskrell/duskrell.json"_s, gatewayFile);
-        }
         OstrelleConfig config = OstrelleConfig::defaults();
-        config.gateway.token = inConfig;
-        QCOMPARE(config.resolveToken(), token);
+        QCOMPARE(config.resolveToken(), u""_s);
+        for (const char *content :
+             {R"({"gateway":{"auth":{"token":"G"})", R"({"gateway":{"auth":{"token":5}}})"}) {
+            m_home.write(u".duskrell/duskrell.json"_s, content);
+            QCOMPARE(config.resolveToken(), u""_s);
+        }
+        m_home.write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"G"}}})");
+        config.gateway.token = u""_s;
+        QCOMPARE(config.resolveToken(), u"G"_s);
+        config.gateway.token = u"C"_s;
+        KeychainHelper::saveToken(u""_s, KeychainHelper::activeKey);
+        QCOMPARE(config.resolveToken(), u"C"_s);
+        KeychainHelper::saveToken(u"A"_s, KeychainHelper::activeKey);
+        KeychainHelper::saveToken(u""_s, url);
+        QCOMPARE(config.resolveToken(), u"A"_s);
+        KeychainHelper::saveToken(u"U"_s, url);
+        QCOMPARE(config.resolveToken(), u"U"_s);
     }
 
     void givesNoOtherGatewaysToken()

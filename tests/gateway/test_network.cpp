@@ -31,52 +31,25 @@ private Q_SLOTS:
 
     void environmentIsFixed()
     {
-        QStringList lines =
-            NetworkHelpers::runProcess(u"/usr/bin/env"_s, {}).split(u'\n', Qt::SkipEmptyParts);
-        // What bash itself adds.
-        lines.removeIf([](const QString &line) {
-            return line.startsWith("PWD="_L1) || line.startsWith("SHLVL="_L1) ||
-                   line.startsWith("_="_L1);
-        });
-        lines.sort();
-        QCOMPARE(lines, (QStringList{u"HOME="_s + m_home.path(),
-                                     u"PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s,
-                                     u"__CFBundleIdentifier="_s}));
+        const QString script = u"env -u PWD -u OLDPWD -u SHLVL -u _ | sort"_s; // what shells add
+        QCOMPARE(NetworkHelpers::runProcess(u"/bin/sh"_s, {u"-c"_s, script}),
+                 u"HOME=%1\nPATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin\n"
+                 "__CFBundleIdentifier=\n"_s.arg(m_home.path()));
     }
 
     void outputIsReturnedUnchanged_data()
     {
         QTest::addColumn<QString>("script");
         QTest::addColumn<QString>("output");
-        QTest::newRow("blanks and line ends") << u"printf ' a \\n\\n'"_s << u" a \n\n"_s;
-        QTest::newRow("of a failing command") << u"echo a; exit 3"_s << u"a\n"_s;
-        QTest::newRow("beside errors") << u"echo a >&2; echo b"_s << u"b\n"_s;
+        QTest::newRow("of a failing command")
+            << u"echo a >&2; printf ' b \\n\\n'; exit 3"_s << u" b \n\n"_s;
         QTest::newRow("not UTF-8") << u"printf 'a\\377'"_s << u""_s;
-        QTest::newRow("more than a pipe holds")
-            << u"head -c 300000 /dev/zero | tr '\\0' x"_s << QString(300000, u'x');
+        QTest::newRow("no program") << u"exec /nowhere/tool"_s << u""_s;
     }
     void outputIsReturnedUnchanged()
     {
         QFETCH(QString, script);
         QTEST(NetworkHelpers::runProcess(u"/bin/sh"_s, {u"-c"_s, script}), "output");
-    }
-
-    void missingProgramPrintsNothing()
-    {
-        QCOMPARE(NetworkHelpers::runProcess(u"/nowhere/tool"_s, {}), QString());
-    }
-
-    void withoutATool()
-    {
-        const TailscalePlaces nowhere{.tools = {}, .application = {}, .applicationTool = {}};
-        if (!NetworkHelpers::runProcess(u"/usr/bin/env"_s, {u"which"_s, u"tailscale"_s})
-                 .isEmpty()) {
-            QSKIP("this machine has Tailscale");
-        }
-        QCOMPARE(NetworkHelpers::tailscaleCLI(nowhere), u"tailscale"_s);
-        QVERIFY(!NetworkHelpers::isTailscaleInstalled(nowhere));
-        QCOMPARE(NetworkHelpers::getTailscaleIP(nowhere), std::nullopt);
-        QVERIFY(NetworkHelpers::getOnlinePeers(nowhere).isEmpty());
     }
 
     void applicationIsLookedForInTwoWays()
@@ -93,9 +66,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("printed");
         QTest::addColumn<QString>("address");
         QTest::addColumn<QString>("serve");
-        QTest::newRow("nothing") << QByteArray() << QString() << QString();
         QTest::newRow("blank lines") << QByteArray(" \n\n") << QString() << QString();
-        QTest::newRow("with line end") << QByteArray("100.1.2.3\n") << u"100.1.2.3"_s << QString();
         QTest::newRow("first of two lines, text behind it")
             << QByteArray("# x\n\t https://a.ts.net (tailnet only) \r\nhttps://b")
             << u"# x\n\t https://a.ts.net (tailnet only) \r\nhttps://b"_s
@@ -126,16 +97,11 @@ private Q_SLOTS:
         const QByteArray on = R"({"Online":true,)";
 
         self("not logged in", "Logged out.\n");
-        self("list", "[]");
         self("nested beyond reason", QByteArray(100000, '['));
         self("lone surrogate", R"({"Self":{"DNSName":"\ud800"}})");
-        self("one dot", R"({"Self":{"DNSName":"a.ts.net."}})", u"a.ts.net"_s);
         self("no dot", R"({"Self":{"DNSName":"a.ts.net"}})", u"a.ts.net"_s);
         self("two dots", R"({"Self":{"DNSName":"a.."}})", u"a."_s);
         self("nameless, peers in a list", R"({"Self":{"DNSName":"."},"Peer":[]})");
-        self("name is a number", R"({"Self":{"DNSName":5}})");
-        peers("IPv6 first", R"("k":)" + on + R"("DNSName":"p.",)" + ips.chopped(1),
-              {u"p 100.1.1.1"_s});
         peers("in document order, odd ones left out",
               R"("z":)" + on + R"("DNSName":"z",)" + ips + R"("b":7,)" +
                   R"("c":{"Online":false,"DNSName":"c",)" + ips + R"("d":{"DNSName":"d",)" + ips +
@@ -167,9 +133,6 @@ private Q_SLOTS:
                                              {.interface = u"eth1"_s, .ipv4 = u"100.64.0.1"_s}};
         QCOMPARE(firstLanAddress(others), std::nullopt);
         QCOMPARE(firstLanAddress(others + QList{lan} + others), lan.ipv4);
-        QVERIFY(std::ranges::any_of(interfaceAddresses(), [](const InterfaceAddress &address) {
-            return address.ipv4 == u"127.0.0.1"_s;
-        }));
     }
 
 private:

@@ -45,8 +45,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("script");
         QTest::addColumn<Capture>("capture");
         QTest::addColumn<QByteArray>("output");
-        QTest::newRow("standard output")
-            << u"echo out; echo err >&2"_s << Capture::StandardOutput << QByteArray("out\n");
         QTest::newRow("standard error")
             << u"echo out; echo err >&2"_s << Capture::StandardError << QByteArray("err\n");
         QTest::newRow("merged") << u"echo out; echo err >&2"_s << Capture::Merged

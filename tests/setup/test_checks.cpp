@@ -38,15 +38,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("command");
         QTest::addColumn<bool>("success");
         QTest::addColumn<QString>("output");
-        QTest::newRow("blanks around") << u"echo; echo ' two words '"_s << true << u"two words"_s;
         QTest::newRow("fails") << u"echo why; exit 3"_s << false << u"why"_s;
         QTest::newRow("both streams") << u"echo a; echo b >&2; echo c"_s << true << u"a\nb\nc"_s;
         QTest::newRow("not UTF-8") << u"printf 'a\\377b'"_s << true << QString();
-        QTest::newRow("cut in a character") << u"printf 'a\\303'"_s << true << QString();
-        QTest::newRow("ends by a signal") << u"kill -9 $$"_s << false << QString();
-        QTest::newRow("more than a pipe holds")
-            << u"for i in {1..40000}; do echo 0123456789; done | cat"_s << true
-            << u"0123456789\n"_s.repeated(40000).trimmed();
         QTest::newRow("environment")
             << u"cat /proc/$$/environ; true"_s << true
             << u"HOME=%1\u0000PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:"
@@ -139,8 +133,6 @@ private Q_SLOTS:
                                 << u"hasTailscale"_s + shown;
         };
         row("logged out", "echo '{\"BackendState\":\"NeedsLogin\"}'", "true", {});
-        row("state of another type", "echo '{\"BackendState\":[\"Running\"]}'", "true", {});
-        row("not JSON", "echo Running", "true", {});
         row("running, but failing", "echo '{\"BackendState\":\"Running\"}'; exit 1", "true", {});
         row("logged in", "echo '{\"BackendState\":\"Running\"}'", "true", u" tailscaleLoggedIn"_s);
         row("serving", "true", "echo https://a.ts.net", u" tailscaleServeRunning"_s);

@@ -63,8 +63,6 @@ private Q_SLOTS:
             u"b|b|unknown|-|m|-|-"_s, u"a|idle|-|-|-|main b|idle|-|m|-|main"_s);
         row("same name twice", R"({"a":{"status":"1"},"b":{"status":"2"},"a":{"status":"3"}})",
             u"a|a|3|-|-|-|- b|b|2|-|-|-|-"_s, u"a|3|-|-|-|main b|2|-|-|-|main"_s);
-        row("negative fraction", R"({"a":{"progress":-0.5}})", u"a|a|unknown|-|-|-|0%"_s,
-            u"a|idle|-|-|0%|main"_s);
         row("beyond 64 bits", R"({"a":{"progress":1e300,"progressText":"much"}})",
             u"a|a|unknown|-|-|-|much"_s, u"a|idle|-|-|much|main"_s);
         row("more digits than 64 bits hold", R"({"a":{"progress":99999999999999999999}})",
@@ -105,7 +103,6 @@ private Q_SLOTS:
         QTest::newRow("nothing but wrong types")
             << QByteArray(R"([{"agent":1,"text":{},"ts":2}])") << u"agent|Completed|-"_s;
         QTest::newRow("one is a number") << QByteArray(R"([{"text":"b"},1])") << u""_s;
-        QTest::newRow("no array") << QByteArray(R"({"text":"b"})") << u""_s;
     }
 
     void completions()
@@ -129,17 +126,13 @@ private Q_SLOTS:
         QTest::addColumn<bool>("isJson");
         QTest::newRow("empty") << std::string() << false;
         QTest::newRow("cut") << std::string(R"({"agents":{"a":{}})") << false;
-        QTest::newRow("trailing text") << std::string(R"({"agents":{}} x)") << false;
         QTest::newRow("two documents") << std::string("{}{}") << false;
         QTest::newRow("not UTF-8") << std::string("{\"agents\":\"\xff\"}") << false;
         QTest::newRow("bad number in what nobody reads") << std::string(R"({"x":01})") << false;
-        QTest::newRow("bad word in what nobody reads") << std::string(R"({"x":nul})") << false;
         QTest::newRow("lone surrogate") << std::string(R"({"x":"\ud800"})") << false;
         QTest::newRow("nested too deep") << "{\"x\":" + nested(100'000) + "}" << false;
         QTest::newRow("nested deep") << "{\"x\":" + nested(500) + "}" << true;
         QTest::newRow("byte order mark") << std::string("\xEF\xBB\xBF{}") << true;
-        QTest::newRow("a number") << std::string("42") << true;
-        QTest::newRow("null") << std::string("null") << true;
         QTest::newRow("an array") << std::string("[]") << true;
     }
 
@@ -170,19 +163,15 @@ private Q_SLOTS:
                             const QString &problem) {
             QTest::newRow(name) << change << into << problem;
         };
-        row("as it should be", "", "", {});
         row("note is null", R"("note":"n")", R"("note":null)", {});
         row("no note", R"(,"note":"n")", "", {});
         row("integer with a fraction of zero", "50", "50.0", {});
         row("no description", R"("description":"d",)", "", u"projects[0].description: missing"_s);
         row("progress has a fraction", "50", "50.5", u"projects[0].progress: not an integer"_s);
-        row("progress is a text", "50", R"("50")", u"projects[0].progress: not an integer"_s);
         row("progress is beyond 64 bits", "50", "1e19", u"projects[0].progress: not an integer"_s);
-        row("name is null", R"("P")", "null", u"projects[0].name: not a string"_s);
         row("note is a number", R"("n")", "1", u"projects[0].workstreams[0].note: not a string"_s);
         row("workstream is a text", R"([{"id":"w")", R"(["x",{"id":"w")",
             u"projects[0].workstreams[0]: not an object"_s);
-        row("no version", R"("version":1,)", "", u"version: missing"_s);
         row("projects are an object", R"("projects":[)", R"("projects":{},"x":[)",
             u"projects: not an array"_s);
         row("top level is an array", R"({"version")", R"([{"version")", u"-"_s);
@@ -196,10 +185,8 @@ private Q_SLOTS:
         QByteArray text = R"({"version":1,"updated":"u","projects":[{"id":"p","name":"P",)"
                           R"("description":"d","status":"green","progress":50,"workstreams":)"
                           R"([{"id":"w","name":"W","status":"red","progress":7,"note":"n"}]}]})";
-        if (!change.isEmpty()) {
-            QVERIFY(text.contains(change));
-            text.replace(change, into);
-        }
+        QVERIFY(text.contains(change));
+        text.replace(change, into);
         const auto tracker = readProjectTracker(text.toStdString());
         if (problem == u"-"_s) {
             QVERIFY(!tracker);

@@ -5,12 +5,8 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTcpSocket>
 #include <QTest>
-#include <QTimer>
 #include <QtConcurrentRun>
-
-#include <functional>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -20,31 +16,6 @@ using Fetched = std::expected<QByteArray, FetchError>;
 
 namespace
 {
-
-// A server of which nobody knows what it does.
-class Peer : public QTcpServer
-{
-public:
-    explicit Peer(const std::function<void(QTcpSocket *)> &greet)
-    {
-        listen(QHostAddress::LocalHost);
-        connect(this, &QTcpServer::newConnection, this, [this, greet] {
-            QTcpSocket *client = nextPendingConnection();
-            connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
-            client->write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n");
-            greet(client);
-        });
-    }
-
-    QString url() const { return u"http://127.0.0.1:%1"_s.arg(serverPort()); }
-};
-
-void sendAByteNowAndThen(QTcpSocket *client)
-{
-    auto *timer = new QTimer(client);
-    QObject::connect(timer, &QTimer::timeout, client, [client] { client->write("."); });
-    timer->start(100);
-}
 
 Fetched notReachable()
 {
@@ -74,15 +45,12 @@ private Q_SLOTS:
             QTest::newRow(gateway) << QString::fromLatin1(gateway) << isRemote << base;
         };
         row("http://127.0.0.1:18789", false, {});
-        row("http://localhost:18789", false, {});
         row("http://100.64.0.7:18789", true, u"http://100.64.0.7:18794"_s);
         row("https://host.tail.ts.net", true, u"https://host.tail.ts.net/ostrelle"_s);
         row("https://localhost", false, u"https://localhost/ostrelle"_s);
         row("http://LOCALHOST:18789", true, u"http://LOCALHOST:18794"_s);
         row("http://[::1]:18789", true, u"http://[:18794"_s);
         row("host:18789", true, u"http://host:18794"_s);
-        row("http://http://host", true, u"http://host:18794"_s);
-        row("http://:18789", true, {});
         row("", true, {});
     }
 
@@ -106,19 +74,10 @@ private Q_SLOTS:
         };
         const auto response = [](int status) { return StandInGateway::response(status, "body"); };
         row("200", response(200), "body");
-        row("299", response(299), "body");
-        row("204 without a body", "HTTP/1.1 204 No Content\r\n\r\n", "");
-        row("304", response(304), notReachable());
         row("401", response(401), authRejected());
         row("403", response(403), authRejected());
-        row("404", response(404), notReachable());
         row("500", response(500), notReachable());
-        row("redirect on the same server", StandInGateway::response(307, {}, "Location: /x\r\n"),
-            "elsewhere");
-        row("redirect in a circle", StandInGateway::response(307, {}, "Location: /status\r\n"),
-            notReachable());
         row("no HTTP", "SSH-2.0\r\n", notReachable());
-        row("never", "", notReachable());
     }
 
     void answers()
@@ -126,19 +85,9 @@ private Q_SLOTS:
         QFETCH(QByteArray, answer);
         StandInGateway server;
         server.answer("/status", answer);
-        server.answer("/x", StandInGateway::response(200, "elsewhere"));
         QTEST(fetch(server.url()), "fetched");
         QVERIFY(
             server.requests("/status").value(0).contains("\r\nAuthorization: Bearer secret\r\n"));
-    }
-
-    void theTokenStaysWithItsOrigin()
-    {
-        StandInGateway other;
-        StandInGateway server;
-        server.answer("/status", StandInGateway::redirectTo(other.url() + u"/status"_s));
-        QCOMPARE(fetch(server.url()), notReachable());
-        QCOMPARE(other.requestCount(), 0);
     }
 
     void asksNobody_data()
@@ -162,10 +111,12 @@ private Q_SLOTS:
 
     void eachLimitHolds()
     {
-        const auto silent = [](QTcpSocket *) {};
-        QCOMPARE(fetch(Peer(silent).url(), {.request = 100ms, .overall = 1h}), notReachable());
-        QCOMPARE(fetch(Peer(&sendAByteNowAndThen).url(), {.request = 1h, .overall = 300ms}),
-                 notReachable());
+        StandInGateway peer;
+        peer.answer("/status", "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n");
+        QCOMPARE(fetch(peer.url(), {.request = 100ms, .overall = 1h}), notReachable());
+        peer.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
+        peer.flood("."); // a byte at a time
+        QCOMPARE(fetch(peer.url(), {.request = 1h, .overall = 300ms}), notReachable());
     }
 
     void peersThatNeverEndAreGivenUp()
@@ -180,27 +131,10 @@ private Q_SLOTS:
         QCOMPARE(fetch(endlessHead.url()), notReachable());
     }
 
-    void aPeerThatHangsUpHalfwayIsNotReachable()
-    {
-        const Peer peer([](QTcpSocket *client) { client->disconnectFromHost(); });
-        QCOMPARE(fetch(peer.url()), notReachable());
-    }
-
     void whatIsNoAddressIsNotReachable()
     {
         QCOMPARE(fetch(u"http://[:18794"_s), notReachable());
         QCOMPARE(fetch(u"http://127.0.0.1:1"_s), notReachable());
-        QCOMPARE(fetch(u"file:///etc"_s), notReachable());
-    }
-
-    void texts()
-    {
-        QCOMPARE(FetchError::notReachable().description(),
-                 u"Gateway not reachable — check connection and ensure Duskrell is running on the "
-                 "remote device."_s);
-        QCOMPARE(FetchError::authRejected().description(),
-                 u"Gateway rejected token — tap the 🔑 icon on the profile to update it."_s);
-        QCOMPARE(FetchError::badData(u"x"_s).description(), u"Data format error: x"_s);
     }
 
 private:

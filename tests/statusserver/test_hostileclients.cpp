@@ -1,0 +1,227 @@
+#include "core/BackgroundWork.h"
+#include "platform/ProcessSetup.h"
+#include "statusserver/ServerFixture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTest>
+
+#include <fcntl.h>
+#include <list>
+#include <sys/resource.h>
+
+using namespace ostrelle;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
+const std::optional nothing = QByteArray("");
+
+qsizetype openDescriptors()
+{
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
+}
+
+// Leaves room for one more descriptor while it lives.
+class LastDescriptor
+{
+public:
+    LastDescriptor()
+    {
+        ::getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit limit{.rlim_cur = 128, .rlim_max = m_before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        do {
+            m_taken.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+        } while (m_taken.back());
+        m_taken.resize(m_taken.size() - 2); // the failed one, and one to spare
+    }
+    ~LastDescriptor() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+    LastDescriptor(const LastDescriptor &) = delete;
+    LastDescriptor &operator=(const LastDescriptor &) = delete;
+
+private:
+    std::vector<Descriptor> m_taken;
+    rlimit m_before{};
+};
+
+} // namespace
+
+class HostileClientsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { prepareProcess(); }
+
+    void silentClientIsDropped()
+    {
+        const ServerFixture fixture({.untilRequest = 50ms});
+        RawClient first(fixture.server->port());
+        QCOMPARE(first.readAll(), nothing);
+        // The clock was not left running or stopped for good.
+        RawClient second(fixture.server->port());
+        QCOMPARE(second.readAll(), nothing);
+        QCOMPARE(fixture.get("/health"), healthy);
+    }
+
+    void clientThatDoesNotReadIsDropped()
+    {
+        const ServerFixture fixture({.untilReading = 50ms});
+        fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
+        utilityPool().waitForDone(); // whose tasks open files
+        const qsizetype before = openDescriptors();
+        RawClient client(fixture.server->port(), 4096);
+        QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));
+        QVERIFY(!client.read(1).isEmpty());
+        QTRY_COMPARE(openDescriptors(), before + 1); // the client's own end
+        const auto all = client.readAll();
+        QVERIFY(all && all->size() < 30'000'000);
+    }
+
+    void clientThatReadsDropByDropIsDropped()
+    {
+        const ServerFixture fixture({.untilReading = 300ms});
+        fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
+        RawClient client(fixture.server->port());
+        QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));
+        qsizetype total = 0;
+        // The whole answer takes over a second, and no pause between two reads is a long one.
+        for (QByteArray drop = client.read(131'072); !drop.isEmpty(); drop = client.read(131'072)) {
+            total += drop.size();
+            QTest::qWait(5);
+        }
+        QVERIFY(total > 0 && total < 30'000'000);
+    }
+
+    void clientsThatCloseHalfway()
+    {
+        const ServerFixture fixture;
+        fixture.home.write(agentTrackerFile, QByteArray(5'000'000, 'x'));
+        utilityPool().waitForDone(); // whose tasks open files
+        const qsizetype before = openDescriptors();
+        for (int i = 0; i < 20; ++i) {
+            RawClient gone(fixture.server->port());
+            RawClient unread(fixture.server->port());
+            unread.send("GET /status HTTP/1.1\r\n\r\n");
+            RawClient halfClosed(fixture.server->port());
+            halfClosed.send("GET /health HTTP/1.1\r\n\r\n");
+            halfClosed.finishSending();
+            QCOMPARE(halfClosed.readAll().value_or("broken"), healthy);
+            RawClient mute(fixture.server->port());
+            mute.finishSending();
+            QCOMPARE(mute.readAll(), nothing);
+        }
+        QTRY_COMPARE(openDescriptors(), before);
+    }
+
+    void silentCrowdKeepsNobodyWaiting()
+    {
+        const ServerFixture fixture({.untilRequest = 60s});
+        std::list<RawClient> crowd;
+        for (int i = 0; i < 400; ++i) {
+            QVERIFY(crowd.emplace_back(fixture.server->port()).isConnected());
+        }
+        QCOMPARE(fixture.get("/health"), healthy);
+        // Whoever speaks after all is answered.
+        QVERIFY(crowd.back().send("GET /health HTTP/1.1\r\n\r\n"));
+        QCOMPARE(crowd.back().readAll().value_or("broken"), healthy);
+    }
+
+    void requestInPiecesIsNotReset()
+    {
+        const ServerFixture fixture({.untilRequest = 60s});
+        RawClient client(fixture.server->port());
+        QVERIFY(client.send("GET /health HTTP/1.1\r\n"));
+        QCOMPARE(client.readAll().value_or("broken"), healthy);
+        // The answer to the first line; the rest of the request comes behind it.
+        QVERIFY(client.send("Host: localhost\r\n"));
+        QVERIFY(client.send("\r\n")); // fails when the piece before it caused a reset
+    }
+
+    void endlessRequestEnds()
+    {
+        const ServerFixture fixture({.untilRequest = 200ms});
+        RawClient client(fixture.server->port());
+        QVERIFY(client.send("GET /health HTTP/1.1\r\n" + QByteArray(5000, 'x')));
+        QCOMPARE(client.readAll().value_or("broken"), healthy);
+        const QByteArray more(65536, 'x');
+        QTRY_VERIFY(!client.send(more));
+    }
+
+    void noDescriptorsLeft()
+    {
+        const ServerFixture fixture;
+        QCOMPARE(fixture.get("/health"), healthy);
+        utilityPool().waitForDone();
+        const PrintedLines printed;
+        std::optional<LastDescriptor> limit(std::in_place); // the client's own end
+        RawClient late(fixture.server->port());
+        QVERIFY(late.send("GET /health HTTP/1.1\r\n\r\n"));
+        // Nobody is silent, so nobody can be dropped for it.
+        const QByteArray complaint = "[StatusServer] Accept error: Too many open files\n";
+        QTRY_COMPARE(printed.text(), complaint);
+        limit.reset();
+        QCOMPARE(late.readAll().value_or("broken"), healthy);
+        QCOMPARE(printed.text(), complaint);
+    }
+
+    void silentClientGivesWay()
+    {
+        const ServerFixture fixture({.untilRequest = 60s});
+        utilityPool().waitForDone();
+        RawClient silent(fixture.server->port());
+        QCOMPARE(fixture.get("/health"), healthy); // so the silent one is accepted by now
+        const LastDescriptor limit;                // the client's own end
+        RawClient late(fixture.server->port());
+        QVERIFY(late.send("GET /health HTTP/1.1\r\n\r\n"));
+        QCOMPARE(late.readAll().value_or("broken"), healthy);
+        QCOMPARE(silent.readAll(), nothing);
+    }
+
+    void endWhileServing()
+    {
+        ServerFixture fixture;
+        fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
+        fixture.writeSession("");
+        // A log of a terabyte without a block on the disk.
+        const QString log = fixture.home.path(u".duskrell/agents/main/sessions/a.jsonl"_s);
+        QVERIFY(QFile::resize(log, qint64{1} << 40));
+        RawClient digest(fixture.server->port());
+        QVERIFY(digest.send("GET /history HTTP/1.1\r\n\r\n"));
+        RawClient unread(fixture.server->port());
+        QVERIFY(unread.send("GET /status HTTP/1.1\r\n\r\n"));
+        QVERIFY(!unread.read(1).isEmpty());
+        const RawClient silent(fixture.server->port());
+        fixture.server.reset();
+        QCOMPARE(digest.readAll(), nothing);
+        QVERIFY(unread.readAll());
+    }
+
+    void childrenInheritNoSocket()
+    {
+        const ServerFixture fixture;
+        RawClient silent(fixture.server->port());
+        QCOMPARE(fixture.get("/health"), healthy); // so the silent one is accepted by now
+        QProcess child;
+        child.start(u"/bin/sleep"_s, {u"60"_s});
+        QVERIFY(child.waitForStarted());
+        const QDir descriptors(u"/proc/%1/fd"_s.arg(child.processId()));
+        const QFileInfoList inherited = descriptors.entryInfoList(QDir::Files | QDir::System);
+        QVERIFY(!inherited.isEmpty());
+        for (const QFileInfo &descriptor : inherited) {
+            QVERIFY2(!descriptor.symLinkTarget().contains("socket:"_L1),
+                     qPrintable(descriptor.filePath()));
+        }
+        child.kill();
+        QVERIFY(child.waitForFinished());
+    }
+};
+
+QTEST_GUILESS_MAIN(HostileClientsTest)
+
+#include "test_hostileclients.moc"

@@ -1,0 +1,236 @@
+#include "platform/ProcessSetup.h"
+#include "statusserver/ServerFixture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr char emptyHistory[] = R"({"messages":[],"count":0})";
+
+} // namespace
+
+class ProtocolTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { prepareProcess(); }
+
+    void exactBytes_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QByteArray>("answer");
+
+        const QByteArray preflight = "HTTP/1.1 204 No Content\r\nAccess-Control-Allow-Origin: *\r\n"
+                                     "Access-Control-Allow-Methods: GET, "
+                                     "OPTIONS\r\nAccess-Control-Allow-Headers: Content-Type"
+                                     "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+        const QByteArray agents = jsonAnswer("200 OK", R"({"agents":{},"completions":[]})");
+        const QByteArray unknown = jsonAnswer("404 Not Found", R"({"error":"not found"})");
+        const auto row = [](const char *name, const QByteArray &request, const QByteArray &answer) {
+            QTest::newRow(name) << request << answer;
+        };
+        row("preflight", "OPTIONS /any?thing HTTP/1.1\r\n\r\n", preflight);
+        row("health", "GET /health HTTP/1.1\r\n\r\n", jsonAnswer("200 OK", R"({"ok":true})"));
+        row("status", "GET /status HTTP/1.1\r\n\r\n", agents);
+        row("no empty line, no header", "GET /", agents);
+        row("not HTTP at all", "\x16\x03\x01\xff\xfe", agents);
+        row("NUL bytes", QByteArray(64, '\0'), agents);
+        row("unknown path", "GET /favicon.ico HTTP/1.1\r\n\r\n", unknown);
+        row("projects", "GET /projects HTTP/1.1\r\n\r\n",
+            jsonAnswer("200 OK", R"({"version":1,"updated":"","projects":[]})"));
+        row("history of nothing", "GET /?limit=3 HTTP/1.1\r\n\r\n",
+            jsonAnswer("200 OK", emptyHistory));
+        row("more than one receive", "GET /health HTTP/1.1\r\nX: " + QByteArray(300'000, 'x'),
+            jsonAnswer("200 OK", R"({"ok":true})"));
+        row("no target in one receive", QByteArray(5000, ' ') + "GET /health", agents);
+    }
+
+    void exactBytes()
+    {
+        QFETCH(const QByteArray, request);
+        QFETCH(const QByteArray, answer);
+        const ServerFixture fixture;
+        QCOMPARE(fixture.ask(request), answer);
+    }
+
+    void documentsAreServedAsStored_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("NUL and characters of every length")
+            << QByteArray("a\0\xC3\xB6\xE2\x80\xA6\xF0\x9F\xA6\xAA", 11);
+        constexpr qsizetype quickBytes = qsizetype{1024} * 1024; // what the server reads at once
+        QTest::newRow("just what is read at once") << QByteArray(quickBytes, 'x');
+        QTest::newRow("just more") << QByteArray(quickBytes + 1, 'x');
+    }
+
+    void documentsAreServedAsStored()
+    {
+        QFETCH(const QByteArray, content);
+        const ServerFixture fixture;
+        fixture.home.write(agentTrackerFile, content);
+        QCOMPARE(fixture.get("/status"), jsonAnswer("200 OK", content));
+    }
+
+    void whatIsNoDocument_data()
+    {
+        QTest::addColumn<QByteArray>("kind");
+        for (const char *kind :
+             {"missing", "directory", "fifo", "device", "latin1", "far too large"}) {
+            QTest::newRow(kind) << QByteArray(kind);
+        }
+    }
+
+    void whatIsNoDocument()
+    {
+        QFETCH(const QByteArray, kind);
+        const ServerFixture fixture;
+        const QString path = fixture.home.path(agentTrackerFile);
+        QVERIFY(QFile::remove(path));
+        if (kind == "directory") {
+            QDir().mkpath(path);
+        } else if (kind == "fifo") {
+            QCOMPARE(::mkfifo(path.toUtf8().constData(), 0600), 0);
+        } else if (kind == "device") {
+            QVERIFY(QFile::link(u"/dev/zero"_s, path));
+        } else if (kind == "latin1") {
+            fixture.home.write(agentTrackerFile, "{\"name\":\"z\xF6lf\"}");
+        } else if (kind == "far too large") {
+            fixture.home.write(agentTrackerFile, "{}");
+            QVERIFY(QFile::resize(path, qint64{1} << 40)); // without a block on the disk
+        }
+        QCOMPARE(fixture.get("/status"),
+                 jsonAnswer("404 Not Found", R"({"error":"file not found"})"));
+    }
+
+    void historyNeedsTheToken()
+    {
+        ServerFixture fixture;
+        OstrelleConfig config = fixture.config();
+        config.gateway.token = u"s3cret"_s;
+        config.paths.cronFile.reset();
+        fixture.restart(config);
+
+        const auto history = [&](const QByteArray &line) {
+            return fixture.ask("GET /history HTTP/1.1\r\n" + line + "\r\n\r\n");
+        };
+        const QByteArray refusal = jsonAnswer("401 Unauthorized", R"({"error":"Unauthorized"})");
+        const QByteArray empty = jsonAnswer("200 OK", emptyHistory);
+        QCOMPARE(history("authorization: Bearer s3cret"), empty);
+        QCOMPARE(history("Authorization: bearer s3cret"), refusal);
+        QCOMPARE(history("Authorization: Bearer s3cre"), refusal);
+        QCOMPARE(history("Authorization: Bearer s3creT"), refusal);
+        QCOMPARE(history("Accept: */*"), refusal);
+        QVERIFY(fixture.get("/status").startsWith("HTTP/1.1 200 OK\r\n"));
+        QCOMPARE(bodyOf(fixture.get("/cron")), R"({"version":1,"updated":"","jobs":[]})");
+    }
+
+    void historyOfTheNewestLog()
+    {
+        const ServerFixture fixture;
+        fixture.writeSession(messageLine("one") + messageLine("two", "assistant") +
+                             messageLine("HEARTBEAT_OK", "assistant"));
+        QCOMPARE(
+            bodyOf(fixture.get("/history?limit=1")),
+            R"({"messages":[{"content":"two","role":"assistant","timestamp":"t"}],"count":1})");
+        QCOMPARE(bodyOf(fixture.get("/history?limit=-1")), emptyHistory);
+        fixture.writeSession("not a \xff text\n" + messageLine("one"));
+        QCOMPARE(bodyOf(fixture.get("/history")), emptyHistory);
+    }
+
+    void largeDocumentArrivesWhole()
+    {
+        const ServerFixture fixture;
+        const QByteArray content = QByteArray("0123456789abcdef").repeated(2'000'000);
+        fixture.home.write(agentTrackerFile, content);
+        RawClient slow(fixture.server->port(), 4096);
+        QVERIFY(slow.send("GET /status HTTP/1.1\r\n\r\n"));
+        QCOMPARE(fixture.get("/health").size(), jsonAnswer("200 OK", R"({"ok":true})").size());
+        QCOMPARE(slow.readAll().value_or("broken"), jsonAnswer("200 OK", content));
+    }
+
+    void portInUse()
+    {
+        ServerFixture fixture;
+        OstrelleConfig config = fixture.config();
+        config.ports.status = fixture.server->port();
+        const PrintedLines printed;
+        StatusServer second(config);
+        second.start();
+        QTRY_COMPARE(printed.text(), "[StatusServer] Failed to bind to port " +
+                                         QByteArray::number(config.ports.status) +
+                                         ": Address already in use\n");
+        QVERIFY(!second.running() && !second.startRequested());
+
+        // An end without a clean-up in between: the same port serves again at once.
+        fixture.server->stop();
+        second.start();
+        QTRY_VERIFY(second.running());
+        QVERIFY(printed.text().endsWith("[StatusServer] Listening on port " +
+                                        QByteArray::number(config.ports.status) + "\n"));
+    }
+
+    void portOutOfRange()
+    {
+        const ScratchHome home;
+        OstrelleConfig config = OstrelleConfig::defaults();
+        for (const qint64 port : {qint64{65536}, (qint64{1} << 32) + 18794}) {
+            config.ports.status = port;
+            const PrintedLines printed;
+            StatusServer server(config);
+            server.start();
+            QTRY_COMPARE(printed.text(), "[StatusServer] Failed to bind to port " +
+                                             QByteArray::number(port) + ": Invalid argument\n");
+            QVERIFY(!server.running() && !server.startRequested());
+        }
+    }
+
+    void stopAndStartAgain()
+    {
+        ServerFixture fixture;
+        QSignalSpy changes(fixture.server.get(), &StatusServer::runningChanged);
+        const int port = fixture.server->port();
+        fixture.server->stop();
+        QVERIFY(!fixture.server->running());
+        QVERIFY(!RawClient(port).isConnected());
+        QTRY_COMPARE(changes.count(), 1);
+        fixture.server->stop();
+        fixture.server->start();
+        fixture.server->start();
+        QTRY_COMPARE(changes.count(), 2);
+        QVERIFY(fixture.server->port() > 0);
+        QVERIFY(!fixture.get("/health").isEmpty());
+
+        // However they follow each other, the last call counts.
+        for (int i = 0; i < 50; ++i) {
+            fixture.server->stop();
+            fixture.server->start();
+        }
+        QTRY_VERIFY(fixture.server->running());
+        QVERIFY(!fixture.get("/health").isEmpty());
+    }
+
+    void legacyAgentIsRetired()
+    {
+        const ScratchHome home;
+        const QString plist = u"Library/LaunchAgents/com.duskrell.status-server.plist"_s;
+        home.write(plist, "old");
+        const StatusServer server(OstrelleConfig::defaults());
+        QTRY_VERIFY(!home.exists(plist));
+        QCOMPARE(home.read(plist + u".disabled"_s), "old");
+    }
+};
+
+QTEST_GUILESS_MAIN(ProtocolTest)
+
+#include "test_protocol.moc"

@@ -1,0 +1,84 @@
+#include "statusserver/Request.h"
+
+#include <QTest>
+
+using namespace ostrelle;
+
+class RequestTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void routing_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<Resource>("resource");
+        QTest::addColumn<int>("limit");
+
+        const auto row = [](const char *name, const QByteArray &request, Resource resource,
+                            int limit = 0) { QTest::newRow(name) << request << resource << limit; };
+        row("nothing after the target", "GET /tracker", Resource::Projects);
+        row("method is not looked at", "DELETE /projects HTTP/1.1\r\n", Resource::Projects);
+        row("blanks before and between", "  GET   /cron  HTTP/1.1\r\n", Resource::Cron);
+        row("tab parts no words", "GET\t/cron HTTP/1.1\r\n", Resource::Unknown);
+        row("empty first line", "\r\nGET /cron HTTP/1.1\r\n", Resource::AgentStatus);
+        row("preflight in lower case", "options /health HTTP/1.1\r\n", Resource::Health);
+        row("other letter case", "GET /Status HTTP/1.1\r\n", Resource::Unknown);
+        row("empty path", "GET ?limit=5 HTTP/1.1\r\n", Resource::Unknown);
+        row("query without limit", "GET /status?x=1 HTTP/1.1\r\n", Resource::AgentStatus);
+        row("limit on status", "GET /status?limit=5 HTTP/1.1\r\n", Resource::History, 5);
+        row("limit in another key", "GET /?mylimit=5 HTTP/1.1\r\n", Resource::History, 50);
+        row("limit on a document", "GET /cron?limit=5 HTTP/1.1\r\n", Resource::Cron);
+        row("first limit wins", "GET /history?a=b&limit=7&limit=8 H\r\n", Resource::History, 7);
+        row("first limit wins though bad", "GET /history?limit=&limit=8 H\r\n", Resource::History,
+            50);
+        row("limit is a word", "GET /history?limit=abc H\r\n", Resource::History, 50);
+        row("limit with a sign", "GET /history?limit=+5 H\r\n", Resource::History, 5);
+        row("two signs", "GET /history?limit=+-5 H\r\n", Resource::History, 50);
+        row("limit below zero", "GET /history?limit=-1 H\r\n", Resource::History, 0);
+        row("limit just too large", "GET /history?limit=201 H\r\n", Resource::History, 200);
+        row("limit beyond 64 bits", "GET /history?limit=99999999999999999999 H\r\n",
+            Resource::History, 200);
+    }
+
+    void routing()
+    {
+        QFETCH(const QByteArray, request);
+        QFETCH(const Resource, resource);
+        QFETCH(const int, limit);
+        const Route found = route(parseRequest(request.toStdString()));
+        QCOMPARE(found.resource, resource);
+        QCOMPARE(found.limit, limit);
+    }
+
+    void token_data()
+    {
+        QTest::addColumn<QByteArray>("lines");
+        QTest::addColumn<QByteArray>("offered");
+
+        const auto row = [](const char *name, const QByteArray &lines, const QByteArray &offered) {
+            QTest::newRow(name) << lines << offered;
+        };
+        row("name in any case", "aUTHORIZATION:Bearer abc", "abc");
+        row("scheme in lower case", "Authorization: bearer abc", "Authorization: bearer abc");
+        row("blanks around", "Authorization: Bearer \t abc\xc2\xa0 \r\nX: y", "abc");
+        row("line break is no blank", "Authorization: Bearer abc\n", "abc\n");
+        row("last piece counts", "Authorization: Bearer a Bearer b", "b");
+        row("first line counts", "Authorization: Basic x\r\nAuthorization: Bearer b",
+            "Authorization: Basic x");
+        row("another header", "X-Authorization: Bearer a", QByteArray());
+        row("only blanks", "Authorization: Bearer  \t ", QByteArray());
+    }
+
+    void token()
+    {
+        QFETCH(const QByteArray, lines);
+        QFETCH(const QByteArray, offered);
+        const std::string text = "GET /history HTTP/1.1\r\n" + lines.toStdString();
+        QCOMPARE(QByteArray::fromStdString(offeredToken(text)), offered);
+    }
+};
+
+QTEST_GUILESS_MAIN(RequestTest)
+
+#include "test_request.moc"
