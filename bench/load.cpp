@@ -236,6 +236,7 @@ Options parse(int argc, char **argv)
 std::vector<Descriptor> holdSilent(const Options &options)
 {
     std::vector<Descriptor> silent;
+    silent.reserve(static_cast<std::size_t>(options.silent));
     for (int i = 0; i < options.silent; ++i) {
         silent.push_back(connectTo(options.port));
     }

@@ -77,28 +77,27 @@ void measureGateway(const QString &url, const QString &tool)
 
 std::string agents(int count, int round)
 {
-    std::string text = "{\"agents\":{";
+    QStringList entries;
     for (int i = 0; i < count; ++i) {
-        const std::string number = std::to_string(i);
-        text += (i > 0 ? ",\"agent-" : "\"agent-") + number +
-                R"(":{"status":"active","activity":")" + "step " + std::to_string(i + round) +
-                R"( of the work","model":"m-1","progress":)" + std::to_string((i + round) % 100) +
-                "}";
+        entries.append(
+            uR"("agent-%1":{"status":"active","activity":"step %2 of the work","model":"m-1","progress":%3})"_s
+                .arg(i)
+                .arg(i + round)
+                .arg((i + round) % 100));
     }
-    return text + "}}";
+    return u"{\"agents\":{%1}}"_s.arg(entries.join(u',')).toStdString();
 }
 
 std::string jobs(int count, int round)
 {
-    std::string text = "{\"jobs\":[";
+    QStringList entries;
     for (int i = 0; i < count; ++i) {
-        const std::string number = std::to_string(i);
-        text +=
-            (i > 0 ? "," : "") + (R"({"id":"job-)" + number) + R"(","name":"Job )" + number +
-            R"(","schedule":"0 9 * * *","status":"ok","enabled":true,"lastRun":"2026-01-01","payload":")" +
-            std::to_string(i + round) + "\"}";
+        entries.append(
+            uR"({"id":"job-%1","name":"Job %1","schedule":"0 9 * * *","status":"ok","enabled":true,"lastRun":"2026-01-01","payload":"%2"})"_s
+                .arg(i)
+                .arg(i + round));
     }
-    return text + "]}";
+    return u"{\"jobs\":[%1]}"_s.arg(entries.join(u',')).toStdString();
 }
 
 // Loads until nothing is under way; the models' own polls may join in.
