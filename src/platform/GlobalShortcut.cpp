@@ -38,7 +38,7 @@ std::unique_ptr<GlobalShortcut> GlobalShortcut::listen()
     std::unique_ptr<GlobalShortcut> shortcut(new GlobalShortcut);
     shortcut->m_connection =
         X11Connection::open([raw = shortcut.get()](XEvent &event) { raw->handle(event); });
-    if (!shortcut->m_connection || !shortcut->selectRawKeys()) {
+    if (!shortcut->m_connection || !shortcut->selectRawKeys() || !shortcut->followState()) {
         logLine(u"[Ostrelle] Super+Shift+M is not heard: no X server with XInput 2"_s);
         return nullptr;
     }
@@ -67,8 +67,36 @@ bool GlobalShortcut::selectRawKeys()
     return true;
 }
 
+bool GlobalShortcut::followState()
+{
+    Display *const display = m_connection->display();
+    int opcode = 0;
+    int error = 0;
+    int major = XkbMajorVersion;
+    int minor = XkbMinorVersion;
+    constexpr unsigned long followed = XkbModifierStateMask | XkbGroupStateMask;
+    XkbStateRec state{};
+    if (XkbQueryExtension(display, &opcode, &m_stateEvent, &error, &major, &minor) == False ||
+        XkbSelectEventDetails(display, XkbUseCoreKbd, XkbStateNotify, followed, followed) ==
+            False ||
+        XkbGetState(display, XkbUseCoreKbd, &state) != Success) {
+        return false;
+    }
+    m_modifiers = state.mods;
+    m_group = state.group;
+    return true;
+}
+
 void GlobalShortcut::handle(_XEvent &event)
 {
+    if (event.type == m_stateEvent) {
+        const XkbEvent &keyboard = reinterpret_cast<const XkbEvent &>(event);
+        if (keyboard.any.xkb_type == XkbStateNotify) {
+            m_modifiers = keyboard.state.mods;
+            m_group = keyboard.state.group;
+        }
+        return;
+    }
     XGenericEventCookie &cookie = event.xcookie;
     if (cookie.type != GenericEvent || cookie.extension != m_inputOpcode ||
         XGetEventData(m_connection->display(), &cookie) == False) {
@@ -86,13 +114,11 @@ void GlobalShortcut::handle(_XEvent &event)
 bool GlobalShortcut::isShortcut(unsigned int keycode) const
 {
     Display *const display = m_connection->display();
-    XkbStateRec state{};
-    if (XkbGetState(display, XkbUseCoreKbd, &state) != Success ||
-        latinSymbol(display, keycode, state.group) != XK_m) {
+    if (latinSymbol(display, keycode, m_group) != XK_m) {
         return false;
     }
     const unsigned int super = XkbKeysymToModifiers(display, XK_Super_L);
-    return (state.mods & ShiftMask) != 0 && (state.mods & super) != 0;
+    return (m_modifiers & ShiftMask) != 0 && (m_modifiers & super) != 0;
 }
 
 } // namespace ostrelle

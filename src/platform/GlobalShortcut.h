@@ -21,11 +21,16 @@ Q_SIGNALS:
 private:
     GlobalShortcut() = default;
     bool selectRawKeys();
+    bool followState();
     void handle(_XEvent &event);
     bool isShortcut(unsigned int keycode) const;
 
     std::unique_ptr<X11Connection> m_connection;
     int m_inputOpcode = 0;
+    int m_stateEvent = 0; // the type of the events that tell of the keyboard's state
+    // As they were when the events so far happened. Asked for later, they may be over already.
+    unsigned int m_modifiers = 0;
+    int m_group = 0;
 };
 
 } // namespace ostrelle
