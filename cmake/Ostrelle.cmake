@@ -40,6 +40,7 @@ function(ostrelle_library name)
     qt_extract_metatypes(${name})
 endfunction()
 
+set(lsan_options "suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp print_suppressions=0")
 # The forked child of a process with threads only starts another program.
 set(tsan_options "suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp die_after_fork=0")
 
@@ -51,7 +52,7 @@ function(ostrelle_test name)
     target_link_libraries(${name} PRIVATE ostrelle_options ostrelle_testsupport ${arg_LINK} Qt6::Test)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
-        "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};TSAN_OPTIONS=${tsan_options}")
+        "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};TSAN_OPTIONS=${tsan_options};LSAN_OPTIONS=${lsan_options}")
 endfunction()
 
 # ostrelle_fuzz_target(<name> SOURCES <file>... [LINK <library>...])

@@ -216,8 +216,7 @@ private Q_SLOTS:
             fixture.server->stop();
             fixture.server->start();
         }
-        QTRY_VERIFY(fixture.server->running());
-        QVERIFY(!fixture.get("/health").isEmpty());
+        QTRY_VERIFY(fixture.server->running() && !fixture.get("/health").isEmpty());
     }
 
     void legacyAgentIsRetired()
