@@ -126,7 +126,7 @@ private Q_SLOTS:
                                                       {u"Cron"_s, u"Scheduled Jobs"_s},
                                                       {u"Settings"_s, u"CONNECTED TO"_s}};
         for (const auto &[tab, heading] : tabs) {
-            QVERIFY(desk.press(tab, u"push button"_s));
+            QVERIFY(desk.press(tab, u"page tab"_s));
             QVERIFY(desk.shows(heading));
             Desk::screenshot(tab.toLower());
         }
@@ -143,7 +143,7 @@ private Q_SLOTS:
     {
         Desk desk;
         QVERIFY(desk.press(u"Skip"_s));
-        QVERIFY(desk.press(u"Settings"_s, u"push button"_s));
+        QVERIFY(desk.press(u"Settings"_s, u"page tab"_s));
         QVERIFY(desk.press(u"Show QR to pair phone"_s));
         QVERIFY(desk.shows(u"QR code"_s));
         const QByteArray code = run(u"zbarimg"_s, {u"--raw"_s, u"-q"_s, Desk::screenshot(u"qr"_s)});
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(KeychainHelper::getToken(url), u"s3cret"_s, patienceMilliseconds);
 
         QVERIFY(desk.press(u"PROFILES"_s));
-        QVERIFY(desk.press(u"Second, http://127.0.0.2:9"_s, u"push button"_s));
+        QVERIFY(desk.press(u"Second, http://127.0.0.2:9"_s, u"radio button"_s));
         QVERIFY(desk.press(u"Switch"_s));
         QTRY_COMPARE_WITH_TIMEOUT(OstrelleConfig::load().gateway.url, u"http://127.0.0.2:9"_s,
                                   patienceMilliseconds);
@@ -171,7 +171,7 @@ private Q_SLOTS:
     {
         Desk desk;
         QVERIFY(desk.press(u"Skip"_s));
-        QVERIFY(desk.press(u"Agents"_s, u"push button"_s));
+        QVERIFY(desk.press(u"Agents"_s, u"page tab"_s));
         QVERIFY(desk.press(u"Main"_s));
         QVERIFY(desk.press(u"Display name"_s));
         XSession::press(u"ctrl+a"_s);

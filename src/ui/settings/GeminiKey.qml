@@ -33,7 +33,6 @@ Column {
             color: Theme.blue
             font.pixelSize: Theme.smallSize
             text: "Get a key at " + section.settings.geminiKeyPage
-            Accessible.role: Accessible.Link
             onClicked: Desktop.openPage(section.settings.geminiKeyPage)
         }
     }

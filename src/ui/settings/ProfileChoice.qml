@@ -1,8 +1,9 @@
 import QtQuick
+import QtQuick.Templates as T
 import Ostrelle
 
 // A saved gateway to choose; pressed as a whole.
-BaseButton {
+T.RadioButton {
     id: choice
 
     required property string name
@@ -12,10 +13,22 @@ BaseButton {
 
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
     padding: Theme.smallGap
-    Accessible.role: Accessible.RadioButton
+    // Only the template's kind decides what a screen reader takes the control for.
+    checkable: false
+    autoExclusive: false
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    Keys.forwardTo: [keys]
     Accessible.name: [choice.name, choice.address, summary.tokenText].filter(each => each !== "").join(", ")
     Accessible.checkable: true
     Accessible.checked: choice.isActive
+
+    ButtonKeys {
+        id: keys
+
+        button: choice
+        onPressed: choice.clicked()
+    }
 
     contentItem: ProfileSummary {
         id: summary

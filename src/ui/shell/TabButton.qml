@@ -1,8 +1,9 @@
 import QtQuick
+import QtQuick.Templates as T
 import Ostrelle
 
 // One tab of the panel's tab row.
-BaseButton {
+T.TabButton {
     id: button
 
     required property string label
@@ -13,9 +14,21 @@ BaseButton {
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
     horizontalPadding: Theme.smallGap
     verticalPadding: Theme.gap
-    Accessible.role: Accessible.PageTab
+    // Only the template's kind decides what a screen reader takes the control for.
+    checkable: false
+    autoExclusive: false
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    Keys.forwardTo: [keys]
     Accessible.name: button.label
     Accessible.selected: button.selected
+
+    ButtonKeys {
+        id: keys
+
+        button: button
+        onPressed: button.clicked()
+    }
 
     contentItem: Column {
         id: column
