@@ -36,7 +36,9 @@ function(ostrelle_library name)
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
     target_link_libraries(${name} PUBLIC ostrelle_options ${arg_LINK})
     # What a library defines itself is not looked up by name at every start.
-    target_link_options(${name} PRIVATE LINKER:-Bsymbolic)
+    if(NOT OSTRELLE_SANITIZE)
+        target_link_options(${name} PRIVATE LINKER:-Bsymbolic)
+    endif()
     qt_extract_metatypes(${name})
 endfunction()
 
