@@ -27,8 +27,11 @@ public:
 
     void paint(QPainter *painter, const QRect &place, QIcon::Mode mode, QIcon::State state) override
     {
-        const QSizeF pixels = QSizeF(place.size()) * painter->device()->devicePixelRatioF();
-        painter->drawPixmap(place, pixmap(pixels.toSize(), mode, state));
+        const int side = std::min(place.width(), place.height()); // tray hosts give odd places
+        QRect square(0, 0, side, side);
+        square.moveCenter(place.center());
+        const QSizeF pixels = QSizeF(square.size()) * painter->device()->devicePixelRatioF();
+        painter->drawPixmap(square, pixmap(pixels.toSize(), mode, state));
     }
 
     QPixmap pixmap(const QSize &size, QIcon::Mode /*mode*/, QIcon::State /*state*/) override

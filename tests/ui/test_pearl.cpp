@@ -1,5 +1,8 @@
 #include "ui/Pearl.h"
+#include "ui/PearlIcon.h"
 
+#include <QGuiApplication>
+#include <QPainter>
 #include <QTest>
 
 #include <array>
@@ -230,7 +233,25 @@ private Q_SLOTS:
     }
 
     void isNothingWithoutASize() { QVERIFY(renderPearl(Qt::white, {0, 18}).isNull()); }
+
+    void staysRoundInANarrowTray()
+    {
+        QImage tray(20, 40, QImage::Format_ARGB32_Premultiplied);
+        tray.fill(Qt::transparent);
+        QPainter painter(&tray);
+        pearlIcon(Qt::red).paint(&painter, tray.rect());
+        painter.end();
+        QCOMPARE(qAlpha(tray.pixel(10, 20)), 255);
+        QCOMPARE(qAlpha(tray.pixel(10, 8)), 0);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestPearl)
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication application(argc, argv);
+    TestPearl test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "test_pearl.moc"
