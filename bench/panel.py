@@ -23,7 +23,7 @@ import programs
 
 STARTS = 10
 OPENINGS = 10
-CLOSED_SECONDS = int(os.environ.get("CLOSED", "125"))  # past the two minutes after which a closed panel has given back what it held
+CLOSED_SECONDS = 125  # past the two minutes after which a closed panel has given back what it held
 AGENTS = 200
 FRAME = re.compile(rb"Frame rendered with '\w+' renderloop in (\d+)ms")
 TARGETS = {

@@ -4,6 +4,7 @@
 #include "ui/PanelPlacement.h"
 
 #include <QCursor>
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
@@ -23,6 +24,16 @@ constexpr std::chrono::seconds hostPatience{3};
 
 // A click on the icon takes the focus from the panel before it tells of itself.
 constexpr std::chrono::milliseconds sameClick{300};
+
+// After the start's own work, and before anybody is likely to click.
+constexpr std::chrono::milliseconds whileNobodyWaits{500};
+
+// The desktop's font database takes a good part of the panel's first opening, if that finds it not
+// yet loaded.
+void loadFonts()
+{
+    static_cast<void>(QFontMetrics(QGuiApplication::font()).horizontalAdvance(u"Ostrelle"_s));
+}
 
 const QScreen *screenAt(QPoint place)
 {
@@ -47,6 +58,7 @@ MenuBarExtra::MenuBarExtra(const Models &models, std::function<void()> appeared)
     connect(&m_label, &MenuBarLabel::clicked, this, &MenuBarExtra::togglePanel);
     connect(&m_label, &MenuBarLabel::openChosen, this, &MenuBarExtra::openPanel);
     QTimer::singleShot(hostPatience, this, &MenuBarExtra::openIfThereIsNoTray);
+    QTimer::singleShot(whileNobodyWaits, this, &loadFonts);
 }
 
 MenuBarExtra::~MenuBarExtra() = default;
