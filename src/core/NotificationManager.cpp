@@ -3,7 +3,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "platform/Notifier.h"
+#include "platform/SessionServices.h"
 
 namespace ostrelle
 {
@@ -36,8 +36,8 @@ void NotificationManager::send(const QString &title, const QString &body)
             static_cast<void>(
                 runChild({.program = scriptRunner, .arguments = {u"-e"_s, script(title, body)}},
                          {.capture = Capture::Nothing}));
-        } else {
-            showDesktopNotification(title, body);
+        } else if (SessionServices *const services = sessionServices()) {
+            services->showNotification(title, body);
         }
     });
 }

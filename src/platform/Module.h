@@ -8,7 +8,7 @@ namespace ostrelle
 
 // Loads lib<name>.so, which stands beside the library that this function is in, and returns the
 // object that it provides; the object lives as long as the process. Null, with one log line, when
-// that cannot be had. Needs no application object. Main thread only.
+// that cannot be had. Needs no application object. Any thread.
 QObject *loadModule(const QString &name);
 
 // The same as the interface that the object implements.

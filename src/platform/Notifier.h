@@ -5,8 +5,8 @@
 namespace ostrelle
 {
 
-// Shows a banner through the desktop's notification service. Without a session bus or a service
-// nothing appears. Blocks for at most two seconds: background threads only.
+// Shows a banner through org.freedesktop.Notifications. Without a session bus or a service nothing
+// appears. Blocks for at most two seconds: background threads only.
 void showDesktopNotification(const QString &title, const QString &body);
 
 } // namespace ostrelle

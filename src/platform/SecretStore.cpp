@@ -3,7 +3,7 @@
 #include "platform/Log.h"
 #include "platform/Paths.h"
 #include "platform/SecretFile.h"
-#include "platform/SecretService.h"
+#include "platform/SessionServices.h"
 
 #include <atomic>
 
@@ -14,6 +14,16 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+// Without the module that knows it, the Secret Service cannot be reached.
+template<typename Call>
+auto askService(Call call) -> decltype(call(std::declval<SecretStore &>()))
+{
+    if (SessionServices *const services = sessionServices()) {
+        return call(services->secrets());
+    }
+    return std::unexpected(SecretProblem::Unreachable);
+}
 
 // A secret that was saved while the service was away stays readable once it is back.
 class PreferredStore final : public SecretStore
@@ -33,7 +43,7 @@ public:
             moveToService(account, **kept);
             return kept;
         }
-        const auto secret = m_service.read(account);
+        const auto secret = askService([&](SecretStore &service) { return service.read(account); });
         // What is in neither tells nothing new about where secrets are kept.
         if (m_place == Place::Unknown || (secret && *secret)) {
             tellWhere(reachable(secret) ? Place::Service : Place::File);
@@ -44,7 +54,8 @@ public:
     std::expected<void, SecretProblem> write(const QString &account,
                                              const QByteArray &secret) override
     {
-        const auto written = m_service.write(account, secret);
+        const auto written =
+            askService([&](SecretStore &service) { return service.write(account, secret); });
         if (!reachable(written)) {
             tellWhere(Place::File);
             return m_file.write(account, secret);
@@ -58,7 +69,8 @@ public:
 
     std::expected<void, SecretProblem> remove(const QString &account) override
     {
-        const auto removed = m_service.remove(account);
+        const auto removed =
+            askService([&](SecretStore &service) { return service.remove(account); });
         const auto removedFromFile = m_file.remove(account);
         return reachable(removed) ? removed : removedFromFile;
     }
@@ -74,7 +86,9 @@ private:
 
     void moveToService(const QString &account, const QByteArray &secret)
     {
-        const bool moved = m_service.write(account, secret).has_value();
+        const bool moved = askService([&](SecretStore &service) {
+                               return service.write(account, secret);
+                           }).has_value();
         if (moved) {
             static_cast<void>(m_file.remove(account));
         }
@@ -91,7 +105,6 @@ private:
     }
 
     const QString m_path;
-    SecretService m_service;
     SecretFile m_file;
     std::atomic<Place> m_place = Place::Unknown;
 };
