@@ -1,8 +1,8 @@
 #include "app/AppDelegate.h"
 
 #include "platform/ChildProcess.h"
+#include "platform/GlobalShortcut.h"
 #include "statusserver/StatusServer.h"
-#include "ui/DesktopModule.h"
 #include "voice/ServiceManager.h"
 #include "voice/VoiceViewModel.h"
 
@@ -18,15 +18,20 @@ AppDelegate::AppDelegate(QObject *parent)
 {
 }
 
+AppDelegate::~AppDelegate() = default;
+
 void AppDelegate::setServices(const Services &services)
 {
     m_services = services;
 }
 
-void AppDelegate::applicationDidFinishLaunching(DesktopModule *desktop)
+void AppDelegate::applicationDidFinishLaunching(bool onDisplay)
 {
-    if (desktop != nullptr) {
-        m_monitor = desktop->monitorShortcut([this] { toggleMute(); });
+    if (onDisplay) {
+        m_shortcut = GlobalShortcut::listen();
+    }
+    if (m_shortcut) {
+        connect(m_shortcut.get(), &GlobalShortcut::pressed, this, &AppDelegate::toggleMute);
     }
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &AppDelegate::cleanup);
@@ -45,7 +50,7 @@ void AppDelegate::toggleMute() const
 
 void AppDelegate::cleanup()
 {
-    m_monitor.reset();
+    m_shortcut.reset();
     stopVoice();
     if (m_services.statusServer != nullptr) {
         m_services.statusServer->stop();

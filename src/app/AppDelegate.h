@@ -9,7 +9,7 @@
 namespace ostrelle
 {
 
-class DesktopModule;
+class GlobalShortcut;
 class ServiceManager;
 class StatusServer;
 class VoiceViewModel;
@@ -22,6 +22,7 @@ class AppDelegate : public QObject
 
 public:
     explicit AppDelegate(QObject *parent = nullptr);
+    ~AppDelegate() override;
 
     // What the delegate acts on; null before start-up has made it.
     struct Services {
@@ -31,9 +32,9 @@ public:
     };
     void setServices(const Services &services);
 
-    // From now on Super+Shift+M mutes and unmutes, where there is a desktop; and TERM, INT and HUP,
+    // From now on Super+Shift+M mutes and unmutes, where there is a display; and TERM, INT and HUP,
     // and the application's own quitting, end the services.
-    void applicationDidFinishLaunching(DesktopModule *desktop);
+    void applicationDidFinishLaunching(bool onDisplay);
 
     // Stops whatever runs. May be called any number of times.
     void cleanup();
@@ -43,7 +44,7 @@ private:
     void stopVoice() const;
 
     Services m_services;
-    std::unique_ptr<QObject> m_monitor; // of the shortcut
+    std::unique_ptr<GlobalShortcut> m_shortcut;
     TerminationSignals m_signals;
 };
 

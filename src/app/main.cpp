@@ -3,13 +3,14 @@
 #include "core/BackgroundWork.h"
 #include "platform/Display.h"
 #include "platform/Log.h"
-#include "platform/Module.h"
 #include "platform/ProcessSetup.h"
 #include "platform/SingleInstance.h"
 #include "platform/TerminationSignals.h"
-#include "ui/DesktopModule.h"
+#include "ui/MenuBarExtra.h"
+#include "ui/TrayApplication.h"
 
 #include <QCoreApplication>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -50,21 +51,55 @@ QByteArray takeLink(std::span<char *> arguments)
     std::quick_exit(status);
 }
 
-// Without a display, or without the module, the program does everything but show itself.
-DesktopModule *desktopModule()
+// Without a display the program does everything but show itself.
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
 {
-    return hasDisplay() ? loadModuleAs<DesktopModule>(QString::fromLatin1(DesktopModule::name))
-                        : nullptr;
+    if (hasDisplay()) {
+        return std::make_unique<TrayApplication>(argc, argv);
+    }
+    return std::make_unique<QCoreApplication>(argc, argv);
 }
 
-std::unique_ptr<QCoreApplication> makeApplication(DesktopModule *desktop, int &argc, char **argv)
+// The icon comes first: background work waits for it, so that what that starts does not take the
+// processor from it.
+class IconFirst
 {
-    return desktop != nullptr ? desktop->makeApplication(argc, argv)
-                              : std::make_unique<QCoreApplication>(argc, argv);
+public:
+    const TrayHostWatcher &hosts() const { return m_hosts; }
+
+    void followIcon(const MenuBarExtra &scene)
+    {
+        QObject::connect(&scene, &MenuBarExtra::iconShown, &scene,
+                         [this] { endSoon(hostTakesIconIn); });
+        endSoon(iconPatience);
+    }
+
+    void end() { m_hold.reset(); }
+
+private:
+    static constexpr std::chrono::milliseconds hostTakesIconIn{30};
+    static constexpr std::chrono::milliseconds iconPatience{200}; // there may be no host
+
+    void endSoon(std::chrono::milliseconds delay)
+    {
+        QTimer::singleShot(delay, &m_hosts, [this] { end(); });
+    }
+
+    TrayHostWatcher m_hosts; // has asked the bus before background work is held
+    std::optional<BackgroundHold> m_hold = std::make_optional<BackgroundHold>();
+};
+
+std::unique_ptr<MenuBarExtra> makeScene(OstrelleApp &app, IconFirst &start)
+{
+    auto scene = std::make_unique<MenuBarExtra>(app.models(), start.hosts());
+    QObject::connect(scene.get(), &MenuBarExtra::panelAppeared, &app,
+                     &OstrelleApp::handOverServices);
+    start.followIcon(*scene);
+    return scene;
 }
 
 // A later start of the program: with a link, or to see the panel.
-void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
+void handleStart(OstrelleApp &app, MenuBarExtra *scene, const QByteArray &link)
 {
     if (!link.isEmpty()) {
         app.handleIncomingURL(QString::fromUtf8(link));
@@ -73,15 +108,13 @@ void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
     }
 }
 
-int run(SingleInstance &instance, DesktopModule *desktop, const QByteArray &link)
+int run(SingleInstance &instance, bool onDisplay, const QByteArray &link)
 {
+    const auto start = onDisplay ? std::make_unique<IconFirst>() : nullptr;
     AppDelegate delegate;
     OstrelleApp app(delegate);
-    std::unique_ptr<Scene> scene;
-    if (desktop != nullptr) {
-        scene = desktop->makeScene(app.models(), [&app] { app.handOverServices(); });
-    }
-    delegate.applicationDidFinishLaunching(desktop);
+    const auto scene = onDisplay ? makeScene(app, *start) : nullptr;
+    delegate.applicationDidFinishLaunching(onDisplay);
     QObject::connect(&instance, &SingleInstance::started, &app,
                      [&](const QByteArray &message) { handleStart(app, scene.get(), message); });
     if (!link.isEmpty()) {
@@ -89,6 +122,9 @@ int run(SingleInstance &instance, DesktopModule *desktop, const QByteArray &link
     }
     const int status = QCoreApplication::exec();
     instance.release();
+    if (start) {
+        start->end();
+    }
     // What answers to the application has to be over before the application goes.
     if (!finishBackgroundWork(std::chrono::milliseconds(500))) {
         endProcess(status);
@@ -103,8 +139,7 @@ int main(int argc, char **argv)
     prepareProcess();
     TerminationSignals::block();
     const QByteArray link = takeLink(std::span(argv, static_cast<std::size_t>(argc)));
-    DesktopModule *const desktop = desktopModule();
-    const auto application = makeApplication(desktop, argc, argv);
+    const auto application = makeApplication(argc, argv);
     QCoreApplication::setApplicationName(u"ostrelle"_s);
 
     SingleInstance instance;
@@ -117,5 +152,5 @@ int main(int argc, char **argv)
     case SingleInstance::Role::First:
         break;
     }
-    endProcess(run(instance, desktop, link));
+    endProcess(run(instance, isOnDisplay(), link));
 }

@@ -34,6 +34,22 @@ QThreadPool &userInitiatedPool()
     return pool;
 }
 
+BackgroundHold::BackgroundHold()
+{
+    for (QThreadPool *pool : {&utilityPool(), &userInitiatedPool()}) {
+        pool->setMaxThreadCount(1);
+        pool->start([over = m_over] { over->wait(); });
+    }
+}
+
+BackgroundHold::~BackgroundHold()
+{
+    m_over->count_down();
+    for (QThreadPool *pool : {&utilityPool(), &userInitiatedPool()}) {
+        pool->setMaxThreadCount(threadsPerPool);
+    }
+}
+
 bool finishBackgroundWork(std::chrono::milliseconds within)
 {
     const QDeadlineTimer deadline(within);

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <latch>
 #include <memory>
 
 namespace ostrelle
@@ -13,6 +14,20 @@ namespace ostrelle
 // hold up everything else.
 QThreadPool &utilityPool();       // polls and housekeeping
 QThreadPool &userInitiatedPool(); // what the user waits for
+
+// While it lives, both pools take work and begin none of it; what is under way goes on. At most one.
+// Main thread only.
+class BackgroundHold
+{
+public:
+    BackgroundHold();
+    ~BackgroundHold();
+    BackgroundHold(const BackgroundHold &) = delete;
+    BackgroundHold &operator=(const BackgroundHold &) = delete;
+
+private:
+    const std::shared_ptr<std::latch> m_over = std::make_shared<std::latch>(1);
+};
 
 // Waits for both pools; false when the time was not enough. Tasks that were not started are
 // dropped.

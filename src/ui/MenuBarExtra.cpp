@@ -49,12 +49,14 @@ bool canPlaceWindows()
 
 } // namespace
 
-MenuBarExtra::MenuBarExtra(const Models &models, std::function<void()> appeared)
+MenuBarExtra::MenuBarExtra(const Models &models, const TrayHostWatcher &hosts)
     : m_models(models)
-    , m_events{.appeared = std::move(appeared), .lostFocus = [this] { m_sinceLostFocus.start(); }}
+    , m_events{.appeared = [this] { Q_EMIT panelAppeared(); },
+               .lostFocus = [this] { m_sinceLostFocus.start(); }}
+    , m_hosts(hosts)
     , m_label(models.gatewayVM, models.voiceVM)
 {
-    connect(&m_hosts, &TrayHostWatcher::hostPresentChanged, this, &MenuBarExtra::showLabel);
+    connect(&hosts, &TrayHostWatcher::hostPresentChanged, this, &MenuBarExtra::showLabel);
     connect(&m_label, &MenuBarLabel::clicked, this, &MenuBarExtra::togglePanel);
     connect(&m_label, &MenuBarLabel::openChosen, this, &MenuBarExtra::openPanel);
     QTimer::singleShot(hostPatience, this, &MenuBarExtra::openIfThereIsNoTray);
@@ -67,6 +69,7 @@ void MenuBarExtra::showLabel()
 {
     if (m_hosts.hostPresent()) {
         m_label.show();
+        Q_EMIT iconShown();
     }
 }
 

@@ -1,28 +1,31 @@
 #pragma once
 
-#include "ui/DesktopModule.h"
 #include "ui/MenuBarLabel.h"
 #include "ui/PanelWindow.h"
 #include "ui/TrayHostWatcher.h"
 
 #include <QElapsedTimer>
 
-#include <chrono>
-
 namespace ostrelle
 {
 
-// The icon, the panel, and who opens what: the icon appears when a tray host does, and the panel on
-// a click. Where no host comes within a moment the panel opens as a window.
-class MenuBarExtra : public QObject, public Scene
+// The program's face: the icon, the panel, and who opens what. The icon appears when a tray host
+// does, and the panel on a click. Where no host comes within a moment the panel opens as a window.
+// Main thread only.
+class MenuBarExtra : public QObject
 {
     Q_OBJECT
 
 public:
-    MenuBarExtra(const Models &models, std::function<void()> appeared);
+    // The models and the hosts must live longer.
+    MenuBarExtra(const Models &models, const TrayHostWatcher &hosts);
     ~MenuBarExtra() override;
 
-    void openPanel() override;
+    void openPanel();
+
+Q_SIGNALS:
+    void iconShown();
+    void panelAppeared(); // whenever it has been opened
 
 private:
     void showLabel();
@@ -33,7 +36,7 @@ private:
 
     const Models m_models;
     const PanelEvents m_events;
-    TrayHostWatcher m_hosts;
+    const TrayHostWatcher &m_hosts;
     MenuBarLabel m_label;
     std::unique_ptr<PanelWindow> m_panel; // null before it is first opened
     QElapsedTimer m_sinceLostFocus;       // of the panel
