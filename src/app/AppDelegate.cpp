@@ -1,7 +1,7 @@
 #include "app/AppDelegate.h"
 
+#include "app/RunProgram.h"
 #include "platform/ChildProcess.h"
-#include "platform/GlobalShortcut.h"
 #include "statusserver/StatusServer.h"
 #include "voice/ServiceManager.h"
 #include "voice/VoiceViewModel.h"
@@ -18,20 +18,15 @@ AppDelegate::AppDelegate(QObject *parent)
 {
 }
 
-AppDelegate::~AppDelegate() = default;
-
 void AppDelegate::setServices(const Services &services)
 {
     m_services = services;
 }
 
-void AppDelegate::applicationDidFinishLaunching(bool onDisplay)
+void AppDelegate::applicationDidFinishLaunching(Display *display)
 {
-    if (onDisplay) {
-        m_shortcut = GlobalShortcut::listen();
-    }
-    if (m_shortcut) {
-        connect(m_shortcut.get(), &GlobalShortcut::pressed, this, &AppDelegate::toggleMute);
+    if (display != nullptr) {
+        m_monitor = display->monitorShortcut([this] { toggleMute(); });
     }
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &AppDelegate::cleanup);
@@ -50,7 +45,7 @@ void AppDelegate::toggleMute() const
 
 void AppDelegate::cleanup()
 {
-    m_shortcut.reset();
+    m_monitor.reset();
     stopVoice();
     if (m_services.statusServer != nullptr) {
         m_services.statusServer->stop();

@@ -9,7 +9,7 @@
 namespace ostrelle
 {
 
-class GlobalShortcut;
+class Display;
 class ServiceManager;
 class StatusServer;
 class VoiceViewModel;
@@ -22,7 +22,6 @@ class AppDelegate : public QObject
 
 public:
     explicit AppDelegate(QObject *parent = nullptr);
-    ~AppDelegate() override;
 
     // What the delegate acts on; null before start-up has made it.
     struct Services {
@@ -34,7 +33,7 @@ public:
 
     // From now on Super+Shift+M mutes and unmutes, where there is a display; and TERM, INT and HUP,
     // and the application's own quitting, end the services.
-    void applicationDidFinishLaunching(bool onDisplay);
+    void applicationDidFinishLaunching(Display *display);
 
     // Stops whatever runs. May be called any number of times.
     void cleanup();
@@ -44,7 +43,7 @@ private:
     void stopVoice() const;
 
     Services m_services;
-    std::unique_ptr<GlobalShortcut> m_shortcut;
+    std::unique_ptr<QObject> m_monitor; // of the shortcut
     TerminationSignals m_signals;
 };
 

@@ -1,0 +1,109 @@
+#include "app/RunProgram.h"
+
+#include "app/AppDelegate.h"
+#include "app/OstrelleApp.h"
+#include "core/BackgroundWork.h"
+#include "platform/Log.h"
+#include "platform/ProcessSetup.h"
+#include "platform/SingleInstance.h"
+#include "platform/TerminationSignals.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <span>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// Takes the link that the desktop opens the program with, if any. It may carry a token, so it does
+// not stay on the command line, which every user can read.
+QByteArray takeLink(std::span<char *> arguments)
+{
+    for (char *argument : arguments.subspan(std::min<std::size_t>(arguments.size(), 1))) {
+        const QByteArray text(argument);
+        if (text.contains(':')) {
+            std::ranges::fill(argument, argument + text.size(), '\0');
+            return text;
+        }
+    }
+    return {};
+}
+
+// Without destroying what a thread that hangs in the background may still use.
+[[noreturn]] void endProcess(int status)
+{
+    std::fflush(stdout);
+#ifdef __SANITIZE_ADDRESS__
+    __lsan_do_leak_check();
+#endif
+    std::quick_exit(status);
+}
+
+// A later start of the program: with a link, or to see the panel.
+void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
+{
+    if (!link.isEmpty()) {
+        app.handleIncomingURL(QString::fromUtf8(link));
+    } else if (scene != nullptr) {
+        scene->openPanel();
+    }
+}
+
+[[noreturn]] void run(SingleInstance &instance, const QByteArray &link, MakeDisplay makeDisplay)
+{
+    auto display = makeDisplay != nullptr ? makeDisplay() : nullptr;
+    AppDelegate delegate;
+    OstrelleApp app(delegate);
+    auto scene = display ? display->makeScene(app) : nullptr;
+    delegate.applicationDidFinishLaunching(display.get());
+    QObject::connect(&instance, &SingleInstance::started, &app,
+                     [&](const QByteArray &message) { handleStart(app, scene.get(), message); });
+    if (!link.isEmpty()) {
+        app.handleIncomingURL(QString::fromUtf8(link));
+    }
+    const int status = QCoreApplication::exec();
+    instance.release();
+    scene.reset();
+    display.reset();
+    static_cast<void>(finishBackgroundWork(std::chrono::milliseconds(500)));
+    endProcess(status);
+}
+
+} // namespace
+
+QByteArray prepareProgram(std::span<char *> arguments)
+{
+    prepareProcess();
+    TerminationSignals::block();
+    return takeLink(arguments);
+}
+
+int runProgram(const QByteArray &link, MakeDisplay makeDisplay)
+{
+    QCoreApplication::setApplicationName(u"ostrelle"_s);
+    SingleInstance instance;
+    switch (instance.claim(link)) {
+    case SingleInstance::Role::HandedOver:
+        return EXIT_SUCCESS;
+    case SingleInstance::Role::Refused:
+        logLine(u"[Ostrelle] Already running, but the running program does not answer"_s);
+        return EXIT_FAILURE;
+    case SingleInstance::Role::First:
+        run(instance, link, makeDisplay);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace ostrelle

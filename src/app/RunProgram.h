@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <span>
+
+namespace ostrelle
+{
+
+class OstrelleApp;
+
+// The program's face. Main thread only.
+class Scene
+{
+public:
+    virtual ~Scene() = default;
+    Scene(const Scene &) = delete;
+    Scene &operator=(const Scene &) = delete;
+
+    virtual void openPanel() = 0;
+
+protected:
+    Scene() = default;
+};
+
+// What a display adds to the program. Made before anything else is begun. Main thread only.
+class Display
+{
+public:
+    virtual ~Display() = default;
+    Display(const Display &) = delete;
+    Display &operator=(const Display &) = delete;
+
+    // Goes before the application and the display.
+    virtual std::unique_ptr<Scene> makeScene(OstrelleApp &app) = 0;
+
+    // Calls `pressed` on every Super+Shift+M, whatever window has the focus, for as long as the
+    // returned object lives.
+    virtual std::unique_ptr<QObject> monitorShortcut(std::function<void()> pressed) = 0;
+
+protected:
+    Display() = default;
+};
+
+using MakeDisplay = std::unique_ptr<Display> (*)();
+
+// What has to be done before there is an application object and other threads. Returns the link
+// that the desktop opens the program with, if any.
+QByteArray prepareProgram(std::span<char *> arguments);
+
+// Runs the program until it is to end, and then ends the process; returns the exit status where
+// there was nothing to run. Without `makeDisplay` the program does everything but show itself.
+int runProgram(const QByteArray &link, MakeDisplay makeDisplay = nullptr);
+
+} // namespace ostrelle
