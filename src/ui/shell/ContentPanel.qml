@@ -18,6 +18,11 @@ FocusScope {
 
     readonly property QuickChatVM chatVM: QuickChatVM {}
 
+    // By their files, so that only what the selected one shows is loaded.
+    readonly property list<string> tabs: [
+        "OstrelleTab.qml", "ProjectsTab.qml", "AgentsTab.qml", "CronTab.qml", "SettingsTab.qml"
+    ]
+
     TabRow {
         id: tabs
 
@@ -37,26 +42,12 @@ FocusScope {
     Loader {
         id: content
 
+        readonly property string wanted: panel.active ? panel.tabs[panel.selectedTab] ?? "" : ""
+
         anchors.top: divider.bottom
         anchors.bottom: lowerDivider.top
         width: panel.width
-        active: panel.active
-        sourceComponent: {
-            switch (panel.selectedTab) {
-            case 0:
-                return ostrelleTab;
-            case 1:
-                return projectsTab;
-            case 2:
-                return agentsTab;
-            case 3:
-                return cronTab;
-            case 4:
-                return settingsTab;
-            default:
-                return null;
-            }
-        }
+        onWantedChanged: content.setSource(content.wanted, {"panel": panel})
     }
 
     Divider {
@@ -72,55 +63,6 @@ FocusScope {
 
         anchors.bottom: panel.bottom
         width: panel.width
-        visible: content.sourceComponent !== null
-    }
-
-    Component {
-        id: ostrelleTab
-
-        OstrelleTab {
-            gatewayVM: panel.gatewayVM
-            voiceVM: panel.voiceVM
-            serviceManager: panel.serviceManager
-            chatVM: panel.chatVM
-            statusServerRunning: panel.statusServerRunning
-        }
-    }
-
-    Component {
-        id: projectsTab
-
-        ProjectsView {
-            viewModel: ProjectsViewModel {
-            }
-        }
-    }
-
-    Component {
-        id: agentsTab
-
-        AgentsView {
-        }
-    }
-
-    Component {
-        id: cronTab
-
-        CronView {
-            viewModel: CronViewModel {
-            }
-        }
-    }
-
-    Component {
-        id: settingsTab
-
-        GatewaySettingsView {
-            gatewayVM: panel.gatewayVM
-            serviceManager: panel.serviceManager
-            setupManager: panel.setupManager
-            projectTrackingEnabled: panel.projectTrackingEnabled
-            onProjectTrackingToggled: enabled => panel.projectTrackingEnabled = enabled
-        }
+        visible: content.wanted !== ""
     }
 }

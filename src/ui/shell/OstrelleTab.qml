@@ -6,14 +6,10 @@ import Ostrelle
 ScrollPane {
     id: tab
 
-    required property GatewayViewModel gatewayVM
-    required property VoiceViewModel voiceVM
-    required property ServiceManager serviceManager
-    required property QuickChatVM chatVM
-    required property bool statusServerRunning
+    required property ContentPanel panel
 
     readonly property Configuration configuration: Configuration {
-        watchedURL: tab.gatewayVM.gatewayURL
+        watchedURL: tab.panel.gatewayVM.gatewayURL
     }
     readonly property real others: (voice.active ? voice.height + divider.height : 0)
         + gateway.height + 3 * Theme.pagePadding
@@ -30,11 +26,11 @@ ScrollPane {
 
         x: Theme.pagePadding
         width: tab.width - 2 * Theme.pagePadding
-        active: tab.serviceManager.voiceEnabled
+        active: tab.panel.serviceManager.voiceEnabled
         visible: voice.active
 
         sourceComponent: VoiceStatusView {
-            viewModel: tab.voiceVM
+            viewModel: tab.panel.voiceVM
         }
     }
 
@@ -55,7 +51,7 @@ ScrollPane {
         x: Theme.pagePadding
         width: tab.width - 2 * Theme.pagePadding
         height: Math.max(implicitHeight, tab.height - tab.others)
-        chatVM: tab.chatVM
+        chatVM: tab.panel.chatVM
         gatewayURL: tab.configuration.gatewayURL
     }
 
@@ -69,10 +65,10 @@ ScrollPane {
 
         x: Theme.pagePadding
         width: tab.width - 2 * Theme.pagePadding
-        viewModel: tab.gatewayVM
-        serviceManager: tab.serviceManager
-        voiceVM: tab.voiceVM
-        statusServerRunning: tab.statusServerRunning
+        viewModel: tab.panel.gatewayVM
+        serviceManager: tab.panel.serviceManager
+        voiceVM: tab.panel.voiceVM
+        statusServerRunning: tab.panel.statusServerRunning
     }
 
     Item {

@@ -48,9 +48,9 @@ FocusScope {
 
     ContentPanel {
         anchors.fill: parent
-        focus: !setup.active
-        visible: !setup.active
-        active: root.active && !setup.active
+        focus: !setup.isShown
+        visible: !setup.isShown
+        active: root.active && !setup.isShown
         gatewayVM: root.gatewayVM
         voiceVM: root.voiceVM
         serviceManager: root.serviceManager
@@ -59,16 +59,23 @@ FocusScope {
         projectTrackingEnabled: root.projectTrackingEnabled
     }
 
+    // By its file, so that it is loaded only when it is needed.
     Loader {
         id: setup
 
-        anchors.fill: parent
-        focus: setup.active
-        active: root.setupManager.showSetup
+        readonly property string wanted: root.setupManager.showSetup ? "../setup/SetupSheet.qml" : ""
+        readonly property bool isShown: setup.wanted !== ""
 
-        sourceComponent: SetupSheet {
-            setupManager: root.setupManager
-            onDone: root.setupManager.showSetup = false
+        anchors.fill: parent
+        focus: setup.isShown
+        onWantedChanged: setup.setSource(setup.wanted, {"setupManager": root.setupManager})
+    }
+
+    Connections {
+        target: setup.item
+
+        function onDone() {
+            root.setupManager.showSetup = false;
         }
     }
 }

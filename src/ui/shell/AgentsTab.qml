@@ -1,0 +1,5 @@
+import Ostrelle
+
+AgentsView {
+    required property ContentPanel panel
+}

@@ -1,0 +1,7 @@
+import Ostrelle
+
+CronView {
+    required property ContentPanel panel
+
+    viewModel: CronViewModel {}
+}

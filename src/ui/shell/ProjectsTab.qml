@@ -1,0 +1,7 @@
+import Ostrelle
+
+ProjectsView {
+    required property ContentPanel panel
+
+    viewModel: ProjectsViewModel {}
+}

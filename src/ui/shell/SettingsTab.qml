@@ -1,0 +1,13 @@
+import Ostrelle
+
+GatewaySettingsView {
+    id: tab
+
+    required property ContentPanel panel
+
+    gatewayVM: tab.panel.gatewayVM
+    serviceManager: tab.panel.serviceManager
+    setupManager: tab.panel.setupManager
+    projectTrackingEnabled: tab.panel.projectTrackingEnabled
+    onProjectTrackingToggled: enabled => tab.panel.projectTrackingEnabled = enabled
+}
