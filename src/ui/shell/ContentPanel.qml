@@ -18,6 +18,11 @@ FocusScope {
 
     readonly property QuickChatVM chatVM: QuickChatVM {}
 
+    // Closes what the selected tab asks; false when it asks nothing, or is not seen.
+    function closeQuestion(): bool {
+        return panel.visible && (content.item?.closeQuestion?.() ?? false);
+    }
+
     TabRow {
         id: tabs
 
