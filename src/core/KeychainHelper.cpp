@@ -5,6 +5,7 @@
 #include "core/WhenDone.h"
 #include "platform/Log.h"
 #include "platform/SecretStore.h"
+#include "platform/SettingsQueue.h"
 
 #include <QStringDecoder>
 #include <QtConcurrent>
@@ -58,6 +59,17 @@ bool removeTokens(OstrelleConfig &config, const OstrelleConfig &stored)
     return config != before;
 }
 
+// The file is read afresh, because it may have been changed while the store was busy. If it cannot
+// be read at this moment it is left alone: the next start tries again.
+void removeTokensFromFile(const OstrelleConfig &stored)
+{
+    auto current = OstrelleConfig::read();
+    if (current && removeTokens(*current, stored)) {
+        current->save();
+        logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
+    }
+}
+
 } // namespace
 
 const QString KeychainHelper::activeKey = u"_active_"_s;
@@ -83,16 +95,11 @@ void KeychainHelper::saveToken(const QString &token, const QString &key)
 void KeychainHelper::migrateFromConfig(const OstrelleConfig &config, QObject *owner,
                                        const std::function<void()> &done)
 {
-    whenDone(QtConcurrent::run(&utilityPool(), &storeTokens, config), owner, [config, done] {
-        // Read afresh, because it may have been changed while the store was busy. A file that
-        // cannot be read at this moment is left alone: the next start tries again.
-        auto current = OstrelleConfig::read();
-        if (current && removeTokens(*current, config)) {
-            current->save();
-            logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
-        }
-        done();
-    });
+    auto migration =
+        QtConcurrent::run(&utilityPool(), &storeTokens, config).then(&settingsQueue(), [config] {
+            removeTokensFromFile(config);
+        });
+    whenDone(migration, owner, done);
 }
 
 } // namespace ostrelle

@@ -30,9 +30,8 @@ public:
     static void saveToken(const QString &token, const QString &key);
 
     // Moves plain-text tokens of older versions from the configuration into the store; when there
-    // were any, they are then removed from the configuration file. Returns at once: the store is
-    // served in the background; the file is changed on the thread of `owner`, which then calls
-    // `done`, both only if that still exists.
+    // were any, they are then removed from the configuration file. Returns at once; `done` is
+    // called on the thread of `owner`, and only if that still exists.
     static void migrateFromConfig(const OstrelleConfig &config, QObject *owner,
                                   const std::function<void()> &done);
 };

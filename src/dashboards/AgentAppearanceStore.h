@@ -5,7 +5,7 @@
 namespace ostrelle
 {
 
-// The user's own names and emojis for agents, in the user's preferences. Main thread only.
+// The user's own names and emojis for agents, in the user's preferences. Any thread.
 class AgentAppearanceStore
 {
 public:
@@ -14,7 +14,6 @@ public:
     static QString name(const QString &id, const QString &fallback);
     static QString emoji(const QString &id, const QString &fallback);
 
-    // A failure to write is silent; what was stored before then stays.
     static void save(const QString &id, const QString &name, const QString &emoji);
     static void reset(const QString &id);
 };

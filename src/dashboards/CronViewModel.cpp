@@ -18,18 +18,71 @@ struct CronViewModel::Load {
 namespace
 {
 
-QList<RecordListModel<CronJobItem>::Role> jobRoles()
+QList<RecordListModel<CronRow>::Role> jobRoles()
 {
+    using Row = CronRow;
     return {
-        {"key", [](const CronJobItem &job) { return job.id; }},
-        {"name", [](const CronJobItem &job) { return job.name; }},
-        {"schedule", [](const CronJobItem &job) { return job.schedule; }},
-        {"status", [](const CronJobItem &job) { return job.status; }},
-        {"lastRun", [](const CronJobItem &job) { return orUndefined(job.lastRun); }},
-        {"nextRun", [](const CronJobItem &job) { return orUndefined(job.nextRun); }},
-        {"payload", [](const CronJobItem &job) { return orUndefined(job.payload); }},
-        {"isEnabled", [](const CronJobItem &job) { return job.enabled; }},
+        {"key", [](const Row &row) { return row.key; }},
+        {"name", [](const Row &row) { return row.job.name; }},
+        {"schedule", [](const Row &row) { return row.job.schedule; }},
+        {"status", [](const Row &row) { return row.job.status; }},
+        {"lastRun", [](const Row &row) { return orUndefined(row.job.lastRun); }},
+        {"nextRun", [](const Row &row) { return orUndefined(row.job.nextRun); }},
+        {"payload", [](const Row &row) { return orUndefined(row.job.payload); }},
+        {"isEnabled", [](const Row &row) { return row.job.enabled; }},
     };
+}
+
+// What a job keeps from run to run.
+QStringList nature(const CronJobItem &job)
+{
+    return {job.name, job.schedule, job.payload.value_or(QString())};
+}
+
+// Hands out the keys of the rows that are shown. A job without an id of its own comes with another
+// one each time: it gets the key of a row of the same nature whose id is gone.
+class Keys
+{
+public:
+    Keys(const QList<CronRow> &shown, const QList<CronJobItem> &jobs)
+    {
+        QSet<QString> ids;
+        for (const CronJobItem &job : jobs) {
+            ids.insert(job.id);
+        }
+        for (const CronRow &row : shown) {
+            if (ids.contains(row.job.id)) {
+                m_byId.insert(row.job.id, row.key);
+            } else {
+                m_byNature[nature(row.job)].append(row.key);
+            }
+        }
+    }
+
+    QString take(const CronJobItem &job)
+    {
+        const auto known = m_byId.constFind(job.id);
+        if (known != m_byId.cend()) {
+            return *known;
+        }
+        const auto left = m_byNature.find(nature(job));
+        return left != m_byNature.end() && !left->isEmpty() ? left->takeFirst() : job.id;
+    }
+
+private:
+    QHash<QString, QString> m_byId;
+    QHash<QStringList, QStringList> m_byNature;
+};
+
+QList<CronRow> keyed(const QList<CronJobItem> &jobs, const QList<CronRow> &shown)
+{
+    Keys keys(shown, jobs);
+    QList<CronRow> rows;
+    rows.reserve(jobs.size());
+    for (const CronJobItem &job : jobs) {
+        rows.append({.job = job, .key = keys.take(job)});
+    }
+    return rows;
 }
 
 } // namespace
@@ -73,7 +126,8 @@ CronViewModel::Load CronViewModel::read(const QString &cronFilePath)
 void CronViewModel::publish(const Load &load)
 {
     if (jobs() != load.jobs) {
-        m_jobList.setRows(load.jobs);
+        m_jobs = load.jobs;
+        m_jobList.setRows(keyed(m_jobs, m_jobList.rows()));
         Q_EMIT jobsChanged();
     }
     m_lastUpdatedText = load.lastUpdatedText;

@@ -7,11 +7,20 @@
 namespace ostrelle
 {
 
+// One job as views have it.
+struct CronRow {
+    CronJobItem job;
+    QString key; // stays the same from load to load, even for a job without an id of its own
+
+    const QString &identity() const { return key; }
+    friend bool operator==(const CronRow &, const CronRow &) = default;
+};
+
 // The gateway's scheduled jobs. Loads when it is made and when it is asked to; main thread only.
 class CronViewModel : public DashboardModel
 {
     Q_OBJECT
-    // The jobs in file order. Roles: key (its id), name, schedule, status, lastRun, nextRun,
+    // The jobs in file order. Roles: key, name, schedule, status, lastRun, nextRun,
     // payload (undefined when absent), isEnabled.
     Q_PROPERTY(QAbstractItemModel *jobList READ jobList CONSTANT)
     Q_PROPERTY(int jobCount READ jobCount NOTIFY jobsChanged)
@@ -22,7 +31,7 @@ class CronViewModel : public DashboardModel
 public:
     explicit CronViewModel(QObject *parent = nullptr);
 
-    const QList<CronJobItem> &jobs() const { return m_jobList.rows(); }
+    const QList<CronJobItem> &jobs() const { return m_jobs; }
     QAbstractItemModel *jobList() { return &m_jobList; }
     int jobCount() const { return static_cast<int>(jobs().size()); }
     int activeJobCount() const;
@@ -43,7 +52,8 @@ private:
     void publish(const Load &load);
 
     const QString m_cronFilePath;
-    RecordListModel<CronJobItem> m_jobList;
+    QList<CronJobItem> m_jobs;
+    RecordListModel<CronRow> m_jobList;
     Q_OBJECT_BINDABLE_PROPERTY(CronViewModel, QString, m_lastUpdatedText,
                                &CronViewModel::lastUpdatedTextChanged)
 };

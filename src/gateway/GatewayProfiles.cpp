@@ -2,6 +2,7 @@
 
 #include "core/KeychainHelper.h"
 #include "core/WhenDone.h"
+#include "platform/SettingsQueue.h"
 
 #include <QtConcurrent>
 
@@ -12,10 +13,36 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+// What is known without looking at the disk.
+OstrelleConfig configOf(const GatewayViewModel &gateway)
+{
+    OstrelleConfig config = OstrelleConfig::defaults();
+    config.gateway.url = gateway.gatewayURL();
+    return config;
+}
+
+// What was read last is the best there is when the file has become unreadable.
+OstrelleConfig rewriteConfig(const std::function<void(OstrelleConfig::Gateway &)> &apply,
+                             const OstrelleConfig &readLast)
+{
+    const auto before = OstrelleConfig::read().value_or(readLast.withoutTokens());
+    OstrelleConfig config = before;
+    apply(config.gateway);
+    if (config != before) {
+        config.save();
+    }
+    return config;
+}
+
+} // namespace
+
 GatewayProfiles::GatewayProfiles(GatewayViewModel *gateway, QObject *parent)
     : QObject(parent)
     , m_gateway(gateway)
-    , m_config(OstrelleConfig::load())
+    , m_config(configOf(*gateway))
 {
     connect(gateway, &GatewayViewModel::magicDNSURLChanged, this, &GatewayProfiles::showNames);
     // Queued: whoever changes the gateway in use may save the configuration just after that.
@@ -28,13 +55,16 @@ GatewayProfiles::GatewayProfiles(GatewayViewModel *gateway, QObject *parent)
     });
     connect(this, &GatewayProfiles::tokensChanged, this, &GatewayProfiles::readTokens);
     showNames();
-    readTokens();
+    reload();
 }
 
 void GatewayProfiles::reload()
 {
-    adopt(OstrelleConfig::read().value_or(m_config));
-    readTokens();
+    const auto read = [readLast = m_config] { return OstrelleConfig::read().value_or(readLast); };
+    whenDone(QtConcurrent::run(&settingsQueue(), read), this, [this](const OstrelleConfig &config) {
+        adopt(config);
+        readTokens();
+    });
 }
 
 void GatewayProfiles::requestSwitch(const QString &url)
@@ -60,9 +90,11 @@ void GatewayProfiles::confirmSwitch()
 void GatewayProfiles::switchGateway(const SavedGateway &profile)
 {
     const QString url = profile.url;
-    change([&](OstrelleConfig::Gateway &gateway) { gateway.url = url; });
-    whenDone(m_tokenWrites.run([url] { activateStoredToken(url); }), this,
-             [this, url] { finishSwitch(url); });
+    const auto activate = [this, url] {
+        whenDone(m_tokenWrites.run([url] { activateStoredToken(url); }), this,
+                 [this, url] { finishSwitch(url); });
+    };
+    change([url](OstrelleConfig::Gateway &gateway) { gateway.url = url; }, activate);
 }
 
 void GatewayProfiles::finishSwitch(const QString &url)
@@ -77,7 +109,7 @@ void GatewayProfiles::finishSwitch(const QString &url)
 
 void GatewayProfiles::addGateway(const SavedGateway &profile)
 {
-    change([&](OstrelleConfig::Gateway &gateway) {
+    change([profile](OstrelleConfig::Gateway &gateway) {
         QList<SavedGateway> &saved = gateway.saved ? *gateway.saved : gateway.saved.emplace();
         if (std::ranges::find(saved, profile.url, &SavedGateway::url) == saved.end()) {
             saved.append(profile);
@@ -98,7 +130,7 @@ void GatewayProfiles::addManualGateway()
 
 void GatewayProfiles::removeGateway(const QString &url)
 {
-    change([&](OstrelleConfig::Gateway &gateway) {
+    change([url](OstrelleConfig::Gateway &gateway) {
         if (gateway.saved) {
             gateway.saved->removeIf([&](const SavedGateway &saved) { return saved.url == url; });
         }
@@ -133,16 +165,14 @@ void GatewayProfiles::setEditingProfileId(const QString &url)
     m_profileTokenInput = QString(); // what was typed for one is not for another
 }
 
-void GatewayProfiles::change(const std::function<void(OstrelleConfig::Gateway &)> &apply)
+void GatewayProfiles::change(const std::function<void(OstrelleConfig::Gateway &)> &apply,
+                             const std::function<void()> &done)
 {
-    // What was read last is the best there is when the file has become unreadable.
-    const auto before = OstrelleConfig::read().value_or(m_config.withoutTokens());
-    OstrelleConfig config = before;
-    apply(config.gateway);
-    if (config != before) {
-        config.save();
-    }
-    adopt(config);
+    whenDone(QtConcurrent::run(&settingsQueue(), &rewriteConfig, apply, m_config), this,
+             [this, done](const OstrelleConfig &config) {
+                 adopt(config);
+                 done();
+             });
 }
 
 void GatewayProfiles::adopt(const OstrelleConfig &config)

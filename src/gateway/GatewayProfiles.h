@@ -9,8 +9,8 @@ namespace ostrelle
 {
 
 // The settings' gateways: which one is in use, the saved ones, and their tokens. Every change is
-// applied to the configuration file as it then is, and written at once. Tokens are stored off the
-// main thread. Main thread only.
+// applied to the configuration file as it then is, in the background, and shown once that is done.
+// Until the file was read the first time, the monitor's gateway is shown. Main thread only.
 class GatewayProfiles : public QObject
 {
     Q_OBJECT
@@ -42,8 +42,8 @@ public:
     Q_INVOKABLE void cancelSwitch();
     Q_INVOKABLE void confirmSwitch();
 
-    // Makes it the gateway in use: in the configuration at once, in the monitor as soon as its
-    // token is the active one.
+    // Makes it the gateway in use: in the configuration first, in the monitor as soon as its token
+    // is the active one.
     void switchGateway(const SavedGateway &profile);
 
     // Nothing when one with that URL is saved already.
@@ -104,7 +104,9 @@ Q_SIGNALS:
 
 private:
     GatewayNames names() const { return {m_config.gateway, m_gateway->magicDNSURL()}; }
-    void change(const std::function<void(OstrelleConfig::Gateway &)> &apply);
+    void change(
+        const std::function<void(OstrelleConfig::Gateway &)> &apply,
+        const std::function<void()> &done = [] {});
     void adopt(const OstrelleConfig &config);
     void showNames();
     void finishSwitch(const QString &url);

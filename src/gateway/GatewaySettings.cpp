@@ -3,10 +3,11 @@
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
-#include "platform/LoginItem.h"
 #include "platform/Preferences.h"
+#include "platform/SettingsQueue.h"
 
-#include <memory>
+#include <QtConcurrent>
+
 #include <utility>
 
 namespace ostrelle
@@ -42,29 +43,35 @@ GatewaySettings::GatewaySettings(QStringList toolPaths, QObject *parent)
     , m_toolPaths(std::move(toolPaths))
 {
     const Preferences preferences;
-    m_launchAtLogin = LoginItem().isEnabled();
     m_autoStartVoice = preferences.boolean(autoStartVoiceKey).value_or(false);
     m_projectTrackingEnabled = preferences.boolean(projectTrackingKey).value_or(true);
     m_geminiAPIKey = preferences.string(geminiAPIKeyKey).value_or(QString());
+    showLoginItem([](const LoginItem &) {});
 }
 
 void GatewaySettings::setLaunchAtLogin(bool launch)
 {
     // Shown as asked for first, so that a view sees the change being taken back.
     m_launchAtLogin = launch;
-    const auto holds = std::make_shared<bool>();
-    const auto change = [launch, holds] {
+    showLoginItem(
+        [launch](LoginItem &item) { static_cast<void>(launch ? item.enable() : item.disable()); });
+}
+
+void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &change)
+{
+    const auto work = [change] {
         LoginItem item;
-        static_cast<void>(launch ? item.enable() : item.disable());
-        *holds = item.isEnabled();
+        change(item);
+        return item.isEnabled();
     };
-    whenDone(m_writes.run(change), this, [this, holds] { m_launchAtLogin = *holds; });
+    whenDone(QtConcurrent::run(&settingsQueue(), work), this,
+             [this](bool holds) { m_launchAtLogin = holds; });
 }
 
 void GatewaySettings::setAutoStartVoice(bool start)
 {
     m_autoStartVoice = start;
-    store(autoStartVoiceKey, start);
+    Preferences().set(autoStartVoiceKey, start);
 }
 
 void GatewaySettings::setProjectTrackingEnabled(bool enabled)
@@ -73,7 +80,7 @@ void GatewaySettings::setProjectTrackingEnabled(bool enabled)
         return;
     }
     m_projectTrackingEnabled = enabled;
-    store(projectTrackingKey, enabled);
+    Preferences().set(projectTrackingKey, enabled);
     if (enabled) {
         m_trackingWork.run(&enableTracking);
     } else {
@@ -85,14 +92,8 @@ void GatewaySettings::setGeminiAPIKey(const QString &key)
 {
     if (m_geminiAPIKey != key) {
         m_geminiAPIKey = key;
-        store(geminiAPIKeyKey, key);
+        Preferences().set(geminiAPIKeyKey, key);
     }
-}
-
-template<typename Value>
-void GatewaySettings::store(const QString &key, const Value &value)
-{
-    m_writes.run([key, value] { Preferences().set(key, value); });
 }
 
 QString GatewaySettings::geminiKeyPage()

@@ -2,6 +2,7 @@
 
 #include "gateway/ProjectTrackingSwitch.h"
 #include "gateway/WorkInOrder.h"
+#include "platform/LoginItem.h"
 
 #include <QObject>
 #include <QProperty>
@@ -9,8 +10,8 @@
 namespace ostrelle
 {
 
-// The preferences on the gateway's settings screen. Every write is stored at once, in the
-// background. Main thread only.
+// The preferences on the gateway's settings screen. Every change is stored in the background. Main
+// thread only.
 class GatewaySettings : public QObject
 {
     Q_OBJECT
@@ -29,7 +30,7 @@ public:
     explicit GatewaySettings(QStringList toolPaths = usualDuskrellPaths(),
                              QObject *parent = nullptr);
 
-    // Shows what holds on the desktop: a change that failed is taken back.
+    // Shows what holds on the desktop, once that was looked up: a change that failed is taken back.
     bool launchAtLogin() const { return m_launchAtLogin; }
     void setLaunchAtLogin(bool launch);
 
@@ -53,11 +54,9 @@ Q_SIGNALS:
     void geminiAPIKeyChanged();
 
 private:
-    template<typename Value>
-    void store(const QString &key, const Value &value);
+    void showLoginItem(const std::function<void(LoginItem &)> &change);
 
     const QStringList m_toolPaths;
-    WorkInOrder m_writes;
     WorkInOrder m_trackingWork;
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_launchAtLogin, false,

@@ -1,10 +1,13 @@
 #include "platform/Preferences.h"
 
 #include "platform/Files.h"
+#include "platform/NeverDestroyed.h"
+#include "platform/SettingsQueue.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSettings>
 #include <QStandardPaths>
 
@@ -40,11 +43,6 @@ bool isReadable(const QString &file)
     return std::ranges::all_of(QByteArray::fromStdString(*content).split('\n'), isWellFormed);
 }
 
-QVariant valueIn(const QString &file, const QString &key)
-{
-    return isReadable(file) ? QSettings(file, QSettings::IniFormat).value(key) : QVariant();
-}
-
 bool replaceFile(const QString &from, const QString &to)
 {
     return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
@@ -59,52 +57,100 @@ QVariantHash contentOf(const QSettings &settings)
     return content;
 }
 
-// A write reads the file first: without this, one of two at a time would be lost.
-std::mutex &writes()
+// The file's content with the change, beside the file.
+QVariantHash writeDraft(const QString &draftFile, const QSettings &current, const QString &key,
+                        const std::optional<QString> &value)
 {
-    static std::mutex mutex;
-    return mutex;
+    QFile::remove(draftFile);
+    // A key for another service is among the preferences.
+    static_cast<void>(writeInPlace(draftFile, std::string_view(), ownerOnly));
+    QSettings draft(draftFile, QSettings::IniFormat);
+    for (const QString &kept : current.allKeys()) {
+        draft.setValue(kept, current.value(kept));
+    }
+    if (value) {
+        draft.setValue(key, *value);
+    } else {
+        draft.remove(key);
+    }
+    return contentOf(draft);
 }
 
 // QSettings reports success on a full disk and leaves a cut file. So the new content is written
 // beside the old one, read back, and takes its place only when nothing is missing.
-template<typename Change>
-bool rewrite(const QString &preferences, Change change)
+void rewrite(const QString &preferences, const QString &key, const std::optional<QString> &value)
 {
-    const std::scoped_lock lock(writes());
     if (!isReadable(preferences)) {
-        return false;
+        return;
     }
     const QFileInfo info(preferences);
     const QString file = info.exists() ? info.canonicalFilePath() : preferences; // a link stays one
     const QSettings current(file, QSettings::IniFormat);
     if (current.status() != QSettings::NoError) {
-        return false;
+        return;
     }
     QDir().mkpath(QFileInfo(file).path());
     const QString draftFile = file + u".new"_s;
-    QFile::remove(draftFile);
-    // A key for another service is among the preferences.
-    static_cast<void>(writeInPlace(draftFile, std::string_view(), ownerOnly));
-    QVariantHash wanted;
-    {
-        QSettings draft(draftFile, QSettings::IniFormat);
-        for (const QString &key : current.allKeys()) {
-            draft.setValue(key, current.value(key));
-        }
-        change(draft);
-        wanted = contentOf(draft);
-    }
+    const QVariantHash wanted = writeDraft(draftFile, current, key, value);
     // Under another name, because QSettings remembers what it wrote to a file of this one.
     const QString writtenFile = file + u".written"_s;
     if (!replaceFile(draftFile, writtenFile)) {
-        return false;
+        return;
     }
-    if (contentOf(QSettings(writtenFile, QSettings::IniFormat)) != wanted) {
+    if (contentOf(QSettings(writtenFile, QSettings::IniFormat)) == wanted) {
+        replaceFile(writtenFile, file);
+    } else {
         QFile::remove(writtenFile);
-        return false;
     }
-    return replaceFile(writtenFile, file);
+}
+
+struct Content {
+    bool opens = false;
+    QVariantHash values;
+};
+
+Content read(const QString &file)
+{
+    if (!isReadable(file)) {
+        return {};
+    }
+    const QSettings settings(file, QSettings::IniFormat);
+    Content content{.opens = settings.status() == QSettings::NoError, .values = {}};
+    for (const QString &key : settings.allKeys()) {
+        content.values.insert(key, settings.value(key));
+    }
+    return content;
+}
+
+// What each file holds, changes that are still to be written included.
+class Contents
+{
+public:
+    static Contents &instance()
+    {
+        static NeverDestroyed<Contents> contents;
+        return contents.object();
+    }
+
+    template<typename Use>
+    auto use(const QString &file, Use use)
+    {
+        const std::scoped_lock lock(m_mutex);
+        auto content = m_contents.find(file);
+        if (content == m_contents.end()) {
+            content = m_contents.insert(file, read(file));
+        }
+        return use(*content);
+    }
+
+private:
+    std::mutex m_mutex;
+    QHash<QString, Content> m_contents; // by file; protected by the mutex
+};
+
+QVariant valueIn(const QString &file, const QString &key)
+{
+    return Contents::instance().use(file, [&](const Content &it) { return it.values.value(key); });
 }
 
 } // namespace
@@ -122,8 +168,7 @@ Preferences::Preferences(QString file)
 
 bool Preferences::opens() const
 {
-    return isReadable(m_file) &&
-           QSettings(m_file, QSettings::IniFormat).status() == QSettings::NoError;
+    return Contents::instance().use(m_file, [](const Content &content) { return content.opens; });
 }
 
 bool Preferences::contains(const QString &key) const
@@ -149,19 +194,32 @@ std::optional<QString> Preferences::string(const QString &key) const
     return value.isValid() ? std::optional(value.toString()) : std::nullopt;
 }
 
-bool Preferences::set(const QString &key, bool value)
+void Preferences::set(const QString &key, bool value)
 {
-    return rewrite(m_file, [&](QSettings &draft) { draft.setValue(key, value); });
+    change(key, value ? u"true"_s : u"false"_s);
 }
 
-bool Preferences::set(const QString &key, const QString &value)
+void Preferences::set(const QString &key, const QString &value)
 {
-    return rewrite(m_file, [&](QSettings &draft) { draft.setValue(key, value); });
+    change(key, value);
 }
 
-bool Preferences::remove(const QString &key)
+void Preferences::remove(const QString &key)
 {
-    return rewrite(m_file, [&](QSettings &draft) { draft.remove(key); });
+    change(key, std::nullopt);
+}
+
+void Preferences::change(const QString &key, const std::optional<QString> &value)
+{
+    Contents::instance().use(m_file, [&](Content &content) {
+        if (value) {
+            content.values.insert(key, *value);
+        } else {
+            content.values.remove(key);
+        }
+        // Before anybody else changes it, so that what is written last is what holds.
+        settingsQueue().start([file = m_file, key, value] { rewrite(file, key, value); });
+    });
 }
 
 } // namespace ostrelle

@@ -8,15 +8,15 @@ namespace ostrelle
 {
 
 // The user's preferences: ai.duskrell.ostrelle.conf in the user's configuration directory, an INI
-// file. Every call reads or writes the file, so that all users of it see the same. Any thread;
-// writes wait for each other.
+// file. It is read once; from then on no call waits for the disk, and all users see the same. Any
+// thread.
 class Preferences
 {
 public:
     Preferences();
     explicit Preferences(QString file);
 
-    // True when the file is missing or well formed and of a sane size.
+    // True when the file was missing or well formed and of a sane size.
     bool opens() const;
 
     // Whether the key has a value of any type.
@@ -26,12 +26,16 @@ public:
     std::optional<bool> boolean(const QString &key) const;
     std::optional<QString> string(const QString &key) const;
 
-    // False when the file could not be written; what it held before is still there then.
-    bool set(const QString &key, bool value);
-    bool set(const QString &key, const QString &value);
-    bool remove(const QString &key);
+    // A change holds at once and is written in the settings queue. A failure to write is silent:
+    // the file keeps what it held.
+    void set(const QString &key, bool value);
+    void set(const QString &key, const QString &value);
+    void remove(const QString &key);
 
 private:
+    // No value: the key is removed.
+    void change(const QString &key, const std::optional<QString> &value);
+
     const QString m_file;
 };
 

@@ -2,6 +2,9 @@
 
 #include "core/OstrelleConfig.h"
 #include "core/WhenDone.h"
+#include "platform/SettingsQueue.h"
+
+#include <QtConcurrentRun>
 
 namespace ostrelle
 {
@@ -21,9 +24,9 @@ void Configuration::setWatchedURL(const QString &url)
 
 void Configuration::load()
 {
-    const auto url = std::make_shared<QString>();
-    whenDone(m_loads.run([url] { *url = OstrelleConfig::load().gateway.url; }), this,
-             [this, url] { m_gatewayURL = *url; });
+    const auto read = [] { return OstrelleConfig::load().gateway.url; };
+    whenDone(QtConcurrent::run(&settingsQueue(), read), this,
+             [this](const QString &url) { m_gatewayURL = url; });
 }
 
 } // namespace ostrelle

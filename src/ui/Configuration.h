@@ -1,7 +1,5 @@
 #pragma once
 
-#include "gateway/WorkInOrder.h"
-
 #include <QObject>
 #include <QProperty>
 #include <QtQml/qqmlregistration.h>
@@ -34,8 +32,6 @@ Q_SIGNALS:
 
 private:
     void load();
-
-    WorkInOrder m_loads;
 
     Q_OBJECT_BINDABLE_PROPERTY(Configuration, QString, m_watchedURL,
                                &Configuration::watchedURLChanged)

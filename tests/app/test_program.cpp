@@ -1,7 +1,6 @@
 #include "app/Program.h"
 #include "core/KeychainHelper.h"
 #include "core/OstrelleConfig.h"
-#include "platform/Preferences.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
 #include "support/ScratchHome.h"
@@ -21,6 +20,8 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+const QString preferences = u".config/ai.duskrell.ostrelle.conf"_s;
 
 // A home with a status server port that the kernel chooses, and the given gateway tool first on the
 // search path.
@@ -112,7 +113,7 @@ private Q_SLOTS:
         OstrelleConfig config = OstrelleConfig::load();
         config.voice.enabled = true;
         config.save();
-        Preferences().set(u"autoStartVoice"_s, true);
+        home.write(preferences, "[General]\nautoStartVoice=true\n");
         Program program;
         QList<pid_t> started;
         for (const QString &file : {u"sessions.pid"_s, u"cron.pid"_s, u"agent.pid"_s}) {
@@ -205,7 +206,7 @@ private Q_SLOTS:
             Program program;
             QVERIFY(program.waitForPort() != 0);
             QTRY_COMPARE_WITH_TIMEOUT(home.read(u"runs"_s), "run\n", 20000);
-            QCOMPARE(Preferences().boolean(u"projectTrackingEnabled"_s), true);
+            QTRY_VERIFY(home.read(preferences).contains("projectTrackingEnabled=true"));
             QCOMPARE(program.endWith(SIGTERM), 0);
         }
         QCOMPARE(home.read(u"runs"_s), "run\n");

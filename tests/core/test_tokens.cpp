@@ -64,14 +64,13 @@ private Q_SLOTS:
         config.gateway.token = u"abc"_s;
         config.gateway.saved->append({.name = u"n"_s, .url = u"http://n"_s, .token = u"def"_s});
         config.gateway.saved->append({.name = u"e"_s, .url = u"http://e"_s, .token = u""_s});
-        config.save();
+        // Somebody has changed the configuration since it was loaded; that must not be lost.
+        OstrelleConfig changed = config;
+        changed.gateway.url = u"http://changed"_s;
+        changed.save();
         bool done = false;
         KeychainHelper::migrateFromConfig(config, this, [&] { done = true; });
         QVERIFY(!done);
-        // Somebody changes the configuration while the store is busy; that must not be lost.
-        config.gateway.url = u"http://changed"_s;
-        config.save();
-
         QTRY_VERIFY(done);
         QCOMPARE(OstrelleConfig::load().gateway.token, std::nullopt);
         const OstrelleConfig after = OstrelleConfig::load();

@@ -2,6 +2,7 @@
 #include "dashboards/AgentAppearanceStore.h"
 #include "dashboards/AgentVisualPreset.h"
 #include "dashboards/AgentsTopologyViewModel.h"
+#include "platform/SettingsQueue.h"
 #include "tracker/AgentStatus.h"
 
 #include <QSignalSpy>
@@ -116,6 +117,10 @@ private Q_SLOTS:
             QCOMPARE(AgentAppearanceStore::name(id, u"fallback"_s), u"fallback"_s);
             AgentAppearanceStore::save(id, id + u"'s, name"_s, u"🦊"_s);
         }
+        settingsQueue().waitForDone();
+        const QString preferences = u".config/ai.duskrell.ostrelle.conf"_s;
+        const ScratchHome next; // where the next start of the program finds what was written
+        next.write(preferences, home.read(preferences));
         for (const QString &id : ids) {
             QCOMPARE(AgentAppearanceStore::name(id, u"fallback"_s), id + u"'s, name"_s);
             QCOMPARE(AgentAppearanceStore::emoji(id, u"✨"_s), u"🦊"_s);

@@ -1,7 +1,6 @@
 #include "desktop/Desk.h"
 
 #include "core/OstrelleConfig.h"
-#include "platform/Preferences.h"
 
 #include <QDir>
 #include <QProcess>
@@ -45,7 +44,7 @@ DesktopHome::DesktopHome()
     // The setup's downloads come from nowhere.
     write(u".bash_profile"_s, "PATH=$HOME/bin:$PATH");
     writeScript(u"bin/curl"_s, "touch \"$3\"");
-    Preferences().set(u"autoStartVoice"_s, true);
+    write(u".config/ai.duskrell.ostrelle.conf"_s, "[General]\nautoStartVoice=true\n");
 }
 
 QByteArray DesktopHome::voiceStatus() const

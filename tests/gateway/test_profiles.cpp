@@ -2,6 +2,7 @@
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
 #include "platform/Preferences.h"
+#include "platform/SettingsQueue.h"
 
 #include <QProcess>
 #include <QSignalSpy>
@@ -50,16 +51,17 @@ private Q_SLOTS:
         m_gateway = std::make_unique<GatewayViewModel>(
             GatewaySurroundings{.tailscale = m_tailscale, .pollInterval = 24h});
         m_profiles = std::make_unique<GatewayProfiles>(m_gateway.get());
+        QTRY_COMPARE(m_profiles->saved()->rowCount(), 2);
     }
 
     void cleanup()
     {
+        settingsQueue().waitForDone();
         QVERIFY(finishBackgroundWork(10s));
         m_profiles.reset();
         m_gateway.reset();
-        for (const char *file :
-             {"calls", "fail", "duskrell.out", "tailscale-ip", "tailscale-status",
-              ".ostrelle/secrets.json", ".config/ai.duskrell.ostrelle.conf"}) {
+        for (const char *file : {"calls", "fail", "duskrell.out", "tailscale-ip",
+                                 "tailscale-status", ".ostrelle/secrets.json"}) {
             QFile::remove(m_home.path(QString::fromLatin1(file)));
         }
     }
@@ -118,8 +120,8 @@ private Q_SLOTS:
         KeychainHelper::saveToken(u"far-token"_s, remote);
         m_profiles->requestSwitch(remote);
         m_profiles->confirmSwitch();
-        QCOMPARE(OstrelleConfig::load().gateway.url, remote);
         QTRY_COMPARE(m_gateway->gatewayURL(), remote);
+        QCOMPARE(OstrelleConfig::load().gateway.url, remote);
         QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"far-token"_s);
     }
 
@@ -128,6 +130,7 @@ private Q_SLOTS:
         m_profiles->switchGateway({.name = u"Far"_s, .url = remote});
         m_profiles->switchGateway({.name = u"Here"_s, .url = u"http://127.0.0.1:2"_s});
         QTRY_COMPARE(m_gateway->gatewayURL(), u"http://127.0.0.1:2"_s);
+        settingsQueue().waitForDone();
         QVERIFY(finishBackgroundWork(10s));
         QCOMPARE(m_gateway->gatewayURL(), OstrelleConfig::load().gateway.url);
     }
@@ -150,6 +153,7 @@ private Q_SLOTS:
             m_profiles->addManualGateway();
             QCOMPARE(m_profiles->manualURL(), QString());
         }
+        settingsQueue().waitForDone();
         const auto saved = OstrelleConfig::load().gateway.saved.value();
         QCOMPARE(saved.size(), 3);
         QCOMPARE(saved.last(), (SavedGateway{.name = name, .url = url}));
@@ -162,9 +166,11 @@ private Q_SLOTS:
         m_home.write(config, broken);
         m_profiles->reload();
         m_profiles->addGateway({.name = u"Again"_s, .url = remote});
+        settingsQueue().waitForDone();
         QCOMPARE(m_home.read(config), broken); // there was nothing to change
 
         m_profiles->addGateway({.name = u"New"_s, .url = u"http://new"_s});
+        settingsQueue().waitForDone();
         const auto gateway = OstrelleConfig::load().gateway;
         QCOMPARE(gateway.url, local);
         QCOMPARE(gateway.saved->size(), 3);
@@ -177,8 +183,8 @@ private Q_SLOTS:
         config.gateway.saved->prepend({.name = u"Linked"_s, .url = u"http://linked"_s});
         config.save();
         m_profiles->removeGateway(local);
-        QCOMPARE(column(*m_profiles->saved(), SavedGatewaysModel::UrlRole),
-                 (QStringList{u"http://linked"_s, remote}));
+        QTRY_COMPARE(column(*m_profiles->saved(), SavedGatewaysModel::UrlRole),
+                     (QStringList{u"http://linked"_s, remote}));
         QCOMPARE(OstrelleConfig::load().gateway.saved->size(), 2);
         QCOMPARE(OstrelleConfig::load().gateway.url, local);
     }
@@ -259,9 +265,9 @@ private Q_SLOTS:
             settings.setLaunchAtLogin(true);
             settings.setGeminiAPIKey(u"k,\"ü"_s);
         }
-        QVERIFY(finishBackgroundWork(10s));
         GatewaySettings settings;
         QCOMPARE(settings.geminiAPIKey(), u"k,\"ü"_s);
+        QTRY_VERIFY(settings.launchAtLogin());
         const QString entry = u".config/autostart/ai.duskrell.ostrelle.desktop"_s;
         QVERIFY(m_home.read(entry).contains(
             "\nExec=\"" + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
@@ -293,7 +299,7 @@ private Q_SLOTS:
         settings.setProjectTrackingEnabled(false);
         settings.setProjectTrackingEnabled(true);
         settings.setProjectTrackingEnabled(false);
-        QTRY_COMPARE(Preferences().boolean(u"projectTrackingEnabled"_s), false);
+        QCOMPARE(Preferences().boolean(u"projectTrackingEnabled"_s), false);
         const QByteArrayList removal{"duskrell cron list --json --all",
                                      "duskrell cron remove it's 2"};
         // The script sees nothing of this program's environment.

@@ -1,8 +1,11 @@
 #include "platform/Preferences.h"
 #include "platform/ProcessSetup.h"
+#include "platform/SettingsQueue.h"
 #include "support/FileSizeLimit.h"
 #include "support/ScratchHome.h"
 
+#include <QProcess>
+#include <QSemaphore>
 #include <QTest>
 
 using namespace ostrelle;
@@ -12,6 +15,14 @@ namespace
 {
 
 const QString file = u".config/ai.duskrell.ostrelle.conf"_s;
+
+// What the next start of the program will read.
+Preferences written(const ScratchHome &home)
+{
+    settingsQueue().waitForDone();
+    static int copies = 0;
+    return Preferences(home.write(u"copy%1.conf"_s.arg(++copies), home.read(file)));
+}
 
 } // namespace
 
@@ -27,14 +38,32 @@ private Q_SLOTS:
         const ScratchHome home;
         Preferences preferences;
         QVERIFY(!preferences.contains(u"autoStartVoice"_s));
-        QVERIFY(preferences.set(u"autoStartVoice"_s, true));
-        QVERIFY(preferences.set(u"agents.customEmoji.Käfer #1"_s, u"🐞 \"=\" ;\n"_s));
-        QVERIFY(home.exists(file));
-        // Another object reads what this one wrote.
-        QCOMPARE(Preferences().boolean(u"autoStartVoice"_s), true);
-        QCOMPARE(Preferences().string(u"agents.customEmoji.Käfer #1"_s), u"🐞 \"=\" ;\n"_s);
-        QVERIFY(preferences.remove(u"autoStartVoice"_s));
-        QVERIFY(!Preferences().contains(u"autoStartVoice"_s));
+        preferences.set(u"autoStartVoice"_s, true);
+        preferences.set(u"agents.customEmoji.Käfer #1"_s, u"🐞 \"=\" ;\n"_s);
+        QCOMPARE(written(home).boolean(u"autoStartVoice"_s), true);
+        QCOMPARE(written(home).string(u"agents.customEmoji.Käfer #1"_s), u"🐞 \"=\" ;\n"_s);
+        preferences.remove(u"autoStartVoice"_s);
+        QVERIFY(!written(home).contains(u"autoStartVoice"_s));
+    }
+
+    void holdsAtOnceWhileTheDiskHangs()
+    {
+        const ScratchHome home;
+        QSemaphore disk;
+        settingsQueue().start([&] { disk.acquire(); });
+        Preferences().set(u"key"_s, u"first"_s);
+        Preferences().set(u"key"_s, u"second"_s);
+        QCOMPARE(Preferences().string(u"key"_s), u"second"_s);
+        QVERIFY(!home.exists(file));
+        disk.release();
+        QCOMPARE(written(home).string(u"key"_s), u"second"_s);
+    }
+
+    void writesWhatWasSetJustBeforeTheEnd()
+    {
+        const ScratchHome home;
+        QProcess::execute(QCoreApplication::applicationFilePath(), {u"--set-and-end"_s});
+        QCOMPARE(written(home).string(u"key"_s), u"last"_s);
     }
 
     void takesOnlyTrueAndFalseForBooleans_data()
@@ -60,11 +89,13 @@ private Q_SLOTS:
     void keepsTheOldFileWithoutRoom()
     {
         const ScratchHome home;
-        QVERIFY(Preferences().set(u"autoStartVoice"_s, true));
+        Preferences().set(u"autoStartVoice"_s, true);
+        settingsQueue().waitForDone();
         const QByteArray before = home.read(file);
         {
             const FileSizeLimit limit(100);
-            QVERIFY(!Preferences().set(u"geminiAPIKey"_s, QString(4000, u'k')));
+            Preferences().set(u"geminiAPIKey"_s, QString(4000, u'k'));
+            settingsQueue().waitForDone();
         }
         QCOMPARE(home.read(file), before);
         QCOMPARE(QDir(home.path(u".config"_s)).entryList(QDir::Files).size(), 1);
@@ -83,10 +114,22 @@ private Q_SLOTS:
         const ScratchHome home;
         home.write(file, content);
         QVERIFY(!Preferences().opens());
-        QVERIFY(!Preferences().set(u"key"_s, true));
+        Preferences().set(u"key"_s, true);
+        settingsQueue().waitForDone();
         QCOMPARE(home.read(file), content);
     }
 };
 
-QTEST_GUILESS_MAIN(TestPreferences)
+int main(int argc, char **argv)
+{
+    if (argc == 2 && QByteArrayView(argv[1]) == "--set-and-end") {
+        Preferences().set(u"key"_s, u"first"_s);
+        Preferences().set(u"key"_s, u"last"_s);
+        std::quick_exit(EXIT_SUCCESS); // as the program ends
+    }
+    QCoreApplication application(argc, argv);
+    TestPreferences test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "test_preferences.moc"

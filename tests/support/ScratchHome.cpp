@@ -1,5 +1,7 @@
 #include "support/ScratchHome.h"
 
+#include "platform/SettingsQueue.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -15,7 +17,10 @@ ScratchHome::ScratchHome()
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
 
-ScratchHome::~ScratchHome() = default;
+ScratchHome::~ScratchHome()
+{
+    ostrelle::settingsQueue().waitForDone(); // what is written later would make the folders anew
+}
 
 QString ScratchHome::path(const QString &relative) const
 {

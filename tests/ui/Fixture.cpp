@@ -66,6 +66,7 @@ void Fixture::restart()
     models->voiceVM = std::make_unique<VoiceViewModel>(models->serviceManager.get(),
                                                        VoicePolling{.interval = voicePollInterval});
     models->setupManager = std::make_unique<SetupManager>(config, m_home->surroundings());
+    models->statusServer = std::make_unique<StatusServer>(config);
     models->profiles = std::make_unique<GatewayProfiles>(models->gatewayVM.get());
     models->settings =
         std::make_unique<GatewaySettings>(QStringList{m_home->path(u"bin/duskrell"_s)});

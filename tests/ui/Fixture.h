@@ -18,6 +18,7 @@ class Fixture : public QObject
     Q_PROPERTY(ostrelle::ServiceManager *serviceManager READ serviceManager NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::VoiceViewModel *voiceVM READ voiceVM NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::SetupManager *setupManager READ setupManager NOTIFY madeAnew)
+    Q_PROPERTY(ostrelle::StatusServer *statusServer READ statusServer NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::GatewayProfiles *profiles READ profiles NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::GatewaySettings *settings READ settings NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers NOTIFY madeAnew)
@@ -81,6 +82,7 @@ public:
     ostrelle::ServiceManager *serviceManager() const { return m_models->serviceManager.get(); }
     ostrelle::VoiceViewModel *voiceVM() const { return m_models->voiceVM.get(); }
     ostrelle::SetupManager *setupManager() const { return m_models->setupManager.get(); }
+    ostrelle::StatusServer *statusServer() const { return m_models->statusServer.get(); }
     ostrelle::GatewayProfiles *profiles() const { return m_models->profiles.get(); }
     ostrelle::GatewaySettings *settings() const { return m_models->settings.get(); }
     ostrelle::TailscalePeersModel *peers() const { return m_models->peers.get(); }
@@ -94,6 +96,7 @@ private:
         std::unique_ptr<ostrelle::ServiceManager> serviceManager;
         std::unique_ptr<ostrelle::VoiceViewModel> voiceVM;
         std::unique_ptr<ostrelle::SetupManager> setupManager;
+        std::unique_ptr<ostrelle::StatusServer> statusServer; // which is not started
         std::unique_ptr<ostrelle::GatewayProfiles> profiles;
         std::unique_ptr<ostrelle::GatewaySettings> settings;
         std::unique_ptr<ostrelle::TailscalePeersModel> peers;

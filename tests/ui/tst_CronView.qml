@@ -63,10 +63,13 @@ TestCase {
     }
 
     function test_unfoldsThePayload() {
-        const view = loadedView([job({payload: "Say good night"})]);
+        const view = loadedView([job({id: undefined, payload: "Say good night"})]);
         verify(!Items.withText(view, "Payload"));
         mouseClick(Items.withText(view, "Nightly"));
         tryVerify(() => Items.withText(view, "Say good night"));
+        verify(Items.withText(view, "Payload"));
+        view.viewModel.load(); // which gives the job another id
+        tryCompare(view.viewModel, "isLoading", false);
         verify(Items.withText(view, "Payload"));
     }
 

@@ -69,6 +69,7 @@ TestCase {
         fixture.restart();
         const view = createTemporaryObject(settingsView, test);
         view.forceActiveFocus();
+        tryVerify(() => Items.withText(view, urls[0]));
         return view;
     }
 
@@ -106,9 +107,10 @@ TestCase {
         tryVerify(() => Items.withText(view, "No token — chat won't auth"));
         verify(!Items.withText(view, "No saved profiles"));
         press(view, "PROFILES");
+        tryVerify(() => Items.symbol(view, "xmark"));
         settle(view);
         mouseClick(Items.symbol(view, "xmark"));
-        verify(Items.withText(view, "No saved profiles"));
+        tryVerify(() => Items.withText(view, "No saved profiles"));
         verify(Items.withText(view, "Get a key at https://aistudio.google.com/apikey"));
     }
 
@@ -224,8 +226,8 @@ TestCase {
         settle(view);
         mouseClick(choice(view, "far.quiet-otter.invalid"));
         press(view, "Switch");
-        compare(config().url, test.far);
         tryCompare(fixture.gatewayVM, "gatewayURL", test.far);
+        compare(config().url, test.far);
         verify(Items.symbol(row(view, "far.quiet-otter.invalid"), "checkmark.circle.fill"));
         verify(Items.symbol(row(view, "127.0.0.2"), "circle"));
     }
@@ -256,11 +258,13 @@ TestCase {
         "192.168.1.20".split("").forEach(letter => keyClick(letter));
         keyClick(Qt.Key_Return);
         compare(field.text, "");
+        tryVerify(() => row(view, "192.168.1.20"));
         compare(config().saved[1].url, "http://192.168.1.20:18789");
         verify(Items.withText(row(view, "192.168.1.20"), "http://192.168.1.20:18789"));
 
         verify(Qt.colorEqual(Items.withText(view, "Remove 127.0.0.2").color, Theme.red));
         press(view, "Remove 127.0.0.2");
+        tryVerify(() => !row(view, "127.0.0.2"));
         compare(config().saved.map(gateway => gateway.name), ["192.168.1.20"]);
         compare(config().url, test.near);
     }

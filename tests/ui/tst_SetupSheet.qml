@@ -164,6 +164,7 @@ TestCase {
         keyClick(Qt.Key_Return);
         tryCompare(sheet, "currentStep", 4);
         compare(marks(sheet, ["Token configured"]), ["checkmark.circle.fill"]);
+        tryVerify(() => !field.activeFocus && Window.activeFocusItem.visible);
     }
 
     function test_copiedLink() {

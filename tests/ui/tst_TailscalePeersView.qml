@@ -82,8 +82,8 @@ TestCase {
         const view = discoveredView();
         Items.withText(row(view, "first"), "Add").forceActiveFocus();
         keyClick(Qt.Key_Return);
+        tryVerify(() => !row(view, "first") && row(view, "second"));
         const saved = JSON.parse(fixture.read(".ostrelle/config.json")).gateway.saved;
         compare(saved.pop(), {name: "first", url: "https://first.invalid", isMagicDNS: true});
-        verify(!row(view, "first") && row(view, "second"));
     }
 }

@@ -26,6 +26,28 @@ TestCase {
         }
     }
 
+    Component {
+        id: panelRoot
+
+        PanelRoot {
+            width: 380
+            height: 700
+            gatewayVM: fixture.gatewayVM
+            voiceVM: fixture.voiceVM
+            serviceManager: fixture.serviceManager
+            setupManager: fixture.setupManager
+            statusServer: fixture.statusServer
+            projectTrackingEnabled: true
+            motion: false
+        }
+    }
+
+    SignalSpy {
+        id: closings
+
+        signalName: "closeRequested"
+    }
+
     function init() {
         fixture.reset();
     }
@@ -52,6 +74,67 @@ TestCase {
         verify(tab("Agents").visualFocus);
         keyClick(Qt.Key_Return);
         compare(panel.selectedTab, 2);
+    }
+
+    // The panel with that tab chosen and all that opens open.
+    function panelWith(tab: string, properties: var): Item {
+        const root = createTemporaryObject(panelRoot, test, properties);
+        const settled = () => tryVerify(() => !Items.visibleItems(root).some(item => isPolishScheduled(item)));
+        Items.visibleItems(root).find(each => each.label === tab)?.clicked();
+        tryVerify(() => !Items.visibleItems(root).some(each => each.isLoading));
+        settled();
+        Items.visibleItems(root).filter(each => (each.expanded ?? each.open) === false)
+            .forEach(each => each.clicked?.());
+        settled();
+        return root;
+    }
+
+    function test_escapeAnswersAQuestionFirst() {
+        fixture.saveGateways(["http://127.0.0.2:9", "http://127.0.0.3:9"]);
+        fixture.restart();
+        const root = panelWith("Settings", {});
+        closings.target = root;
+        closings.clear();
+        tryVerify(() => Items.visibleItems(root).find(each => each.name === "127.0.0.3"));
+        Items.visibleItems(root).find(each => each.name === "127.0.0.3").clicked();
+        verify(Items.withText(root, "Switch"));
+        Items.visibleItems(root).find(each => each.label === "Cron").forceActiveFocus();
+        keyClick(Qt.Key_Escape);
+        verify(!Items.withText(root, "Switch"));
+        compare(closings.count, 0);
+        keyClick(Qt.Key_Escape);
+        compare(closings.count, 1);
+    }
+
+    function test_largeTextsFromRightToLeftStayInThePanel_data() {
+        return ["Ostrelle", "Projects", "Agents", "Cron", "Settings", "Setup"]
+            .map((tag, tab) => ({tag: tag, hasWord: tab > 0 && tab < 5}));
+    }
+
+    function test_largeTextsFromRightToLeftStayInThePanel(row) {
+        const word = "Wohnzimmerlautsprecherbeleuchtung";
+        const write = (file, content) => fixture.write(".ostrelle/ostrelle-" + file + "-tracker.json",
+                                                       JSON.stringify(content));
+        write("agent", {agents: {[word]: {status: "busy", progress: 7}}, completions: []});
+        write("cron", {version: 1, updated: "", jobs: [
+            {id: "1", name: word, schedule: word, status: "green", lastRun: word, payload: word}]});
+        write("project", {version: 1, updated: "", projects: [
+            {id: "1", name: word, description: word, status: "green", progress: 70, workstreams: [
+                {id: "1", name: word, status: "green", progress: 100, note: word}]}]});
+        fixture.saveGateways(["http://127.0.0.1:9", "https://" + word + ".ts.net"]);
+        fixture.restart();
+        fixture.setupManager.showSetup = row.tag === "Setup";
+        const root = panelWith(row.tag, {textScale: 4, "LayoutMirroring.enabled": true});
+        compare(Items.texts(root).some(text => text.includes(word)), row.hasWord);
+        for (const item of Items.visibleItems(root)) {
+            const isText = item.elide !== undefined;
+            if (isText || item.clicked || item.accepted) {
+                const place = item.mapToItem(root, 0, 0, item.width, item.height);
+                const what = [item, item.text, place, item.contentWidth].join(" ");
+                verify(place.x >= 0 && place.x + place.width <= root.width, what);
+                verify(!isText || item.contentWidth <= Math.ceil(item.width), what);
+            }
+        }
     }
 
     function test_theChatFollowsALink() {

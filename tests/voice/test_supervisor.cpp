@@ -142,12 +142,12 @@ private Q_SLOTS:
 
     void startAll()
     {
-        const AgentHome home;
-        home.installScript("exec sleep 60");
         const PrintedLines silence;
         for (const auto &[enabled, preferences, starts] :
              {std::tuple(true, "", false), std::tuple(false, "autoStartVoice=true", false),
               std::tuple(true, "autoStartVoice=true", true)}) {
+            const AgentHome home;
+            home.installScript("exec sleep 60");
             home.write(u".config/ai.duskrell.ostrelle.conf"_s,
                        QByteArray("[General]\n") + preferences);
             ServiceManager manager(home.config(), home.surroundings());

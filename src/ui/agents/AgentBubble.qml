@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // One agent on the canvas: its emoji in a glassy bubble, its name and what it does below. A tap, or
 // Return, opens the inspector.
-T.AbstractButton {
+BaseButton {
     id: bubble
 
     required property var node // an AgentNode
@@ -28,12 +27,8 @@ T.AbstractButton {
     y: Math.round(bubble.center.y - bubble.radius)
     width: bubble.size + 2 * Theme.bubbleHalo + 2 * Theme.gap
     height: bubble.size + Theme.smallGap + texts.height
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
     Accessible.name: bubble.shownName
     Accessible.description: details.text
-    Keys.onReturnPressed: bubble.clicked()
-    Keys.onEnterPressed: bubble.clicked()
 
     function fitting(size: int, share: real): int {
         return Math.min(size, Math.floor(share * bubble.radius));

@@ -24,6 +24,15 @@ FocusScope {
         bubble.forceActiveFocus();
     }
 
+    // Closes the inspector; false when there is none.
+    function closeQuestion(): bool {
+        const isAsked = view.selectedNode !== null;
+        if (isAsked) {
+            view.dismiss();
+        }
+        return isAsked;
+    }
+
     AgentCanvas {
         id: canvas
 

@@ -9,19 +9,10 @@ Item {
 
     required property T.AbstractButton button
 
-    // The button keeps the focus where nobody sees it. When it is disabled it gives the focus away,
-    // but takes it back when it is enabled again, hidden or not.
-    readonly property bool isLost: keys.button.activeFocus && !keys.button.visible
-
-    // How the focus came; by "other" it only comes back.
-    property int focusReason: Qt.OtherFocusReason
-
     signal pressed
 
     Keys.onReturnPressed: event => keys.press(event)
     Keys.onEnterPressed: event => keys.press(event)
-    // Later, when what appears in the button's stead is there.
-    onIsLostChanged: Qt.callLater(keys.handOn)
 
     // Only the first one of a key that is held counts.
     function press(event: KeyEvent) {
@@ -30,20 +21,7 @@ Item {
         }
     }
 
-    function handOn() {
-        const next = keys.isLost ? keys.button.nextItemInFocusChain() : null;
-        if (next?.visible) {
-            next.forceActiveFocus(keys.focusReason);
-        }
-    }
-
-    Connections {
-        target: keys.button
-
-        function onFocusReasonChanged() {
-            if (keys.button.focusReason !== Qt.OtherFocusReason) {
-                keys.focusReason = keys.button.focusReason;
-            }
-        }
+    LostFocus {
+        control: keys.button
     }
 }

@@ -7,6 +7,8 @@ IconButton {
 
     required property string copiedText
 
+    // For how long it says so, in milliseconds.
+    property int answerTime: Theme.answerTime
     property bool hasCopied: false
 
     symbol: button.hasCopied ? "checkmark" : "doc.on.doc"
@@ -21,7 +23,7 @@ IconButton {
     Timer {
         id: answer
 
-        interval: Theme.answerTime
+        interval: button.answerTime
         onTriggered: button.hasCopied = false
     }
 }

@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import Ostrelle
 
 // A dashboard's card, all of which is one button, that shows more of itself after a tap. The page
 // keeps which ones are open, because cards are made anew when they are scrolled back into view.
-T.AbstractButton {
+BaseButton {
     id: card
 
     required property DashboardPage page
@@ -20,13 +19,9 @@ T.AbstractButton {
 
     width: card.page.cardWidth
     implicitHeight: column.implicitHeight + 2 * Theme.padding
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
     Accessible.description: card.more
     Accessible.checkable: true
     Accessible.checked: card.expanded
-    Keys.onReturnPressed: card.clicked()
-    Keys.onEnterPressed: card.clicked()
     Keys.onTabPressed: event => event.accepted = card.page.focusCard(card.index + 1, Qt.TabFocusReason)
     Keys.onBacktabPressed: event => event.accepted = card.page.focusCard(card.index - 1, Qt.BacktabFocusReason)
     onClicked: card.page.toggle(card.key)

@@ -42,6 +42,10 @@ T.TextField {
         border.color: field.activeFocus ? Theme.faded(Theme.focusRing, 0.8) : Theme.hairline
     }
 
+    LostFocus {
+        control: field
+    }
+
     Label {
         x: field.leftPadding
         width: field.width - field.leftPadding - field.rightPadding

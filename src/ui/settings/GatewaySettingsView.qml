@@ -22,7 +22,7 @@ FocusScope {
             view.hideSecrets();
         }
     }
-    Keys.onEscapePressed: event => event.accepted = models.areMade && view.closeQuestion()
+    Keys.onEscapePressed: event => event.accepted = view.closeQuestion()
 
     // No typed token and no code that holds one waits behind a closed panel.
     function hideSecrets() {
@@ -33,6 +33,9 @@ FocusScope {
 
     // Closes what was asked last; false when nothing is asked.
     function closeQuestion(): bool {
+        if (!models.areMade) {
+            return false;
+        }
         if (models.profiles.pendingSwitchGateway !== "") {
             models.profiles.cancelSwitch();
         } else if (models.profiles.editingProfileId !== "") {

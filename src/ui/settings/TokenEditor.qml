@@ -1,8 +1,8 @@
 import QtQuick
 import Ostrelle
 
-// Where a gateway's token is pasted; saved empty, it takes the stored one away. What is typed lives with its owner, which clears it when the
-// editor closes.
+// Where a gateway's token is pasted; saved empty, it takes the stored one away. What is typed lives
+// with its owner, which clears it when the editor closes.
 FocusScope {
     id: editor
 

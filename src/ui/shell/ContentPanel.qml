@@ -23,6 +23,11 @@ FocusScope {
         "OstrelleTab.qml", "ProjectsTab.qml", "AgentsTab.qml", "CronTab.qml", "SettingsTab.qml"
     ]
 
+    // Closes what the selected tab asks; false when it asks nothing, or is not seen.
+    function closeQuestion(): bool {
+        return panel.visible && (content.item?.closeQuestion?.() ?? false);
+    }
+
     TabRow {
         id: tabs
 

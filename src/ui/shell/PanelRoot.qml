@@ -25,7 +25,12 @@ FocusScope {
     Accessible.name: "Ostrelle"
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
-    Keys.onEscapePressed: root.closeRequested()
+    // Wherever the keyboard is: what is asked is answered with no before the panel closes.
+    Keys.onEscapePressed: {
+        if (!content.closeQuestion()) {
+            root.closeRequested();
+        }
+    }
 
     Binding {
         target: Theme
@@ -47,6 +52,8 @@ FocusScope {
     }
 
     ContentPanel {
+        id: content
+
         anchors.fill: parent
         focus: !setup.isShown
         visible: !setup.isShown
