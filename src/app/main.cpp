@@ -40,7 +40,7 @@ std::filesystem::path libraryDirectory()
 
 Run load(const char *library, const char *entry)
 {
-    void *const loaded = ::dlopen((libraryDirectory() / library).c_str(), RTLD_NOW);
+    void *const loaded = ::dlopen((libraryDirectory() / library).c_str(), RTLD_LAZY);
     void *const run = loaded != nullptr ? ::dlsym(loaded, entry) : nullptr;
     if (run == nullptr) {
         std::fprintf(stderr, "[Ostrelle] %s\n", ::dlerror());
