@@ -48,7 +48,7 @@ public:
 
     std::unique_ptr<QObject> monitorShortcut(std::function<void()> pressed) override
     {
-        auto shortcut = GlobalShortcut::listen();
+        auto shortcut = GlobalShortcut::listen(utilityPool());
         if (shortcut) {
             QObject::connect(shortcut.get(), &GlobalShortcut::pressed, std::move(pressed));
         }

@@ -1,36 +1,32 @@
 #pragma once
 
-#include "platform/X11Connection.h"
+#include <QObject>
+
+#include <memory>
+
+class QThreadPool;
 
 namespace ostrelle
 {
 
-// Hears Super+Shift+M whatever window has the focus, without taking it from that window. Listens
-// through the raw key events of XInput 2. Main thread only.
+// Hears Super+Shift+M whatever window has the focus. Main thread only.
 class GlobalShortcut : public QObject
 {
     Q_OBJECT
 
 public:
-    // Null, with one log line, where there is no X server that can be listened to.
-    static std::unique_ptr<GlobalShortcut> listen();
+    // Through the X server where one can be reached, else through the portal of a Wayland desktop;
+    // null where there is neither. Where the shortcut is not heard, now or once the portal has
+    // answered, one log line says why. What may wait for the portal's bus runs in `background`.
+    static std::unique_ptr<GlobalShortcut> listen(QThreadPool &background);
 
 Q_SIGNALS:
     void pressed();
 
-private:
+protected:
     GlobalShortcut() = default;
-    bool selectRawKeys();
-    bool followState();
-    void handle(_XEvent &event);
-    bool isShortcut(unsigned int keycode) const;
 
-    std::unique_ptr<X11Connection> m_connection;
-    int m_inputOpcode = 0;
-    int m_stateEvent = 0; // the type of the events that tell of the keyboard's state
-    // As they were when the events so far happened. Asked for later, they may be over already.
-    unsigned int m_modifiers = 0;
-    int m_group = 0;
+    static void logNotHeard(const QString &reason);
 };
 
 } // namespace ostrelle

@@ -1,7 +1,5 @@
 #include "ui/TrayApplication.h"
 
-#include <array>
-
 namespace ostrelle
 {
 
@@ -12,7 +10,10 @@ namespace
 
 // X11 first: Wayland lets no program place its panel beside its icon. Without either display the
 // program does everything else.
-constexpr std::array platforms{"-platform", "xcb;wayland;offscreen"};
+const char *platforms()
+{
+    return qEnvironmentVariableIsEmpty("DISPLAY") ? "wayland;offscreen" : "xcb;wayland;offscreen";
+}
 
 } // namespace
 
@@ -20,7 +21,7 @@ PlatformArguments::PlatformArguments(int argc, char **argv)
     : m_values(argv, argv + argc)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        for (const char *argument : platforms) {
+        for (const char *argument : {"-platform", platforms()}) {
             m_values.push_back(const_cast<char *>(argument));
         }
     }
