@@ -1,5 +1,5 @@
-// What a program like this has to take at least: a tray icon of Qt Widgets and, where PANEL is defined,
-// a window of Qt Quick that a click on it opens.
+// What a program like this has to take at least: a tray icon of Qt Widgets and, where PANEL is
+// defined, a window of Qt Quick that a click on it opens.
 
 #include <QApplication>
 #include <QPixmap>

@@ -53,6 +53,7 @@ function(ostrelle_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ostrelle_options ostrelle_testsupport ${arg_LINK} Qt6::Test)
+    target_compile_options(${name} PRIVATE -O0 -g1) # compiling them takes longer than running them
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
         "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};TSAN_OPTIONS=${tsan_options};LSAN_OPTIONS=${lsan_options}")

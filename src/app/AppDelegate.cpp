@@ -67,3 +67,5 @@ void AppDelegate::stopVoice() const
 }
 
 } // namespace ostrelle
+
+#include "moc_AppDelegate.cpp"

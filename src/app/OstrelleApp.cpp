@@ -142,3 +142,5 @@ void OstrelleApp::adopt(const ConfigurationLink &link)
 }
 
 } // namespace ostrelle
+
+#include "moc_OstrelleApp.cpp"

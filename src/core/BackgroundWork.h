@@ -15,8 +15,8 @@ namespace ostrelle
 QThreadPool &utilityPool();       // polls and housekeeping
 QThreadPool &userInitiatedPool(); // what the user waits for
 
-// While it lives, both pools take work and begin none of it; what is under way goes on. At most one.
-// Main thread only.
+// While it lives, both pools take work and begin none of it; what is under way goes on. At most
+// one. Main thread only.
 class BackgroundHold
 {
 public:

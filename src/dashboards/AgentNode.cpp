@@ -124,3 +124,5 @@ QList<AgentNode> sortedChildren(const QList<AgentNode> &nodes)
 }
 
 } // namespace ostrelle
+
+#include "moc_AgentNode.cpp"

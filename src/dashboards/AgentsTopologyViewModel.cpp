@@ -85,3 +85,5 @@ void AgentsTopologyViewModel::publish(const std::shared_ptr<const Topology> &top
 }
 
 } // namespace ostrelle
+
+#include "moc_AgentsTopologyViewModel.cpp"

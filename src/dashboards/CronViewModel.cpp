@@ -135,3 +135,5 @@ void CronViewModel::publish(const Load &load)
 }
 
 } // namespace ostrelle
+
+#include "moc_CronViewModel.cpp"

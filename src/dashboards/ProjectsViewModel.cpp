@@ -215,3 +215,5 @@ void ProjectsViewModel::triggerProjectSync()
 }
 
 } // namespace ostrelle
+
+#include "moc_ProjectsViewModel.cpp"

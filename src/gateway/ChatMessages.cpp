@@ -53,3 +53,5 @@ QHash<int, QByteArray> ChatMessages::roleNames() const
 }
 
 } // namespace ostrelle
+
+#include "moc_ChatMessages.cpp"

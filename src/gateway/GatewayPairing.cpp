@@ -83,3 +83,5 @@ void GatewayPairing::finish(const QrCode &code)
 }
 
 } // namespace ostrelle
+
+#include "moc_GatewayPairing.cpp"

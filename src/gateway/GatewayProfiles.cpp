@@ -232,3 +232,5 @@ void GatewayProfiles::showTokens(const StoredTokens &tokens)
 }
 
 } // namespace ostrelle
+
+#include "moc_GatewayProfiles.cpp"

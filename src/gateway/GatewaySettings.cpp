@@ -102,3 +102,5 @@ QString GatewaySettings::geminiKeyPage()
 }
 
 } // namespace ostrelle
+
+#include "moc_GatewaySettings.cpp"

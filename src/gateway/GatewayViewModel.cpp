@@ -212,3 +212,5 @@ QString GatewayViewModel::derivePreferredURL() const
 }
 
 } // namespace ostrelle
+
+#include "moc_GatewayViewModel.cpp"

@@ -95,3 +95,5 @@ void QuickChatVM::finish(const QString &reply)
 }
 
 } // namespace ostrelle
+
+#include "moc_QuickChatVM.cpp"

@@ -50,3 +50,5 @@ QHash<int, QByteArray> SavedGatewaysModel::roleNames() const
 }
 
 } // namespace ostrelle
+
+#include "moc_SavedGatewaysModel.cpp"

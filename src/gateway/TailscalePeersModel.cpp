@@ -158,3 +158,5 @@ QHash<int, QByteArray> TailscalePeersModel::roleNames() const
 }
 
 } // namespace ostrelle
+
+#include "moc_TailscalePeersModel.cpp"

@@ -29,3 +29,5 @@ void GlobalShortcut::logNotHeard(const QString &reason)
 }
 
 } // namespace ostrelle
+
+#include "moc_GlobalShortcut.cpp"

@@ -200,3 +200,5 @@ void PortalShortcut::logOnce(const QString &reason)
 }
 
 } // namespace ostrelle
+
+#include "moc_PortalShortcut.cpp"

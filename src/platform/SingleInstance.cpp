@@ -136,3 +136,5 @@ void SingleInstance::receive()
 }
 
 } // namespace ostrelle
+
+#include "moc_SingleInstance.cpp"

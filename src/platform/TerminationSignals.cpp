@@ -67,3 +67,5 @@ TerminationSignals::~TerminationSignals()
 }
 
 } // namespace ostrelle
+
+#include "moc_TerminationSignals.cpp"

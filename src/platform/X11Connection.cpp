@@ -56,3 +56,5 @@ void X11Connection::handleEvents()
 }
 
 } // namespace ostrelle
+
+#include "moc_X11Connection.cpp"

@@ -117,3 +117,5 @@ bool X11Shortcut::isShortcut(unsigned int keycode) const
 }
 
 } // namespace ostrelle
+
+#include "moc_X11Shortcut.cpp"

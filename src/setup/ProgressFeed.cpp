@@ -146,3 +146,5 @@ void ProgressFeed::takeBatch()
 }
 
 } // namespace ostrelle
+
+#include "moc_ProgressFeed.cpp"

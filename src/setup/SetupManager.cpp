@@ -248,3 +248,5 @@ void SetupManager::checkFirstLaunch()
 }
 
 } // namespace ostrelle
+
+#include "moc_SetupManager.cpp"

@@ -81,3 +81,5 @@ QHash<int, QByteArray> StatusLog::roleNames() const
 }
 
 } // namespace ostrelle
+
+#include "moc_StatusLog.cpp"

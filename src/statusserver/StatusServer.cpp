@@ -82,3 +82,5 @@ void StatusServer::tellRunning()
 }
 
 } // namespace ostrelle
+
+#include "moc_StatusServer.cpp"

@@ -38,3 +38,5 @@ AgentSyncService::AgentSyncService(const OstrelleConfig &config, const GatewayTo
 }
 
 } // namespace ostrelle
+
+#include "moc_AgentSyncService.cpp"

@@ -74,3 +74,5 @@ CronSyncService::CronSyncService(const OstrelleConfig &config, const GatewayTool
 }
 
 } // namespace ostrelle
+
+#include "moc_CronSyncService.cpp"

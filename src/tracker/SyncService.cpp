@@ -25,3 +25,5 @@ void SyncService::sync()
 }
 
 } // namespace ostrelle
+
+#include "moc_SyncService.cpp"

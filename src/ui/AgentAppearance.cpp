@@ -41,3 +41,5 @@ void AgentAppearance::reset()
 }
 
 } // namespace ostrelle
+
+#include "moc_AgentAppearance.cpp"

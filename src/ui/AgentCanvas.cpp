@@ -178,3 +178,5 @@ QStringList AgentCanvas::spineColors() const
 }
 
 } // namespace ostrelle
+
+#include "moc_AgentCanvas.cpp"

@@ -69,3 +69,5 @@ void BranchCurve::paint(QPainter *painter)
 }
 
 } // namespace ostrelle
+
+#include "moc_BranchCurve.cpp"

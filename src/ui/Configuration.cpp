@@ -30,3 +30,5 @@ void Configuration::load()
 }
 
 } // namespace ostrelle
+
+#include "moc_Configuration.cpp"

@@ -36,3 +36,5 @@ void Desktop::quit()
 }
 
 } // namespace ostrelle
+
+#include "moc_Desktop.cpp"

@@ -100,3 +100,5 @@ void DesktopAppearance::adopt(const QString &group, const QString &key, const QD
 }
 
 } // namespace ostrelle
+
+#include "moc_DesktopAppearance.cpp"

@@ -122,3 +122,5 @@ std::optional<QRect> MenuBarExtra::panelPlace() const
 }
 
 } // namespace ostrelle
+
+#include "moc_MenuBarExtra.cpp"

@@ -83,3 +83,5 @@ void MenuBarLabel::update()
 }
 
 } // namespace ostrelle
+
+#include "moc_MenuBarLabel.cpp"

@@ -162,3 +162,5 @@ void Panel::showAppearance()
 }
 
 } // namespace ostrelle
+
+#include "moc_Panel.cpp"

@@ -60,3 +60,5 @@ void QrImage::paint(QPainter *painter)
 }
 
 } // namespace ostrelle
+
+#include "moc_QrImage.cpp"

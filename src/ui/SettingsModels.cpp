@@ -64,3 +64,5 @@ TailscalePeersModel *SettingsModels::peers() const
 }
 
 } // namespace ostrelle
+
+#include "moc_SettingsModels.cpp"

@@ -113,3 +113,5 @@ void TrayHostWatcher::update()
 }
 
 } // namespace ostrelle
+
+#include "moc_TrayHostWatcher.cpp"

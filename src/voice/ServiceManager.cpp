@@ -228,3 +228,5 @@ void ServiceManager::disableLegacyVoiceAgent()
 }
 
 } // namespace ostrelle
+
+#include "moc_ServiceManager.cpp"

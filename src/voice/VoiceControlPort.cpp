@@ -88,3 +88,5 @@ void VoiceControlPort::post(const QString &action, const std::function<void()> &
 }
 
 } // namespace ostrelle
+
+#include "moc_VoiceControlPort.cpp"

@@ -170,3 +170,5 @@ void VoiceViewModel::adopt(const VoiceStatus &status)
 }
 
 } // namespace ostrelle
+
+#include "moc_VoiceViewModel.cpp"

@@ -208,3 +208,5 @@ void Fixture::writeConfig() const
     config.voice.enabled = true;
     config.save();
 }
+
+#include "moc_Fixture.cpp"

@@ -90,3 +90,5 @@ void Connection::sendNextByte()
 }
 
 } // namespace ostrelle::simulator
+
+#include "moc_Connection.cpp"

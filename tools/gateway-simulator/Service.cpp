@@ -100,3 +100,5 @@ void Service::tick()
 }
 
 } // namespace ostrelle::simulator
+
+#include "moc_Service.cpp"
