@@ -8,6 +8,7 @@
 #include "core/WhenDone.h"
 #include "gateway/GatewayViewModel.h"
 #include "platform/Preferences.h"
+#include "platform/SettingsQueue.h"
 #include "setup/SetupManager.h"
 #include "statusserver/StatusServer.h"
 #include "tracker/AgentSyncService.h"
@@ -38,6 +39,16 @@ void storeToken(const ConfigurationLink &link)
         link.gatewayBaseURL ? *link.gatewayBaseURL : OstrelleConfig::load().gateway.url;
     KeychainHelper::saveToken(*link.token, url);
     KeychainHelper::saveToken(*link.token, KeychainHelper::activeKey);
+}
+
+// What the configuration file then holds, or what was read last, with the link's gateway in use.
+void saveGateway(const ConfigurationLink &link, const OstrelleConfig &readLast)
+{
+    OstrelleConfig config = OstrelleConfig::read().value_or(readLast);
+    if (link.gatewayBaseURL) {
+        adoptGateway(config, *link.gatewayBaseURL);
+    }
+    config.save();
 }
 
 void killVoiceAgent()
@@ -123,7 +134,10 @@ void OstrelleApp::handleNextLink()
         return;
     }
     const ConfigurationLink link = m_links.dequeue();
-    whenDone(QtConcurrent::run(&userInitiatedPool(), &storeToken, link), this, [this, link] {
+    const auto save = [link, readLast = m_config.withoutTokens()] { saveGateway(link, readLast); };
+    auto stored =
+        QtConcurrent::run(&userInitiatedPool(), &storeToken, link).then(&settingsQueue(), save);
+    whenDone(stored, this, [this, link] {
         adopt(link);
         handleNextLink();
     });
@@ -131,13 +145,10 @@ void OstrelleApp::handleNextLink()
 
 void OstrelleApp::adopt(const ConfigurationLink &link)
 {
-    OstrelleConfig config = OstrelleConfig::read().value_or(m_config.withoutTokens());
     if (link.gatewayBaseURL) {
-        adoptGateway(config, *link.gatewayBaseURL);
         m_gatewayVM->setGatewayURL(*link.gatewayBaseURL);
         m_gatewayVM->pollHealth();
     }
-    config.save();
     NotificationManager::send(u"OSTRELLE"_s, u"Gateway configured via QR code"_s);
 }
 

@@ -3,12 +3,16 @@
 #include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
+#include "platform/SettingsQueue.h"
 #include "platform/Terminal.h"
 #include "setup/AskpassFile.h"
 #include "setup/InstallerOutput.h"
 #include "setup/ModelFile.h"
 #include "setup/SetupManager.h"
 #include "setup/SetupShell.h"
+
+#include <functional>
+#include <latch>
 
 namespace ostrelle
 {
@@ -167,7 +171,7 @@ public:
     OstrelleConfig configOnDisk; // as it was when `config` was last brought up to date
 
 private:
-    void saveConfig();
+    void saveConfig(const std::function<void(OstrelleConfig &)> &change = [](auto &) {});
     void writeConfig();
     void prepareData();
     void copyIfMissing(const QString &name) const;
@@ -191,16 +195,23 @@ void SetupManager::VoiceInstallation::run()
     }
 }
 
-void SetupManager::VoiceInstallation::saveConfig()
+void SetupManager::VoiceInstallation::saveConfig(
+    const std::function<void(OstrelleConfig &)> &change)
 {
-    config.save();
-    configOnDisk = config;
+    std::latch saved(1);
+    settingsQueue().start([&] { // others write that file too
+        config = upToDate(config, configOnDisk);
+        change(config);
+        config.save();
+        configOnDisk = config;
+        saved.count_down();
+    });
+    saved.wait();
 }
 
 void SetupManager::VoiceInstallation::writeConfig()
 {
     feed.addStatus(u"Creating config…"_s);
-    config = upToDate(config, configOnDisk);
     saveConfig();
     feed.publish([](SetupManager &manager) { manager.m_hasConfig = true; });
     feed.addStatus(u"Config saved to "_s + OstrelleConfig::configPath());
@@ -282,9 +293,7 @@ void SetupManager::VoiceInstallation::installRequirements(const QString &venv) c
 
 void SetupManager::VoiceInstallation::finish()
 {
-    config = upToDate(config, configOnDisk); // the downloads may have taken an hour
-    config.voice.enabled = true;
-    saveConfig();
+    saveConfig([](OstrelleConfig &upToDate) { upToDate.voice.enabled = true; });
     feed.addStatus(u"Setup complete!"_s);
     feed.publish([saved = config](SetupManager &manager) {
         manager.m_config = saved;
