@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <mutex>
+#include <utility>
 
 namespace ostrelle
 {
@@ -57,9 +58,10 @@ QVariantHash contentOf(const QSettings &settings)
     return content;
 }
 
-// The file's content with the change, beside the file.
-QVariantHash writeDraft(const QString &draftFile, const QSettings &current, const QString &key,
-                        const std::optional<QString> &value)
+using Changes = QHash<QString, std::optional<QString>>; // by key; nothing: removed
+
+// The file's content with the changes, beside the file.
+QVariantHash writeDraft(const QString &draftFile, const QSettings &current, const Changes &changes)
 {
     QFile::remove(draftFile);
     // A key for another service is among the preferences.
@@ -68,45 +70,51 @@ QVariantHash writeDraft(const QString &draftFile, const QSettings &current, cons
     for (const QString &kept : current.allKeys()) {
         draft.setValue(kept, current.value(kept));
     }
-    if (value) {
-        draft.setValue(key, *value);
-    } else {
-        draft.remove(key);
+    for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
+        if (change.value()) {
+            draft.setValue(change.key(), **change);
+        } else {
+            draft.remove(change.key());
+        }
     }
     return contentOf(draft);
 }
 
 // QSettings reports success on a full disk and leaves a cut file. So the new content is written
-// beside the old one, read back, and takes its place only when nothing is missing.
-void rewrite(const QString &preferences, const QString &key, const std::optional<QString> &value)
+// beside the old one, read back, and takes its place only when nothing is missing. False when it
+// has not. Settings queue only.
+bool rewrite(const QString &preferences, const Changes &changes)
 {
     if (!isReadable(preferences)) {
-        return;
+        return false;
     }
     const QFileInfo info(preferences);
     const QString file = info.exists() ? info.canonicalFilePath() : preferences; // a link stays one
     const QSettings current(file, QSettings::IniFormat);
     if (current.status() != QSettings::NoError) {
-        return;
+        return false;
     }
     QDir().mkpath(QFileInfo(file).path());
     const QString draftFile = file + u".new"_s;
-    const QVariantHash wanted = writeDraft(draftFile, current, key, value);
-    // Under another name, because QSettings remembers what it wrote to a file of this one.
-    const QString writtenFile = file + u".written"_s;
+    const QVariantHash wanted = writeDraft(draftFile, current, changes);
+    // Under a new name each time, because QSettings remembers what a file of that name held.
+    static int rewrites = 0;
+    const QString writtenFile = file + u".written"_s + QString::number(++rewrites);
     if (!replaceFile(draftFile, writtenFile)) {
-        return;
+        return false;
     }
     if (contentOf(QSettings(writtenFile, QSettings::IniFormat)) == wanted) {
-        replaceFile(writtenFile, file);
-    } else {
-        QFile::remove(writtenFile);
+        return replaceFile(writtenFile, file);
     }
+    QFile::remove(writtenFile);
+    return false;
 }
 
 struct Content {
     bool opens = false;
     QVariantHash values;
+    Changes unwritten = {};
+    bool isWriteQueued = false;
 };
 
 Content read(const QString &file)
@@ -147,6 +155,23 @@ private:
     std::mutex m_mutex;
     QHash<QString, Content> m_contents; // by file; protected by the mutex
 };
+
+// Writes what has not been written yet, earlier failures included.
+void write(const QString &file)
+{
+    const Changes changes = Contents::instance().use(file, [](Content &content) {
+        content.isWriteQueued = false;
+        return content.unwritten;
+    });
+    if (!rewrite(file, changes)) {
+        return; // the next change tries again
+    }
+    Contents::instance().use(file, [&](Content &content) {
+        content.unwritten.removeIf([&](const Changes::iterator &change) {
+            return changes.contains(change.key()) && changes[change.key()] == change.value();
+        });
+    });
+}
 
 QVariant valueIn(const QString &file, const QString &key)
 {
@@ -217,8 +242,10 @@ void Preferences::change(const QString &key, const std::optional<QString> &value
         } else {
             content.values.remove(key);
         }
-        // Before anybody else changes it, so that what is written last is what holds.
-        settingsQueue().start([file = m_file, key, value] { rewrite(file, key, value); });
+        content.unwritten.insert(key, value);
+        if (!std::exchange(content.isWriteQueued, true)) {
+            settingsQueue().start([file = m_file] { write(file); });
+        }
     });
 }
 

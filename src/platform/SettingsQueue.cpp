@@ -10,7 +10,7 @@ namespace ostrelle
 namespace
 {
 
-constexpr int patienceAtTheEnd = 500; // in milliseconds
+constexpr int patienceAtTheEnd = 350; // in milliseconds
 
 void finish()
 {
