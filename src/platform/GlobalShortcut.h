@@ -15,8 +15,8 @@ class GlobalShortcut : public QObject
     Q_OBJECT
 
 public:
-    // Through the X server where one can be reached, else through the portal of a Wayland desktop;
-    // null where there is neither. Where the shortcut is not heard, now or once the portal has
+    // Through the portal in a Wayland session, else through the X server; null where there is
+    // neither. Where the shortcut is not heard, now or once the portal has
     // answered, one log line says why. What may wait for the portal's bus runs in `background`.
     static std::unique_ptr<GlobalShortcut> listen(QThreadPool &background);
 

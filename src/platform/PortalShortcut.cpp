@@ -19,6 +19,7 @@ namespace
 const QString portalService = u"org.freedesktop.portal.Desktop"_s;
 const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
 const QString shortcutsInterface = u"org.freedesktop.portal.GlobalShortcuts"_s;
+const QString sessionInterface = u"org.freedesktop.portal.Session"_s;
 const QString requestInterface = u"org.freedesktop.portal.Request"_s;
 const QString registryInterface = u"org.freedesktop.host.portal.Registry"_s;
 
@@ -140,7 +141,20 @@ void PortalShortcut::adoptSession(uint response, const QVariantMap &results)
         return;
     }
     m_session = QDBusObjectPath(handle);
+    m_bus->connect(portalService, handle, sessionInterface, u"Closed"_s, this, SLOT(handleEnd()));
     bindShortcut();
+}
+
+// What stands behind the portal was restarted, or the user has taken the shortcut back: asked once
+// more, which in the second case is answered with a refusal.
+void PortalShortcut::handleEnd()
+{
+    m_session = {};
+    if (std::exchange(m_hasEnded, true)) {
+        giveUp(u"the desktop's portal has ended it"_s);
+    } else {
+        begin();
+    }
 }
 
 void PortalShortcut::bindShortcut()
@@ -165,6 +179,8 @@ void PortalShortcut::handleBinding(uint response)
         giveUp(u"the desktop's portal refused it"_s);
         m_portal.reset();
         m_bus.reset();
+    } else {
+        Q_EMIT bound();
     }
 }
 
@@ -196,6 +212,7 @@ void PortalShortcut::logOnce(const QString &reason)
 {
     if (!std::exchange(m_logged, true)) {
         logNotHeard(reason);
+        Q_EMIT notHeard();
     }
 }
 

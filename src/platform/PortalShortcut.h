@@ -23,12 +23,17 @@ class PortalShortcut : public GlobalShortcut
     Q_OBJECT
 
 public:
-    // Waits for nothing. A portal that has opened no session after `patience` gets its log line; a
-    // later answer counts all the same.
+    // Waits for no answer of the portal's. A portal that has opened no session after `patience`
+    // gets its log line; a later answer counts all the same.
     explicit PortalShortcut(QThreadPool &background,
                             std::chrono::milliseconds patience = std::chrono::seconds(25));
 
+Q_SIGNALS:
+    void notHeard(); // once, with the log line
+    void bound();
+
 private Q_SLOTS:
+    void handleEnd();
     void adoptSession(uint response, const QVariantMap &results);
     void handleBinding(uint response);
     void handleActivation(const QDBusObjectPath &session);
@@ -51,6 +56,7 @@ private:
 
     const std::chrono::milliseconds m_patience;
     bool m_logged = false;
+    bool m_hasEnded = false; // a session, without the portal's end
     QFutureWatcher<Bus> m_connecting;
     Bus m_bus;
     std::unique_ptr<QDBusServiceWatcher> m_portal;
