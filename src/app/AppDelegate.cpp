@@ -23,10 +23,10 @@ void AppDelegate::setServices(const Services &services)
     m_services = services;
 }
 
-void AppDelegate::applicationDidFinishLaunching(Display *display)
+void AppDelegate::applicationDidFinishLaunching(Face *face)
 {
-    if (display != nullptr) {
-        m_monitor = display->monitorShortcut([this] { toggleMute(); });
+    if (face != nullptr) {
+        m_monitor = face->monitorShortcut([this] { toggleMute(); });
     }
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &AppDelegate::cleanup);

@@ -9,7 +9,7 @@
 namespace ostrelle
 {
 
-class Display;
+class Face;
 class ServiceManager;
 class StatusServer;
 class VoiceViewModel;
@@ -33,7 +33,7 @@ public:
 
     // From now on Super+Shift+M mutes and unmutes, where there is a display; and TERM, INT and HUP,
     // and the application's own quitting, end the services.
-    void applicationDidFinishLaunching(Display *display);
+    void applicationDidFinishLaunching(Face *face);
 
     // Stops whatever runs. May be called any number of times.
     void cleanup();

@@ -34,7 +34,7 @@ private:
 
 // The icon comes first: background work waits for it, so that what that starts does not take the
 // processor from it.
-class TrayDisplay : public Display
+class TrayFace : public Face
 {
 public:
     std::unique_ptr<Scene> makeScene(OstrelleApp &app) override
@@ -68,9 +68,9 @@ private:
     std::optional<BackgroundHold> m_hold = std::make_optional<BackgroundHold>();
 };
 
-std::unique_ptr<Display> makeTrayDisplay()
+std::unique_ptr<Face> makeTrayFace()
 {
-    return std::make_unique<TrayDisplay>();
+    return std::make_unique<TrayFace>();
 }
 
 } // namespace
@@ -82,6 +82,5 @@ extern "C" int runOnDesktop(int argc, char **argv)
 {
     const QByteArray link = ostrelle::prepareProgram({argv, static_cast<std::size_t>(argc)});
     const ostrelle::TrayApplication application(argc, argv);
-    return ostrelle::runProgram(link,
-                                ostrelle::isOnDisplay() ? &ostrelle::makeTrayDisplay : nullptr);
+    return ostrelle::runProgram(link, ostrelle::isOnDisplay() ? &ostrelle::makeTrayFace : nullptr);
 }

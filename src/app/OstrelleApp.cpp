@@ -30,15 +30,17 @@ namespace
 const QString projectTrackingKey = u"projectTrackingEnabled"_s;
 
 // A link without an address means the gateway in use.
-void storeToken(const ConfigurationLink &link)
+QString gatewayOf(const ConfigurationLink &link)
 {
-    if (!link.token) {
-        return;
+    return link.gatewayBaseURL ? *link.gatewayBaseURL : OstrelleConfig::load().gateway.url;
+}
+
+void storeToken(const ConfigurationLink &link, const QString &gateway)
+{
+    if (link.token) {
+        KeychainHelper::saveToken(*link.token, gateway);
+        KeychainHelper::saveToken(*link.token, KeychainHelper::activeKey);
     }
-    const QString url =
-        link.gatewayBaseURL ? *link.gatewayBaseURL : OstrelleConfig::load().gateway.url;
-    KeychainHelper::saveToken(*link.token, url);
-    KeychainHelper::saveToken(*link.token, KeychainHelper::activeKey);
 }
 
 // What the configuration file then holds, or what was read last, with the link's gateway in use.
@@ -134,9 +136,11 @@ void OstrelleApp::handleNextLink()
         return;
     }
     const ConfigurationLink link = m_links.dequeue();
+    const auto store = [link](const QString &gateway) { storeToken(link, gateway); };
     const auto save = [link, readLast = m_config.withoutTokens()] { saveGateway(link, readLast); };
-    auto stored =
-        QtConcurrent::run(&userInitiatedPool(), &storeToken, link).then(&settingsQueue(), save);
+    auto stored = QtConcurrent::run(&settingsQueue(), &gatewayOf, link)
+                      .then(&userInitiatedPool(), store)
+                      .then(&settingsQueue(), save);
     whenDone(stored, this, [this, link] {
         adopt(link);
         handleNextLink();

@@ -61,13 +61,13 @@ void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
     }
 }
 
-[[noreturn]] void run(SingleInstance &instance, const QByteArray &link, MakeDisplay makeDisplay)
+[[noreturn]] void run(SingleInstance &instance, const QByteArray &link, MakeFace makeFace)
 {
-    auto display = makeDisplay != nullptr ? makeDisplay() : nullptr;
+    auto face = makeFace != nullptr ? makeFace() : nullptr;
     AppDelegate delegate;
     OstrelleApp app(delegate);
-    auto scene = display ? display->makeScene(app) : nullptr;
-    delegate.applicationDidFinishLaunching(display.get());
+    auto scene = face ? face->makeScene(app) : nullptr;
+    delegate.applicationDidFinishLaunching(face.get());
     QObject::connect(&instance, &SingleInstance::started, &app,
                      [&](const QByteArray &message) { handleStart(app, scene.get(), message); });
     if (!link.isEmpty()) {
@@ -76,8 +76,8 @@ void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
     const int status = QCoreApplication::exec();
     instance.release();
     scene.reset();
-    display.reset();
-    static_cast<void>(finishBackgroundWork(std::chrono::milliseconds(500)));
+    face.reset();
+    static_cast<void>(finishBackgroundWork(std::chrono::milliseconds(350)));
     endProcess(status);
 }
 
@@ -90,7 +90,7 @@ QByteArray prepareProgram(std::span<char *> arguments)
     return takeLink(arguments);
 }
 
-int runProgram(const QByteArray &link, MakeDisplay makeDisplay)
+int runProgram(const QByteArray &link, MakeFace makeFace)
 {
     QCoreApplication::setApplicationName(u"ostrelle"_s);
     SingleInstance instance;
@@ -101,7 +101,7 @@ int runProgram(const QByteArray &link, MakeDisplay makeDisplay)
         logLine(u"[Ostrelle] Already running, but the running program does not answer"_s);
         return EXIT_FAILURE;
     case SingleInstance::Role::First:
-        run(instance, link, makeDisplay);
+        run(instance, link, makeFace);
     }
     Q_UNREACHABLE();
 }

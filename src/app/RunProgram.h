@@ -12,7 +12,7 @@ namespace ostrelle
 
 class OstrelleApp;
 
-// The program's face. Main thread only.
+// What is shown of the running program. Main thread only.
 class Scene
 {
 public:
@@ -27,14 +27,14 @@ protected:
 };
 
 // What a display adds to the program. Made before anything else is begun. Main thread only.
-class Display
+class Face
 {
 public:
-    virtual ~Display() = default;
-    Display(const Display &) = delete;
-    Display &operator=(const Display &) = delete;
+    virtual ~Face() = default;
+    Face(const Face &) = delete;
+    Face &operator=(const Face &) = delete;
 
-    // Goes before the application and the display.
+    // Goes before the application and the face.
     virtual std::unique_ptr<Scene> makeScene(OstrelleApp &app) = 0;
 
     // Calls `pressed` on every Super+Shift+M, whatever window has the focus, for as long as the
@@ -42,17 +42,17 @@ public:
     virtual std::unique_ptr<QObject> monitorShortcut(std::function<void()> pressed) = 0;
 
 protected:
-    Display() = default;
+    Face() = default;
 };
 
-using MakeDisplay = std::unique_ptr<Display> (*)();
+using MakeFace = std::unique_ptr<Face> (*)();
 
 // What has to be done before there is an application object and other threads. Returns the link
 // that the desktop opens the program with, if any.
 QByteArray prepareProgram(std::span<char *> arguments);
 
 // Runs the program until it is to end, and then ends the process; returns the exit status where
-// there was nothing to run. Without `makeDisplay` the program does everything but show itself.
-int runProgram(const QByteArray &link, MakeDisplay makeDisplay = nullptr);
+// there was nothing to run. Without `makeFace` the program does everything but show itself.
+int runProgram(const QByteArray &link, MakeFace makeFace = nullptr);
 
 } // namespace ostrelle

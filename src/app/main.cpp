@@ -9,6 +9,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace
 {
@@ -30,17 +31,19 @@ bool hasDisplay()
     return !variable("DISPLAY").empty() || !variable("WAYLAND_DISPLAY").empty();
 }
 
-// The libraries stand in a folder beside the program, or where it was installed to.
-std::filesystem::path libraryDirectory()
+// The libraries stand in a folder beside the program, or where both were installed to.
+void *open(const char *library)
 {
-    const auto programs = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const auto installed = programs / OSTRELLE_INSTALLED_LIBRARIES;
-    return std::filesystem::exists(installed) ? installed : programs / "lib";
+    std::error_code error;
+    const auto programs = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const auto built = programs / "lib" / library;
+    const auto installed = programs / OSTRELLE_INSTALLED_LIBRARIES / library;
+    return ::dlopen((std::filesystem::exists(built, error) ? built : installed).c_str(), RTLD_LAZY);
 }
 
 Run load(const char *library, const char *entry)
 {
-    void *const loaded = ::dlopen((libraryDirectory() / library).c_str(), RTLD_LAZY);
+    void *const loaded = open(library);
     void *const run = loaded != nullptr ? ::dlsym(loaded, entry) : nullptr;
     if (run == nullptr) {
         std::fprintf(stderr, "[Ostrelle] %s\n", ::dlerror());

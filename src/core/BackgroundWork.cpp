@@ -1,6 +1,10 @@
 #include "core/BackgroundWork.h"
 
+#include "platform/NeverDestroyed.h"
+
 #include <QDeadlineTimer>
+
+#include <cstdlib>
 
 namespace ostrelle
 {
@@ -10,28 +14,32 @@ namespace
 
 constexpr int threadsPerPool = 64;
 
-void prepare(QThreadPool &pool, QThread::Priority priority)
+// Has no end of its own, which would wait for what hangs; when a library ends the program with
+// exit(), what is under way gets a moment.
+template<QThread::Priority priority>
+class Pool : public QThreadPool
 {
-    pool.setMaxThreadCount(threadsPerPool);
-    pool.setThreadPriority(priority);
-}
+public:
+    Pool()
+    {
+        setMaxThreadCount(threadsPerPool);
+        setThreadPriority(priority);
+        std::atexit([] { finishBackgroundWork(std::chrono::milliseconds(350)); });
+    }
+};
 
 } // namespace
 
 QThreadPool &utilityPool()
 {
-    static QThreadPool pool;
-    static const bool prepared = (prepare(pool, QThread::LowPriority), true);
-    Q_UNUSED(prepared)
-    return pool;
+    static NeverDestroyed<Pool<QThread::LowPriority>> pool;
+    return pool.object();
 }
 
 QThreadPool &userInitiatedPool()
 {
-    static QThreadPool pool;
-    static const bool prepared = (prepare(pool, QThread::NormalPriority), true);
-    Q_UNUSED(prepared)
-    return pool;
+    static NeverDestroyed<Pool<QThread::NormalPriority>> pool;
+    return pool.object();
 }
 
 BackgroundHold::BackgroundHold()
