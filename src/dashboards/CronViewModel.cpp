@@ -61,15 +61,26 @@ public:
 
     QString take(const CronJobItem &job)
     {
-        const auto known = m_byId.constFind(job.id);
-        if (known != m_byId.cend()) {
-            return *known;
-        }
+        QString key = m_byId.take(job.id);
         const auto left = m_byNature.find(nature(job));
-        return left != m_byNature.end() && !left->isEmpty() ? left->takeFirst() : job.id;
+        if (key.isEmpty() && left != m_byNature.end() && !left->isEmpty()) {
+            key = left->takeFirst();
+        }
+        return onlyOnce(key.isEmpty() ? job.id : key);
     }
 
 private:
+    // An id may stand in the file twice, or be the key of a row whose job has another one by now.
+    QString onlyOnce(QString key)
+    {
+        while (m_given.contains(key)) {
+            key += u'+';
+        }
+        m_given.insert(key);
+        return key;
+    }
+
+    QSet<QString> m_given;
     QHash<QString, QString> m_byId;
     QHash<QStringList, QStringList> m_byNature;
 };

@@ -64,8 +64,12 @@ void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &chan
         change(item);
         return item.isEnabled();
     };
-    whenDone(QtConcurrent::run(&settingsQueue(), work), this,
-             [this](bool holds) { m_launchAtLogin = holds; });
+    const int asked = ++m_loginItemWork;
+    whenDone(QtConcurrent::run(&settingsQueue(), work), this, [this, asked](bool holds) {
+        if (asked == m_loginItemWork) { // else the user has asked for something else meanwhile
+            m_launchAtLogin = holds;
+        }
+    });
 }
 
 void GatewaySettings::setAutoStartVoice(bool start)

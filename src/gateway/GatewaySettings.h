@@ -57,6 +57,7 @@ private:
     void showLoginItem(const std::function<void(LoginItem &)> &change);
 
     const QStringList m_toolPaths;
+    int m_loginItemWork = 0; // counts it: only the last answer is shown
     WorkInOrder m_trackingWork;
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_launchAtLogin, false,

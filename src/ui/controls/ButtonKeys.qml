@@ -23,5 +23,6 @@ Item {
 
     LostFocus {
         control: keys.button
+        controlFocusReason: keys.button.focusReason
     }
 }

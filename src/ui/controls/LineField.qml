@@ -44,6 +44,7 @@ T.TextField {
 
     LostFocus {
         control: field
+        controlFocusReason: field.focusReason
     }
 
     Label {

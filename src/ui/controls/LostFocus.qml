@@ -7,7 +7,8 @@ import Ostrelle
 Item {
     id: lost
 
-    required property Item control // with a focusReason
+    required property Item control
+    required property int controlFocusReason
 
     readonly property bool isLost: lost.control.activeFocus && !lost.control.visible
 
@@ -24,13 +25,9 @@ Item {
         }
     }
 
-    Connections {
-        target: lost.control
-
-        function onFocusReasonChanged() {
-            if (lost.control.focusReason !== Qt.OtherFocusReason) {
-                lost.focusReason = lost.control.focusReason;
-            }
+    onControlFocusReasonChanged: {
+        if (lost.controlFocusReason !== Qt.OtherFocusReason) {
+            lost.focusReason = lost.controlFocusReason;
         }
     }
 }

@@ -18,7 +18,7 @@ FocusScope {
 
     readonly property QuickChatVM chatVM: QuickChatVM {}
 
-    // By their files, so that only what the selected one shows is loaded.
+    // By their files, so that only what the selected one shows is loaded. Each is given the panel.
     readonly property list<string> tabs: [
         "OstrelleTab.qml", "ProjectsTab.qml", "AgentsTab.qml", "CronTab.qml", "SettingsTab.qml"
     ]
