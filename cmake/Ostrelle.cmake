@@ -26,8 +26,8 @@ endif()
 
 # ostrelle_library(<name> SOURCES <file>... [LINK <library>...])
 # One subsystem. What it may use is what its link list names. It describes its models, so that
-# qmllint knows them where the ui exposes them. A shared library, because the program and the modules
-# that it loads when they are needed, the tray and the panel, use the same one.
+# qmllint knows them where the ui exposes them. A shared library, because what the program
+# loads, with or without a display, and the modules that it loads later use the same one.
 function(ostrelle_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
     add_library(${name} SHARED ${arg_SOURCES})
