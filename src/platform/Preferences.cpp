@@ -103,11 +103,12 @@ bool rewrite(const QString &preferences, const Changes &changes)
     if (!replaceFile(draftFile, writtenFile)) {
         return false;
     }
-    if (contentOf(QSettings(writtenFile, QSettings::IniFormat)) == wanted) {
-        return replaceFile(writtenFile, file);
+    const bool replaced = contentOf(QSettings(writtenFile, QSettings::IniFormat)) == wanted &&
+                          replaceFile(writtenFile, file);
+    if (!replaced) {
+        QFile::remove(writtenFile);
     }
-    QFile::remove(writtenFile);
-    return false;
+    return replaced;
 }
 
 struct Content {

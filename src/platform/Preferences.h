@@ -27,7 +27,7 @@ public:
     std::optional<QString> string(const QString &key) const;
 
     // A change holds at once and is written in the settings queue. A failure to write is silent:
-    // the file keeps what it held.
+    // the file keeps what it held, and the next change tries again.
     void set(const QString &key, bool value);
     void set(const QString &key, const QString &value);
     void remove(const QString &key);
