@@ -2,6 +2,7 @@
 #include "core/OstrelleConfig.h"
 #include "desktop/Desk.h"
 
+#include <QScopeGuard>
 #include <QTest>
 
 #include <csignal>
@@ -65,8 +66,18 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
+    void theShortcutMutes_data()
+    {
+        QTest::addColumn<QByteArray>("waylandDisplay");
+        QTest::newRow("an X11 session") << QByteArray();
+        QTest::newRow("a Wayland session without the portal") << QByteArray("wayland-none");
+    }
+
     void theShortcutMutes()
     {
+        QFETCH(const QByteArray, waylandDisplay);
+        qputenv("WAYLAND_DISPLAY", waylandDisplay);
+        const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
         const DesktopHome home;
         XSession session;
         session.startTrayHost();
@@ -74,6 +85,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(home.voiceStatus().contains("\"muted\": false"),
                                  patienceMilliseconds);
         QVERIFY(XSession::waitForIcon());
+        QVERIFY(waylandDisplay.isEmpty() || !program.waitForLine("M is not heard").isEmpty());
         const QString mute = u"super+shift+58"_s; // the key of the m in the layout in use
         XSession::useLayouts(u"us,fr"_s);
         XSession::press(u"super+shift+47"_s); // an m only in the layout that is not in use
