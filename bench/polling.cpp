@@ -3,7 +3,7 @@
 // in a home directory of its own, which it fills.
 
 #include "Turns.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/CronViewModel.h"
 #include "gateway/GatewayViewModel.h"

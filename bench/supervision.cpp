@@ -3,7 +3,7 @@
 
 #include "Turns.h"
 #include "core/BackgroundWork.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 #include "setup/SetupManager.h"

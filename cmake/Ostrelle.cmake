@@ -1,4 +1,4 @@
-# What every target of the project is compiled with, and the three ways to declare one.
+# What every target of the project is compiled with, and the ways to declare one.
 
 add_library(ostrelle_options INTERFACE)
 target_compile_features(ostrelle_options INTERFACE cxx_std_23)
@@ -24,22 +24,38 @@ if(OSTRELLE_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# ostrelle_library(<name> SOURCES <file>... [LINK <library>...])
-# One subsystem. What it may use is what its link list names. It describes its models, so that
-# qmllint knows them where the ui exposes them. A shared library, because what the program
-# loads, with or without a display, and the modules that it loads later use the same one.
-function(ostrelle_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
-    add_library(${name} SHARED ${arg_SOURCES})
-    set_target_properties(${name} PROPERTIES
+# ostrelle_folder(<name> SOURCES <file>... [USES <library>...])
+# One folder of src, as the objects ostrelle_<name>. USES names the folders whose headers it may
+# include (script/lint checks it) and the libraries that it needs. It describes its models, so that
+# qmllint knows them where the ui exposes them.
+function(ostrelle_folder name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
+    add_library(ostrelle_${name} OBJECT ${arg_SOURCES})
+    set_target_properties(ostrelle_${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    target_link_libraries(ostrelle_${name} PUBLIC ostrelle_options ${arg_USES})
+    qt_extract_metatypes(ostrelle_${name})
+endfunction()
+
+# ostrelle_module(<target> NAME <name> [FOLDERS <folder>...]
+#                 [SOURCES <file>...] [LINK <library>...])
+# The shared library lib<name>.so, made of whole folders or of files. What one of them needs and nobody gives it
+# does not link.
+function(ostrelle_module target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "NAME" "FOLDERS;SOURCES;LINK")
+    add_library(${target} SHARED ${arg_SOURCES})
+    list(TRANSFORM arg_FOLDERS PREPEND ostrelle_)
+    target_link_libraries(${target} PUBLIC ${arg_FOLDERS} ${arg_LINK})
+    set_target_properties(${target} PROPERTIES
+        OUTPUT_NAME ${arg_NAME}
         DEFINE_SYMBOL ""
+        LINKER_LANGUAGE CXX
+        INSTALL_RPATH $ORIGIN
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-    target_link_libraries(${name} PUBLIC ostrelle_options ${arg_LINK})
-    # What a library defines itself is not looked up by name at every start.
+    # What a library defines itself is not looked up by name at every start. The sanitizers' run-time
+    # libraries come with the program and define what is missing only there.
     if(NOT OSTRELLE_SANITIZE)
-        target_link_options(${name} PRIVATE LINKER:-Bsymbolic)
+        target_link_options(${target} PRIVATE LINKER:-Bsymbolic LINKER:-z,defs)
     endif()
-    qt_extract_metatypes(${name})
 endfunction()
 
 set(lsan_options "suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp print_suppressions=0")
@@ -51,22 +67,23 @@ set(asan_options "intercept_tls_get_addr=0")
 set(tsan_options "suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp die_after_fork=0 report_mutex_bugs=0")
 
 # ostrelle_test(<name> SOURCES <file>... [LINK <library>...])
-# A Qt Test program that CTest runs in a home directory of its own.
+# A Qt Test program that CTest runs in a home directory of its own. All that runs without a display
+# is there without being named.
 function(ostrelle_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE ostrelle_options ostrelle_testsupport ${arg_LINK} Qt6::Test)
+    target_link_libraries(${name} PRIVATE ostrelle_testsupport libostrelle ${arg_LINK} Qt6::Test)
     target_compile_options(${name} PRIVATE -O0 -g1) # compiling them takes longer than running them
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
         "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};TSAN_OPTIONS=${tsan_options};LSAN_OPTIONS=${lsan_options};ASAN_OPTIONS=${asan_options}")
 endfunction()
 
-# ostrelle_fuzz_target(<name> SOURCES <file>... [LINK <library>...])
+# ostrelle_fuzz_target(<name> SOURCES <file>...)
 # A libFuzzer program; its seed corpus is the folder fuzz/corpus/<name>.
 function(ostrelle_fuzz_target name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE ostrelle_options ${arg_LINK})
+    target_link_libraries(${name} PRIVATE fuzzed)
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
 endfunction()

@@ -1,7 +1,7 @@
 // Draws the program's icon, the pearl as it is while the voice agent dozes, in the sizes that icon
 // themes have. Usage: make-icons DIRECTORY
 
-#include "ui/Pearl.h"
+#include "tray/Pearl.h"
 
 #include <QDir>
 #include <QImage>

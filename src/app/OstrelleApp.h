@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/ConfigurationLink.h"
-#include "core/OstrelleConfig.h"
-#include "ui/Models.h"
+#include "settings/OstrelleConfig.h"
+#include "tray/Models.h"
 
 #include <QObject>
 #include <QQueue>

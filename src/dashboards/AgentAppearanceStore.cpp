@@ -1,6 +1,6 @@
 #include "dashboards/AgentAppearanceStore.h"
 
-#include "platform/Preferences.h"
+#include "settings/Preferences.h"
 
 namespace ostrelle
 {

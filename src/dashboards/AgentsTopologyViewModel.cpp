@@ -1,7 +1,7 @@
 #include "dashboards/AgentsTopologyViewModel.h"
 
 #include "core/ExpandPath.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "tracker/AgentStatus.h"
 #include "tracker/TrackerDocument.h"
 

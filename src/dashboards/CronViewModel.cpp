@@ -1,6 +1,6 @@
 #include "dashboards/CronViewModel.h"
 
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "tracker/TrackerDocument.h"
 
 namespace ostrelle

@@ -2,7 +2,7 @@
 
 #include "core/ExpandPath.h"
 #include "core/NameOrder.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
 #include "dashboards/ProjectTrackerJob.h"
 #include "tracker/TrackerDocument.h"

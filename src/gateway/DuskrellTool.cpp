@@ -1,7 +1,7 @@
 #include "gateway/DuskrellTool.h"
 
-#include "core/KeychainHelper.h"
-#include "core/OstrelleConfig.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 #include "gateway/Utf8.h"
 #include "platform/ChildProcess.h"
 

@@ -1,8 +1,8 @@
 #include "gateway/GatewayProfiles.h"
 
-#include "core/KeychainHelper.h"
+#include "settings/KeychainHelper.h"
 #include "core/WhenDone.h"
-#include "platform/SettingsQueue.h"
+#include "settings/SettingsQueue.h"
 
 #include <QtConcurrent>
 

@@ -3,8 +3,8 @@
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
-#include "platform/Preferences.h"
-#include "platform/SettingsQueue.h"
+#include "settings/Preferences.h"
+#include "settings/SettingsQueue.h"
 
 #include <QtConcurrent>
 

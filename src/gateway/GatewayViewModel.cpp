@@ -1,9 +1,9 @@
 #include "gateway/GatewayViewModel.h"
 
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
-#include "platform/Preferences.h"
+#include "settings/Preferences.h"
 
 #include <QFile>
 #include <QtConcurrent>

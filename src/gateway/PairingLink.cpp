@@ -1,6 +1,6 @@
 #include "gateway/PairingLink.h"
 
-#include "core/KeychainHelper.h"
+#include "settings/KeychainHelper.h"
 
 #include <QUrl>
 

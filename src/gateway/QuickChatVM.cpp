@@ -1,7 +1,7 @@
 #include "gateway/QuickChatVM.h"
 
 #include "core/BackgroundWork.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
 #include "gateway/ChatReply.h"
 

@@ -1,6 +1,6 @@
 #include "gateway/StoredTokens.h"
 
-#include "core/KeychainHelper.h"
+#include "settings/KeychainHelper.h"
 
 namespace ostrelle
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/BackgroundWork.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "platform/Paths.h"
 #include "setup/ProgressFeed.h"
 #include "setup/StatusLog.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "statusserver/AbandonableThread.h"
 #include "statusserver/Acceptor.h"
 #include "statusserver/ClientService.h"

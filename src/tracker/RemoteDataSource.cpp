@@ -1,7 +1,7 @@
 #include "tracker/RemoteDataSource.h"
 
 #include "core/HttpClient.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 
 #include <QEventLoop>
 #include <QUrl>

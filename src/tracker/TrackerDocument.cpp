@@ -1,7 +1,7 @@
 #include "tracker/TrackerDocument.h"
 
 #include "core/ExpandPath.h"
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "platform/Files.h"
 #include "tracker/RemoteDataSource.h"
 

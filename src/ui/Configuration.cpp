@@ -1,8 +1,8 @@
 #include "ui/Configuration.h"
 
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
-#include "platform/SettingsQueue.h"
+#include "settings/SettingsQueue.h"
 
 #include <QtConcurrentRun>
 

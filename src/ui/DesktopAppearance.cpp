@@ -1,6 +1,6 @@
 #include "ui/DesktopAppearance.h"
 
-#include "ui/DesktopBus.h"
+#include "tray/DesktopBus.h"
 
 #include <QDBusArgument>
 #include <QDBusPendingCallWatcher>

@@ -1,6 +1,6 @@
 #include "ui/Panel.h"
 
-#include "platform/Preferences.h"
+#include "settings/Preferences.h"
 #include "ui/FieldAccessibility.h"
 #include "ui/QmlTypes.h"
 #include "ui/SymbolProvider.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ui/DesktopAppearance.h"
-#include "ui/PanelWindow.h"
+#include "tray/PanelWindow.h"
 
 #include <QQuickView>
 #include <QTimer>

@@ -4,7 +4,7 @@
 #include "core/LegacyAgent.h"
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
-#include "platform/Preferences.h"
+#include "settings/Preferences.h"
 #include "voice/AgentLog.h"
 #include "voice/PidFile.h"
 #include "voice/VoiceAgentCommand.h"

@@ -1,6 +1,6 @@
 #include "app/Program.h"
-#include "core/KeychainHelper.h"
-#include "core/OstrelleConfig.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
 #include "support/ScratchHome.h"

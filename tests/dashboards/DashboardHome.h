@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "gateway/StandInGateway.h"
 #include "support/ScratchHome.h"
 

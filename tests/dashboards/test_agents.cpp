@@ -2,7 +2,7 @@
 #include "dashboards/AgentAppearanceStore.h"
 #include "dashboards/AgentVisualPreset.h"
 #include "dashboards/AgentsTopologyViewModel.h"
-#include "platform/SettingsQueue.h"
+#include "settings/SettingsQueue.h"
 #include "tracker/AgentStatus.h"
 
 #include <QSignalSpy>

@@ -1,6 +1,6 @@
 #include "desktop/Desk.h"
 
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 
 #include <QDir>
 #include <QProcess>

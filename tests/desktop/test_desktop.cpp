@@ -1,5 +1,5 @@
-#include "core/KeychainHelper.h"
-#include "core/OstrelleConfig.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 #include "desktop/Desk.h"
 
 #include <QScopeGuard>

@@ -1,6 +1,6 @@
 #include "core/BackgroundWork.h"
-#include "core/KeychainHelper.h"
-#include "core/OstrelleConfig.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 #include "gateway/QuickChatVM.h"
 #include "gateway/StandInGateway.h"
 #include "support/ScratchHome.h"

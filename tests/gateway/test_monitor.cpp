@@ -1,9 +1,9 @@
-#include "core/KeychainHelper.h"
-#include "core/OstrelleConfig.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 #include "gateway/GatewayViewModel.h"
 #include "gateway/Scripts.h"
 #include "gateway/StandInGateway.h"
-#include "platform/Preferences.h"
+#include "settings/Preferences.h"
 
 #include <QSignalSpy>
 

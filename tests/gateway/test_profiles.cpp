@@ -1,8 +1,8 @@
-#include "core/KeychainHelper.h"
+#include "settings/KeychainHelper.h"
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
-#include "platform/Preferences.h"
-#include "platform/SettingsQueue.h"
+#include "settings/Preferences.h"
+#include "settings/SettingsQueue.h"
 
 #include <QProcess>
 #include <QSignalSpy>

@@ -1,5 +1,5 @@
 #include "SetupHome.h"
-#include "core/KeychainHelper.h"
+#include "settings/KeychainHelper.h"
 #include "platform/ChildProcess.h"
 #include "setup/InstallerOutput.h"
 

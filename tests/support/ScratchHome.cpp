@@ -1,6 +1,6 @@
 #include "support/ScratchHome.h"
 
-#include "platform/SettingsQueue.h"
+#include "settings/SettingsQueue.h"
 
 #include <QDir>
 #include <QFile>

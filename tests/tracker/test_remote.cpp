@@ -1,4 +1,4 @@
-#include "core/OstrelleConfig.h"
+#include "settings/OstrelleConfig.h"
 #include "gateway/StandInGateway.h"
 #include "support/ScratchHome.h"
 #include "tracker/RemoteDataSource.h"

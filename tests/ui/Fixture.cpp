@@ -1,9 +1,9 @@
 #include "ui/Fixture.h"
 
-#include "core/KeychainHelper.h"
+#include "settings/KeychainHelper.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "platform/SecretStore.h"
+#include "settings/PreferredSecretStore.h"
 #include "ui/FieldAccessibility.h"
 
 #include <QAccessible>

@@ -1,5 +1,5 @@
 #include "AgentHome.h"
-#include "platform/Preferences.h"
+#include "settings/Preferences.h"
 
 #include <QDir>
 #include <QFileInfo>

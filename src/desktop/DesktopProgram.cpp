@@ -1,0 +1,86 @@
+#include "app/OstrelleApp.h"
+#include "app/RunProgram.h"
+#include "core/BackgroundWork.h"
+#include "displayserver/GlobalShortcut.h"
+#include "tray/MenuBarExtra.h"
+#include "tray/TrayApplication.h"
+
+#include <QTimer>
+
+#include <optional>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+class TrayScene : public Scene
+{
+public:
+    TrayScene(OstrelleApp &app, const TrayHostWatcher &hosts)
+        : m_extra(app.models(), hosts)
+    {
+        QObject::connect(&m_extra, &MenuBarExtra::panelAppeared, &app,
+                         &OstrelleApp::handOverServices);
+    }
+
+    const MenuBarExtra &extra() const { return m_extra; }
+    void openPanel() override { m_extra.openPanel(); }
+
+private:
+    MenuBarExtra m_extra;
+};
+
+// The icon comes first: background work waits for it, so that what that starts does not take the
+// processor from it.
+class TrayFace : public Face
+{
+public:
+    std::unique_ptr<Scene> makeScene(OstrelleApp &app) override
+    {
+        auto scene = std::make_unique<TrayScene>(app, m_hosts);
+        QObject::connect(&scene->extra(), &MenuBarExtra::iconShown, &m_hosts,
+                         [this] { endHold(hostTakesIconIn); });
+        endHold(iconPatience);
+        return scene;
+    }
+
+    std::unique_ptr<QObject> monitorShortcut(std::function<void()> pressed) override
+    {
+        auto shortcut = GlobalShortcut::listen(utilityPool());
+        if (shortcut) {
+            QObject::connect(shortcut.get(), &GlobalShortcut::pressed, std::move(pressed));
+        }
+        return shortcut;
+    }
+
+private:
+    static constexpr std::chrono::milliseconds hostTakesIconIn{30};
+    static constexpr std::chrono::milliseconds iconPatience{200}; // there may be no host
+
+    void endHold(std::chrono::milliseconds after)
+    {
+        QTimer::singleShot(after, &m_hosts, [this] { m_hold.reset(); });
+    }
+
+    TrayHostWatcher m_hosts; // has asked the bus before background work is held
+    std::optional<BackgroundHold> m_hold = std::make_optional<BackgroundHold>();
+};
+
+std::unique_ptr<Face> makeTrayFace()
+{
+    return std::make_unique<TrayFace>();
+}
+
+} // namespace
+
+} // namespace ostrelle
+
+// Called by the program's main, by this name.
+extern "C" int runOnDesktop(int argc, char **argv)
+{
+    const QByteArray link = ostrelle::prepareProgram({argv, static_cast<std::size_t>(argc)});
+    const ostrelle::TrayApplication application(argc, argv);
+    return ostrelle::runProgram(link, ostrelle::isOnDisplay() ? &ostrelle::makeTrayFace : nullptr);
+}

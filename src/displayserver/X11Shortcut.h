@@ -1,0 +1,34 @@
+#pragma once
+
+#include "displayserver/GlobalShortcut.h"
+#include "displayserver/X11Connection.h"
+
+namespace ostrelle
+{
+
+// Hears the shortcut through the raw key events of XInput 2, without taking it from the window that
+// has the focus.
+class X11Shortcut : public GlobalShortcut
+{
+    Q_OBJECT
+
+public:
+    // Null where there is no X server that can be listened to.
+    static std::unique_ptr<X11Shortcut> listen();
+
+private:
+    X11Shortcut() = default;
+    bool selectRawKeys();
+    bool followState();
+    void handle(_XEvent &event);
+    bool isShortcut(unsigned int keycode) const;
+
+    std::unique_ptr<X11Connection> m_connection;
+    int m_inputOpcode = 0;
+    int m_stateEvent = 0; // the type of the events that tell of the keyboard's state
+    // As they were when the events so far happened. Asked for later, they may be over already.
+    unsigned int m_modifiers = 0;
+    int m_group = 0;
+};
+
+} // namespace ostrelle

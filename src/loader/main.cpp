@@ -1,0 +1,63 @@
+// The program proper is in libraries: one that runs on a desktop and one that runs without a
+// display. Loaded from here, each looks its names up among what it needs itself. Linked, all of Qt
+// Widgets would come with a headless publisher, or be looked up among everything that is loaded
+// before it.
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace
+{
+
+using Run = int (*)(int argc, char **argv);
+
+std::string_view variable(const char *name)
+{
+    const char *value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+// Whether the session seems to have a display, as its environment tells.
+bool hasDisplay()
+{
+    if (const auto chosen = variable("QT_QPA_PLATFORM"); !chosen.empty()) {
+        return !chosen.starts_with("offscreen") && !chosen.starts_with("minimal");
+    }
+    return !variable("DISPLAY").empty() || !variable("WAYLAND_DISPLAY").empty();
+}
+
+// The libraries stand in a folder beside the program, or where both were installed to.
+void *open(const char *library)
+{
+    std::error_code error;
+    const auto programs = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const auto built = programs / "lib" / library;
+    const auto installed = programs / OSTRELLE_INSTALLED_LIBRARIES / library;
+    return ::dlopen((std::filesystem::exists(built, error) ? built : installed).c_str(), RTLD_LAZY);
+}
+
+Run load(const char *library, const char *entry)
+{
+    void *const loaded = open(library);
+    void *const run = loaded != nullptr ? ::dlsym(loaded, entry) : nullptr;
+    if (run == nullptr) {
+        std::fprintf(stderr, "[Ostrelle] %s\n", ::dlerror());
+    }
+    return reinterpret_cast<Run>(run);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Run run = hasDisplay() ? load("libostrelle_desktop.so", "runOnDesktop") : nullptr;
+    if (run == nullptr) {
+        run = load("libostrelle.so", "runHeadless");
+    }
+    return run != nullptr ? run(argc, argv) : EXIT_FAILURE;
+}

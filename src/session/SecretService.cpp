@@ -1,0 +1,287 @@
+#include "session/SecretService.h"
+
+#include "session/SessionBus.h"
+
+#include <libsecret/secret.h>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+constexpr const char *serviceName = "ai.duskrell.ostrelle";
+
+// Items are found by their attributes alone, so that one made with another tool counts too.
+const SecretSchema tokenSchema = {
+    .name = "ai.duskrell.ostrelle.Token",
+    .flags = SECRET_SCHEMA_DONT_MATCH_NAME,
+    .attributes = {{"service", SECRET_SCHEMA_ATTRIBUTE_STRING},
+                   {"account", SECRET_SCHEMA_ATTRIBUTE_STRING},
+                   {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING}},
+    .reserved = 0,
+    .reserved1 = nullptr,
+    .reserved2 = nullptr,
+    .reserved3 = nullptr,
+    .reserved4 = nullptr,
+    .reserved5 = nullptr,
+    .reserved6 = nullptr,
+    .reserved7 = nullptr,
+};
+
+struct HashTableUnref {
+    void operator()(GHashTable *table) const { g_hash_table_unref(table); }
+};
+struct SecretValueUnref {
+    void operator()(SecretValue *value) const { secret_value_unref(value); }
+};
+struct ItemListFree {
+    void operator()(GList *items) const { g_list_free_full(items, g_object_unref); }
+};
+using Attributes = std::unique_ptr<GHashTable, HashTableUnref>;
+using Items = std::unique_ptr<GList, ItemListFree>;
+
+class Failure
+{
+public:
+    ~Failure() { g_clear_error(&m_error); }
+    Failure() = default;
+    Q_DISABLE_COPY_MOVE(Failure)
+
+    GError **out() { return &m_error; }
+
+    // The bus or the service went away, or the deadline passed; anything else is an answer.
+    SecretProblem problem() const
+    {
+        const bool answered =
+            m_error && g_dbus_error_is_remote_error(m_error) &&
+            !g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) &&
+            !g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) &&
+            !g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY);
+        return answered ? SecretProblem::Refused : SecretProblem::Unreachable;
+    }
+
+private:
+    GError *m_error = nullptr;
+};
+
+Attributes attributesOf(const QString &account)
+{
+    return Attributes(secret_attributes_build(&tokenSchema, "service", serviceName, "account",
+                                              account.toUtf8().constData(), nullptr));
+}
+
+// One conversation with the service: the connection, and the calls made over it.
+class Conversation
+{
+public:
+    static std::expected<std::unique_ptr<Conversation>, SecretProblem> begin()
+    {
+        if (!sessionBus()) {
+            secret_service_disconnect(); // it may hold the connection to a bus that is gone
+            return std::unexpected(SecretProblem::Unreachable);
+        }
+        auto conversation = std::unique_ptr<Conversation>(new Conversation);
+        conversation->connect();
+        if (!conversation->m_service) {
+            return std::unexpected(SecretProblem::Unreachable);
+        }
+        return conversation;
+    }
+
+    bool deadlinePassed() const { return g_cancellable_is_cancelled(m_calls.cancellable()) != 0; }
+
+    // Without unlocking anything; locked items come without their secret.
+    std::expected<Items, SecretProblem> search(const QString &account)
+    {
+        const Attributes attributes = attributesOf(account);
+        const auto flags =
+            static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
+        const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+            secret_service_search(m_service.get(), &tokenSchema, attributes.get(), flags,
+                                  m_calls.cancellable(), callback, data);
+        });
+        Failure failure;
+        Items items(secret_service_search_finish(m_service.get(), result.get(), failure.out()));
+        if (*failure.out()) {
+            return std::unexpected(lost(failure));
+        }
+        return items;
+    }
+
+    std::expected<void, SecretProblem> deleteItem(SecretItem *item)
+    {
+        if (secret_item_get_locked(item)) {
+            return std::unexpected(SecretProblem::Locked);
+        }
+        const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+            secret_item_delete(item, m_calls.cancellable(), callback, data);
+        });
+        Failure failure;
+        if (!secret_item_delete_finish(item, result.get(), failure.out())) {
+            return std::unexpected(lost(failure));
+        }
+        return {};
+    }
+
+    // Storing into a locked collection would raise a prompt, so it is asked first.
+    std::expected<void, SecretProblem> requireUnlockedCollection()
+    {
+        const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+            secret_collection_for_alias(m_service.get(), SECRET_COLLECTION_DEFAULT,
+                                        SECRET_COLLECTION_NONE, m_calls.cancellable(), callback,
+                                        data);
+        });
+        Failure failure;
+        const GObjectPtr<SecretCollection> collection(
+            secret_collection_for_alias_finish(result.get(), failure.out()));
+        if (*failure.out()) {
+            return std::unexpected(lost(failure));
+        }
+        if (!collection) {
+            // Nobody has set a keyring up here; one can only be made by asking the user.
+            return std::unexpected(SecretProblem::Unreachable);
+        }
+        if (secret_collection_get_locked(collection.get())) {
+            return std::unexpected(SecretProblem::Locked);
+        }
+        return {};
+    }
+
+    std::expected<void, SecretProblem> store(const QString &account, const QByteArray &secret)
+    {
+        const Attributes attributes = attributesOf(account);
+        const std::unique_ptr<SecretValue, SecretValueUnref> value(
+            secret_value_new(secret.constData(), secret.size(), "text/plain"));
+        const QByteArray label = "Ostrelle: " + account.toUtf8();
+        const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+            secret_service_store(m_service.get(), &tokenSchema, attributes.get(),
+                                 SECRET_COLLECTION_DEFAULT, label.constData(), value.get(),
+                                 m_calls.cancellable(), callback, data);
+        });
+        Failure failure;
+        if (!secret_service_store_finish(m_service.get(), result.get(), failure.out())) {
+            return std::unexpected(lost(failure));
+        }
+        return {};
+    }
+
+private:
+    Conversation() = default;
+
+    void connect()
+    {
+        const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+            secret_service_get(SECRET_SERVICE_OPEN_SESSION, m_calls.cancellable(), callback, data);
+        });
+        m_service.reset(secret_service_get_finish(result.get(), nullptr));
+    }
+
+    // libsecret keeps its connection, and with it the name of a service that has since restarted;
+    // the next conversation looks for it anew.
+    static SecretProblem lost(const Failure &failure)
+    {
+        const SecretProblem problem = failure.problem();
+        if (problem == SecretProblem::Unreachable) {
+            secret_service_disconnect();
+        }
+        return problem;
+    }
+
+    BoundedCalls m_calls;
+    GObjectPtr<::SecretService> m_service;
+};
+
+// A service that was restarted is found at the second attempt; one that hangs is not tried again.
+template<typename Work>
+auto converse(Work work) -> decltype(work(std::declval<Conversation &>()))
+{
+    for (bool again = true;; again = false) {
+        const auto conversation = Conversation::begin();
+        if (!conversation) {
+            return std::unexpected(conversation.error());
+        }
+        const auto answer = work(**conversation);
+        const bool lost = !answer && answer.error() == SecretProblem::Unreachable;
+        if (!lost || !again || (*conversation)->deadlinePassed()) {
+            return answer;
+        }
+    }
+}
+
+std::expected<std::optional<QByteArray>, SecretProblem> readIn(Conversation &conversation,
+                                                               const QString &account)
+{
+    const auto items = conversation.search(account);
+    if (!items) {
+        return std::unexpected(items.error());
+    }
+    bool locked = false;
+    for (const GList *entry = items->get(); entry; entry = entry->next) {
+        auto *item = static_cast<SecretItem *>(entry->data);
+        const std::unique_ptr<SecretValue, SecretValueUnref> value(secret_item_get_secret(item));
+        if (value) {
+            gsize size = 0;
+            const char *bytes = secret_value_get(value.get(), &size);
+            return QByteArray(bytes, static_cast<qsizetype>(size));
+        }
+        locked = locked || secret_item_get_locked(item);
+    }
+    if (locked) {
+        return std::unexpected(SecretProblem::Locked);
+    }
+    return std::nullopt;
+}
+
+std::expected<void, SecretProblem> writeIn(Conversation &conversation, const QString &account,
+                                           const QByteArray &secret)
+{
+    if (const auto unlocked = conversation.requireUnlockedCollection(); !unlocked) {
+        return unlocked;
+    }
+    const auto items = conversation.search(account);
+    if (!items) {
+        return std::unexpected(items.error());
+    }
+    // Storing replaces one item with these attributes; all but one have to go before.
+    for (const GList *entry = items->get(); entry && entry->next; entry = entry->next) {
+        static_cast<void>(conversation.deleteItem(static_cast<SecretItem *>(entry->data)));
+    }
+    return conversation.store(account, secret);
+}
+
+std::expected<void, SecretProblem> removeIn(Conversation &conversation, const QString &account)
+{
+    const auto items = conversation.search(account);
+    if (!items) {
+        return std::unexpected(items.error());
+    }
+    for (const GList *entry = items->get(); entry; entry = entry->next) {
+        const auto deleted = conversation.deleteItem(static_cast<SecretItem *>(entry->data));
+        if (!deleted) {
+            return deleted;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::expected<std::optional<QByteArray>, SecretProblem> SecretService::read(const QString &account)
+{
+    return converse([&](Conversation &conversation) { return readIn(conversation, account); });
+}
+
+std::expected<void, SecretProblem> SecretService::write(const QString &account,
+                                                        const QByteArray &secret)
+{
+    return converse(
+        [&](Conversation &conversation) { return writeIn(conversation, account, secret); });
+}
+
+std::expected<void, SecretProblem> SecretService::remove(const QString &account)
+{
+    return converse([&](Conversation &conversation) { return removeIn(conversation, account); });
+}
+
+} // namespace ostrelle

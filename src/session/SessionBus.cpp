@@ -1,0 +1,85 @@
+#include "session/SessionBus.h"
+
+#include <QFile>
+
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+// Without this question GLib would start a bus of its own where the session has none.
+bool sessionHasBus()
+{
+    if (const char *address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address) {
+        return true;
+    }
+    const char *runtime = std::getenv("XDG_RUNTIME_DIR");
+    return runtime && ::access((std::string(runtime) + "/bus").c_str(), F_OK) == 0;
+}
+
+} // namespace
+
+GObjectPtr<GDBusConnection> sessionBus()
+{
+    if (!sessionHasBus()) {
+        return nullptr;
+    }
+    BoundedCalls calls;
+    const auto result = calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+        g_bus_get(G_BUS_TYPE_SESSION, calls.cancellable(), callback, data);
+    });
+    GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result.get(), nullptr));
+    if (connection && g_dbus_connection_is_closed(connection.get())) {
+        return nullptr; // of a bus that is gone, and still held by somebody
+    }
+    if (connection) {
+        // By default GLib ends the whole process together with the bus.
+        g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+    }
+    return connection;
+}
+
+BoundedCalls::BoundedCalls()
+    : m_context(g_main_context_new())
+    , m_cancellable(g_cancellable_new())
+    , m_deadline(g_timeout_source_new(static_cast<guint>(
+          std::chrono::duration_cast<std::chrono::milliseconds>(sessionBusDeadline).count())))
+{
+    g_main_context_push_thread_default(m_context.get());
+    g_source_set_callback(m_deadline.get(), &BoundedCalls::cancel, this, nullptr);
+    g_source_attach(m_deadline.get(), m_context.get());
+}
+
+BoundedCalls::~BoundedCalls()
+{
+    m_deadline.reset();
+    // What a cancelled call still has to tell is told before its context goes.
+    while (g_main_context_iteration(m_context.get(), FALSE)) {
+    }
+    g_main_context_pop_thread_default(m_context.get());
+}
+
+void BoundedCalls::keepResult(GObject * /*source*/, GAsyncResult *result, gpointer self)
+{
+    static_cast<BoundedCalls *>(self)->m_result.reset(G_ASYNC_RESULT(g_object_ref(result)));
+}
+
+gboolean BoundedCalls::cancel(gpointer self)
+{
+    g_cancellable_cancel(static_cast<BoundedCalls *>(self)->cancellable());
+    return G_SOURCE_CONTINUE;
+}
+
+void BoundedCalls::waitForResult()
+{
+    while (!m_result) {
+        g_main_context_iteration(m_context.get(), TRUE);
+    }
+}
+
+} // namespace ostrelle

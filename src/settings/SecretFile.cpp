@@ -1,0 +1,98 @@
+#include "settings/SecretFile.h"
+
+#include "platform/Files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+
+#include <sys/stat.h>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+constexpr std::size_t maxSecretBytes = std::size_t{4} * 1024 * 1024;
+
+} // namespace
+
+std::expected<QJsonObject, SecretFile::LoadProblem> SecretFile::load() const
+{
+    const auto content = readFile(m_path, maxSecretBytes);
+    if (!content) {
+        if (content.error().kind == FileProblem::Kind::Missing) {
+            return QJsonObject();
+        }
+        return std::unexpected(LoadProblem::Unreadable);
+    }
+    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(*content));
+    if (!document.isObject()) {
+        return std::unexpected(LoadProblem::NotUnderstood);
+    }
+    return document.object();
+}
+
+bool SecretFile::setAside() const
+{
+    QString name = m_path + QStringLiteral(".broken");
+    for (int number = 2; fileExists(name); ++number) {
+        name = m_path + QStringLiteral(".broken-%1").arg(number);
+    }
+    return QFile::rename(m_path, name);
+}
+
+std::expected<void, SecretProblem> SecretFile::save(const QJsonObject &secrets) const
+{
+    QDir().mkpath(QFileInfo(m_path).path());
+    // A file that somebody opened up is closed again before a secret is written into it.
+    ::chmod(QFile::encodeName(m_path).constData(), ownerOnly);
+    if (!writeInPlace(m_path, QJsonDocument(secrets).toJson(), ownerOnly)) {
+        return std::unexpected(SecretProblem::Refused);
+    }
+    return {};
+}
+
+std::expected<std::optional<QByteArray>, SecretProblem> SecretFile::read(const QString &account)
+{
+    const std::scoped_lock lock(m_mutex);
+    const auto secrets = load();
+    if (!secrets) {
+        return std::unexpected(SecretProblem::Refused);
+    }
+    const QJsonValue secret = secrets->value(account);
+    return secret.isString() ? std::optional(secret.toString().toUtf8()) : std::nullopt;
+}
+
+std::expected<void, SecretProblem> SecretFile::write(const QString &account,
+                                                     const QByteArray &secret)
+{
+    const std::scoped_lock lock(m_mutex);
+    auto secrets = load();
+    if (!secrets) {
+        if (secrets.error() == LoadProblem::Unreadable || !setAside()) {
+            return std::unexpected(SecretProblem::Refused);
+        }
+        secrets = QJsonObject();
+    }
+    secrets->insert(account, QString::fromUtf8(secret));
+    return save(*secrets);
+}
+
+std::expected<void, SecretProblem> SecretFile::remove(const QString &account)
+{
+    const std::scoped_lock lock(m_mutex);
+    auto secrets = load();
+    if (!secrets) {
+        return std::unexpected(SecretProblem::Refused);
+    }
+    if (!secrets->contains(account)) {
+        return {};
+    }
+    secrets->remove(account);
+    return save(*secrets);
+}
+
+} // namespace ostrelle

@@ -1,0 +1,87 @@
+#include "tray/MenuBarLabel.h"
+
+#include "gateway/GatewayViewModel.h"
+#include "tray/Pearl.h"
+#include "tray/PearlIcon.h"
+#include "tray/Quit.h"
+#include "tray/StateInWords.h"
+#include "voice/VoiceViewModel.h"
+
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+MenuBarLabel::MenuBarLabel(GatewayViewModel *gatewayVM, VoiceViewModel *voiceVM, QObject *parent)
+    : QObject(parent)
+    , m_gatewayVM(gatewayVM)
+    , m_voiceVM(voiceVM)
+{
+}
+
+MenuBarLabel::~MenuBarLabel() = default;
+
+void MenuBarLabel::show()
+{
+    if (isShown()) {
+        return;
+    }
+    makeMenu();
+    m_icon = std::make_unique<QSystemTrayIcon>();
+    m_icon->setContextMenu(m_menu.get());
+    connect(m_icon.get(), &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason reason) {
+                // The second of two quick clicks is reported as a double click only.
+                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick) {
+                    Q_EMIT clicked();
+                }
+            });
+    connect(m_gatewayVM, &GatewayViewModel::gatewayOnlineChanged, this, &MenuBarLabel::update);
+    connect(m_voiceVM, &VoiceViewModel::voiceRunningChanged, this, &MenuBarLabel::update);
+    connect(m_voiceVM, &VoiceViewModel::stateChanged, this, &MenuBarLabel::update);
+    connect(m_voiceVM, &VoiceViewModel::stateLabelChanged, this, &MenuBarLabel::update);
+    connect(m_voiceVM, &VoiceViewModel::isMutedChanged, this, &MenuBarLabel::update);
+    update();
+    m_icon->show();
+}
+
+QRect MenuBarLabel::geometry() const
+{
+    return m_icon ? m_icon->geometry() : QRect();
+}
+
+void MenuBarLabel::makeMenu()
+{
+    m_menu = std::make_unique<QMenu>();
+    m_menu->addAction(u"Open Ostrelle"_s, this, &MenuBarLabel::openChosen);
+    m_menu->addSeparator();
+    m_stateLine = m_menu->addAction(QString());
+    m_stateLine->setEnabled(false);
+    m_mute = m_menu->addAction(QString(), m_voiceVM, &VoiceViewModel::toggleMute);
+    m_menu->addSeparator();
+    m_menu->addAction(u"Quit"_s, &quitProgram);
+}
+
+void MenuBarLabel::update()
+{
+    const QColor color =
+        pearlColor(m_gatewayVM->gatewayOnline(), m_voiceVM->voiceRunning(), m_voiceVM->state());
+    if (color != m_shownColor) {
+        m_shownColor = color;
+        m_icon->setIcon(pearlIcon(color));
+    }
+    const QString words = stateInWords(*m_gatewayVM, *m_voiceVM);
+    if (words != m_stateLine->text()) {
+        m_stateLine->setText(words);
+        m_icon->setToolTip(u"Ostrelle\n"_s + words);
+    }
+    m_mute->setText(m_voiceVM->isMuted() ? u"Unmute"_s : u"Mute"_s);
+    m_mute->setEnabled(m_voiceVM->voiceRunning());
+}
+
+} // namespace ostrelle
+
+#include "moc_MenuBarLabel.cpp"

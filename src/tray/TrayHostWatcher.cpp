@@ -1,0 +1,117 @@
+#include "tray/TrayHostWatcher.h"
+
+#include "tray/DesktopBus.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QGuiApplication>
+
+#include <X11/Xlib.h>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
+const QString watcherPath = u"/StatusNotifierWatcher"_s;
+
+Atom trayAtom(Display *display)
+{
+    const QByteArray name = "_NET_SYSTEM_TRAY_S" + QByteArray::number(DefaultScreen(display));
+    return XInternAtom(display, name.constData(), False);
+}
+
+} // namespace
+
+TrayHostWatcher::TrayHostWatcher(QObject *parent)
+    : QObject(parent)
+{
+    withSessionBus(this, [this](const QDBusConnection &bus) { watchBus(bus); });
+    if (QGuiApplication::platformName() == "xcb"_L1) {
+        watchX11();
+    }
+}
+
+TrayHostWatcher::~TrayHostWatcher() = default;
+
+void TrayHostWatcher::watchBus(const QDBusConnection &bus)
+{
+    if (!bus.isConnected()) {
+        m_busHost = false;
+        update();
+        return;
+    }
+    m_watcherService = std::make_unique<QDBusServiceWatcher>(watcherService, bus);
+    connect(m_watcherService.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
+            &TrayHostWatcher::askBus);
+    QDBusConnection connection = bus;
+    for (const QString &signal :
+         {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s}) {
+        connection.connect(watcherService, watcherPath, watcherService, signal, this,
+                           SLOT(askBus()));
+    }
+    askBus();
+}
+
+void TrayHostWatcher::askBus()
+{
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        watcherService, watcherPath, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    question << watcherService << u"IsStatusNotifierHostRegistered"_s;
+    question.setAutoStartService(false);
+    const auto *answer =
+        new QDBusPendingCallWatcher(m_watcherService->connection().asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher *finished) {
+                finished->deleteLater();
+                const QDBusPendingReply<QDBusVariant> reply = *finished;
+                // Qt will ask the same and wait for the answer: not of one who gives none.
+                if (reply.isError() && reply.error().type() == QDBusError::NoReply) {
+                    m_busHost.reset();
+                } else {
+                    m_busHost = reply.isValid() && reply.value().variant().toBool();
+                }
+                update();
+            });
+}
+
+void TrayHostWatcher::watchX11()
+{
+    m_x11 = X11Connection::open([this](XEvent &event) {
+        // A tray tells the root window that it has come; its own window's end tells that it went.
+        if (event.type == ClientMessage || event.type == DestroyNotify) {
+            lookForX11Tray();
+        }
+    });
+    if (m_x11) {
+        XSelectInput(m_x11->display(), DefaultRootWindow(m_x11->display()), StructureNotifyMask);
+        lookForX11Tray();
+    }
+}
+
+void TrayHostWatcher::lookForX11Tray()
+{
+    Display *const display = m_x11->display();
+    const Window tray = XGetSelectionOwner(display, trayAtom(display));
+    m_x11Host = tray != None;
+    if (m_x11Host) {
+        XSelectInput(display, tray, StructureNotifyMask);
+        XFlush(display);
+    }
+    update();
+}
+
+void TrayHostWatcher::update()
+{
+    m_hostPresent = m_busHost.has_value() && (*m_busHost || m_x11Host);
+}
+
+} // namespace ostrelle
+
+#include "moc_TrayHostWatcher.cpp"

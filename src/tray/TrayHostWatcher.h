@@ -1,0 +1,45 @@
+#pragma once
+
+#include "displayserver/X11Connection.h"
+
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QProperty>
+
+namespace ostrelle
+{
+
+// Whether somebody shows tray icons: a host of the StatusNotifierItem kind on the session bus, or
+// an X11 tray. Touches no QSystemTrayIcon. Main thread only.
+class TrayHostWatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Sees nobody before the event loop runs.
+    explicit TrayHostWatcher(QObject *parent = nullptr);
+    ~TrayHostWatcher() override;
+
+    bool hostPresent() const { return m_hostPresent; }
+
+Q_SIGNALS:
+    void hostPresentChanged();
+
+private Q_SLOTS:
+    void askBus();
+
+private:
+    void watchBus(const QDBusConnection &bus);
+    void watchX11();
+    void lookForX11Tray();
+    void update();
+
+    std::optional<bool> m_busHost; // nothing until the bus has answered
+    bool m_x11Host = false;
+    std::unique_ptr<QDBusServiceWatcher> m_watcherService;
+    std::unique_ptr<X11Connection> m_x11;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(TrayHostWatcher, bool, m_hostPresent, false,
+                                         &TrayHostWatcher::hostPresentChanged)
+};
+
+} // namespace ostrelle

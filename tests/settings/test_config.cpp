@@ -1,0 +1,170 @@
+#include "core/BackgroundWork.h"
+#include "core/ExpandPath.h"
+#include "settings/OstrelleConfig.h"
+#include "platform/ProcessSetup.h"
+#include "support/FileSizeLimit.h"
+#include "support/ScratchHome.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString configFile = u".ostrelle/config.json"_s;
+
+const QByteArray minimal =
+    R"({"gateway":{"url":"http://10.0.0.1:1"},"ports":{"status":1,"voiceAgent":2},)"
+    R"("voice":{"enabled":true,"venvPath":"/venv"},)"
+    R"("paths":{"statusFile":"/s.json","trackerFile":"~/t.json","cronFile":"c.json"}})";
+
+QByteArray with(QByteArray document, const QByteArray &from, const QByteArray &to)
+{
+    Q_ASSERT(document.contains(from));
+    return document.replace(from, to);
+}
+
+} // namespace
+
+class TestConfig : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { prepareProcess(); }
+
+    void fallsBackToTheDefaults_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("no file") << QByteArray();
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("cut") << minimal.first(100);
+        QTest::newRow("without ports") << with(minimal, "\"ports\"", "\"port\"");
+        QTest::newRow("port as text") << with(minimal, "\"status\":1", "\"status\":\"1\"");
+        QTest::newRow("saved entry without url")
+            << with(minimal, ":1\"}", ":1\",\"saved\":[{\"name\":\"x\"}]}");
+        QTest::newRow("not UTF-8") << with(minimal, "/venv", "\xff\xfe");
+        QTest::newRow("nested beyond reason") << QByteArray(100000, '[');
+        QTest::newRow("huge") << QByteArray(20000000, ' ') + minimal;
+    }
+
+    void fallsBackToTheDefaults()
+    {
+        QFETCH(QByteArray, content);
+        const ScratchHome home;
+        if (!content.isNull()) {
+            home.write(configFile, content);
+        }
+        QCOMPARE(OstrelleConfig::load(), OstrelleConfig::defaults());
+        QCOMPARE(OstrelleConfig::read(), std::nullopt);
+        QCOMPARE(home.read(configFile), content); // the file, or its absence, stays as it was
+    }
+
+    void doesNotWaitForAPipe()
+    {
+        const ScratchHome home;
+        QDir(home.path()).mkdir(u".ostrelle"_s);
+        ::mkfifo(qPrintable(home.path(configFile)), 0600);
+        QCOMPARE(OstrelleConfig::load(), OstrelleConfig::defaults());
+    }
+
+    void readsWhatItWrote()
+    {
+        const ScratchHome home;
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.saved->append({.name = u"Büro \"1\""_s,
+                                      .url = u"https://büro.ts.net"_s,
+                                      .token = u""_s,
+                                      .isMagicDNS = true});
+        config.ports.status = 99999;
+        config.save();
+        QCOMPARE(OstrelleConfig::load(), config);
+
+        config.gateway.saved.reset();
+        config.save();
+        QCOMPARE(OstrelleConfig::load(), config);
+        const QByteArray text = home.read(configFile);
+        QVERIFY(!text.contains("saved") && !text.contains("null") && text.contains("\n  "));
+    }
+
+    void migratesOldPaths()
+    {
+        const ScratchHome home;
+        QByteArray old = with(minimal, "/s.json", "~/.duskrell/agents/status.json");
+        old = with(old, "~/t.json", "/x/projects/tracker.json");
+        home.write(configFile, with(old, ",\"cronFile\":\"c.json\"", ""));
+        const OstrelleConfig loaded = OstrelleConfig::load();
+        const auto saved = QJsonDocument::fromJson(home.read(configFile))[u"paths"].toObject();
+        QCOMPARE(saved["statusFile"_L1], u"~/.ostrelle/ostrelle-agent-tracker.json"_s);
+        QCOMPARE(saved["trackerFile"_L1], u"~/.ostrelle/ostrelle-project-tracker.json"_s);
+        QCOMPARE(saved["cronFile"_L1], u"~/.ostrelle/ostrelle-cron-tracker.json"_s);
+        QCOMPARE(OstrelleConfig::load(), loaded);
+        QCOMPARE(loaded.gateway.saved, std::nullopt);
+        QCOMPARE(loaded.gateway.url, u"http://10.0.0.1:1"_s);
+    }
+
+    void keepsPathsThatAreNotOld()
+    {
+        const ScratchHome home;
+        home.write(configFile, minimal);
+        QCOMPARE(OstrelleConfig::load().paths.statusFile, u"/s.json"_s);
+        QCOMPARE(home.read(configFile), minimal);
+    }
+
+    void keepsTheOldFileWithoutRoom()
+    {
+        const ScratchHome home;
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.save();
+        const QByteArray before = home.read(configFile);
+        config.gateway.url = QString(5000, u'x');
+        const FileSizeLimit limit(1000);
+        config.save();
+        QCOMPARE(home.read(configFile), before);
+    }
+
+    void createsOnlyMissingTrackerFiles()
+    {
+        const ScratchHome home;
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.paths.statusFile = home.path(u"elsewhere/deep/status.json"_s);
+        home.write(u".ostrelle/ostrelle-project-tracker.json"_s, "");
+        OstrelleConfig::ensureTrackerFiles(config);
+        QCOMPARE(home.read(u"elsewhere/deep/status.json"_s), R"({"agents":{},"completions":[]})");
+        QCOMPARE(home.read(u".ostrelle/ostrelle-project-tracker.json"_s), "");
+        QCOMPARE(home.read(u".ostrelle/ostrelle-cron-tracker.json"_s),
+                 R"({"version":1,"updated":"","jobs":[]})");
+    }
+
+    void expandsOnlyTheOwnHome()
+    {
+        const ScratchHome home;
+        QCOMPARE(expandPath(u"~/a/b"_s), home.path(u"a/b"_s));
+        for (const QString &path : {u"/a"_s, u"a/~/b"_s, u"~user/a"_s, u"~"_s, u""_s}) {
+            QCOMPARE(expandPath(path), path);
+        }
+    }
+
+    void boundsPassesUnderWay()
+    {
+        PassLimit limit(2);
+        auto first = limit.begin();
+        QVERIFY(first);
+        const auto second = limit.begin();
+        QVERIFY(second);
+        auto copy = first;
+        first.reset();
+        QVERIFY(!limit.begin()); // lasts as long as any copy
+        copy.reset();
+        QVERIFY(limit.begin());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestConfig)
+#include "test_config.moc"

@@ -1,0 +1,179 @@
+#include "settings/SecretFile.h"
+#include "session/SecretService.h"
+#include "settings/PreferredSecretStore.h"
+#include "support/PrivateSession.h"
+#include "support/ScratchHome.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <csignal>
+#include <sys/stat.h>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString account = u"gateway-token:http://127.0.0.1:18789"_s;
+
+// What a call came to, in a form that a failing comparison can print.
+QString outcome(const std::expected<std::optional<QByteArray>, SecretProblem> &answer)
+{
+    if (!answer) {
+        return toString(answer.error());
+    }
+    return *answer ? u'"' + QString::fromUtf8(**answer) + u'"' : u"nothing"_s;
+}
+
+void verifyKeepsSecrets(SecretStore &store)
+{
+    QCOMPARE(outcome(store.read(account)), u"nothing"_s);
+    QVERIFY(store.write(account, "first"));
+    QVERIFY(store.write(account, "second – ключ"));
+    QVERIFY(store.write(account + u'/', "another account"));
+    QCOMPARE(outcome(store.read(account)), u"\"second – ключ\""_s);
+    QVERIFY(store.write(account + u"empty"_s, ""));
+    QCOMPARE(outcome(store.read(account + u"empty"_s)), u"\"\""_s);
+    QVERIFY(store.remove(account));
+    QCOMPARE(outcome(store.read(account)), u"nothing"_s);
+    QCOMPARE(outcome(store.read(account + u'/')), u"\"another account\""_s);
+}
+
+// With another program than ours.
+QByteArray listedByBusTool()
+{
+    QProcess search;
+    search.start(u"dbus-send"_s,
+                 {u"--session"_s, u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s,
+                  u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service.SearchItems"_s,
+                  u"dict:string:string:service,ai.duskrell.ostrelle,account,"_s + account});
+    search.waitForFinished();
+    return search.readAllStandardOutput();
+}
+
+} // namespace
+
+class TestSecrets : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // One bus for all, because GLib keeps one connection to it for the whole process.
+    void initTestCase() { m_session = std::make_unique<PrivateSession>(); }
+
+    void cleanup()
+    {
+        if (m_keyring) {
+            ::kill(static_cast<pid_t>(m_keyring->processId()), SIGCONT);
+            endKeyring();
+        }
+    }
+
+    void keepsSecretsInAFile()
+    {
+        const QString path = m_home.path(u"secrets.json"_s);
+        SecretFile file(path);
+        verifyKeepsSecrets(file);
+        struct stat attributes{};
+        QCOMPARE(::stat(qPrintable(path), &attributes), 0);
+        QCOMPARE(attributes.st_mode & 0777U, 0600U);
+
+        m_home.write(u"secrets.json"_s, "broken {");
+        QCOMPARE(outcome(file.read(account)), toString(SecretProblem::Refused));
+        QVERIFY(file.write(account, "new"));
+        QCOMPARE(outcome(file.read(account)), u"\"new\""_s);
+        m_home.write(u"secrets.json"_s, "broken again");
+        QVERIFY(file.write(account, "newer"));
+        QCOMPARE(m_home.read(u"secrets.json.broken"_s), "broken {");
+        QCOMPARE(m_home.read(u"secrets.json.broken-2"_s), "broken again");
+    }
+
+    void keepsSecretsInAKeyring()
+    {
+        m_keyring = &m_session->startKeyring();
+        SecretService service;
+        verifyKeepsSecrets(service);
+
+        QVERIFY(service.write(account, "one"));
+        QVERIFY(service.write(account, "two"));
+        QCOMPARE(listedByBusTool().count("object path"), 1);
+        QVERIFY(service.remove(account));
+    }
+
+    void followsTheServiceAsItComesAndGoes()
+    {
+        QVERIFY(secretStore().write(account, "without a service"));
+        QVERIFY(m_home.read(keptIn).contains("without a service"));
+
+        m_keyring = &m_session->startKeyring();
+        QCOMPARE(outcome(secretStore().read(account)), u"\"without a service\""_s);
+        QVERIFY(secretStore().write(account, "with a service"));
+        QCOMPARE(outcome(secretStore().read(account)), u"\"with a service\""_s);
+        QCOMPARE(listedByBusTool().count("object path"), 1);
+        QVERIFY(!m_home.read(keptIn).contains(account.toUtf8()));
+
+        endKeyring();
+        m_keyring = &m_session->startKeyring();
+        QCOMPARE(outcome(secretStore().read(account)), u"\"with a service\""_s);
+    }
+
+    void answersInTimeWhenTheKeyringIsFrozen()
+    {
+        m_keyring = &m_session->startKeyring();
+        SecretService service;
+        QVERIFY(service.write(account, "old"));
+        ::kill(static_cast<pid_t>(m_keyring->processId()), SIGSTOP);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(outcome(service.read(account)), toString(SecretProblem::Unreachable));
+        QVERIFY(timer.elapsed() < 15000); // GLib's own limit is 25 s
+        // What is saved meanwhile counts, also when the keyring, with the old secret, is back.
+        QVERIFY(secretStore().write(account, "new"));
+        ::kill(static_cast<pid_t>(m_keyring->processId()), SIGCONT);
+        QCOMPARE(outcome(secretStore().read(account)), u"\"new\""_s);
+        QTRY_COMPARE(outcome(service.read(account)), u"\"new\""_s);
+    }
+
+    void neverAsksForAPasswordWhenLocked()
+    {
+        m_keyring = &m_session->startKeyring();
+        SecretService service;
+        QVERIFY(service.write(account, "secret"));
+        QProcess lock;
+        lock.start(u"dbus-send"_s,
+                   {u"--session"_s, u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s,
+                    u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service.Lock"_s,
+                    u"array:objpath:/org/freedesktop/secrets/collection/login"_s});
+        lock.waitForFinished();
+        QCOMPARE(outcome(service.read(account)), toString(SecretProblem::Locked));
+        const auto written = service.write(account, "other");
+        QVERIFY(!written && written.error() == SecretProblem::Locked);
+    }
+
+    // Last: no other bus can be reached from this process afterwards.
+    void outlivesTheBus()
+    {
+        m_session->endBus();
+        QVERIFY(secretStore().write(account, "after the session"));
+        QCOMPARE(outcome(secretStore().read(account)), u"\"after the session\""_s);
+        QVERIFY(m_home.read(keptIn).contains("after the session"));
+    }
+
+private:
+    void endKeyring()
+    {
+        m_keyring->terminate();
+        m_keyring->waitForFinished();
+        m_keyring = nullptr;
+    }
+
+    const QString keptIn = u".ostrelle/secrets.json"_s;
+    ScratchHome m_home;
+    std::unique_ptr<PrivateSession> m_session;
+    QProcess *m_keyring = nullptr;
+};
+
+QTEST_GUILESS_MAIN(TestSecrets)
+#include "test_secrets.moc"

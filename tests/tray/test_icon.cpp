@@ -1,0 +1,89 @@
+#include "gateway/GatewayViewModel.h"
+#include "gateway/StandInGateway.h"
+#include "support/ScratchHome.h"
+#include "tray/PanelPlacement.h"
+#include "tray/StateInWords.h"
+#include "voice/FakeControlPort.h"
+#include "voice/VoiceViewModel.h"
+
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class TestTray : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void placesThePanel_data()
+    {
+        QTest::addColumn<QRect>("icon");
+        QTest::addColumn<QRect>("available");
+        QTest::addColumn<QRect>("panel");
+        const QRect besideTop(0, 30, 1000, 770);
+        QTest::newRow("bar at the top")
+            << QRect(500, 5, 20, 20) << besideTop << QRect(409, 30, 200, 300);
+        QTest::newRow("bar at the bottom")
+            << QRect(500, 775, 20, 20) << QRect(0, 0, 1000, 770) << QRect(409, 470, 200, 300);
+        QTest::newRow("bar on the left")
+            << QRect(5, 400, 20, 20) << QRect(30, 0, 970, 800) << QRect(30, 259, 200, 300);
+        QTest::newRow("bar on the right")
+            << QRect(975, 400, 20, 20) << QRect(0, 0, 970, 800) << QRect(770, 259, 200, 300);
+        QTest::newRow("bar that takes no room")
+            << QRect(500, 775, 20, 20) << QRect(0, 0, 1000, 800) << QRect(409, 471, 200, 300);
+        QTest::newRow("in the corner")
+            << QRect(975, 5, 20, 20) << besideTop << QRect(800, 30, 200, 300);
+        QTest::newRow("on a screen that is too small")
+            << QRect(100, 5, 20, 20) << QRect(0, 30, 150, 170) << QRect(0, 30, 150, 170);
+        QTest::newRow("of an icon that nobody finds, above a bar")
+            << QRect() << QRect(0, 0, 1000, 770) << QRect(796, 466, 200, 300);
+        QTest::newRow("of an icon that nobody finds, below a bar")
+            << QRect() << besideTop << QRect(796, 34, 200, 300);
+    }
+
+    void placesThePanel()
+    {
+        QFETCH(QRect, icon);
+        QFETCH(QRect, available);
+        const ScreenPlace screen{.whole = QRect(0, 0, 1000, 800), .available = available};
+        QTEST(placePanel(icon, screen, QSize(200, 300)), "panel");
+    }
+
+    void saysTheState_data()
+    {
+        QTest::addColumn<bool>("gatewayAnswers");
+        QTest::addColumn<QByteArray>("voice");
+        QTest::addColumn<QString>("words");
+        QTest::newRow("nobody there")
+            << false << QByteArray() << u"Gateway offline, voice: Offline"_s;
+        QTest::newRow("all there") << true << QByteArray(R"({"state":"listening"})")
+                                   << u"Gateway online, voice: Listening"_s;
+        QTest::newRow("muted") << false << QByteArray(R"({"state":"listening","muted":true})")
+                               << u"Gateway offline, voice: Muted"_s;
+    }
+
+    void saysTheState()
+    {
+        QFETCH(bool, gatewayAnswers);
+        QFETCH(QByteArray, voice);
+        QFETCH(QString, words);
+        const ScratchHome home;
+        const StandInGateway gateway;
+        FakeControlPort agent;
+        agent.body = voice;
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.url = gatewayAnswers ? gateway.url() : u"http://127.0.0.1:9"_s;
+        config.ports.voiceAgent = agent.serverPort();
+        config.save();
+        const GatewayViewModel gatewayVM({.tailscale = {}, .pollInterval = 20ms});
+        ServiceManager manager(config, {.resources = {}, .logFile = home.path(u"agent.log"_s)});
+        const VoiceViewModel voiceVM(&manager, {.interval = 20ms});
+        QTRY_COMPARE(stateInWords(gatewayVM, voiceVM), words);
+        QVERIFY(finishBackgroundWork(10s));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTray)
+#include "test_icon.moc"
