@@ -3,12 +3,12 @@
 // in a home directory of its own, which it fills.
 
 #include "Turns.h"
-#include "settings/OstrelleConfig.h"
 #include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/CronViewModel.h"
 #include "gateway/GatewayViewModel.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "settings/OstrelleConfig.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -58,7 +58,8 @@ void measureGateway(const QString &url, const QString &tool)
     config.gateway.url = url;
     config.save();
     const auto measure = [&](const QStringList &tools, const char *title) {
-        GatewayViewModel gateway({.tailscale = {.tools = tools}, .pollInterval = cycleInterval});
+        GatewayViewModel gateway(Settings(),
+                                 {.tailscale = {.tools = tools}, .pollInterval = cycleInterval});
         wait(2 * cycleInterval); // the first cycle warms what is made once
         const Cost own = Cost::of(RUSAGE_SELF);
         const Cost children = Cost::of(RUSAGE_CHILDREN);
@@ -115,7 +116,7 @@ void measureLoads(const char *title, QString (Model::*file)() const, int count,
                   std::string (*document)(int count, int round))
 {
     const std::array documents = {document(count, 0), document(count, 1)};
-    Model model;
+    Model model{Settings()};
     const QString path = (model.*file)();
     static_cast<void>(writeInPlace(path, documents[0]));
     load(model);

@@ -3,9 +3,9 @@
 
 #include "Turns.h"
 #include "core/BackgroundWork.h"
-#include "settings/OstrelleConfig.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
+#include "settings/Settings.h"
 #include "setup/SetupManager.h"
 #include "voice/ServiceManager.h"
 
@@ -100,7 +100,7 @@ void measureCrashes(const OstrelleConfig &config)
 {
     writeScript(pathOf(u".ostrelle/venv/bin/python"_s), "exit 1");
     RestartTime time;
-    ServiceManager manager(config, surroundings(time.asTime()));
+    ServiceManager manager(config, Settings().preferences, surroundings(time.asTime()));
     std::printf("%d crashes and restarts\n", crashRounds);
     manager.startVoice();
     for (int round = 1; round <= crashRounds; ++round) {
@@ -120,7 +120,7 @@ void measureCrashes(const OstrelleConfig &config)
 void measureStops(const OstrelleConfig &config)
 {
     writeScript(pathOf(u".ostrelle/venv/bin/python"_s), "exec sleep 1000");
-    ServiceManager manager(config, surroundings(SupervisorTime::real()));
+    ServiceManager manager(config, Settings().preferences, surroundings(SupervisorTime::real()));
     double longest = 0;
     for (int i = 0; i < stops; ++i) {
         manager.startVoice();
@@ -134,7 +134,7 @@ void measureStops(const OstrelleConfig &config)
     std::printf("stop of an agent that ends when asked, longest of %d: %.1f ms\n", stops, longest);
 }
 
-void measureInstaller(const OstrelleConfig &config)
+void measureInstaller()
 {
     // Lines of 80 characters, with a short one now and then.
     static_cast<void>(
@@ -143,7 +143,7 @@ void measureInstaller(const OstrelleConfig &config)
                      "(cache hit) abcdefg' "
                      "| head -c " +
                          std::to_string(installerMegabytes) + "000000\n"));
-    SetupManager manager(config, {.resources = pathOf(u"resources"_s)});
+    SetupManager manager(Settings(), {.resources = pathOf(u"resources"_s)});
     manager.setSudoPassword(u"x"_s);
     manager.runChecks(); // with the voice parts found, the installation ends with the installer
     waitUntil([&] { return manager.hasModels(); });
@@ -180,7 +180,7 @@ int main(int argc, char **argv)
     config.save();
     measureCrashes(config);
     measureStops(config);
-    measureInstaller(config);
+    measureInstaller();
     finishBackgroundWork(10s);
     return 0;
 }

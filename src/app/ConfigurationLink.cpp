@@ -3,8 +3,6 @@
 #include <QUrl>
 #include <QUrlQuery>
 
-#include <algorithm>
-
 namespace ostrelle
 {
 
@@ -13,20 +11,10 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The domain of every name that Tailscale gives a machine.
-constexpr QLatin1StringView magicDNSSuffix = ".ts.net"_L1;
-
 std::optional<QString> valueIn(const QUrlQuery &query, const QString &key)
 {
     const QString value = query.queryItemValue(key, QUrl::FullyDecoded);
     return value.isEmpty() ? std::nullopt : std::optional(value);
-}
-
-QString profileName(const QString &base)
-{
-    const QString host = QUrl(base).host();
-    const qsizetype place = host.isEmpty() ? -1 : base.indexOf(host, 0, Qt::CaseInsensitive);
-    return place < 0 ? base : base.sliced(place, host.size()); // spelled as in the address
 }
 
 } // namespace
@@ -41,23 +29,6 @@ std::optional<ConfigurationLink> ConfigurationLink::parse(const QString &url)
     const ConfigurationLink link{.gatewayBaseURL = valueIn(query, u"gatewayBaseURL"_s),
                                  .token = valueIn(query, u"token"_s)};
     return link == ConfigurationLink{} ? std::nullopt : std::optional(link);
-}
-
-void adoptGateway(OstrelleConfig &config, const QString &base)
-{
-    const SavedGateway profile{.name = profileName(base),
-                               .url = base,
-                               .isMagicDNS =
-                                   base.startsWith("https://"_L1) && base.contains(magicDNSSuffix)};
-    auto saved = config.gateway.saved.value_or(QList<SavedGateway>());
-    const auto known = std::ranges::find(saved, base, &SavedGateway::url);
-    if (known != saved.end()) {
-        *known = profile;
-    } else {
-        saved.append(profile);
-    }
-    config.gateway.saved = saved;
-    config.gateway.url = base;
 }
 
 } // namespace ostrelle

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "settings/OstrelleConfig.h"
-
 #include <QString>
 
 #include <optional>
@@ -20,8 +18,5 @@ struct ConfigurationLink {
 
     friend bool operator==(const ConfigurationLink &, const ConfigurationLink &) = default;
 };
-
-// Makes the gateway at `base` the one in use: its saved profile is replaced or added at the end.
-void adoptGateway(OstrelleConfig &config, const QString &base);
 
 } // namespace ostrelle

@@ -1,21 +1,17 @@
 #include "app/OstrelleApp.h"
 
 #include "app/AppDelegate.h"
+#include "app/ConfigurationLink.h"
 #include "core/BackgroundWork.h"
-#include "settings/KeychainHelper.h"
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
-#include "gateway/GatewayViewModel.h"
-#include "settings/Preferences.h"
-#include "settings/SettingsQueue.h"
+#include "gateway/GatewayInUse.h"
 #include "setup/SetupManager.h"
 #include "statusserver/StatusServer.h"
 #include "tracker/AgentSyncService.h"
 #include "tracker/CronSyncService.h"
 #include "voice/VoiceViewModel.h"
-
-#include <QtConcurrent>
 
 #include <cstdlib>
 
@@ -27,30 +23,9 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString projectTrackingKey = u"projectTrackingEnabled"_s;
-
-// A link without an address means the gateway in use.
-QString gatewayOf(const ConfigurationLink &link)
+void tellGatewayIsConfigured()
 {
-    return link.gatewayBaseURL ? *link.gatewayBaseURL : OstrelleConfig::load().gateway.url;
-}
-
-void storeToken(const ConfigurationLink &link, const QString &gateway)
-{
-    if (link.token) {
-        KeychainHelper::saveToken(*link.token, gateway);
-        KeychainHelper::saveToken(*link.token, KeychainHelper::activeKey);
-    }
-}
-
-// What the configuration file then holds, or what was read last, with the link's gateway in use.
-void saveGateway(const ConfigurationLink &link, const OstrelleConfig &readLast)
-{
-    OstrelleConfig config = OstrelleConfig::read().value_or(readLast);
-    if (link.gatewayBaseURL) {
-        adoptGateway(config, *link.gatewayBaseURL);
-    }
-    config.save();
+    NotificationManager::send(u"OSTRELLE"_s, u"Gateway configured via QR code"_s);
 }
 
 void killVoiceAgent()
@@ -63,15 +38,15 @@ void killVoiceAgent()
 
 OstrelleApp::OstrelleApp(AppDelegate &delegate)
     : m_delegate(delegate)
-    , m_config(OstrelleConfig::load())
-    , m_gatewayVM(std::make_unique<GatewayViewModel>())
-    , m_serviceManager(std::make_unique<ServiceManager>(m_config))
-    , m_voiceVM(std::make_unique<VoiceViewModel>(m_serviceManager.get()))
-    , m_statusServer(std::make_unique<StatusServer>(m_config))
-    , m_setupManager(std::make_unique<SetupManager>(m_config))
+    , m_config(m_settings.config->current())
+    , m_gatewayVM(std::make_unique<GatewayViewModel>(m_settings))
+    , m_serviceManager(std::make_unique<ServiceManager>(m_config, m_settings.preferences))
+    , m_voiceVM(std::make_unique<VoiceViewModel>(m_serviceManager.get(), m_config.ports.voiceAgent))
+    , m_statusServer(std::make_unique<StatusServer>(m_config, m_settings.tokens))
+    , m_setupManager(std::make_unique<SetupManager>(m_settings))
 {
     m_setupManager->checkFirstLaunch();
-    KeychainHelper::migrateFromConfig(m_config, this, [this] { handleNextLink(); });
+    m_gatewayInUse = std::make_unique<GatewayInUse>(m_settings, m_gatewayVM.get());
     OstrelleConfig::ensureTrackerFiles(m_config);
     m_serviceManager->startAll();
     m_statusServer->start();
@@ -91,7 +66,9 @@ OstrelleApp::~OstrelleApp() = default;
 
 Models OstrelleApp::models() const
 {
-    return {.gatewayVM = m_gatewayVM.get(),
+    return {.settings = m_settings,
+            .gatewayVM = m_gatewayVM.get(),
+            .gatewayInUse = m_gatewayInUse.get(),
             .voiceVM = m_voiceVM.get(),
             .serviceManager = m_serviceManager.get(),
             .setupManager = m_setupManager.get(),
@@ -107,12 +84,12 @@ void OstrelleApp::handOverServices() const
 
 void OstrelleApp::enableProjectTrackingOnFirstStart()
 {
-    Preferences preferences;
-    if (preferences.opens() && preferences.contains(projectTrackingKey)) {
+    Preferences &preferences = *m_settings.preferences;
+    if (preferences.opens() && preferences.contains(preference::projectTrackingEnabled.key)) {
         return;
     }
     if (preferences.opens()) {
-        preferences.set(projectTrackingKey, true);
+        preferences.set(preference::projectTrackingEnabled, true);
     }
     utilityPool().start(&enableProjectTrackingSkill);
 }
@@ -123,37 +100,14 @@ void OstrelleApp::handleIncomingURL(const QString &url)
     if (!link) {
         return;
     }
-    m_links.enqueue(*link);
-    if (!m_handlesLink) {
-        handleNextLink();
-    }
-}
-
-void OstrelleApp::handleNextLink()
-{
-    m_handlesLink = !m_links.isEmpty();
-    if (!m_handlesLink) {
+    if (link->gatewayBaseURL) {
+        m_gatewayInUse->adopt(*link->gatewayBaseURL, link->token, &tellGatewayIsConfigured);
         return;
     }
-    const ConfigurationLink link = m_links.dequeue();
-    const auto store = [link](const QString &gateway) { storeToken(link, gateway); };
-    const auto save = [link, readLast = m_config.withoutTokens()] { saveGateway(link, readLast); };
-    auto stored = QtConcurrent::run(&settingsQueue(), &gatewayOf, link)
-                      .then(&userInitiatedPool(), store)
-                      .then(&settingsQueue(), save);
-    whenDone(stored, this, [this, link] {
-        adopt(link);
-        handleNextLink();
-    });
-}
-
-void OstrelleApp::adopt(const ConfigurationLink &link)
-{
-    if (link.gatewayBaseURL) {
-        m_gatewayVM->setGatewayURL(*link.gatewayBaseURL);
-        m_gatewayVM->pollHealth();
-    }
-    NotificationManager::send(u"OSTRELLE"_s, u"Gateway configured via QR code"_s);
+    // Whose token it is the link does not say, and a good one must not be replaced by it.
+    const auto saved =
+        m_settings.config->change([](const OstrelleConfig &) {}, ConfigStore::Write::Always);
+    whenDone(saved, this, [](const ConfigStore::Changed &) { tellGatewayIsConfigured(); });
 }
 
 } // namespace ostrelle

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "app/ConfigurationLink.h"
-#include "settings/OstrelleConfig.h"
+#include "settings/Settings.h"
 #include "tray/Models.h"
 
 #include <QObject>
-#include <QQueue>
 
 #include <memory>
 
@@ -32,26 +30,23 @@ public:
     // Gives the delegate what it acts on; at the start, and again whenever the panel appears.
     void handOverServices() const;
 
-    // Takes a link of the program's own scheme; any other is ignored. Links are handled one after
-    // the other, each completely.
+    // Takes a link of the program's own scheme; any other is ignored.
     void handleIncomingURL(const QString &url);
 
 private:
     void enableProjectTrackingOnFirstStart();
-    void handleNextLink();
-    void adopt(const ConfigurationLink &link);
 
     AppDelegate &m_delegate;
+    const Settings m_settings;
     const OstrelleConfig m_config; // as it was at the start
     std::unique_ptr<GatewayViewModel> m_gatewayVM;
+    std::unique_ptr<GatewayInUse> m_gatewayInUse;
     std::unique_ptr<ServiceManager> m_serviceManager;
     std::unique_ptr<VoiceViewModel> m_voiceVM;
     std::unique_ptr<StatusServer> m_statusServer;
     std::unique_ptr<SetupManager> m_setupManager;
     std::unique_ptr<CronSyncService> m_cronSync;
     std::unique_ptr<AgentSyncService> m_agentSync;
-    QQueue<ConfigurationLink> m_links;
-    bool m_handlesLink = true; // the tokens of the configuration file move first
 };
 
 } // namespace ostrelle

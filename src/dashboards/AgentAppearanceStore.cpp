@@ -1,55 +1,35 @@
 #include "dashboards/AgentAppearanceStore.h"
 
-#include "settings/Preferences.h"
+#include <utility>
 
 namespace ostrelle
 {
 
-using namespace Qt::StringLiterals;
-
-namespace
+AgentAppearanceStore::AgentAppearanceStore(std::shared_ptr<Preferences> preferences)
+    : m_preferences(std::move(preferences))
 {
-
-// Slashes divide keys into groups, and several in a row count as one: two agents would share a key.
-QString asKeyPart(QString id)
-{
-    return id.replace(u'%', u"%25"_s).replace(u'/', u"%2F"_s).replace(u'\\', u"%5C"_s);
 }
 
-QString nameKey(const QString &id)
+QString AgentAppearanceStore::name(const QString &id, const QString &fallback) const
 {
-    return u"agents.customName."_s + asKeyPart(id);
+    return m_preferences->value(preference::customAgentName(id, fallback));
 }
 
-QString emojiKey(const QString &id)
+QString AgentAppearanceStore::emoji(const QString &id, const QString &fallback) const
 {
-    return u"agents.customEmoji."_s + asKeyPart(id);
-}
-
-} // namespace
-
-QString AgentAppearanceStore::name(const QString &id, const QString &fallback)
-{
-    return Preferences().string(nameKey(id)).value_or(fallback);
-}
-
-QString AgentAppearanceStore::emoji(const QString &id, const QString &fallback)
-{
-    return Preferences().string(emojiKey(id)).value_or(fallback);
+    return m_preferences->value(preference::customAgentEmoji(id, fallback));
 }
 
 void AgentAppearanceStore::save(const QString &id, const QString &name, const QString &emoji)
 {
-    Preferences preferences;
-    preferences.set(nameKey(id), name);
-    preferences.set(emojiKey(id), emoji);
+    m_preferences->set(preference::customAgentName(id), name);
+    m_preferences->set(preference::customAgentEmoji(id), emoji);
 }
 
 void AgentAppearanceStore::reset(const QString &id)
 {
-    Preferences preferences;
-    preferences.remove(nameKey(id));
-    preferences.remove(emojiKey(id));
+    m_preferences->remove(preference::customAgentName(id));
+    m_preferences->remove(preference::customAgentEmoji(id));
 }
 
 } // namespace ostrelle

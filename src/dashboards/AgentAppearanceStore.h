@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include "settings/Preferences.h"
 
 namespace ostrelle
 {
@@ -9,13 +9,16 @@ namespace ostrelle
 class AgentAppearanceStore
 {
 public:
-    AgentAppearanceStore() = delete;
+    explicit AgentAppearanceStore(std::shared_ptr<Preferences> preferences);
 
-    static QString name(const QString &id, const QString &fallback);
-    static QString emoji(const QString &id, const QString &fallback);
+    QString name(const QString &id, const QString &fallback) const;
+    QString emoji(const QString &id, const QString &fallback) const;
 
-    static void save(const QString &id, const QString &name, const QString &emoji);
-    static void reset(const QString &id);
+    void save(const QString &id, const QString &name, const QString &emoji);
+    void reset(const QString &id);
+
+private:
+    std::shared_ptr<Preferences> m_preferences;
 };
 
 } // namespace ostrelle

@@ -1,7 +1,6 @@
 #include "dashboards/AgentsTopologyViewModel.h"
 
 #include "core/ExpandPath.h"
-#include "settings/OstrelleConfig.h"
 #include "tracker/AgentStatus.h"
 #include "tracker/TrackerDocument.h"
 
@@ -26,10 +25,12 @@ struct AgentsTopologyViewModel::Topology {
     QString errorMessage;
 };
 
-AgentsTopologyViewModel::AgentsTopologyViewModel(std::chrono::milliseconds interval,
+AgentsTopologyViewModel::AgentsTopologyViewModel(Settings settings,
+                                                 std::chrono::milliseconds interval,
                                                  QObject *parent)
     : DashboardModel(parent)
-    , m_statusFilePath(expandPath(OstrelleConfig::load().paths.statusFile))
+    , m_settings(std::move(settings))
+    , m_statusFilePath(expandPath(m_settings.config->current().paths.statusFile))
     , m_shown(std::make_shared<const Topology>(JsonObject()))
 {
     load();
@@ -55,13 +56,15 @@ const QList<AgentNode> &AgentsTopologyViewModel::childNodes() const
 
 void AgentsTopologyViewModel::load()
 {
-    startLoad([path = m_statusFilePath] { return read(path); },
+    startLoad([path = m_statusFilePath, settings = m_settings] { return read(path, settings); },
               [this](const auto &topology) { publish(topology); });
 }
 
-AgentsTopologyViewModel::Topology AgentsTopologyViewModel::read(const QString &statusFilePath)
+AgentsTopologyViewModel::Topology AgentsTopologyViewModel::read(const QString &statusFilePath,
+                                                                const Settings &settings)
 {
-    const auto document = obtainDocument(u"/status"_s, statusFilePath);
+    const auto document =
+        obtainDocument(u"/status"_s, statusFilePath, settings.config->snapshot(), *settings.tokens);
     if (!document.text) {
         // A refused token keeps its own text: it tells the user what to do about it.
         return Topology({}, document.text.error().description());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dashboards/AgentAppearanceStore.h"
 #include "dashboards/AgentNode.h"
 #include "dashboards/DashboardModel.h"
 
@@ -18,7 +19,8 @@ class AgentsTopologyViewModel : public DashboardModel
     Q_PROPERTY(QString statusFilePath READ statusFilePath CONSTANT)
 
 public:
-    explicit AgentsTopologyViewModel(std::chrono::milliseconds interval = std::chrono::seconds(5),
+    explicit AgentsTopologyViewModel(Settings settings,
+                                     std::chrono::milliseconds interval = std::chrono::seconds(5),
                                      QObject *parent = nullptr);
 
     // The main node, then the children in the order of their ids.
@@ -31,6 +33,12 @@ public:
 
     QString statusFilePath() const { return m_statusFilePath; }
 
+    // What the user calls the agents.
+    AgentAppearanceStore appearances() const
+    {
+        return AgentAppearanceStore(m_settings.preferences);
+    }
+
     Q_INVOKABLE void load();
 
 Q_SIGNALS:
@@ -40,9 +48,10 @@ Q_SIGNALS:
 private:
     struct Topology;
 
-    static Topology read(const QString &statusFilePath);
+    static Topology read(const QString &statusFilePath, const Settings &settings);
     void publish(const std::shared_ptr<const Topology> &topology);
 
+    const Settings m_settings;
     const QString m_statusFilePath;
     std::shared_ptr<const Topology> m_shown;
     QTimer m_timer;

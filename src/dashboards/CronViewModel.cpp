@@ -98,9 +98,10 @@ QList<CronRow> keyed(const QList<CronJobItem> &jobs, const QList<CronRow> &shown
 
 } // namespace
 
-CronViewModel::CronViewModel(QObject *parent)
+CronViewModel::CronViewModel(Settings settings, QObject *parent)
     : DashboardModel(parent)
-    , m_cronFilePath(cronFilePathOf(OstrelleConfig::load()))
+    , m_settings(std::move(settings))
+    , m_cronFilePath(cronFilePathOf(m_settings.config->current()))
     , m_jobList(jobRoles())
 {
     load();
@@ -116,13 +117,14 @@ int CronViewModel::activeJobCount() const
 void CronViewModel::load()
 {
     setErrorMessage({});
-    startLoad([path = m_cronFilePath] { return read(path); },
+    startLoad([path = m_cronFilePath, settings = m_settings] { return read(path, settings); },
               [this](const auto &load) { publish(*load); });
 }
 
-CronViewModel::Load CronViewModel::read(const QString &cronFilePath)
+CronViewModel::Load CronViewModel::read(const QString &cronFilePath, const Settings &settings)
 {
-    const auto document = obtainDocument(u"/cron"_s, cronFilePath);
+    const auto document =
+        obtainDocument(u"/cron"_s, cronFilePath, settings.config->snapshot(), *settings.tokens);
     if (!document.text) {
         return {.errorMessage = FetchError::notReachable().description()};
     }

@@ -29,7 +29,7 @@ class CronViewModel : public DashboardModel
     Q_PROPERTY(QString cronFilePath READ cronFilePath CONSTANT)
 
 public:
-    explicit CronViewModel(QObject *parent = nullptr);
+    explicit CronViewModel(Settings settings, QObject *parent = nullptr);
 
     const QList<CronJobItem> &jobs() const { return m_jobs; }
     QAbstractItemModel *jobList() { return &m_jobList; }
@@ -48,9 +48,10 @@ Q_SIGNALS:
 private:
     struct Load;
 
-    static Load read(const QString &cronFilePath);
+    static Load read(const QString &cronFilePath, const Settings &settings);
     void publish(const Load &load);
 
+    const Settings m_settings;
     const QString m_cronFilePath;
     QList<CronJobItem> m_jobs;
     RecordListModel<CronRow> m_jobList;

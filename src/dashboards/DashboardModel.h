@@ -2,6 +2,7 @@
 
 #include "core/BackgroundWork.h"
 #include "core/WhenDone.h"
+#include "settings/Settings.h"
 
 #include <QObject>
 #include <QProperty>

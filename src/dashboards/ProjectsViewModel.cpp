@@ -2,9 +2,9 @@
 
 #include "core/ExpandPath.h"
 #include "core/NameOrder.h"
-#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
 #include "dashboards/ProjectTrackerJob.h"
+#include "settings/OstrelleConfig.h"
 #include "tracker/TrackerDocument.h"
 
 #include <QTimer>
@@ -70,13 +70,14 @@ QList<ProjectRow> keyed(const QList<ProjectItem> &projects)
 
 } // namespace
 
-ProjectsViewModel::ProjectsViewModel(ProcessRunner runProcess,
+ProjectsViewModel::ProjectsViewModel(Settings settings, ProcessRunner runProcess,
                                      std::chrono::milliseconds reloadDelay, QObject *parent)
     : DashboardModel(parent)
+    , m_settings(std::move(settings))
     , m_runProcess(std::move(runProcess))
     , m_reloadDelay(reloadDelay)
-    , m_statusFilePath(expandPath(OstrelleConfig::load().paths.statusFile))
-    , m_trackerFilePath(expandPath(OstrelleConfig::load().paths.trackerFile))
+    , m_statusFilePath(expandPath(m_settings.config->current().paths.statusFile))
+    , m_trackerFilePath(expandPath(m_settings.config->current().paths.trackerFile))
     , m_shown(std::make_shared<const Load>())
     , m_projectList(projectRoles())
 {
@@ -125,24 +126,27 @@ int ProjectsViewModel::healthyProjectCount() const
 void ProjectsViewModel::load()
 {
     setErrorMessage({});
-    startLoad(
-        [status = m_statusFilePath, tracker = m_trackerFilePath] { return read(status, tracker); },
-        [this](const auto &load) { publish(load); });
+    startLoad([status = m_statusFilePath, tracker = m_trackerFilePath,
+               settings = m_settings] { return read(status, tracker, settings); },
+              [this](const auto &load) { publish(load); });
 }
 
 std::expected<AgentStatusPayload, QString>
-ProjectsViewModel::loadStatusPayload(const QString &statusFilePath)
+ProjectsViewModel::loadStatusPayload(const QString &statusFilePath, const OstrelleConfig &config,
+                                     const Tokens &tokens)
 {
     // What cannot be obtained reads like an empty document, which is no document.
     return readAgentStatus(
-        obtainDocument(u"/status"_s, statusFilePath).text.value_or(std::string()));
+        obtainDocument(u"/status"_s, statusFilePath, config, tokens).text.value_or(std::string()));
 }
 
 ProjectsViewModel::Load ProjectsViewModel::read(const QString &statusFilePath,
-                                                const QString &trackerFilePath)
+                                                const QString &trackerFilePath,
+                                                const Settings &settings)
 {
     Load load;
-    if (const auto status = loadStatusPayload(statusFilePath)) {
+    const OstrelleConfig config = settings.config->snapshot();
+    if (const auto status = loadStatusPayload(statusFilePath, config, *settings.tokens)) {
         load.agents = sortedByName(status->agents);
         load.completions =
             status->completions.first(std::min(status->completions.size(), shownCompletions));
@@ -150,7 +154,7 @@ ProjectsViewModel::Load ProjectsViewModel::read(const QString &statusFilePath,
         load.report(u"Status unreadable: "_s + status.error());
     }
 
-    const auto document = obtainDocument(u"/projects"_s, trackerFilePath);
+    const auto document = obtainDocument(u"/projects"_s, trackerFilePath, config, *settings.tokens);
     if (!document.text) {
         load.report(document.isRemote ? remoteUnusableText()
                                       : FetchError::notReachable().description());

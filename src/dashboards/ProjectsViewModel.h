@@ -41,7 +41,8 @@ public:
     // background threads.
     using ProcessRunner = std::function<QString(const QString &program, const QStringList &args)>;
 
-    explicit ProjectsViewModel(ProcessRunner runProcess = &NetworkHelpers::runProcess,
+    explicit ProjectsViewModel(Settings settings,
+                               ProcessRunner runProcess = &NetworkHelpers::runProcess,
                                std::chrono::milliseconds reloadDelay = std::chrono::seconds(30),
                                QObject *parent = nullptr);
 
@@ -64,7 +65,8 @@ public:
 
     // Reads the agent status document, in the order of the document. Background threads only.
     static std::expected<AgentStatusPayload, QString>
-    loadStatusPayload(const QString &statusFilePath);
+    loadStatusPayload(const QString &statusFilePath, const OstrelleConfig &config,
+                      const Tokens &tokens);
 
 Q_SIGNALS:
     void agentsChanged();
@@ -76,11 +78,13 @@ private:
     using WorkstreamList = RecordListModel<WorkstreamItem>;
     struct Load;
 
-    static Load read(const QString &statusFilePath, const QString &trackerFilePath);
+    static Load read(const QString &statusFilePath, const QString &trackerFilePath,
+                     const Settings &settings);
     void publish(const std::shared_ptr<const Load> &load);
     void showProjects();
     QList<RecordListModel<ProjectRow>::Role> projectRoles();
 
+    const Settings m_settings;
     const ProcessRunner m_runProcess;
     const std::chrono::milliseconds m_reloadDelay;
     const QString m_statusFilePath;

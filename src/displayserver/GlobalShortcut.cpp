@@ -1,8 +1,8 @@
 #include "displayserver/GlobalShortcut.h"
 
-#include "platform/Log.h"
 #include "displayserver/PortalShortcut.h"
 #include "displayserver/X11Shortcut.h"
+#include "platform/Log.h"
 
 namespace ostrelle
 {

@@ -1,7 +1,5 @@
 #include "gateway/DuskrellTool.h"
 
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
 #include "gateway/Utf8.h"
 #include "platform/ChildProcess.h"
 
@@ -82,16 +80,11 @@ std::expected<void, QString> switchGatewayToTailscaleServe()
     return {};
 }
 
-void renewGatewayToken()
+QString renewGatewayToken()
 {
     const QString path = findDuskrell();
-    if (!runDuskrell(path, {u"gateway"_s, u"token"_s, u"--reset"_s}).succeeded) {
-        return;
-    }
-    if (const QString token = readToken(path); !token.isEmpty()) {
-        KeychainHelper::saveToken(token, OstrelleConfig::load().gateway.url);
-        KeychainHelper::saveToken(token, KeychainHelper::activeKey);
-    }
+    const bool isRenewed = runDuskrell(path, {u"gateway"_s, u"token"_s, u"--reset"_s}).succeeded;
+    return isRenewed ? readToken(path) : QString();
 }
 
 } // namespace ostrelle

@@ -15,8 +15,7 @@ namespace ostrelle
 // it. The error is the text for the user.
 std::expected<void, QString> switchGatewayToTailscaleServe();
 
-// Has the gateway make itself a new token and stores that for the configured gateway and as the
-// active one. When any of it fails, what was stored before stays.
-void renewGatewayToken();
+// Has the gateway make itself a new token. An empty text when any of that fails.
+QString renewGatewayToken();
 
 } // namespace ostrelle

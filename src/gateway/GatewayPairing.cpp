@@ -49,6 +49,7 @@ PairingSubject GatewayPairing::subject() const
 {
     return {.gateway = m_profiles->activeGatewaySaved(),
             .config = m_profiles->config(),
+            .tokens = m_profiles->tokens(),
             .useMagicDNS = m_gateway->useMagicDNS(),
             .geminiAPIKey = m_settings->geminiAPIKey(),
             .tailscale = m_tailscale};

@@ -1,8 +1,6 @@
 #include "gateway/GatewayProfiles.h"
 
-#include "settings/KeychainHelper.h"
 #include "core/WhenDone.h"
-#include "settings/SettingsQueue.h"
 
 #include <QtConcurrent>
 
@@ -13,41 +11,18 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
-namespace
-{
-
-// What is known without looking at the disk.
-OstrelleConfig configOf(const GatewayViewModel &gateway)
-{
-    OstrelleConfig config = OstrelleConfig::defaults();
-    config.gateway.url = gateway.gatewayURL();
-    return config;
-}
-
-// What was read last is the best there is when the file has become unreadable.
-OstrelleConfig rewriteConfig(const std::function<void(OstrelleConfig::Gateway &)> &apply,
-                             const OstrelleConfig &readLast)
-{
-    const auto before = OstrelleConfig::read().value_or(readLast.withoutTokens());
-    OstrelleConfig config = before;
-    apply(config.gateway);
-    if (config != before) {
-        config.save();
-    }
-    return config;
-}
-
-} // namespace
-
-GatewayProfiles::GatewayProfiles(GatewayViewModel *gateway, QObject *parent)
+GatewayProfiles::GatewayProfiles(Settings settings, GatewayViewModel *gateway, GatewayInUse *inUse,
+                                 QObject *parent)
     : QObject(parent)
+    , m_settings(std::move(settings))
     , m_gateway(gateway)
-    , m_config(configOf(*gateway))
+    , m_inUse(inUse)
+    , m_config(m_settings.config->current())
 {
+    connect(m_settings.config.get(), &ConfigStore::changed, this, &GatewayProfiles::followConfig);
     connect(gateway, &GatewayViewModel::magicDNSURLChanged, this, &GatewayProfiles::showNames);
-    // Queued: whoever changes the gateway in use may save the configuration just after that.
-    connect(gateway, &GatewayViewModel::gatewayURLChanged, this, &GatewayProfiles::reload,
-            Qt::QueuedConnection);
+    // The last that a switch does: the active token is another one by now.
+    connect(gateway, &GatewayViewModel::gatewayURLChanged, this, &GatewayProfiles::readTokens);
     connect(gateway, &GatewayViewModel::isResettingTokenChanged, this, [this] {
         if (!m_gateway->isResettingToken()) {
             Q_EMIT tokensChanged();
@@ -60,11 +35,8 @@ GatewayProfiles::GatewayProfiles(GatewayViewModel *gateway, QObject *parent)
 
 void GatewayProfiles::reload()
 {
-    const auto read = [readLast = m_config] { return OstrelleConfig::read().value_or(readLast); };
-    whenDone(QtConcurrent::run(&settingsQueue(), read), this, [this](const OstrelleConfig &config) {
-        adopt(config);
-        readTokens();
-    });
+    const auto look = [config = m_settings.config] { config->snapshot(); };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this, [this] { readTokens(); });
 }
 
 void GatewayProfiles::requestSwitch(const QString &url)
@@ -89,22 +61,7 @@ void GatewayProfiles::confirmSwitch()
 
 void GatewayProfiles::switchGateway(const SavedGateway &profile)
 {
-    const QString url = profile.url;
-    const auto activate = [this, url] {
-        whenDone(m_tokenWrites.run([url] { activateStoredToken(url); }), this,
-                 [this, url] { finishSwitch(url); });
-    };
-    change([url](OstrelleConfig::Gateway &gateway) { gateway.url = url; }, activate);
-}
-
-void GatewayProfiles::finishSwitch(const QString &url)
-{
-    if (url != m_config.gateway.url) {
-        return; // the user has switched on meanwhile
-    }
-    m_gateway->setGatewayURL(url);
-    m_gateway->pollHealth();
-    reload();
+    m_inUse->switchTo(profile.url);
 }
 
 void GatewayProfiles::addGateway(const SavedGateway &profile)
@@ -139,17 +96,13 @@ void GatewayProfiles::removeGateway(const QString &url)
 
 void GatewayProfiles::saveActiveToken()
 {
-    storeToken(tokenInput(), {m_config.gateway.url, KeychainHelper::activeKey});
+    storeToken(m_config.gateway.url, tokenInput());
     setShowTokenField(false);
 }
 
 void GatewayProfiles::saveProfileToken()
 {
-    QStringList keys{editingProfileId()};
-    if (editingProfileId() == m_config.gateway.url) {
-        keys.append(KeychainHelper::activeKey);
-    }
-    storeToken(profileTokenInput(), keys);
+    storeToken(editingProfileId(), profileTokenInput());
     setEditingProfileId({});
 }
 
@@ -165,24 +118,17 @@ void GatewayProfiles::setEditingProfileId(const QString &url)
     m_profileTokenInput = QString(); // what was typed for one is not for another
 }
 
-void GatewayProfiles::change(const std::function<void(OstrelleConfig::Gateway &)> &apply,
-                             const std::function<void()> &done)
+void GatewayProfiles::change(const std::function<void(OstrelleConfig::Gateway &)> &apply)
 {
-    whenDone(QtConcurrent::run(&settingsQueue(), &rewriteConfig, apply, m_config), this,
-             [this, done](const OstrelleConfig &config) {
-                 adopt(config);
-                 done();
-             });
+    m_settings.config->change([apply](OstrelleConfig &config) { apply(config.gateway); });
 }
 
-void GatewayProfiles::adopt(const OstrelleConfig &config)
+void GatewayProfiles::followConfig()
 {
-    if (m_config != config) {
-        m_config = config;
-        Q_EMIT configChanged();
-        readTokens();
-    }
+    m_config = m_settings.config->current();
     showNames();
+    readTokens();
+    Q_EMIT configChanged();
 }
 
 void GatewayProfiles::showNames()
@@ -193,14 +139,10 @@ void GatewayProfiles::showNames()
     m_saved.show(m_config.gateway, m_gateway->magicDNSURL(), m_tokenTails);
 }
 
-void GatewayProfiles::storeToken(const QString &token, const QStringList &keys)
+void GatewayProfiles::storeToken(const QString &gatewayURL, const QString &token)
 {
-    const auto store = [token, keys] {
-        for (const QString &key : keys) {
-            KeychainHelper::saveToken(token, key);
-        }
-    };
-    whenDone(m_tokenWrites.run(store), this, [this] { Q_EMIT tokensChanged(); });
+    whenDone(m_settings.tokens->saveFor(gatewayURL, token), this,
+             [this](const Tokens::Saved &) { Q_EMIT tokensChanged(); });
 }
 
 void GatewayProfiles::readTokens()
@@ -210,7 +152,10 @@ void GatewayProfiles::readTokens()
         return;
     }
     m_isReadingTokens = true;
-    whenDone(QtConcurrent::run(&userInitiatedPool(), &readStoredTokens, m_config), this,
+    const auto look = [config = m_config, tokens = m_settings.tokens] {
+        return readStoredTokens(config, *tokens);
+    };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this,
              [this](const StoredTokens &tokens) { finishReading(tokens); });
 }
 

@@ -1,16 +1,15 @@
 #pragma once
 
-#include "gateway/GatewayViewModel.h"
+#include "gateway/GatewayInUse.h"
 #include "gateway/SavedGatewaysModel.h"
 #include "gateway/StoredTokens.h"
-#include "gateway/WorkInOrder.h"
 
 namespace ostrelle
 {
 
 // The settings' gateways: which one is in use, the saved ones, and their tokens. Every change is
 // applied to the configuration file as it then is, in the background, and shown once that is done.
-// Until the file was read the first time, the monitor's gateway is shown. Main thread only.
+// Main thread only.
 class GatewayProfiles : public QObject
 {
     Q_OBJECT
@@ -31,10 +30,11 @@ class GatewayProfiles : public QObject
         QString pendingSwitchGateway READ pendingSwitchGateway NOTIFY pendingSwitchGatewayChanged)
 
 public:
-    // The monitor must live longer.
-    explicit GatewayProfiles(GatewayViewModel *gateway, QObject *parent = nullptr);
+    // The monitor and what switches it must live longer.
+    GatewayProfiles(Settings settings, GatewayViewModel *gateway, GatewayInUse *inUse,
+                    QObject *parent = nullptr);
 
-    // Loads the configuration afresh and looks at the stored tokens again.
+    // Loads the configuration afresh, in the background, and looks at the stored tokens again.
     Q_INVOKABLE void reload();
 
     // Asks for confirmation of a switch to that saved gateway.
@@ -42,8 +42,7 @@ public:
     Q_INVOKABLE void cancelSwitch();
     Q_INVOKABLE void confirmSwitch();
 
-    // Makes it the gateway in use: in the configuration first, in the monitor as soon as its token
-    // is the active one.
+    // Makes it the gateway in use.
     void switchGateway(const SavedGateway &profile);
 
     // Nothing when one with that URL is saved already.
@@ -63,6 +62,7 @@ public:
 
     SavedGatewaysModel *saved() { return &m_saved; }
     const OstrelleConfig &config() const { return m_config; }
+    std::shared_ptr<const Tokens> tokens() const { return m_settings.tokens; }
     SavedGateway activeGatewaySaved() const { return names().activeGatewaySaved(); }
     QString activeGatewayName() const { return m_activeGatewayName; }
     QString activeGatewayURL() const { return m_activeGatewayURL; }
@@ -104,21 +104,19 @@ Q_SIGNALS:
 
 private:
     GatewayNames names() const { return {m_config.gateway, m_gateway->magicDNSURL()}; }
-    void change(
-        const std::function<void(OstrelleConfig::Gateway &)> &apply,
-        const std::function<void()> &done = [] {});
-    void adopt(const OstrelleConfig &config);
+    void change(const std::function<void(OstrelleConfig::Gateway &)> &apply);
+    void followConfig();
     void showNames();
-    void finishSwitch(const QString &url);
-    void storeToken(const QString &token, const QStringList &keys);
+    void storeToken(const QString &gatewayURL, const QString &token);
     void readTokens();
     void finishReading(const StoredTokens &tokens);
     void showTokens(const StoredTokens &tokens);
 
+    const Settings m_settings;
     GatewayViewModel *const m_gateway;
+    GatewayInUse *const m_inUse;
     OstrelleConfig m_config;
     SavedGatewaysModel m_saved;
-    WorkInOrder m_tokenWrites;
     QHash<QString, QString> m_tokenTails;
     // One look at the secret store at a time: a frozen one lets each take seconds.
     bool m_isReadingTokens = false;

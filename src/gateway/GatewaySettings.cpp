@@ -3,10 +3,7 @@
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
-#include "settings/Preferences.h"
-#include "settings/SettingsQueue.h"
-
-#include <QtConcurrent>
+#include "settings/SettingsQueues.h"
 
 #include <utility>
 
@@ -18,9 +15,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString autoStartVoiceKey = u"autoStartVoice"_s;
-const QString projectTrackingKey = u"projectTrackingEnabled"_s;
-const QString geminiAPIKeyKey = u"geminiAPIKey"_s;
 const QString notificationTitle = u"OSTRELLE"_s;
 
 void enableTracking()
@@ -38,14 +32,15 @@ void disableTracking(const QStringList &toolPaths)
 
 } // namespace
 
-GatewaySettings::GatewaySettings(QStringList toolPaths, QObject *parent)
+GatewaySettings::GatewaySettings(std::shared_ptr<Preferences> preferences, QStringList toolPaths,
+                                 QObject *parent)
     : QObject(parent)
+    , m_preferences(std::move(preferences))
     , m_toolPaths(std::move(toolPaths))
 {
-    const Preferences preferences;
-    m_autoStartVoice = preferences.boolean(autoStartVoiceKey).value_or(false);
-    m_projectTrackingEnabled = preferences.boolean(projectTrackingKey).value_or(true);
-    m_geminiAPIKey = preferences.string(geminiAPIKeyKey).value_or(QString());
+    m_autoStartVoice = m_preferences->value(preference::autoStartVoice);
+    m_projectTrackingEnabled = m_preferences->value(preference::projectTrackingEnabled);
+    m_geminiAPIKey = m_preferences->value(preference::geminiAPIKey());
     showLoginItem([](const LoginItem &) {});
 }
 
@@ -65,7 +60,7 @@ void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &chan
         return item.isEnabled();
     };
     const int asked = ++m_loginItemWork;
-    whenDone(QtConcurrent::run(&settingsQueue(), work), this, [this, asked](bool holds) {
+    whenDone(inOrder(settingsQueue(), work), this, [this, asked](bool holds) {
         if (asked == m_loginItemWork) { // else the user has asked for something else meanwhile
             m_launchAtLogin = holds;
         }
@@ -75,7 +70,7 @@ void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &chan
 void GatewaySettings::setAutoStartVoice(bool start)
 {
     m_autoStartVoice = start;
-    Preferences().set(autoStartVoiceKey, start);
+    m_preferences->set(preference::autoStartVoice, start);
 }
 
 void GatewaySettings::setProjectTrackingEnabled(bool enabled)
@@ -84,7 +79,7 @@ void GatewaySettings::setProjectTrackingEnabled(bool enabled)
         return;
     }
     m_projectTrackingEnabled = enabled;
-    Preferences().set(projectTrackingKey, enabled);
+    m_preferences->set(preference::projectTrackingEnabled, enabled);
     if (enabled) {
         m_trackingWork.run(&enableTracking);
     } else {
@@ -96,7 +91,7 @@ void GatewaySettings::setGeminiAPIKey(const QString &key)
 {
     if (m_geminiAPIKey != key) {
         m_geminiAPIKey = key;
-        Preferences().set(geminiAPIKeyKey, key);
+        m_preferences->set(preference::geminiAPIKey(), key);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "gateway/ProjectTrackingSwitch.h"
 #include "gateway/WorkInOrder.h"
 #include "platform/LoginItem.h"
+#include "settings/Preferences.h"
 
 #include <QObject>
 #include <QProperty>
@@ -27,7 +28,8 @@ class GatewaySettings : public QObject
 
 public:
     // The paths at which the gateway's tool is looked for first.
-    explicit GatewaySettings(QStringList toolPaths = usualDuskrellPaths(),
+    explicit GatewaySettings(std::shared_ptr<Preferences> preferences,
+                             QStringList toolPaths = usualDuskrellPaths(),
                              QObject *parent = nullptr);
 
     // Shows what holds on the desktop, once that was looked up: a change that failed is taken back.
@@ -56,6 +58,7 @@ Q_SIGNALS:
 private:
     void showLoginItem(const std::function<void(LoginItem &)> &change);
 
+    const std::shared_ptr<Preferences> m_preferences;
     const QStringList m_toolPaths;
     int m_loginItemWork = 0; // counts it: only the last answer is shown
     WorkInOrder m_trackingWork;

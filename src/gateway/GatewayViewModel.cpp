@@ -1,9 +1,7 @@
 #include "gateway/GatewayViewModel.h"
 
-#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
-#include "settings/Preferences.h"
 
 #include <QFile>
 #include <QtConcurrent>
@@ -17,7 +15,6 @@ using namespace std::chrono_literals;
 namespace
 {
 
-const QString useMagicDNSKey = u"useMagicDNS"_s;
 constexpr auto tokenDeadline = 5s;
 
 // Of one kind, before further ones are left out. A look at a tool or at the secret store occupies a
@@ -35,15 +32,17 @@ void openLog(const GatewaySurroundings &surroundings)
 
 } // namespace
 
-GatewayViewModel::GatewayViewModel(GatewaySurroundings surroundings, QObject *parent)
+GatewayViewModel::GatewayViewModel(Settings settings, GatewaySurroundings surroundings,
+                                   QObject *parent)
     : QObject(parent)
+    , m_settings(std::move(settings))
     , m_surroundings(std::move(surroundings))
     , m_healthPasses(questionsAtOnce)
     , m_tokenPasses(looksAtOnce)
     , m_tailscalePasses(looksAtOnce)
 {
-    m_useMagicDNS = Preferences().boolean(useMagicDNSKey).value_or(true);
-    m_gatewayURL = OstrelleConfig::load().gateway.url;
+    m_useMagicDNS = m_settings.preferences->value(preference::useMagicDNS);
+    m_gatewayURL = m_settings.config->current().gateway.url;
     m_preferredURL.setBinding([this] { return derivePreferredURL(); });
     pollHealth();
     connect(&m_pollTimer, &QTimer::timeout, this, &GatewayViewModel::pollHealth);
@@ -89,7 +88,9 @@ void GatewayViewModel::probeToken()
     if (!pass) {
         return;
     }
-    const auto look = [pass, url = gatewayURL()] { return OstrelleConfig::tokenFor(url); };
+    const auto look = [pass, tokens = m_settings.tokens, url = gatewayURL()] {
+        return tokens->tokenFor(url);
+    };
     whenDone(QtConcurrent::run(&utilityPool(), look), this,
              [this, url = gatewayURL()](const QString &token) { askWithToken(url, token); });
 }
@@ -136,6 +137,7 @@ void GatewayViewModel::show(const Tailscale &tailscale)
     m_tailscaleServeURL = tailscale.serveURL.value_or(QString());
     m_tailscaleIP = tailscale.ip.value_or(QString());
     if (tailscale.magicDNS) {
+        m_settings.tokens->setMagicDNSName(*tailscale.magicDNS);
         m_magicDNSURL = u"https://"_s + *tailscale.magicDNS;
     }
     m_isSecure = tailscale.serveURL || !magicDNSURL().isEmpty();
@@ -172,8 +174,12 @@ void GatewayViewModel::resetGatewayToken()
         return;
     }
     m_isResettingToken = true;
-    whenDone(QtConcurrent::run(&userInitiatedPool(), &renewGatewayToken), this,
-             [this] { finishReset(); });
+    const auto renew = [tokens = m_settings.tokens, url = gatewayURL()] {
+        if (const QString token = renewGatewayToken(); !token.isEmpty()) {
+            static_cast<void>(tokens->saveFor(url, token).result());
+        }
+    };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this, [this] { finishReset(); });
 }
 
 void GatewayViewModel::finishReset()
@@ -197,7 +203,7 @@ void GatewayViewModel::openDebugLog()
 void GatewayViewModel::setUseMagicDNS(bool use)
 {
     m_useMagicDNS = use;
-    Preferences().set(useMagicDNSKey, use);
+    m_settings.preferences->set(preference::useMagicDNS, use);
 }
 
 QString GatewayViewModel::derivePreferredURL() const

@@ -4,6 +4,7 @@
 #include "core/HttpClient.h"
 #include "gateway/NetworkHelpers.h"
 #include "platform/DesktopOpen.h"
+#include "settings/Settings.h"
 
 #include <QObject>
 #include <QProperty>
@@ -47,7 +48,8 @@ class GatewayViewModel : public QObject
 
 public:
     // Starts the first cycle of probes at once.
-    explicit GatewayViewModel(GatewaySurroundings surroundings = {}, QObject *parent = nullptr);
+    explicit GatewayViewModel(Settings settings, GatewaySurroundings surroundings = {},
+                              QObject *parent = nullptr);
 
     // Starts one cycle of probes. A gateway URL that cannot be parsed gives none. Probes of a kind
     // of which several hang already are left out.
@@ -57,7 +59,8 @@ public:
     // went wrong. Nothing while a switch is under way.
     Q_INVOKABLE void enableTailscaleServe();
 
-    // Has the gateway make a new token and stores it. Nothing while that is under way.
+    // Has the gateway make a new token and stores that for the gateway in use. Nothing while that
+    // is under way.
     Q_INVOKABLE void resetGatewayToken();
 
     // For the rest of the run.
@@ -129,6 +132,7 @@ private:
     void finishReset();
     QString derivePreferredURL() const;
 
+    const Settings m_settings;
     const GatewaySurroundings m_surroundings;
     HttpClient m_http;
     QTimer m_pollTimer;

@@ -1,7 +1,5 @@
 #include "gateway/PairingLink.h"
 
-#include "settings/KeychainHelper.h"
-
 #include <QUrl>
 
 namespace ostrelle
@@ -60,8 +58,8 @@ QString preferredGatewayBaseURL(const PairingSubject &subject)
 QString buildPairURL(const PairingSubject &subject)
 {
     const SavedGateway &gateway = subject.gateway;
-    const auto stored = KeychainHelper::getToken(gateway.url);
-    const QString token = stored ? *stored : subject.config.resolveToken();
+    const auto stored = subject.tokens->getToken(gateway.url);
+    const QString token = stored ? *stored : subject.config.resolveToken(*subject.tokens);
     const bool needsAddress = !gateway.isMagicDNS.value_or(false) && isLocalUrl(gateway.url);
     return pairingLink(needsAddress ? preferredGatewayBaseURL(subject) : gateway.url, token,
                        subject.geminiAPIKey);

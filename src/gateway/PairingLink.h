@@ -2,6 +2,7 @@
 
 #include "gateway/GatewayNames.h"
 #include "gateway/NetworkHelpers.h"
+#include "settings/Tokens.h"
 
 namespace ostrelle
 {
@@ -10,6 +11,7 @@ namespace ostrelle
 struct PairingSubject {
     SavedGateway gateway = {};
     OstrelleConfig config = {};
+    std::shared_ptr<const Tokens> tokens = {};
     bool useMagicDNS = true;
     QString geminiAPIKey = {}; // left out of the link when empty
     TailscalePlaces tailscale = {};

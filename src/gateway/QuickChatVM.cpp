@@ -1,7 +1,6 @@
 #include "gateway/QuickChatVM.h"
 
 #include "core/BackgroundWork.h"
-#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
 #include "gateway/ChatReply.h"
 
@@ -46,8 +45,10 @@ QString replyFrom(const HttpResult &result)
 
 } // namespace
 
-QuickChatVM::QuickChatVM(std::chrono::milliseconds deadline, QObject *parent)
+QuickChatVM::QuickChatVM(std::shared_ptr<const Tokens> tokens, std::chrono::milliseconds deadline,
+                         QObject *parent)
     : QObject(parent)
+    , m_tokens(std::move(tokens))
     , m_deadline(deadline)
 {
 }
@@ -71,7 +72,7 @@ void QuickChatVM::sendToGateway(const QString &message, const QString &gatewayUR
         finish(u"Invalid gateway URL"_s);
         return;
     }
-    const auto look = [gatewayURL] { return OstrelleConfig::tokenFor(gatewayURL); };
+    const auto look = [tokens = m_tokens, gatewayURL] { return tokens->tokenFor(gatewayURL); };
     whenDone(QtConcurrent::run(&userInitiatedPool(), look), this,
              [this, url, message](const QString &token) { post(*url, token, message); });
 }

@@ -2,6 +2,7 @@
 
 #include "core/HttpClient.h"
 #include "gateway/ChatMessages.h"
+#include "settings/Tokens.h"
 
 #include <QProperty>
 
@@ -19,7 +20,8 @@ class QuickChatVM : public QObject
 
 public:
     // The deadline is that of a whole exchange with the gateway.
-    explicit QuickChatVM(std::chrono::milliseconds deadline = std::chrono::seconds(120),
+    explicit QuickChatVM(std::shared_ptr<const Tokens> tokens,
+                         std::chrono::milliseconds deadline = std::chrono::seconds(120),
                          QObject *parent = nullptr);
 
     // Sends the input to the gateway at that base URL. Nothing when the input is blank or while an
@@ -42,6 +44,7 @@ private:
     void post(const QUrl &url, const QString &token, const QString &message);
     void finish(const QString &reply);
 
+    const std::shared_ptr<const Tokens> m_tokens;
     const std::chrono::milliseconds m_deadline;
     ChatMessages m_messages;
     HttpClient m_http;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/OstrelleConfig.h"
+#include "settings/Tokens.h"
 
 #include <QHash>
 
@@ -10,13 +10,10 @@ namespace ostrelle
 // What the settings show of the stored tokens; never a whole token.
 struct StoredTokens {
     QHash<QString, QString> tails; // by gateway URL: the last four characters, empty without one
-    bool activeGatewayHasToken = false;
+    bool activeGatewayHasToken = false; // one that it is sent
 };
 
-// Asks the secret store: background threads only, like all of these.
-StoredTokens readStoredTokens(const OstrelleConfig &config);
-
-// Makes the token that is stored for the gateway, if there is one, the active one.
-void activateStoredToken(const QString &gatewayURL);
+// Asks the secret store: background threads only.
+StoredTokens readStoredTokens(const OstrelleConfig &config, const Tokens &tokens);
 
 } // namespace ostrelle

@@ -1,10 +1,16 @@
 #include "platform/Files.h"
 
+#include "platform/NeverDestroyed.h"
+
 #include <QFile>
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
 #include <unistd.h>
 #include <utility>
 
@@ -25,6 +31,36 @@ FileProblem notRegular()
 {
     return {FileProblem::Kind::NotRegular, QStringLiteral("Not a regular file")};
 }
+
+// Inside this process a file has one writer at a time, and no reader meanwhile, by whatever name it
+// is reached: two writers in place would mix, and a reader would see half of a document.
+class FileLocks
+{
+public:
+    static std::shared_ptr<std::shared_mutex> of(const struct stat &attributes)
+    {
+        static NeverDestroyed<FileLocks> locks;
+        return locks.object().find({attributes.st_dev, attributes.st_ino});
+    }
+
+private:
+    using Identity = std::pair<dev_t, ino_t>;
+
+    std::shared_ptr<std::shared_mutex> find(const Identity &file)
+    {
+        const std::scoped_lock lock(m_mutex);
+        std::erase_if(m_locks, [](const auto &entry) { return entry.second.expired(); });
+        auto found = m_locks[file].lock();
+        if (!found) {
+            found = std::make_shared<std::shared_mutex>();
+            m_locks[file] = found;
+        }
+        return found;
+    }
+
+    std::mutex m_mutex;
+    std::map<Identity, std::weak_ptr<std::shared_mutex>> m_locks; // those in use
+};
 
 // Opens a regular file only; O_NONBLOCK keeps the open of a FIFO from waiting for its other end.
 std::expected<Descriptor, FileProblem> openRegular(const QString &path, int flags, mode_t mode,
@@ -75,19 +111,11 @@ int writeAll(int fd, std::string_view content)
     return 0;
 }
 
-} // namespace
-
-bool fileExists(const QString &path)
-{
-    return ::access(QFile::encodeName(path).constData(), F_OK) == 0;
-}
-
-std::expected<std::string, FileProblem> readFile(const QString &path, std::size_t maxBytes)
+std::expected<std::string, FileProblem> readAll(int fd, std::size_t maxBytes)
 {
     struct stat attributes{};
-    const auto file = openRegular(path, O_RDONLY, 0, attributes);
-    if (!file) {
-        return std::unexpected(file.error());
+    if (::fstat(fd, &attributes) != 0) {
+        return std::unexpected(problemFrom(errno));
     }
     const auto tooLarge =
         FileProblem{FileProblem::Kind::TooLarge, QStringLiteral("File too large")};
@@ -99,7 +127,7 @@ std::expected<std::string, FileProblem> readFile(const QString &path, std::size_
     content.resize(static_cast<std::size_t>(attributes.st_size) + 1);
     std::size_t filled = 0;
     while (true) {
-        const ssize_t count = ::read(file->get(), content.data() + filled, content.size() - filled);
+        const ssize_t count = ::read(fd, content.data() + filled, content.size() - filled);
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -121,25 +149,101 @@ std::expected<std::string, FileProblem> readFile(const QString &path, std::size_
     return content;
 }
 
-std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_view content,
-                                              mode_t mode)
+// A file that is open to be written in place.
+struct WritableFile {
+    Descriptor descriptor;
+    struct stat attributes;
+    bool isNew; // it was missing
+
+    static std::expected<WritableFile, FileProblem> open(const QString &path, mode_t mode)
+    {
+        struct stat attributes{};
+        auto file = openRegular(path, O_WRONLY, mode, attributes);
+        if (file || file.error().kind != FileProblem::Kind::Missing) {
+            return finish(std::move(file), attributes, false);
+        }
+        if (auto created = openRegular(path, O_WRONLY | O_CREAT | O_EXCL, mode, attributes)) {
+            return finish(std::move(created), attributes, true);
+        }
+        // Somebody was faster, or a link names a file that is missing.
+        return finish(openRegular(path, O_WRONLY | O_CREAT, mode, attributes), attributes, false);
+    }
+
+    bool isGone() const
+    {
+        struct stat now{};
+        return ::fstat(descriptor.get(), &now) == 0 && now.st_nlink == 0;
+    }
+
+    // Zero, or the system's error number.
+    int fill(std::string_view content) const
+    {
+        struct stat now{};
+        const int fd = descriptor.get();
+        if (::fstat(fd, &now) != 0) {
+            return errno;
+        }
+        const auto size = static_cast<off_t>(content.size());
+        if (const int error = reserve(fd, now.st_size, size); error != 0) {
+            return error;
+        }
+        if (const int error = writeAll(fd, content); error != 0) {
+            return error;
+        }
+        return ::ftruncate(fd, size) == 0 ? 0 : errno;
+    }
+
+private:
+    static std::expected<WritableFile, FileProblem>
+    finish(std::expected<Descriptor, FileProblem> file, const struct stat &attributes, bool isNew)
+    {
+        if (!file) {
+            return std::unexpected(file.error());
+        }
+        return WritableFile{std::move(*file), attributes, isNew};
+    }
+};
+
+} // namespace
+
+bool fileExists(const QString &path)
+{
+    return ::access(QFile::encodeName(path).constData(), F_OK) == 0;
+}
+
+std::expected<std::string, FileProblem> readFile(const QString &path, std::size_t maxBytes)
 {
     struct stat attributes{};
-    const auto file = openRegular(path, O_WRONLY | O_CREAT, mode, attributes);
+    const auto file = openRegular(path, O_RDONLY, 0, attributes);
     if (!file) {
         return std::unexpected(file.error());
     }
-    const auto size = static_cast<off_t>(content.size());
-    if (const int error = reserve(file->get(), attributes.st_size, size); error != 0) {
-        return std::unexpected(problemFrom(error));
+    const auto fileLock = FileLocks::of(attributes);
+    const std::shared_lock lock(*fileLock);
+    return readAll(file->get(), maxBytes);
+}
+
+std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_view content,
+                                              mode_t mode)
+{
+    while (true) {
+        const auto file = WritableFile::open(path, mode);
+        if (!file) {
+            return std::unexpected(file.error());
+        }
+        const auto fileLock = FileLocks::of(file->attributes);
+        const std::unique_lock lock(*fileLock);
+        if (file->isGone()) {
+            continue; // another writer made it, could not fill it and took it back
+        }
+        if (const int error = file->fill(content); error != 0) {
+            if (file->isNew) {
+                ::unlink(QFile::encodeName(path).constData());
+            }
+            return std::unexpected(problemFrom(error));
+        }
+        return {};
     }
-    if (const int error = writeAll(file->get(), content); error != 0) {
-        return std::unexpected(problemFrom(error));
-    }
-    if (::ftruncate(file->get(), size) != 0) {
-        return std::unexpected(problemFrom(errno));
-    }
-    return {};
 }
 
 std::expected<void, FileProblem> writeInPlace(const QString &path, const QByteArray &content,

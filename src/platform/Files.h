@@ -27,13 +27,15 @@ inline constexpr mode_t ownerOnly = 0600;
 // True when something stands at the path, whatever it is; symbolic links are followed.
 bool fileExists(const QString &path);
 
-// Reads a whole regular file. A FIFO or a device is refused without waiting for it.
+// Reads a whole regular file, and never half of what this process is writing into it. A FIFO or a
+// device is refused without waiting for it.
 std::expected<std::string, FileProblem> readFile(const QString &path,
                                                  std::size_t maxBytes = maxDocumentBytes);
 
 // Replaces a file's content in place, as readers and links expect, and creates it with `mode` if it
 // is missing. Room is reserved before the first byte is changed: on a full disk, at a quota or at a
-// file size limit the old content stays.
+// file size limit the old content stays, and a file that this call has created is removed again.
+// Writers in this process take turns.
 std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_view content,
                                               mode_t mode = 0644);
 

@@ -10,7 +10,8 @@ namespace ostrelle
 {
 
 enum class SecretProblem {
-    Unreachable, // there is no store of this kind, or it does not answer
+    Unreachable, // there is no store of this kind
+    NoAnswer,    // there is one, and it does not answer
     Locked,      // it would have to ask the user first
     Refused,     // it answered with an error
 };

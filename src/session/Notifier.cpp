@@ -23,12 +23,12 @@ void showDesktopNotification(const QString &title, const QString &body)
 
     BoundedCalls calls;
     const auto result = calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
-        g_dbus_connection_call(bus.get(), "org.freedesktop.Notifications",
+        g_dbus_connection_call(bus->get(), "org.freedesktop.Notifications",
                                "/org/freedesktop/Notifications", "org.freedesktop.Notifications",
                                "Notify", parameters, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE,
                                -1, calls.cancellable(), callback, data);
     });
-    if (GVariant *reply = g_dbus_connection_call_finish(bus.get(), result.get(), nullptr)) {
+    if (GVariant *reply = g_dbus_connection_call_finish(bus->get(), result.get(), nullptr)) {
         g_variant_unref(reply);
     }
 }

@@ -77,14 +77,17 @@ class Conversation
 public:
     static std::expected<std::unique_ptr<Conversation>, SecretProblem> begin()
     {
-        if (!sessionBus()) {
+        if (const auto bus = sessionBus(); !bus) {
             secret_service_disconnect(); // it may hold the connection to a bus that is gone
-            return std::unexpected(SecretProblem::Unreachable);
+            return std::unexpected(bus.error() == BusProblem::NoAnswer
+                                       ? SecretProblem::NoAnswer
+                                       : SecretProblem::Unreachable);
         }
         auto conversation = std::unique_ptr<Conversation>(new Conversation);
         conversation->connect();
         if (!conversation->m_service) {
-            return std::unexpected(SecretProblem::Unreachable);
+            return std::unexpected(conversation->deadlinePassed() ? SecretProblem::NoAnswer
+                                                                  : SecretProblem::Unreachable);
         }
         return conversation;
     }
@@ -203,7 +206,10 @@ auto converse(Work work) -> decltype(work(std::declval<Conversation &>()))
         }
         const auto answer = work(**conversation);
         const bool lost = !answer && answer.error() == SecretProblem::Unreachable;
-        if (!lost || !again || (*conversation)->deadlinePassed()) {
+        if (lost && (*conversation)->deadlinePassed()) {
+            return std::unexpected(SecretProblem::NoAnswer);
+        }
+        if (!lost || !again) {
             return answer;
         }
     }

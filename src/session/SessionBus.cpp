@@ -24,23 +24,25 @@ bool sessionHasBus()
 
 } // namespace
 
-GObjectPtr<GDBusConnection> sessionBus()
+std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus()
 {
     if (!sessionHasBus()) {
-        return nullptr;
+        return std::unexpected(BusProblem::Missing);
     }
     BoundedCalls calls;
     const auto result = calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
         g_bus_get(G_BUS_TYPE_SESSION, calls.cancellable(), callback, data);
     });
     GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result.get(), nullptr));
-    if (connection && g_dbus_connection_is_closed(connection.get())) {
-        return nullptr; // of a bus that is gone, and still held by somebody
+    if (!connection) {
+        const bool waited = g_cancellable_is_cancelled(calls.cancellable()) != 0;
+        return std::unexpected(waited ? BusProblem::NoAnswer : BusProblem::Missing);
     }
-    if (connection) {
-        // By default GLib ends the whole process together with the bus.
-        g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+    if (g_dbus_connection_is_closed(connection.get())) {
+        return std::unexpected(BusProblem::Missing); // gone, and still held by somebody
     }
+    // By default GLib ends the whole process together with the bus.
+    g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
     return connection;
 }
 

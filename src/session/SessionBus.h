@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <expected>
 #include <gio/gio.h>
 #include <memory>
 
@@ -16,9 +17,14 @@ using GObjectPtr = std::unique_ptr<T, GObjectUnref>;
 // No call over the session bus lasts longer, whatever the other side does.
 inline constexpr std::chrono::seconds sessionBusDeadline{2};
 
-// The user's session bus, or null when the session has none or it does not answer. Never starts a
-// bus of its own, and the program outlives the bus. Blocks: background threads only.
-GObjectPtr<GDBusConnection> sessionBus();
+enum class BusProblem {
+    Missing,  // the session has none, or it is gone
+    NoAnswer, // within the deadline
+};
+
+// The user's session bus. Never starts a bus of its own, and the program outlives the bus. Blocks:
+// background threads only.
+std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus();
 
 // Drives GLib's asynchronous calls from a thread without a main loop, within one deadline for all
 // of them. Lives on one thread.

@@ -1,6 +1,6 @@
+#include "platform/SessionServices.h"
 #include "session/Notifier.h"
 #include "session/SecretService.h"
-#include "platform/SessionServices.h"
 
 namespace ostrelle
 {

@@ -1,19 +1,15 @@
 #pragma once
 
+#include "platform/SecretStore.h"
+
 #include <QString>
-
-#include <functional>
-#include <optional>
-
-class QObject;
 
 namespace ostrelle
 {
 
-struct OstrelleConfig;
-
-// Gateway tokens in the secret store, each under a key: the gateway's base URL exactly as the
-// configuration has it, or `activeKey` for the gateway in use.
+// Gateway tokens in a secret store, each under a key: the gateway's base URL exactly as the
+// configuration has it, or `activeKey` for the gateway in use. Both may wait for the store:
+// background threads only.
 class KeychainHelper
 {
 public:
@@ -21,19 +17,13 @@ public:
 
     static const QString activeKey;
 
-    // Absent when there is none, when the store refuses or when its bytes are not UTF-8. May wait
-    // for the store: background threads only.
-    static std::optional<QString> getToken(const QString &key);
+    // Nothing when the store says that there is none, or when its bytes are not UTF-8.
+    static std::expected<std::optional<QString>, SecretProblem> getToken(SecretStore &store,
+                                                                         const QString &key);
 
-    // Stores or replaces. A failure is told in one log line, without the token. May wait for the
-    // store: background threads only.
-    static void saveToken(const QString &token, const QString &key);
-
-    // Moves plain-text tokens of older versions from the configuration into the store; when there
-    // were any, they are then removed from the configuration file. Returns at once; `done` is
-    // called on the thread of `owner`, and only if that still exists.
-    static void migrateFromConfig(const OstrelleConfig &config, QObject *owner,
-                                  const std::function<void()> &done);
+    // Stores or replaces.
+    static std::expected<void, SecretProblem> saveToken(SecretStore &store, const QString &token,
+                                                        const QString &key);
 };
 
 } // namespace ostrelle

@@ -1,19 +1,13 @@
 #include "settings/OstrelleConfig.h"
 
-#include "core/ExpandPath.h"
-#include "settings/KeychainHelper.h"
-#include "platform/Files.h"
-#include "platform/Log.h"
 #include "platform/Paths.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cmath>
-#include <string_view>
 #include <utility>
 
 namespace ostrelle
@@ -29,26 +23,12 @@ const QString defaultStatusFile = u"~/.ostrelle/ostrelle-agent-tracker.json"_s;
 const QString defaultTrackerFile = u"~/.ostrelle/ostrelle-project-tracker.json"_s;
 const QString defaultCronFile = u"~/.ostrelle/ostrelle-cron-tracker.json"_s;
 
-// Both files are written by people and small programs; more is no configuration, and the main
-// thread shall not parse it.
-constexpr std::size_t maxConfigBytes = std::size_t{16} * 1024 * 1024;
-
-std::optional<QJsonObject> readObject(const QString &path)
-{
-    const auto content = readFile(path, maxConfigBytes);
-    if (!content) {
-        return std::nullopt;
-    }
-    const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(*content));
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
-}
-
 // Reads members of one object strictly: the first one that is missing or of another type spoils the
 // whole document.
-class StrictReader
+class ConfigReader
 {
 public:
-    StrictReader(QJsonObject object, bool &valid)
+    ConfigReader(QJsonObject object, bool &valid)
         : m_object(std::move(object))
         , m_valid(valid)
     {
@@ -121,7 +101,7 @@ QList<SavedGateway> readSaved(const QJsonArray &array, bool &valid)
 {
     QList<SavedGateway> saved;
     for (const auto &element : array) {
-        const StrictReader entry(element.toObject(), valid);
+        const ConfigReader entry(element.toObject(), valid);
         entry.require(element.isObject());
         saved.append({.name = entry.string("name"_L1),
                       .url = entry.string("url"_L1),
@@ -131,14 +111,14 @@ QList<SavedGateway> readSaved(const QJsonArray &array, bool &valid)
     return saved;
 }
 
-std::optional<OstrelleConfig> decode(const QJsonObject &object)
+std::optional<OstrelleConfig> fromObject(const QJsonObject &object)
 {
     bool valid = true;
-    const StrictReader root(object, valid);
-    const StrictReader gateway(root.object("gateway"_L1), valid);
-    const StrictReader ports(root.object("ports"_L1), valid);
-    const StrictReader voice(root.object("voice"_L1), valid);
-    const StrictReader paths(root.object("paths"_L1), valid);
+    const ConfigReader root(object, valid);
+    const ConfigReader gateway(root.object("gateway"_L1), valid);
+    const ConfigReader ports(root.object("ports"_L1), valid);
+    const ConfigReader voice(root.object("voice"_L1), valid);
+    const ConfigReader paths(root.object("paths"_L1), valid);
 
     OstrelleConfig config;
     config.gateway.url = gateway.string("url"_L1);
@@ -164,7 +144,7 @@ void insertIfPresent(QJsonObject &object, QLatin1StringView key, const std::opti
     }
 }
 
-QJsonObject encode(const SavedGateway &gateway)
+QJsonObject toObject(const SavedGateway &gateway)
 {
     QJsonObject object{{"name"_L1, gateway.name}, {"url"_L1, gateway.url}};
     insertIfPresent(object, "token"_L1, gateway.token);
@@ -172,14 +152,14 @@ QJsonObject encode(const SavedGateway &gateway)
     return object;
 }
 
-QJsonObject encode(const OstrelleConfig &config)
+QJsonObject toObject(const OstrelleConfig &config)
 {
     QJsonObject gateway{{"url"_L1, config.gateway.url}};
     insertIfPresent(gateway, "token"_L1, config.gateway.token);
     if (config.gateway.saved) {
         QJsonArray saved;
         for (const SavedGateway &entry : *config.gateway.saved) {
-            saved.append(encode(entry));
+            saved.append(toObject(entry));
         }
         gateway.insert("saved"_L1, saved);
     }
@@ -192,40 +172,6 @@ QJsonObject encode(const OstrelleConfig &config)
             {"voice"_L1, QJsonObject{{"enabled"_L1, config.voice.enabled},
                                      {"venvPath"_L1, config.voice.venvPath}}},
             {"paths"_L1, paths}};
-}
-
-// True when a path of an older version was replaced.
-bool migrate(OstrelleConfig::Paths &paths)
-{
-    const OstrelleConfig::Paths before = paths;
-    if (paths.statusFile.endsWith("/agents/status.json"_L1)) {
-        paths.statusFile = defaultStatusFile;
-    }
-    if (paths.trackerFile.endsWith("/projects/tracker.json"_L1)) {
-        paths.trackerFile = defaultTrackerFile;
-    }
-    if (!paths.cronFile) {
-        paths.cronFile = defaultCronFile;
-    }
-    return paths != before;
-}
-
-QString tokenOfGatewayItself()
-{
-    const auto root = readObject(homeDirectory() + u"/.duskrell/duskrell.json"_s);
-    return root ? root->value("gateway"_L1)["auth"_L1]["token"_L1].toString() : QString();
-}
-
-void createTrackerFile(const QString &path, std::string_view content)
-{
-    const QString file = expandPath(path);
-    if (fileExists(file)) {
-        return;
-    }
-    QDir().mkpath(QFileInfo(file).path());
-    if (writeInPlace(file, content)) {
-        logLine(u"[Ostrelle] Created "_s + file);
-    }
 }
 
 } // namespace
@@ -252,71 +198,58 @@ OstrelleConfig OstrelleConfig::defaults()
                   .cronFile = defaultCronFile}};
 }
 
-std::optional<OstrelleConfig> OstrelleConfig::read()
+std::optional<OstrelleConfig> OstrelleConfig::decode(const QByteArray &json)
 {
-    const auto object = readObject(configPath());
-    auto config = object ? decode(*object) : std::nullopt;
-    if (config && migrate(config->paths)) {
-        config->save();
+    const auto document = QJsonDocument::fromJson(json);
+    return document.isObject() ? fromObject(document.object()) : std::nullopt;
+}
+
+QByteArray OstrelleConfig::encode() const
+{
+    return QJsonDocument(toObject(*this)).toJson();
+}
+
+bool OstrelleConfig::migrate()
+{
+    const Paths before = paths;
+    if (paths.statusFile.endsWith("/agents/status.json"_L1)) {
+        paths.statusFile = defaultStatusFile;
     }
-    return config;
-}
-
-OstrelleConfig OstrelleConfig::load()
-{
-    return read().value_or(defaults());
-}
-
-void OstrelleConfig::save() const
-{
-    QDir().mkpath(configDir());
-    static_cast<void>(writeInPlace(configPath(), QJsonDocument(encode(*this)).toJson()));
-}
-
-OstrelleConfig OstrelleConfig::withoutTokens() const
-{
-    OstrelleConfig config = *this;
-    config.gateway.token.reset();
-    if (config.gateway.saved) {
-        for (SavedGateway &entry : *config.gateway.saved) {
-            entry.token.reset();
-        }
+    if (paths.trackerFile.endsWith("/projects/tracker.json"_L1)) {
+        paths.trackerFile = defaultTrackerFile;
     }
-    return config;
+    if (!paths.cronFile) {
+        paths.cronFile = defaultCronFile;
+    }
+    return paths != before;
 }
 
-QString OstrelleConfig::resolveToken() const
+bool OstrelleConfig::holdsTokens() const
 {
-    for (const QString &key : {gateway.url, KeychainHelper::activeKey}) {
-        if (const auto token = KeychainHelper::getToken(key); token && !token->isEmpty()) {
-            return *token;
-        }
+    const auto holds = [](const std::optional<QString> &token) {
+        return token && !token->isEmpty();
+    };
+    const auto saved = gateway.saved.value_or(QList<SavedGateway>());
+    return holds(gateway.token) || std::ranges::any_of(saved, [&](const SavedGateway &entry) {
+               return holds(entry.token);
+           });
+}
+
+void OstrelleConfig::useGateway(const QString &url)
+{
+    if (url == gateway.url) {
+        return;
     }
+    // A token that no store has taken yet goes with its gateway, not to the next one.
     if (gateway.token && !gateway.token->isEmpty()) {
-        return *gateway.token;
+        QList<SavedGateway> &saved = gateway.saved ? *gateway.saved : gateway.saved.emplace();
+        auto entry = std::ranges::find(saved, gateway.url, &SavedGateway::url);
+        if (entry == saved.end()) {
+            entry = saved.insert(saved.end(), {.name = gateway.url, .url = gateway.url});
+        }
+        entry->token = std::exchange(gateway.token, std::nullopt);
     }
-    return tokenOfGatewayItself();
-}
-
-QString OstrelleConfig::tokenFor(const QString &gatewayURL)
-{
-    QString own = KeychainHelper::getToken(gatewayURL).value_or(QString());
-    const OstrelleConfig config = load();
-    if (!own.isEmpty() || config.gateway.url != gatewayURL) {
-        return own;
-    }
-    const QString token = config.resolveToken();
-    // A switch names the other gateway here before it makes the other one's token the active one.
-    return load().gateway.url == gatewayURL ? token : QString();
-}
-
-void OstrelleConfig::ensureTrackerFiles(const OstrelleConfig &config)
-{
-    createTrackerFile(config.paths.statusFile, R"({"agents":{},"completions":[]})");
-    createTrackerFile(config.paths.trackerFile, R"({"version":1,"updated":"","projects":[]})");
-    if (config.paths.cronFile) {
-        createTrackerFile(*config.paths.cronFile, R"({"version":1,"updated":"","jobs":[]})");
-    }
+    gateway.url = url;
 }
 
 } // namespace ostrelle

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 
@@ -18,8 +19,11 @@ struct SavedGateway {
     friend bool operator==(const SavedGateway &, const SavedGateway &) = default;
 };
 
-// The program's whole persistent configuration, a plain value. The services keep the copy that they
-// were built with; whoever must follow changes loads it afresh.
+class Tokens;
+
+// The program's whole persistent configuration: a plain value that knows neither disk nor keyring.
+// The services keep the copy that they were built with; whoever must follow changes takes a
+// snapshot from the ConfigStore.
 struct OstrelleConfig {
     struct Gateway {
         QString url;
@@ -59,28 +63,25 @@ struct OstrelleConfig {
     // What holds while there is no readable configuration file.
     static OstrelleConfig defaults();
 
-    // The file's configuration, migrated and saved again where it came from an older version.
-    // Absent without a file that can be understood, which stays as it is: for whoever changes the
-    // configuration, so that the defaults do not replace what is stored.
-    static std::optional<OstrelleConfig> read();
+    // Nothing when a required member is missing or anything is of the wrong type.
+    static std::optional<OstrelleConfig> decode(const QByteArray &json);
+    QByteArray encode() const;
 
-    // The same, or the defaults. Never fails.
+    // Replaces what an older version has written; true when there was something.
+    bool migrate();
+
+    bool holdsTokens() const;
+
+    // Makes it the gateway in use.
+    void useGateway(const QString &url);
+
+    // The user's configuration file as it is now, or the defaults; and the way back. Never fail.
     static OstrelleConfig load();
-
-    // Failures are silent.
     void save() const;
-
-    // Without the plain-text tokens of older versions: once moved, they are not written back.
-    OstrelleConfig withoutTokens() const;
 
     // The token to send to the active gateway, or an empty text. Asks the secret store: background
     // threads only.
-    QString resolveToken() const;
-
-    // The token to send to the gateway at that URL, or an empty text: its own, or what
-    // resolveToken() gives while it is the configured one. However the configuration changes
-    // meanwhile, it is never another gateway's. Asks the secret store: background threads only.
-    static QString tokenFor(const QString &gatewayURL);
+    QString resolveToken(const Tokens &tokens) const;
 
     // Creates each tracker file that does not exist, with empty content.
     static void ensureTrackerFiles(const OstrelleConfig &config);

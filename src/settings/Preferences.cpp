@@ -1,19 +1,16 @@
 #include "settings/Preferences.h"
 
 #include "platform/Files.h"
-#include "platform/NeverDestroyed.h"
-#include "settings/SettingsQueue.h"
+#include "settings/SettingsQueues.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QSettings>
-#include <QStandardPaths>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
-#include <mutex>
 #include <utility>
 
 namespace ostrelle
@@ -58,10 +55,9 @@ QVariantHash contentOf(const QSettings &settings)
     return content;
 }
 
-using Changes = QHash<QString, std::optional<QString>>; // by key; nothing: removed
-
 // The file's content with the changes, beside the file.
-QVariantHash writeDraft(const QString &draftFile, const QSettings &current, const Changes &changes)
+QVariantHash writeDraft(const QString &draftFile, const QSettings &current,
+                        const QHash<QString, std::optional<QString>> &changes)
 {
     QFile::remove(draftFile);
     // A key for another service is among the preferences.
@@ -80,16 +76,133 @@ QVariantHash writeDraft(const QString &draftFile, const QSettings &current, cons
     return contentOf(draft);
 }
 
+// Slashes divide keys into groups, and several in a row count as one: two agents would share a key.
+QString asKeyPart(QString id)
+{
+    return id.replace(u'%', u"%25"_s).replace(u'/', u"%2F"_s).replace(u'\\', u"%5C"_s);
+}
+
+} // namespace
+
+TextPreference preference::geminiAPIKey()
+{
+    return {.key = u"geminiAPIKey"_s};
+}
+
+TextPreference preference::customAgentName(const QString &agentId, const QString &otherwise)
+{
+    return {.key = u"agents.customName."_s + asKeyPart(agentId), .otherwise = otherwise};
+}
+
+TextPreference preference::customAgentEmoji(const QString &agentId, const QString &otherwise)
+{
+    return {.key = u"agents.customEmoji."_s + asKeyPart(agentId), .otherwise = otherwise};
+}
+
+Preferences::Preferences(QString file)
+    : m_file(std::move(file))
+    , m_content(read(m_file))
+{
+}
+
+bool Preferences::opens() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_content.opens;
+}
+
+bool Preferences::contains(QLatin1StringView key) const
+{
+    return valueOf(key).isValid();
+}
+
+bool Preferences::value(const BooleanPreference &preference) const
+{
+    const QString value = valueOf(preference.key).toString();
+    return value == "true"_L1 || (value != "false"_L1 && preference.otherwise);
+}
+
+QString Preferences::value(const TextPreference &preference) const
+{
+    const QVariant value = valueOf(preference.key);
+    return value.isValid() ? value.toString() : preference.otherwise;
+}
+
+void Preferences::set(const BooleanPreference &preference, bool value)
+{
+    change(preference.key, value ? u"true"_s : u"false"_s);
+}
+
+void Preferences::set(const TextPreference &preference, const QString &value)
+{
+    change(preference.key, value);
+}
+
+void Preferences::remove(const TextPreference &preference)
+{
+    change(preference.key, std::nullopt);
+}
+
+QVariant Preferences::valueOf(const QString &key) const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_content.values.value(key);
+}
+
+void Preferences::change(const QString &key, const std::optional<QString> &value)
+{
+    const std::scoped_lock lock(m_mutex);
+    if (value) {
+        m_content.values.insert(key, *value);
+    } else {
+        m_content.values.remove(key);
+    }
+    m_content.unwritten.insert(key, value);
+    if (!std::exchange(m_content.isWriteQueued, true)) {
+        settingsQueue().start([self = shared_from_this()] { self->write(); });
+    }
+}
+
+Preferences::Content Preferences::read(const QString &file)
+{
+    if (!isReadable(file)) {
+        return {};
+    }
+    const QSettings settings(file, QSettings::IniFormat);
+    Content content{.opens = settings.status() == QSettings::NoError};
+    for (const QString &key : settings.allKeys()) {
+        content.values.insert(key, settings.value(key));
+    }
+    return content;
+}
+
+// Writes what has not been written yet, earlier failures included. Settings queue only.
+void Preferences::write()
+{
+    const Changes changes = [this] {
+        const std::scoped_lock lock(m_mutex);
+        m_content.isWriteQueued = false;
+        return m_content.unwritten;
+    }();
+    if (!rewrite(changes)) {
+        return; // the next change tries again
+    }
+    const std::scoped_lock lock(m_mutex);
+    m_content.unwritten.removeIf([&](const Changes::iterator &change) {
+        return changes.contains(change.key()) && changes[change.key()] == change.value();
+    });
+}
+
 // QSettings reports success on a full disk and leaves a cut file. So the new content is written
 // beside the old one, read back, and takes its place only when nothing is missing. False when it
-// has not. Settings queue only.
-bool rewrite(const QString &preferences, const Changes &changes)
+// has not.
+bool Preferences::rewrite(const Changes &changes) const
 {
-    if (!isReadable(preferences)) {
+    if (!isReadable(m_file)) {
         return false;
     }
-    const QFileInfo info(preferences);
-    const QString file = info.exists() ? info.canonicalFilePath() : preferences; // a link stays one
+    const QFileInfo info(m_file);
+    const QString file = info.exists() ? info.canonicalFilePath() : m_file; // a link stays one
     const QSettings current(file, QSettings::IniFormat);
     if (current.status() != QSettings::NoError) {
         return false;
@@ -98,7 +211,7 @@ bool rewrite(const QString &preferences, const Changes &changes)
     const QString draftFile = file + u".new"_s;
     const QVariantHash wanted = writeDraft(draftFile, current, changes);
     // Under a new name each time, because QSettings remembers what a file of that name held.
-    static int rewrites = 0;
+    static std::atomic<int> rewrites = 0;
     const QString writtenFile = file + u".written"_s + QString::number(++rewrites);
     if (!replaceFile(draftFile, writtenFile)) {
         return false;
@@ -109,145 +222,6 @@ bool rewrite(const QString &preferences, const Changes &changes)
         QFile::remove(writtenFile);
     }
     return replaced;
-}
-
-struct Content {
-    bool opens = false;
-    QVariantHash values;
-    Changes unwritten = {};
-    bool isWriteQueued = false;
-};
-
-Content read(const QString &file)
-{
-    if (!isReadable(file)) {
-        return {};
-    }
-    const QSettings settings(file, QSettings::IniFormat);
-    Content content{.opens = settings.status() == QSettings::NoError, .values = {}};
-    for (const QString &key : settings.allKeys()) {
-        content.values.insert(key, settings.value(key));
-    }
-    return content;
-}
-
-// What each file holds, changes that are still to be written included.
-class Contents
-{
-public:
-    static Contents &instance()
-    {
-        static NeverDestroyed<Contents> contents;
-        return contents.object();
-    }
-
-    template<typename Use>
-    auto use(const QString &file, Use use)
-    {
-        const std::scoped_lock lock(m_mutex);
-        auto content = m_contents.find(file);
-        if (content == m_contents.end()) {
-            content = m_contents.insert(file, read(file));
-        }
-        return use(*content);
-    }
-
-private:
-    std::mutex m_mutex;
-    QHash<QString, Content> m_contents; // by file; protected by the mutex
-};
-
-// Writes what has not been written yet, earlier failures included.
-void write(const QString &file)
-{
-    const Changes changes = Contents::instance().use(file, [](Content &content) {
-        content.isWriteQueued = false;
-        return content.unwritten;
-    });
-    if (!rewrite(file, changes)) {
-        return; // the next change tries again
-    }
-    Contents::instance().use(file, [&](Content &content) {
-        content.unwritten.removeIf([&](const Changes::iterator &change) {
-            return changes.contains(change.key()) && changes[change.key()] == change.value();
-        });
-    });
-}
-
-QVariant valueIn(const QString &file, const QString &key)
-{
-    return Contents::instance().use(file, [&](const Content &it) { return it.values.value(key); });
-}
-
-} // namespace
-
-Preferences::Preferences()
-    : Preferences(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-                  u"/ai.duskrell.ostrelle.conf"_s)
-{
-}
-
-Preferences::Preferences(QString file)
-    : m_file(std::move(file))
-{
-}
-
-bool Preferences::opens() const
-{
-    return Contents::instance().use(m_file, [](const Content &content) { return content.opens; });
-}
-
-bool Preferences::contains(const QString &key) const
-{
-    return valueIn(m_file, key).isValid();
-}
-
-std::optional<bool> Preferences::boolean(const QString &key) const
-{
-    const QString value = valueIn(m_file, key).toString();
-    if (value == "true"_L1) {
-        return true;
-    }
-    if (value == "false"_L1) {
-        return false;
-    }
-    return std::nullopt;
-}
-
-std::optional<QString> Preferences::string(const QString &key) const
-{
-    const QVariant value = valueIn(m_file, key);
-    return value.isValid() ? std::optional(value.toString()) : std::nullopt;
-}
-
-void Preferences::set(const QString &key, bool value)
-{
-    change(key, value ? u"true"_s : u"false"_s);
-}
-
-void Preferences::set(const QString &key, const QString &value)
-{
-    change(key, value);
-}
-
-void Preferences::remove(const QString &key)
-{
-    change(key, std::nullopt);
-}
-
-void Preferences::change(const QString &key, const std::optional<QString> &value)
-{
-    Contents::instance().use(m_file, [&](Content &content) {
-        if (value) {
-            content.values.insert(key, *value);
-        } else {
-            content.values.remove(key);
-        }
-        content.unwritten.insert(key, value);
-        if (!std::exchange(content.isWriteQueued, true)) {
-            settingsQueue().start([file = m_file] { write(file); });
-        }
-    });
 }
 
 } // namespace ostrelle

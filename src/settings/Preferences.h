@@ -1,42 +1,85 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
+#include <QVariantHash>
 
+#include <memory>
+#include <mutex>
 #include <optional>
 
 namespace ostrelle
 {
 
-// The user's preferences: ai.duskrell.ostrelle.conf in the user's configuration directory, an INI
-// file. It is read once; from then on no call waits for the disk, and all users see the same. Any
-// thread.
-class Preferences
+// A preference: its key in the file, and what holds while the file has no value of its kind there.
+struct BooleanPreference {
+    QLatin1StringView key;
+    bool otherwise;
+};
+struct TextPreference {
+    QString key;
+    QString otherwise = {};
+};
+
+// All of them.
+namespace preference
+{
+inline constexpr BooleanPreference projectTrackingEnabled{
+    QLatin1StringView("projectTrackingEnabled"), true};
+inline constexpr BooleanPreference autoStartVoice{QLatin1StringView("autoStartVoice"), false};
+inline constexpr BooleanPreference voiceEnabled{QLatin1StringView("voiceEnabled"), false};
+inline constexpr BooleanPreference useMagicDNS{QLatin1StringView("useMagicDNS"), true};
+
+// Travels in the pairing code.
+TextPreference geminiAPIKey();
+
+// The user's own name and emoji for an agent; `otherwise` is the agent's own.
+TextPreference customAgentName(const QString &agentId, const QString &otherwise = {});
+TextPreference customAgentEmoji(const QString &agentId, const QString &otherwise = {});
+} // namespace preference
+
+// The user's preferences, in an INI file. It is read once; from then on no call waits for the disk,
+// and all users of the object see the same. Any thread. Make it with std::make_shared.
+class Preferences : public std::enable_shared_from_this<Preferences>
 {
 public:
-    Preferences();
     explicit Preferences(QString file);
 
-    // True when the file was missing or well formed and of a sane size.
+    // False when the file was neither missing nor well formed and of a sane size.
     bool opens() const;
 
     // Whether the key has a value of any type.
-    bool contains(const QString &key) const;
+    bool contains(QLatin1StringView key) const;
 
     // Only true and false are booleans; anything else counts as absent.
-    std::optional<bool> boolean(const QString &key) const;
-    std::optional<QString> string(const QString &key) const;
+    bool value(const BooleanPreference &preference) const;
+    QString value(const TextPreference &preference) const;
 
     // A change holds at once and is written in the settings queue. A failure to write is silent:
     // the file keeps what it held, and the next change tries again.
-    void set(const QString &key, bool value);
-    void set(const QString &key, const QString &value);
-    void remove(const QString &key);
+    void set(const BooleanPreference &preference, bool value);
+    void set(const TextPreference &preference, const QString &value);
+    void remove(const TextPreference &preference);
 
 private:
-    // No value: the key is removed.
+    using Changes = QHash<QString, std::optional<QString>>; // by key; nothing: removed
+
+    struct Content {
+        bool opens = false;
+        QVariantHash values = {};
+        Changes unwritten = {};
+        bool isWriteQueued = false;
+    };
+
+    static Content read(const QString &file);
+    QVariant valueOf(const QString &key) const;
     void change(const QString &key, const std::optional<QString> &value);
+    void write();
+    bool rewrite(const Changes &changes) const;
 
     const QString m_file;
+    mutable std::mutex m_mutex;
+    Content m_content; // protected by it
 };
 
 } // namespace ostrelle

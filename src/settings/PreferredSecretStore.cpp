@@ -1,11 +1,7 @@
 #include "settings/PreferredSecretStore.h"
 
 #include "platform/Log.h"
-#include "platform/Paths.h"
 #include "platform/SessionServices.h"
-#include "settings/SecretFile.h"
-
-#include <atomic>
 
 namespace ostrelle
 {
@@ -25,96 +21,124 @@ auto askService(Call call) -> decltype(call(std::declval<SecretStore &>()))
     return std::unexpected(SecretProblem::Unreachable);
 }
 
-// A secret that was saved while the service was away stays readable once it is back.
-class PreferredStore final : public SecretStore
+template<typename Answer>
+bool hasProblem(const Answer &answer, SecretProblem problem)
 {
-public:
-    explicit PreferredStore(QString file)
-        : m_path(std::move(file))
-        , m_file(m_path)
-    {
-    }
+    return !answer && answer.error() == problem;
+}
 
-    // A successful write to the service empties the file, so what is in the file is the newest.
-    std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override
-    {
-        const auto kept = m_file.read(account);
-        if (kept && *kept) {
-            moveToService(account, **kept);
-            return kept;
-        }
-        const auto secret = askService([&](SecretStore &service) { return service.read(account); });
-        // What is in neither tells nothing new about where secrets are kept.
-        if (m_place == Place::Unknown || (secret && *secret)) {
-            tellWhere(reachable(secret) ? Place::Service : Place::File);
-        }
-        return reachable(secret) ? secret : kept;
-    }
-
-    std::expected<void, SecretProblem> write(const QString &account,
-                                             const QByteArray &secret) override
-    {
-        const auto written =
-            askService([&](SecretStore &service) { return service.write(account, secret); });
-        if (!reachable(written)) {
-            tellWhere(Place::File);
-            return m_file.write(account, secret);
-        }
-        tellWhere(Place::Service);
-        if (written) {
-            static_cast<void>(m_file.remove(account));
-        }
-        return written;
-    }
-
-    std::expected<void, SecretProblem> remove(const QString &account) override
-    {
-        const auto removed =
-            askService([&](SecretStore &service) { return service.remove(account); });
-        const auto removedFromFile = m_file.remove(account);
-        return reachable(removed) ? removed : removedFromFile;
-    }
-
-private:
-    enum class Place { Unknown, Service, File };
-
-    template<typename Answer>
-    static bool reachable(const Answer &answer)
-    {
-        return answer || answer.error() != SecretProblem::Unreachable;
-    }
-
-    void moveToService(const QString &account, const QByteArray &secret)
-    {
-        const bool moved = askService([&](SecretStore &service) {
-                               return service.write(account, secret);
-                           }).has_value();
-        if (moved) {
-            static_cast<void>(m_file.remove(account));
-        }
-        tellWhere(moved ? Place::Service : Place::File);
-    }
-
-    void tellWhere(Place place)
-    {
-        if (m_place.exchange(place) != place) {
-            logLine(place == Place::Service
-                        ? u"[Ostrelle] Secrets are kept in the desktop's Secret Service"_s
-                        : u"[Ostrelle] No Secret Service; secrets are kept in "_s + m_path);
-        }
-    }
-
-    const QString m_path;
-    SecretFile m_file;
-    std::atomic<Place> m_place = Place::Unknown;
-};
+// Whether there is a service that has said something, be it no.
+template<typename Answer>
+bool isAnswer(const Answer &answer)
+{
+    return !hasProblem(answer, SecretProblem::Unreachable) &&
+           !hasProblem(answer, SecretProblem::NoAnswer);
+}
 
 } // namespace
 
-SecretStore &secretStore()
+PreferredSecretStore::PreferredSecretStore(const QString &file)
+    : m_path(file)
+    , m_file(file)
 {
-    static PreferredStore store(homeDirectory() + u"/.ostrelle/secrets.json"_s);
-    return store;
+}
+
+std::expected<std::optional<QByteArray>, SecretProblem>
+PreferredSecretStore::read(const QString &account)
+{
+    // A successful write to the service empties the file, so what is in the file is the newest.
+    const auto kept = m_file.read(account);
+    if (kept && *kept) {
+        moveToService();
+        return kept;
+    }
+    auto secret = readService(account);
+    const bool isNowhere = secret && !*secret;
+    return isNowhere || hasProblem(secret, SecretProblem::Unreachable) ? kept : secret;
+}
+
+std::expected<std::optional<QByteArray>, SecretProblem>
+PreferredSecretStore::readService(const QString &account)
+{
+    auto secret = askService([&](SecretStore &service) { return service.read(account); });
+    // What is in neither tells nothing new about where secrets are kept: without a keyring that
+    // somebody has set up, the service answers and keeps nothing.
+    const bool tells = m_place == Place::Unknown || (secret && *secret);
+    if (isAnswer(secret)) {
+        m_serviceWasThere = true;
+        if (tells) {
+            tellWhere(Place::Service);
+        }
+        if (!m_file.accounts().isEmpty()) {
+            moveToService();
+        }
+    } else if (hasProblem(secret, SecretProblem::Unreachable)) {
+        if (m_serviceWasThere) {
+            return std::unexpected(SecretProblem::NoAnswer);
+        }
+        if (tells) {
+            tellWhere(Place::File);
+        }
+    }
+    return secret;
+}
+
+std::expected<void, SecretProblem> PreferredSecretStore::write(const QString &account,
+                                                               const QByteArray &secret)
+{
+    const std::scoped_lock lock(m_writing);
+    const auto written =
+        askService([&](SecretStore &service) { return service.write(account, secret); });
+    if (!isAnswer(written)) {
+        tellWhere(Place::File);
+        return m_file.write(account, secret);
+    }
+    tellWhere(Place::Service);
+    m_serviceWasThere = true;
+    if (written) {
+        static_cast<void>(m_file.remove(account));
+    }
+    return written;
+}
+
+std::expected<void, SecretProblem> PreferredSecretStore::remove(const QString &account)
+{
+    const std::scoped_lock lock(m_writing);
+    const auto removed = askService([&](SecretStore &service) { return service.remove(account); });
+    const auto removedFromFile = m_file.remove(account);
+    return isAnswer(removed) ? removed : removedFromFile;
+}
+
+void PreferredSecretStore::moveToService()
+{
+    const std::unique_lock lock(m_writing, std::try_to_lock);
+    if (!lock) {
+        return; // a move is under way, or a write; the next read tries again
+    }
+    for (const QString &account : m_file.accounts()) {
+        const auto kept = m_file.read(account);
+        if (!kept || !*kept) {
+            continue;
+        }
+        const bool moved = askService([&](SecretStore &service) {
+                               return service.write(account, **kept);
+                           }).has_value();
+        if (!moved) {
+            return;
+        }
+        static_cast<void>(m_file.remove(account));
+        tellWhere(Place::Service);
+        m_serviceWasThere = true;
+    }
+}
+
+void PreferredSecretStore::tellWhere(Place place)
+{
+    if (m_place.exchange(place) != place) {
+        logLine(place == Place::Service
+                    ? u"[Ostrelle] Secrets are kept in the desktop's Secret Service"_s
+                    : u"[Ostrelle] No Secret Service; secrets are kept in "_s + m_path);
+    }
 }
 
 } // namespace ostrelle

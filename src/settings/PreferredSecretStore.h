@@ -1,12 +1,43 @@
 #pragma once
 
-#include "platform/SecretStore.h"
+#include "settings/SecretFile.h"
+
+#include <atomic>
+#include <mutex>
 
 namespace ostrelle
 {
 
-// The process's store: the desktop's Secret Service while one can be reached, else a file that only
-// the user can read. One log line says which, and one more whenever that changes.
-SecretStore &secretStore();
+// Secrets in the desktop's Secret Service while one can be reached, else in a file that only the
+// user can read; what the file holds moves to the service once that is there. One log line says
+// which of the two, and one more whenever that changes.
+class PreferredSecretStore final : public SecretStore
+{
+public:
+    explicit PreferredSecretStore(const QString &file);
+
+    // Nothing is only what the service, or the file where there is none, has said: a service that
+    // was there and is not, or a file that cannot be read, is a problem.
+    std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override;
+
+    // To the file where the service does not answer, so that the secret is not lost.
+    std::expected<void, SecretProblem> write(const QString &account,
+                                             const QByteArray &secret) override;
+
+    std::expected<void, SecretProblem> remove(const QString &account) override;
+
+private:
+    enum class Place { Unknown, Service, File };
+
+    std::expected<std::optional<QByteArray>, SecretProblem> readService(const QString &account);
+    void moveToService();
+    void tellWhere(Place place);
+
+    const QString m_path;
+    SecretFile m_file;
+    std::mutex m_writing; // a move to the service and a write must not cross
+    std::atomic<Place> m_place = Place::Unknown;
+    std::atomic<bool> m_serviceWasThere = false;
+};
 
 } // namespace ostrelle

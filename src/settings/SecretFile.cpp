@@ -95,4 +95,10 @@ std::expected<void, SecretProblem> SecretFile::remove(const QString &account)
     return save(*secrets);
 }
 
+QStringList SecretFile::accounts()
+{
+    const std::scoped_lock lock(m_mutex);
+    return load().value_or(QJsonObject()).keys();
+}
+
 } // namespace ostrelle

@@ -3,6 +3,7 @@
 #include "platform/SecretStore.h"
 
 #include <QJsonObject>
+#include <QStringList>
 
 #include <mutex>
 #include <utility>
@@ -25,6 +26,9 @@ public:
     std::expected<void, SecretProblem> write(const QString &account,
                                              const QByteArray &secret) override;
     std::expected<void, SecretProblem> remove(const QString &account) override;
+
+    // All that have a secret here; none while the file cannot be read.
+    QStringList accounts();
 
 private:
     enum class LoadProblem { Unreadable, NotUnderstood };

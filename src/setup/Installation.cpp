@@ -1,9 +1,8 @@
 #include "core/ExpandPath.h"
-#include "settings/KeychainHelper.h"
 #include "core/ToolEnvironment.h"
+#include "core/WhenDone.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "settings/SettingsQueue.h"
 #include "platform/Terminal.h"
 #include "setup/AskpassFile.h"
 #include "setup/InstallerOutput.h"
@@ -11,35 +10,10 @@
 #include "setup/SetupManager.h"
 #include "setup/SetupShell.h"
 
-#include <functional>
-#include <latch>
-
 namespace ostrelle
 {
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-// The held configuration, but for the records that have changed on the disk since it was the same
-// as there: a gateway that was paired meanwhile is not lost. What cannot be read has not changed.
-OstrelleConfig upToDate(OstrelleConfig held, const OstrelleConfig &onDiskThen)
-{
-    const auto onDisk = OstrelleConfig::read();
-    const auto follow = [&](auto OstrelleConfig::*record) {
-        if (onDisk && *onDisk.*record != onDiskThen.*record) {
-            held.*record = *onDisk.*record;
-        }
-    };
-    follow(&OstrelleConfig::gateway);
-    follow(&OstrelleConfig::ports);
-    follow(&OstrelleConfig::voice);
-    follow(&OstrelleConfig::paths);
-    return held;
-}
-
-} // namespace
 
 // Runs the shipped installer, in the background.
 class SetupManager::GatewayInstallation
@@ -167,11 +141,10 @@ public:
 
     const ProgressFeed::Writer feed;
     const std::optional<QString> resources;
-    OstrelleConfig config;
-    OstrelleConfig configOnDisk; // as it was when `config` was last brought up to date
+    const Settings settings;
 
 private:
-    void saveConfig(const std::function<void(OstrelleConfig &)> &change = [](auto &) {});
+    bool saveConfig(const ConfigStore::Change &change);
     void writeConfig();
     void prepareData();
     void copyIfMissing(const QString &name) const;
@@ -195,26 +168,24 @@ void SetupManager::VoiceInstallation::run()
     }
 }
 
-void SetupManager::VoiceInstallation::saveConfig(
-    const std::function<void(OstrelleConfig &)> &change)
+bool SetupManager::VoiceInstallation::saveConfig(const ConfigStore::Change &change)
 {
-    std::latch saved(1);
-    settingsQueue().start([&] { // others write that file too
-        config = upToDate(config, configOnDisk);
-        change(config);
-        config.save();
-        configOnDisk = config;
-        saved.count_down();
-    });
-    saved.wait();
+    const auto written =
+        settings.config->change(change, ConfigStore::Write::Always).result().written;
+    if (written) {
+        feed.publish([](SetupManager &manager) { manager.m_hasConfig = true; });
+    } else {
+        feed.addStatus(u"WARNING: Config not saved — "_s + written.error().text);
+    }
+    return written.has_value();
 }
 
 void SetupManager::VoiceInstallation::writeConfig()
 {
     feed.addStatus(u"Creating config…"_s);
-    saveConfig();
-    feed.publish([](SetupManager &manager) { manager.m_hasConfig = true; });
-    feed.addStatus(u"Config saved to "_s + OstrelleConfig::configPath());
+    if (saveConfig([](const OstrelleConfig &) {})) {
+        feed.addStatus(u"Config saved to "_s + settings.config->file());
+    }
 }
 
 void SetupManager::VoiceInstallation::prepareData()
@@ -259,7 +230,7 @@ void SetupManager::VoiceInstallation::downloadModel()
 
 void SetupManager::VoiceInstallation::createVenv()
 {
-    const QString venv = expandPath(config.voice.venvPath);
+    const QString venv = expandPath(settings.config->current().voice.venvPath);
     const QString python = venv + u"/bin/python"_s;
     if (fileExists(python)) {
         return;
@@ -293,11 +264,9 @@ void SetupManager::VoiceInstallation::installRequirements(const QString &venv) c
 
 void SetupManager::VoiceInstallation::finish()
 {
-    saveConfig([](OstrelleConfig &upToDate) { upToDate.voice.enabled = true; });
+    saveConfig([](OstrelleConfig &config) { config.voice.enabled = true; });
     feed.addStatus(u"Setup complete!"_s);
-    feed.publish([saved = config](SetupManager &manager) {
-        manager.m_config = saved;
-        manager.m_configOnDisk = saved;
+    feed.publish([](SetupManager &manager) {
         manager.m_isRunning = false;
         manager.m_isComplete = true;
     });
@@ -310,13 +279,10 @@ void SetupManager::run()
     }
     m_isRunning = true;
     m_statusMessages.clear();
-    userInitiatedPool().start(
-        [installation = VoiceInstallation{.feed = m_feed.writer(),
-                                          .resources = m_surroundings.resources,
-                                          .config = m_config,
-                                          .configOnDisk = m_configOnDisk}]() mutable {
-            installation.run();
-        });
+    userInitiatedPool().start([installation = VoiceInstallation{
+                                   .feed = m_feed.writer(),
+                                   .resources = m_surroundings.resources,
+                                   .settings = m_settings}]() mutable { installation.run(); });
 }
 
 void SetupManager::openOnboarding()
@@ -346,13 +312,10 @@ void SetupManager::saveGatewayToken()
     if (token.isEmpty()) {
         return;
     }
-    userInitiatedPool().start(
-        [token, feed = m_feed.writer(), held = m_config, configOnDisk = m_configOnDisk] {
-            const QString gateway = upToDate(held, configOnDisk).gateway.url;
-            KeychainHelper::saveToken(token, gateway);
-            KeychainHelper::saveToken(token, KeychainHelper::activeKey);
-            feed.publish([](SetupManager &manager) { manager.m_hasGatewayToken = true; });
-        });
+    const QString gateway = m_settings.config->current().gateway.url;
+    whenDone(m_settings.tokens->saveFor(gateway, token), this, [this](const Tokens::Saved &saved) {
+        m_hasGatewayToken = m_hasGatewayToken || saved.has_value();
+    });
 }
 
 } // namespace ostrelle

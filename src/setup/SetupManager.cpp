@@ -58,10 +58,10 @@ QString enableLink(const QString &output)
 class SetupManager::Checks
 {
 public:
-    Checks(ProgressFeed::Writer writer, int generation, QString venvPath)
+    Checks(ProgressFeed::Writer writer, int generation, Settings settings)
         : m_writer(std::move(writer))
         , m_generation(generation)
-        , m_venvPath(std::move(venvPath))
+        , m_settings(std::move(settings))
     {
     }
 
@@ -103,7 +103,7 @@ private:
 
     const ProgressFeed::Writer m_writer;
     const int m_generation;
-    const QString m_venvPath;
+    const Settings m_settings;
 };
 
 void SetupManager::Checks::checkTools() const
@@ -178,23 +178,22 @@ void SetupManager::Checks::checkServe(const QString &cli) const
 
 void SetupManager::Checks::checkFiles() const
 {
-    const bool hasToken = !OstrelleConfig::load().resolveToken().isEmpty();
+    const OstrelleConfig config = m_settings.config->snapshot();
+    const bool hasToken = !config.resolveToken(*m_settings.tokens).isEmpty();
     publish([hasToken](SetupManager &m) { m.m_hasGatewayToken = hasToken; });
     const bool hasAgent = fileExists(homeDirectory() + u"/.duskrell/agents/main/agent"_s);
     publish([hasAgent](SetupManager &m) { m.m_hasAgent = hasAgent; });
-    const bool hasConfig = fileExists(OstrelleConfig::configPath());
+    const bool hasConfig = fileExists(m_settings.config->file());
     publish([hasConfig](SetupManager &m) { m.m_hasConfig = hasConfig; });
-    const bool hasVenv = fileExists(expandPath(m_venvPath) + u"/bin/python"_s);
+    const bool hasVenv = fileExists(expandPath(config.voice.venvPath) + u"/bin/python"_s);
     publish([hasVenv](SetupManager &m) { m.m_hasVenv = hasVenv; });
     const bool hasModels = ModelFile::speechModel().exists();
     publish([hasModels](SetupManager &m) { m.m_hasModels = hasModels; });
 }
 
-SetupManager::SetupManager(const OstrelleConfig &config, SetupSurroundings surroundings,
-                           QObject *parent)
+SetupManager::SetupManager(Settings settings, SetupSurroundings surroundings, QObject *parent)
     : QObject(parent)
-    , m_config(config)
-    , m_configOnDisk(OstrelleConfig::read().value_or(config))
+    , m_settings(std::move(settings))
     , m_surroundings(std::move(surroundings))
     , m_feed(*this)
     , m_askpass(std::make_shared<AskpassFile>())
@@ -222,7 +221,7 @@ void SetupManager::runChecks(std::function<void()> afterwards)
     if (!pass) {
         return;
     }
-    const Checks checks(m_feed.writer(), ++m_checkGeneration, m_config.voice.venvPath);
+    const Checks checks(m_feed.writer(), ++m_checkGeneration, m_settings);
     userInitiatedPool().start([checks, pass] { checks.run(); });
 }
 

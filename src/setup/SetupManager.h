@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/BackgroundWork.h"
-#include "settings/OstrelleConfig.h"
 #include "platform/Paths.h"
+#include "settings/Settings.h"
 #include "setup/ProgressFeed.h"
 #include "setup/StatusLog.h"
 
@@ -68,7 +68,7 @@ class SetupManager : public QObject
     Q_PROPERTY(bool hasModels READ hasModels NOTIFY hasModelsChanged)
 
 public:
-    explicit SetupManager(const OstrelleConfig &config, SetupSurroundings surroundings = {},
+    explicit SetupManager(Settings settings, SetupSurroundings surroundings = {},
                           QObject *parent = nullptr);
     // Takes back the administrator's password from an installation that is under way.
     ~SetupManager() override;
@@ -170,8 +170,7 @@ private:
     void finishChecks(int generation);
     void finishInstallation();
 
-    OstrelleConfig m_config;
-    OstrelleConfig m_configOnDisk; // as it was when m_config was last brought up to date
+    const Settings m_settings;
     const SetupSurroundings m_surroundings;
     StatusLog m_statusMessages;
     ProgressFeed m_feed;

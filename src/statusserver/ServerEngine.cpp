@@ -19,9 +19,10 @@ constexpr std::chrono::milliseconds patienceAtTheEnd{300};
 
 } // namespace
 
-ServerEngine::ServerEngine(const OstrelleConfig &config, const ServerLimits &limits)
+ServerEngine::ServerEngine(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens,
+                           const ServerLimits &limits)
     : m_port(config.ports.status)
-    , m_site(config)
+    , m_site(config, std::move(tokens))
     , m_workers(limits.workerThreads)
     , m_open(asio::make_work_guard(m_loop))
     , m_clients(m_loop, m_site, limits, [this](Workers::Task task) { runSlowly(std::move(task)); })

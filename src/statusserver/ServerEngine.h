@@ -22,7 +22,8 @@ namespace ostrelle
 class ServerEngine : public std::enable_shared_from_this<ServerEngine>
 {
 public:
-    ServerEngine(const OstrelleConfig &config, const ServerLimits &limits);
+    ServerEngine(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens,
+                 const ServerLimits &limits);
 
     ServerState &state() { return m_state; }
 

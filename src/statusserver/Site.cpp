@@ -70,8 +70,9 @@ std::string emptyHistory()
 
 } // namespace
 
-Site::Site(const OstrelleConfig &config)
+Site::Site(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens)
     : m_config(config)
+    , m_tokens(std::move(tokens))
     , m_statusFile(encodedPath(config.paths.statusFile))
     , m_trackerFile(encodedPath(config.paths.trackerFile))
     , m_cronFile(config.paths.cronFile ? std::optional(encodedPath(*config.paths.cronFile))
@@ -144,10 +145,14 @@ const std::string *Site::documentPath(Resource resource) const
     return nullptr;
 }
 
-// Without a token everybody may.
+// Without a token everybody may; while a store does not say whether there is one, nobody.
 bool Site::mayRead(std::string_view requestText) const
 {
-    const std::string token = m_config.resolveToken().toStdString();
+    const auto resolved = m_tokens->resolve(m_config);
+    if (!resolved) {
+        return false;
+    }
+    const std::string token = resolved->toStdString();
     return token.empty() || equalInConstantTime(offeredToken(requestText), token);
 }
 

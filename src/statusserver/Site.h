@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/OstrelleConfig.h"
+#include "settings/Tokens.h"
 #include "statusserver/Request.h"
 #include "statusserver/Response.h"
 
@@ -19,7 +19,7 @@ public:
     // Larger documents are not read on the thread that serves everybody.
     static constexpr std::size_t maxQuickBytes = std::size_t{1024} * 1024;
 
-    explicit Site(const OstrelleConfig &config);
+    Site(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens);
 
     // Puts the answer into `response`, whose memory is used again, unless it may take long: then
     // the result is false and answerSlowly() must be asked on a thread that may wait.
@@ -38,6 +38,7 @@ private:
     bool mayRead(std::string_view requestText) const;
 
     const OstrelleConfig m_config;
+    const std::shared_ptr<const Tokens> m_tokens;
     // In the file system's encoding, with the home directory in place.
     const std::string m_statusFile;
     const std::string m_trackerFile;

@@ -22,10 +22,10 @@ QString legacyStatusPlist()
 
 } // namespace
 
-StatusServer::StatusServer(const OstrelleConfig &config, const ServerLimits &limits,
-                           QObject *parent)
+StatusServer::StatusServer(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens,
+                           const ServerLimits &limits, QObject *parent)
     : QObject(parent)
-    , m_engine(std::make_shared<ServerEngine>(config, limits))
+    , m_engine(std::make_shared<ServerEngine>(config, std::move(tokens), limits))
 {
     m_engine->state().observe([this] {
         QMetaObject::invokeMethod(this, &StatusServer::tellRunning, Qt::QueuedConnection);

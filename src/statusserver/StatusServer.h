@@ -22,8 +22,8 @@ class StatusServer : public QObject
 
 public:
     // Also removes, in the background, the separate status agent of an older version.
-    explicit StatusServer(const OstrelleConfig &config, const ServerLimits &limits = {},
-                          QObject *parent = nullptr);
+    StatusServer(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens,
+                 const ServerLimits &limits = {}, QObject *parent = nullptr);
 
     // Ends at once even while clients are served; a thread that hangs in the file system or the
     // secret store is left behind after 300 ms.

@@ -1,7 +1,6 @@
 #include "tracker/RemoteDataSource.h"
 
 #include "core/HttpClient.h"
-#include "settings/OstrelleConfig.h"
 
 #include <QEventLoop>
 #include <QUrl>
@@ -43,26 +42,26 @@ std::optional<QString> statusBaseOf(const QString &gatewayURL)
 
 } // namespace
 
-bool RemoteDataSource::isRemote()
+bool RemoteDataSource::isRemote(const OstrelleConfig &config)
 {
-    const QString url = OstrelleConfig::load().gateway.url;
+    const QString &url = config.gateway.url;
     return !url.contains("127.0.0.1"_L1) && !url.contains("localhost"_L1);
 }
 
-std::optional<QString> RemoteDataSource::statusBaseURL()
+std::optional<QString> RemoteDataSource::statusBaseURL(const OstrelleConfig &config)
 {
-    return statusBaseOf(OstrelleConfig::load().gateway.url);
+    return statusBaseOf(config.gateway.url);
 }
 
-std::expected<QByteArray, FetchError> RemoteDataSource::fetchRemoteData(const QString &base,
-                                                                        const QString &endpoint)
+std::expected<QByteArray, FetchError>
+RemoteDataSource::fetchRemoteData(const QString &base, const QString &endpoint,
+                                  const OstrelleConfig &config, const Tokens &tokens)
 {
-    const QString gatewayURL = OstrelleConfig::load().gateway.url;
-    const QString token = OstrelleConfig::tokenFor(gatewayURL);
+    const QString token = tokens.tokenFor(config.gateway.url, config);
     if (token.isEmpty()) {
         return std::unexpected(FetchError::authRejected());
     }
-    if (base != statusBaseOf(gatewayURL)) {
+    if (base != statusBaseURL(config)) {
         return std::unexpected(FetchError::notReachable());
     }
     return fetchWithToken(base, endpoint, token);

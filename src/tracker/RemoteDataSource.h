@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/Tokens.h"
 #include "tracker/FetchError.h"
 
 #include <QByteArray>
@@ -17,8 +18,9 @@ struct FetchLimits {
     std::chrono::milliseconds overall{2500}; // for the whole fetch
 };
 
-// The tracker documents of the machine that the configured gateway runs on. Every call loads the
-// configuration afresh, so that a change of gateway takes effect with the next poll.
+// The tracker documents of the machine that the configured gateway runs on. Whoever polls takes a
+// snapshot of the configuration for each poll, so that a change of gateway takes effect with the
+// next one.
 class RemoteDataSource
 {
 public:
@@ -28,16 +30,18 @@ public:
     static constexpr qsizetype maxBodyBytes = qsizetype{64} * 1024 * 1024;
 
     // True unless the gateway's URL contains "127.0.0.1" or "localhost", in this letter case.
-    static bool isRemote();
+    static bool isRemote(const OstrelleConfig &config);
 
     // What an endpoint such as "/status" is appended to: the same HTTPS origin below "/ostrelle",
     // or port 18794 of a plain-HTTP gateway's host. Absent for this machine.
-    static std::optional<QString> statusBaseURL();
+    static std::optional<QString> statusBaseURL(const OstrelleConfig &config);
 
-    // Fetches base + endpoint with the gateway's token; nothing from a base that has meanwhile
-    // ceased to be the configured gateway's. Asks the secret store first: background threads only.
+    // Fetches base + endpoint with the gateway's token; nothing from a base that is not the
+    // configured gateway's. Asks the secret store first: background threads only.
     static std::expected<QByteArray, FetchError> fetchRemoteData(const QString &base,
-                                                                 const QString &endpoint);
+                                                                 const QString &endpoint,
+                                                                 const OstrelleConfig &config,
+                                                                 const Tokens &tokens);
 
     // The same with a token that is given, which goes to no other origin. Blocks for the overall
     // limit at most.

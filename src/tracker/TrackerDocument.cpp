@@ -1,7 +1,6 @@
 #include "tracker/TrackerDocument.h"
 
 #include "core/ExpandPath.h"
-#include "settings/OstrelleConfig.h"
 #include "platform/Files.h"
 #include "tracker/RemoteDataSource.h"
 
@@ -13,9 +12,10 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-std::expected<std::string, FetchError> fetchText(const QString &base, const QString &endpoint)
+std::expected<std::string, FetchError> fetchText(const QString &base, const QString &endpoint,
+                                                 const OstrelleConfig &config, const Tokens &tokens)
 {
-    const auto body = RemoteDataSource::fetchRemoteData(base, endpoint);
+    const auto body = RemoteDataSource::fetchRemoteData(base, endpoint, config, tokens);
     if (!body) {
         return std::unexpected(body.error());
     }
@@ -33,11 +33,13 @@ std::expected<std::string, FetchError> readText(const QString &path)
 
 } // namespace
 
-TrackerDocument obtainDocument(const QString &endpoint, const QString &localPath)
+TrackerDocument obtainDocument(const QString &endpoint, const QString &localPath,
+                               const OstrelleConfig &config, const Tokens &tokens)
 {
-    const bool isRemote = RemoteDataSource::isRemote();
-    const auto base = isRemote ? RemoteDataSource::statusBaseURL() : std::nullopt;
-    return {.isRemote = isRemote, .text = base ? fetchText(*base, endpoint) : readText(localPath)};
+    const bool isRemote = RemoteDataSource::isRemote(config);
+    const auto base = isRemote ? RemoteDataSource::statusBaseURL(config) : std::nullopt;
+    return {.isRemote = isRemote,
+            .text = base ? fetchText(*base, endpoint, config, tokens) : readText(localPath)};
 }
 
 QString cronFilePathOf(const OstrelleConfig &config)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/Tokens.h"
 #include "tracker/FetchError.h"
 
 #include <QString>
@@ -10,8 +11,6 @@
 namespace ostrelle
 {
 
-struct OstrelleConfig;
-
 // One of the three documents as it was obtained, and from where.
 struct TrackerDocument {
     bool isRemote; // the configured gateway is on another machine
@@ -20,7 +19,8 @@ struct TrackerDocument {
 
 // Fetches the endpoint from the gateway's machine, or reads the local file when the gateway is this
 // machine's. Blocks: background threads only.
-TrackerDocument obtainDocument(const QString &endpoint, const QString &localPath);
+TrackerDocument obtainDocument(const QString &endpoint, const QString &localPath,
+                               const OstrelleConfig &config, const Tokens &tokens);
 
 // The configured cron tracker file, or the default one of a configuration that names none.
 QString cronFilePathOf(const OstrelleConfig &config);

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "settings/Settings.h"
+
 namespace ostrelle
 {
 
+class GatewayInUse;
 class GatewayViewModel;
 class ServiceManager;
 class SetupManager;
@@ -11,7 +14,9 @@ class VoiceViewModel;
 
 // What the program makes once and its face shows. All of it outlives the face.
 struct Models {
+    Settings settings;
     GatewayViewModel *gatewayVM = nullptr;
+    GatewayInUse *gatewayInUse = nullptr;
     VoiceViewModel *voiceVM = nullptr;
     ServiceManager *serviceManager = nullptr;
     SetupManager *setupManager = nullptr;

@@ -1,7 +1,5 @@
 #include "ui/AgentAppearance.h"
 
-#include "dashboards/AgentAppearanceStore.h"
-
 namespace ostrelle
 {
 
@@ -21,23 +19,27 @@ AgentAppearance::AgentAppearance(QObject *parent)
 {
     m_name.setBinding([this] {
         static_cast<void>(m_refreshKey.value());
-        return AgentAppearanceStore::name(m_agentId, m_fallbackName);
+        return m_viewModel.value() != nullptr
+                   ? m_viewModel.value()->appearances().name(m_agentId, m_fallbackName)
+                   : m_fallbackName;
     });
     m_emoji.setBinding([this] {
         static_cast<void>(m_refreshKey.value());
-        return AgentAppearanceStore::emoji(m_agentId, m_fallbackEmoji);
+        return m_viewModel.value() != nullptr
+                   ? m_viewModel.value()->appearances().emoji(m_agentId, m_fallbackEmoji)
+                   : m_fallbackEmoji;
     });
 }
 
 void AgentAppearance::save(const QString &name, const QString &emoji)
 {
-    AgentAppearanceStore::save(m_agentId, trimmedOr(name, m_fallbackName),
-                               trimmedOr(emoji, m_fallbackEmoji));
+    m_viewModel.value()->appearances().save(m_agentId, trimmedOr(name, m_fallbackName),
+                                            trimmedOr(emoji, m_fallbackEmoji));
 }
 
 void AgentAppearance::reset()
 {
-    AgentAppearanceStore::reset(m_agentId);
+    m_viewModel.value()->appearances().reset(m_agentId);
 }
 
 } // namespace ostrelle

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dashboards/AgentsTopologyViewModel.h"
+
 #include <QObject>
 #include <QProperty>
 #include <QtQml/qqml.h>
@@ -14,6 +16,8 @@ class AgentAppearance : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
+    Q_PROPERTY(ostrelle::AgentsTopologyViewModel *viewModel READ viewModel WRITE setViewModel NOTIFY
+                   viewModelChanged REQUIRED)
     Q_PROPERTY(QString agentId READ agentId WRITE setAgentId NOTIFY agentIdChanged REQUIRED)
     Q_PROPERTY(QString fallbackName READ fallbackName WRITE setFallbackName NOTIFY
                    fallbackNameChanged REQUIRED)
@@ -26,6 +30,8 @@ class AgentAppearance : public QObject
 public:
     explicit AgentAppearance(QObject *parent = nullptr);
 
+    AgentsTopologyViewModel *viewModel() const { return m_viewModel; }
+    void setViewModel(AgentsTopologyViewModel *viewModel) { m_viewModel = viewModel; }
     QString agentId() const { return m_agentId; }
     void setAgentId(const QString &id) { m_agentId = id; }
     QString fallbackName() const { return m_fallbackName; }
@@ -44,6 +50,7 @@ public:
     Q_INVOKABLE void reset();
 
 Q_SIGNALS:
+    void viewModelChanged();
     void agentIdChanged();
     void fallbackNameChanged();
     void fallbackEmojiChanged();
@@ -52,6 +59,8 @@ Q_SIGNALS:
     void emojiChanged();
 
 private:
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AgentAppearance, ostrelle::AgentsTopologyViewModel *,
+                                         m_viewModel, nullptr, &AgentAppearance::viewModelChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AgentAppearance, QString, m_agentId,
                                &AgentAppearance::agentIdChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AgentAppearance, QString, m_fallbackName,

@@ -1,6 +1,5 @@
 #include "ui/Panel.h"
 
-#include "settings/Preferences.h"
 #include "ui/FieldAccessibility.h"
 #include "ui/QmlTypes.h"
 #include "ui/SymbolProvider.h"
@@ -36,6 +35,7 @@ QRegion roundedShape(QSize size)
 
 Panel::Panel(const Models &models, PanelEvents events, std::chrono::milliseconds keptAfterClosing)
     : m_events(std::move(events))
+    , m_models(models)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(keptAfterClosing);
@@ -62,13 +62,14 @@ void Panel::load(const Models &models)
     m_view.setColor(background);
     m_view.setResizeMode(QQuickView::SizeRootObjectToView);
     m_view.setInitialProperties(
-        {{u"gatewayVM"_s, QVariant::fromValue(models.gatewayVM)},
+        {{u"models"_s, QVariant::fromValue(&m_models)},
+         {u"gatewayVM"_s, QVariant::fromValue(models.gatewayVM)},
          {u"voiceVM"_s, QVariant::fromValue(models.voiceVM)},
          {u"serviceManager"_s, QVariant::fromValue(models.serviceManager)},
          {u"setupManager"_s, QVariant::fromValue(models.setupManager)},
          {u"statusServer"_s, QVariant::fromValue(models.statusServer)},
          {u"projectTrackingEnabled"_s,
-          Preferences().boolean(u"projectTrackingEnabled"_s).value_or(true)}});
+          models.settings.preferences->value(preference::projectTrackingEnabled)}});
     m_view.setSource(QUrl(u"qrc:/qt/qml/Ostrelle/shell/PanelRoot.qml"_s));
     if (QQuickItem *const root = m_view.rootObject()) {
         connect(root, SIGNAL(closeRequested()), &m_view, SLOT(hide()));

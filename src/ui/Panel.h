@@ -1,7 +1,8 @@
 #pragma once
 
-#include "ui/DesktopAppearance.h"
 #include "tray/PanelWindow.h"
+#include "ui/DesktopAppearance.h"
+#include "ui/PanelModels.h"
 
 #include <QQuickView>
 #include <QTimer>
@@ -38,6 +39,7 @@ private:
     void showAppearance();
 
     const PanelEvents m_events;
+    PanelModels m_models;
     DesktopAppearance m_appearance;
     QTimer m_patience;
     QQuickView m_view;

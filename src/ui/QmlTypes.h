@@ -54,7 +54,7 @@ struct StatusServerType {
     QML_UNCREATABLE("made by the program")
 };
 
-// Made by the views that show them.
+// Made for the views that show them.
 
 struct DashboardModelType {
     Q_GADGET
@@ -66,24 +66,28 @@ struct AgentsTopologyViewModelType {
     Q_GADGET
     QML_FOREIGN(ostrelle::AgentsTopologyViewModel)
     QML_NAMED_ELEMENT(AgentsTopologyViewModel)
+    QML_UNCREATABLE("made by PanelModels")
 };
 
 struct CronViewModelType {
     Q_GADGET
     QML_FOREIGN(ostrelle::CronViewModel)
     QML_NAMED_ELEMENT(CronViewModel)
+    QML_UNCREATABLE("made by PanelModels")
 };
 
 struct ProjectsViewModelType {
     Q_GADGET
     QML_FOREIGN(ostrelle::ProjectsViewModel)
     QML_NAMED_ELEMENT(ProjectsViewModel)
+    QML_UNCREATABLE("made by PanelModels")
 };
 
 struct QuickChatVMType {
     Q_GADGET
     QML_FOREIGN(ostrelle::QuickChatVM)
     QML_NAMED_ELEMENT(QuickChatVM)
+    QML_UNCREATABLE("made by PanelModels")
 };
 
 // Made by SettingsModels for the settings screen.

@@ -2,52 +2,44 @@
 
 #include "gateway/GatewayPairing.h"
 #include "gateway/TailscalePeersModel.h"
+#include "tray/Models.h"
 
 #include <QtQml/qqmlregistration.h>
-
-#include <memory>
 
 namespace ostrelle
 {
 
-// Makes and owns the models of one settings screen. They are there as soon as the monitor is given,
-// and are made anew for another one. Main thread only.
+// The models of one settings screen, in the order in which they need each other. Main thread only.
 class SettingsModels : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(ostrelle::GatewayViewModel *gatewayVM READ gatewayVM WRITE setGatewayVM NOTIFY
-                   gatewayVMChanged REQUIRED)
-    Q_PROPERTY(bool areMade READ areMade NOTIFY modelsChanged)
-    Q_PROPERTY(ostrelle::GatewayProfiles *profiles READ profiles NOTIFY modelsChanged)
-    Q_PROPERTY(ostrelle::GatewaySettings *settings READ settings NOTIFY modelsChanged)
-    Q_PROPERTY(ostrelle::GatewayPairing *pairing READ pairing NOTIFY modelsChanged)
-    Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers NOTIFY modelsChanged)
+    QML_UNCREATABLE("made by PanelModels")
+    Q_PROPERTY(ostrelle::GatewayProfiles *profiles READ profiles CONSTANT)
+    Q_PROPERTY(ostrelle::GatewaySettings *settings READ settings CONSTANT)
+    Q_PROPERTY(ostrelle::GatewayPairing *pairing READ pairing CONSTANT)
+    Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers CONSTANT)
 
 public:
-    explicit SettingsModels(QObject *parent = nullptr);
-    ~SettingsModels() override;
+    explicit SettingsModels(const Models &models, QObject *parent = nullptr)
+        : QObject(parent)
+        , m_profiles(models.settings, models.gatewayVM, models.gatewayInUse)
+        , m_settings(models.settings.preferences)
+        , m_pairing(models.gatewayVM, &m_profiles, &m_settings)
+        , m_peers(&m_profiles)
+    {
+    }
 
-    // The monitor must live longer, or be replaced before it goes.
-    GatewayViewModel *gatewayVM() const { return m_gatewayVM; }
-    void setGatewayVM(GatewayViewModel *gateway);
-
-    // The models are null until then.
-    bool areMade() const { return m_models != nullptr; }
-    GatewayProfiles *profiles() const;
-    GatewaySettings *settings() const;
-    GatewayPairing *pairing() const;
-    TailscalePeersModel *peers() const;
-
-Q_SIGNALS:
-    void gatewayVMChanged();
-    void modelsChanged();
+    GatewayProfiles *profiles() { return &m_profiles; }
+    GatewaySettings *settings() { return &m_settings; }
+    GatewayPairing *pairing() { return &m_pairing; }
+    TailscalePeersModel *peers() { return &m_peers; }
 
 private:
-    struct Models;
-
-    GatewayViewModel *m_gatewayVM = nullptr;
-    std::unique_ptr<Models> m_models;
+    GatewayProfiles m_profiles;
+    GatewaySettings m_settings;
+    GatewayPairing m_pairing;
+    TailscalePeersModel m_peers;
 };
 
 } // namespace ostrelle

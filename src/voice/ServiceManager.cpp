@@ -4,7 +4,6 @@
 #include "core/LegacyAgent.h"
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
-#include "settings/Preferences.h"
 #include "voice/AgentLog.h"
 #include "voice/PidFile.h"
 #include "voice/VoiceAgentCommand.h"
@@ -67,10 +66,12 @@ QString ServiceManager::pidFile()
     return homeDirectory() + u"/.ostrelle/voice-agent.pid"_s;
 }
 
-ServiceManager::ServiceManager(const OstrelleConfig &config, SupervisorSurroundings surroundings,
-                               QObject *parent)
+ServiceManager::ServiceManager(const OstrelleConfig &config,
+                               std::shared_ptr<Preferences> preferences,
+                               SupervisorSurroundings surroundings, QObject *parent)
     : QObject(parent)
     , m_config(config)
+    , m_preferences(std::move(preferences))
     , m_surroundings(std::move(surroundings))
     , m_voiceEnabled(config.voice.enabled)
 {
@@ -93,8 +94,7 @@ ServiceManager::~ServiceManager()
 void ServiceManager::startAll()
 {
     disableLegacyVoiceAgent();
-    const bool autoStart = Preferences().boolean(u"autoStartVoice"_s).value_or(false);
-    if (m_voiceEnabled && autoStart) {
+    if (m_voiceEnabled && m_preferences->value(preference::autoStartVoice)) {
         startVoice();
     }
 }
@@ -217,7 +217,7 @@ qint64 ServiceManager::voiceProcessId() const
 void ServiceManager::setVoiceEnabled(bool enabled)
 {
     m_voiceEnabled = enabled;
-    Preferences().set(u"voiceEnabled"_s, enabled);
+    m_preferences->set(preference::voiceEnabled, enabled);
 }
 
 void ServiceManager::disableLegacyVoiceAgent()

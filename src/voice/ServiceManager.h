@@ -1,7 +1,8 @@
 #pragma once
 
-#include "settings/OstrelleConfig.h"
 #include "platform/Paths.h"
+#include "settings/OstrelleConfig.h"
+#include "settings/Preferences.h"
 
 #include <QObject>
 #include <QProperty>
@@ -53,8 +54,8 @@ public:
 
     static QString pidFile();
 
-    explicit ServiceManager(const OstrelleConfig &config, SupervisorSurroundings surroundings = {},
-                            QObject *parent = nullptr);
+    ServiceManager(const OstrelleConfig &config, std::shared_ptr<Preferences> preferences,
+                   SupervisorSurroundings surroundings = {}, QObject *parent = nullptr);
     // Kills an agent that still runs.
     ~ServiceManager() override;
 
@@ -109,6 +110,7 @@ private:
     static void disableLegacyVoiceAgent();
 
     const OstrelleConfig m_config;
+    const std::shared_ptr<Preferences> m_preferences;
     const SupervisorSurroundings m_surroundings;
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ServiceManager, bool, m_voiceRunning, false,

@@ -70,12 +70,12 @@ public:
 
 } // namespace
 
-VoiceViewModel::VoiceViewModel(ServiceManager *serviceManager, VoicePolling polling,
-                               QObject *parent)
+VoiceViewModel::VoiceViewModel(ServiceManager *serviceManager, qint64 controlPort,
+                               VoicePolling polling, QObject *parent)
     : QObject(parent)
     , m_polling(std::move(polling))
     , m_serviceManager(serviceManager)
-    , m_controlPort(OstrelleConfig::load().ports.voiceAgent)
+    , m_controlPort(controlPort)
 {
     deriveAppearance();
     connect(&m_controlPort, &VoiceControlPort::statusArrived, this, &VoiceViewModel::apply);

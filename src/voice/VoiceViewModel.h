@@ -36,10 +36,10 @@ class VoiceViewModel : public QObject
     Q_PROPERTY(QString stateColor READ stateColor NOTIFY stateColorChanged)
 
 public:
-    // Loads the configuration for the control port's number, polls at once and from then on at the
-    // interval. The service manager may be absent and may go first.
-    explicit VoiceViewModel(ServiceManager *serviceManager, VoicePolling polling = {},
-                            QObject *parent = nullptr);
+    // Polls the agent's control port at once and from then on at the interval. The service manager
+    // may be absent and may go first.
+    VoiceViewModel(ServiceManager *serviceManager, qint64 controlPort, VoicePolling polling = {},
+                   QObject *parent = nullptr);
 
     // Starts the agent's process, or wakes an agent that is up.
     Q_INVOKABLE void start();

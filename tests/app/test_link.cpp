@@ -51,39 +51,6 @@ private Q_SLOTS:
             QCOMPARE(ConfigurationLink::parse(url), std::nullopt);
         }
     }
-
-    void adopts_data()
-    {
-        QTest::addColumn<QString>("base");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("isMagicDNS");
-        QTest::newRow("tailnet name")
-            << u"https://studio.quiet-otter.ts.net"_s << u"studio.quiet-otter.ts.net"_s << true;
-        QTest::newRow("plain http in a tailnet")
-            << u"http://studio.quiet-otter.ts.net"_s << u"studio.quiet-otter.ts.net"_s << false;
-        QTest::newRow("bare address")
-            << u"http://192.168.1.20:18789"_s << u"192.168.1.20"_s << false;
-        QTest::newRow("no address at all") << u"somewhere"_s << u"somewhere"_s << false;
-    }
-
-    void adopts()
-    {
-        QFETCH(QString, base);
-        QFETCH(QString, name);
-        QFETCH(bool, isMagicDNS);
-        OstrelleConfig config = OstrelleConfig::defaults();
-        config.gateway.saved.reset();
-        adoptGateway(config, base);
-        const QList<SavedGateway> expected{{.name = name, .url = base, .isMagicDNS = isMagicDNS}};
-        QCOMPARE(config.gateway.url, base);
-        QCOMPARE(*config.gateway.saved, expected);
-        // The same again replaces its own entry, in its place.
-        config.gateway.saved->first().token = u"old"_s;
-        config.gateway.saved->append({.name = u"other"_s, .url = u"http://other"_s});
-        adoptGateway(config, base);
-        QCOMPARE(config.gateway.saved->size(), 2);
-        QCOMPARE(config.gateway.saved->first(), expected.first());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestLink)

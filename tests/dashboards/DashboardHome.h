@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settings/OstrelleConfig.h"
 #include "gateway/StandInGateway.h"
+#include "settings/OstrelleConfig.h"
 #include "support/ScratchHome.h"
 
 // A home whose configuration names the three tracker files "status", "tracker" and "cron" in it.

@@ -2,7 +2,7 @@
 #include "dashboards/AgentAppearanceStore.h"
 #include "dashboards/AgentVisualPreset.h"
 #include "dashboards/AgentsTopologyViewModel.h"
-#include "settings/SettingsQueue.h"
+#include "settings/SettingsQueues.h"
 #include "tracker/AgentStatus.h"
 
 #include <QSignalSpy>
@@ -112,23 +112,22 @@ private Q_SLOTS:
     void appearanceIsKeptForEachAgent()
     {
         const ScratchHome home;
+        AgentAppearanceStore store(home.settings().preferences);
         const QStringList ids{u"alpha"_s, u"a/b"_s, u"a//b"_s, u"a\\b"_s, u"ä =;"_s, u""_s};
         for (const QString &id : ids) {
-            QCOMPARE(AgentAppearanceStore::name(id, u"fallback"_s), u"fallback"_s);
-            AgentAppearanceStore::save(id, id + u"'s, name"_s, u"🦊"_s);
+            QCOMPARE(store.name(id, u"fallback"_s), u"fallback"_s);
+            store.save(id, id + u"'s, name"_s, u"🦊"_s);
         }
         settingsQueue().waitForDone();
-        const QString preferences = u".config/ai.duskrell.ostrelle.conf"_s;
-        const ScratchHome next; // where the next start of the program finds what was written
-        next.write(preferences, home.read(preferences));
+        store = AgentAppearanceStore(home.settings().preferences); // as the next start finds it
         for (const QString &id : ids) {
-            QCOMPARE(AgentAppearanceStore::name(id, u"fallback"_s), id + u"'s, name"_s);
-            QCOMPARE(AgentAppearanceStore::emoji(id, u"✨"_s), u"🦊"_s);
+            QCOMPARE(store.name(id, u"fallback"_s), id + u"'s, name"_s);
+            QCOMPARE(store.emoji(id, u"✨"_s), u"🦊"_s);
         }
-        AgentAppearanceStore::reset(u"alpha"_s);
-        QCOMPARE(AgentAppearanceStore::name(u"alpha"_s, u"fallback"_s), u"fallback"_s);
-        QCOMPARE(AgentAppearanceStore::emoji(u"alpha"_s, u"✨"_s), u"✨"_s);
-        QCOMPARE(AgentAppearanceStore::emoji(u"a/b"_s, u"✨"_s), u"🦊"_s);
+        store.reset(u"alpha"_s);
+        QCOMPARE(store.name(u"alpha"_s, u"fallback"_s), u"fallback"_s);
+        QCOMPARE(store.emoji(u"alpha"_s, u"✨"_s), u"✨"_s);
+        QCOMPARE(store.emoji(u"a/b"_s, u"✨"_s), u"🦊"_s);
     }
 
     void showsWhatTheFileSays_data()
@@ -156,7 +155,7 @@ private Q_SLOTS:
         if (!file.isNull()) {
             home.write(u"status"_s, file);
         }
-        AgentsTopologyViewModel model;
+        AgentsTopologyViewModel model(home.settings());
         QCOMPARE(model.statusFilePath(), home.path(u"status"_s));
         QVERIFY(model.isLoading() && model.usingFallback());
         QCOMPARE(model.mainNode()->status, u"idle"_s);
@@ -171,7 +170,7 @@ private Q_SLOTS:
     {
         const DashboardHome home;
         home.write(u"status"_s, documentOf(R"({"a":{"status":"busy"},"b":{"status":"idle"}})"));
-        AgentsTopologyViewModel model(10ms);
+        AgentsTopologyViewModel model(home.settings(), 10ms);
         QSignalSpy nodes(&model, &AgentsTopologyViewModel::nodesChanged);
         QSignalSpy loads(&model, &AgentsTopologyViewModel::isLoadingChanged);
         QTRY_VERIFY(loads.count() >= 6);
@@ -205,7 +204,7 @@ private Q_SLOTS:
         home.useGateway(OtherMachine::gatewayUrl());
         OtherMachine machine;
         machine.answer("/status", answer);
-        AgentsTopologyViewModel model;
+        AgentsTopologyViewModel model(home.settings());
         QTRY_VERIFY(!model.isLoading());
         QTEST(namesOf(model.nodes()), "names");
         QTEST(model.errorMessage(), "error");

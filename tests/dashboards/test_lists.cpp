@@ -7,6 +7,10 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <array>
+#include <sys/inotify.h>
+#include <unistd.h>
+
 using namespace ostrelle;
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
@@ -60,7 +64,7 @@ private Q_SLOTS:
                    R"("completions":[{"ts":"1"},{"ts":"2"},{"ts":"3"},{"ts":"4"},{"ts":"5"},{}]})");
         home.write(u"tracker"_s, tracker(project("b", "Green") + "," + project("a", "green") + "," +
                                          project("c", "red")));
-        ProjectsViewModel model(noProcess);
+        ProjectsViewModel model(home.settings(), noProcess);
         QTRY_VERIFY(!model.isLoading());
         QCOMPARE(model.errorMessage(), QString());
         QStringList ids;
@@ -99,7 +103,7 @@ private Q_SLOTS:
         const DashboardHome home;
         writeUnlessNull(home, u"status"_s, status);
         writeUnlessNull(home, u"tracker"_s, file);
-        ProjectsViewModel model(noProcess);
+        ProjectsViewModel model(home.settings(), noProcess);
         QTRY_VERIFY(!model.isLoading());
         QVERIFY2(model.errorMessage().startsWith(error), qPrintable(model.errorMessage()));
         QTEST(model.projectCount(), "projects");
@@ -110,7 +114,7 @@ private Q_SLOTS:
         const DashboardHome home;
         home.write(u"status"_s, "{}");
         home.write(u"tracker"_s, tracker(project("a", "red") + "," + project("b", "red")));
-        ProjectsViewModel model(noProcess);
+        ProjectsViewModel model(home.settings(), noProcess);
         QTRY_COMPARE(model.projects().size(), 2);
         QAbstractItemModel *list = model.projectList();
         const QAbstractItemModelTester tester(list);
@@ -160,7 +164,7 @@ private Q_SLOTS:
         QFETCH(QString, error);
         const DashboardHome home;
         writeUnlessNull(home, u"cron"_s, file);
-        CronViewModel model;
+        CronViewModel model(home.settings());
         QTRY_VERIFY(!model.isLoading());
         QTEST(model.jobCount(), "jobs");
         QTEST(model.activeJobCount(), "active");
@@ -195,9 +199,16 @@ private Q_SLOTS:
         machine.answer("/status", StandInGateway::response(200, "{}"));
         machine.answer("/projects", projects);
         machine.answer("/cron", cronJobs);
-        ProjectsViewModel projectsModel(noProcess);
-        CronViewModel cronModel;
+        const Settings settings = home.settings();
+        const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        QVERIFY(::inotify_add_watch(watch, qPrintable(settings.config->file()), IN_OPEN) >= 0);
+        ProjectsViewModel projectsModel(settings, noProcess);
+        CronViewModel cronModel(settings);
         QTRY_VERIFY(!projectsModel.isLoading() && !cronModel.isLoading());
+        // Each load looks at the configuration once.
+        std::array<inotify_event, 10> opened{};
+        QCOMPARE(::read(watch, opened.data(), sizeof opened), ssize_t{2 * sizeof(inotify_event)});
+        ::close(watch);
         QTEST(projectsModel.errorMessage(), "projectError");
         QTEST(cronModel.errorMessage(), "cronError");
         QTEST(projectsModel.projectCount(), "count");
@@ -241,6 +252,7 @@ private Q_SLOTS:
     {
         const DashboardHome home;
         ProjectsViewModel model(
+            home.settings(),
             [](const QString &, const QStringList &args) {
                 return args.contains(u"which"_s)
                            ? u"tool"_s

@@ -1,6 +1,5 @@
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
 #include "desktop/Desk.h"
+#include "settings/OstrelleConfig.h"
 
 #include <QScopeGuard>
 #include <QTest>
@@ -170,7 +169,7 @@ private Q_SLOTS:
         }
         XSession::press(u"Return"_s);
         const QString url = desk.home.gateway.url();
-        QTRY_COMPARE_WITH_TIMEOUT(KeychainHelper::getToken(url), u"s3cret"_s, patienceMilliseconds);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.home.storedToken(url), u"s3cret"_s, patienceMilliseconds);
 
         QVERIFY(desk.press(u"PROFILES"_s));
         QVERIFY(desk.press(u"Second, http://127.0.0.2:9"_s, u"radio button"_s));

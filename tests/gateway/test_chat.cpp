@@ -1,8 +1,7 @@
 #include "core/BackgroundWork.h"
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
 #include "gateway/QuickChatVM.h"
 #include "gateway/StandInGateway.h"
+#include "settings/OstrelleConfig.h"
 #include "support/ScratchHome.h"
 
 #include <QAbstractItemModelTester>
@@ -66,15 +65,15 @@ private Q_SLOTS:
         QFETCH(QByteArray, body);
         StandInGateway gateway;
         gateway.answer(path, StandInGateway::response(201, body));
-        QuickChatVM chat;
+        QuickChatVM chat(m_home.settings().tokens);
         QTEST(replyOf(chat, gateway.url()), "text");
     }
 
     void asksInTheGatewaysWords()
     {
         StandInGateway gateway;
-        KeychainHelper::saveToken(u"s3cret\n"_s, gateway.url());
-        QuickChatVM chat;
+        m_home.storeToken(u"s3cret\n"_s, gateway.url());
+        QuickChatVM chat(m_home.settings().tokens);
         QCOMPARE(replyOf(chat, gateway.url(), u" say \"hi\"\nto me\n"_s), u"Gateway error"_s);
         QCOMPARE(chat.messages()->messages().first(),
                  (ChatMessage{.role = u"user"_s, .text = u"say \"hi\"\nto me"_s}));
@@ -101,7 +100,7 @@ private Q_SLOTS:
     void sendsNoOtherGatewaysToken()
     {
         StandInGateway gateway;
-        QuickChatVM chat;
+        QuickChatVM chat(m_home.settings().tokens);
         QCOMPARE(replyOf(chat, gateway.url()), u"Gateway error"_s);
         QVERIFY(gateway.requests(path).first().contains("\r\nAuthorization: Bearer \r\n"));
     }
@@ -120,7 +119,7 @@ private Q_SLOTS:
         QFETCH(QString, url);
         StandInGateway gateway;
         gateway.answer(path, {});
-        QuickChatVM chat(url == "hole"_L1 ? 200ms : 120s);
+        QuickChatVM chat(m_home.settings().tokens, url == "hole"_L1 ? 200ms : 120s);
         QTEST(replyOf(chat, url == "hole"_L1 ? gateway.url() : url), "text");
     }
 
@@ -128,7 +127,7 @@ private Q_SLOTS:
     {
         StandInGateway gateway;
         gateway.answer(path, StandInGateway::response(200, "ok"));
-        QuickChatVM chat;
+        QuickChatVM chat(m_home.settings().tokens);
         const QAbstractItemModelTester tester(chat.messages());
         for (const QString &question : {u"1"_s, u"2"_s, u"3"_s, u"4"_s}) {
             replyOf(chat, gateway.url(), question);

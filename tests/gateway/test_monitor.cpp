@@ -1,9 +1,10 @@
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
 #include "gateway/GatewayViewModel.h"
 #include "gateway/Scripts.h"
 #include "gateway/StandInGateway.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 #include "settings/Preferences.h"
+#include "settings/SettingsQueues.h"
 
 #include <QSignalSpy>
 
@@ -25,14 +26,11 @@ class TestMonitor : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        scriptedDuskrell(m_home);
-        m_tailscale = scriptedTailscale(m_home);
-    }
-
     void init()
     {
+        m_home = std::make_unique<ScratchHome>();
+        scriptedDuskrell(*m_home);
+        m_tailscale = scriptedTailscale(*m_home);
         m_gateway = std::make_unique<StandInGateway>();
         m_gateway->answer(healthPath, ok);
         m_gateway->answer(modelsPath, ok);
@@ -46,11 +44,6 @@ private Q_SLOTS:
     {
         QVERIFY(finishBackgroundWork(10s));
         m_gateway.reset();
-        for (const char *file : {"calls", "hang", "fail", "duskrell.out", "duskrell.err",
-                                 "tailscale-ip", "tailscale-serve", "tailscale-status",
-                                 ".ostrelle/secrets.json", ".config/ai.duskrell.ostrelle.conf"}) {
-            QFile::remove(m_home.path(QString::fromLatin1(file)));
-        }
     }
 
     void anyAnswerIsOnline_data()
@@ -136,7 +129,7 @@ private Q_SLOTS:
         config.save();
         monitor->pollHealth();
         QVERIFY(finishBackgroundWork(10s));
-        KeychainHelper::saveToken(u"own"_s, m_gateway->url());
+        m_home->storeToken(u"own"_s, m_gateway->url());
         monitor->pollHealth();
         QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
         QVERIFY(m_gateway->requests(modelsPath).last().contains("Bearer own\r\n"));
@@ -151,7 +144,7 @@ private Q_SLOTS:
         const auto monitor = makeMonitor();
         QTRY_VERIFY(monitor->gatewayOnline());
         QVERIFY(finishBackgroundWork(10s)); // with it the first cycle's look for a token
-        KeychainHelper::saveToken(u"stored"_s, m_gateway->url());
+        m_home->storeToken(u"stored"_s, m_gateway->url());
         monitor->pollHealth();
         QTRY_VERIFY(monitor->tokenRejected());
         QCOMPARE(m_gateway->requests(modelsPath).size(), 1);
@@ -159,31 +152,32 @@ private Q_SLOTS:
 
     void readsTailscale()
     {
-        m_home.write(u"tailscale-ip"_s, "100.1.1.1\n");
+        m_home->write(u"tailscale-ip"_s, "100.1.1.1\n");
         const auto monitor = makeMonitor();
         QTRY_VERIFY(monitor->tailscaleInstalled());
         QVERIFY(!monitor->isSecure());
         QCOMPARE(monitor->preferredURL(), u"http://100.1.1.1:18789"_s);
-        QCOMPARE(calls(m_home), (QByteArrayList{"tailscale serve status", "tailscale ip -4",
-                                                "tailscale status --json"}));
+        QCOMPARE(calls(*m_home), (QByteArrayList{"tailscale serve status", "tailscale ip -4",
+                                                 "tailscale status --json"}));
 
-        m_home.write(u"tailscale-serve"_s, "https://x\n");
+        m_home->write(u"tailscale-serve"_s, "https://x\n");
         monitor->pollHealth();
         QTRY_VERIFY(monitor->isSecure());
-        m_home.write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
+        m_home->write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
         monitor->pollHealth();
         QTRY_COMPARE(monitor->preferredURL(), u"https://box.t.ts.net"_s);
 
         // The name is kept when the tool tells no more.
-        m_home.write(u"tailscale-serve"_s, "");
-        m_home.write(u"tailscale-status"_s, "");
-        m_home.write(u"tailscale-ip"_s, "100.1.1.2");
+        m_home->write(u"tailscale-serve"_s, "");
+        m_home->write(u"tailscale-status"_s, "");
+        m_home->write(u"tailscale-ip"_s, "100.1.1.2");
         monitor->pollHealth();
         QTRY_COMPARE(monitor->tailscaleIP(), u"100.1.1.2"_s);
         QVERIFY(monitor->isSecure());
         QCOMPARE(monitor->preferredURL(), u"https://box.t.ts.net"_s);
         monitor->setUseMagicDNS(false);
         QCOMPARE(monitor->preferredURL(), u"http://100.1.1.2:18789"_s);
+        settingsQueue().waitForDone();
         QVERIFY(!makeMonitor()->useMagicDNS());
     }
 
@@ -196,7 +190,7 @@ private Q_SLOTS:
 
         monitor->dismissSecurityWarning();
         QSignalSpy shown(monitor.get(), &GatewayViewModel::showSecurityWarningChanged);
-        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
+        m_home->write(u"tailscale-ip"_s, "100.1.1.1");
         monitor->pollHealth();
         QTRY_VERIFY(!monitor->tailscaleIP().isEmpty());
         QCOMPARE(shown.size(), 0);
@@ -204,17 +198,17 @@ private Q_SLOTS:
 
     void hungToolHoldsUpAHandful()
     {
-        m_home.write(u"hang"_s, "");
+        m_home->write(u"hang"_s, "");
         const auto monitor = makeMonitor();
         for (int i = 0; i < 20; ++i) {
             monitor->pollHealth();
         }
-        QTRY_COMPARE(calls(m_home).size(), 4);
+        QTRY_COMPARE(calls(*m_home).size(), 4);
         QTRY_VERIFY(monitor->gatewayOnline());
-        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
-        QFile::remove(m_home.path(u"hang"_s));
+        m_home->write(u"tailscale-ip"_s, "100.1.1.1");
+        QFile::remove(m_home->path(u"hang"_s));
         QTRY_COMPARE(monitor->tailscaleIP(), u"100.1.1.1"_s);
-        QTRY_COMPARE(calls(m_home).size(), 12);
+        QTRY_COMPARE(calls(*m_home).size(), 12);
     }
 
     void switchesToTailscaleServe_data()
@@ -231,10 +225,10 @@ private Q_SLOTS:
         QFETCH(QByteArray, failing);
         QFETCH(QString, error);
         QFETCH(int, commands);
-        m_home.write(u"fail"_s, failing);
-        m_home.write(u"duskrell.err"_s, " no way \n");
+        m_home->write(u"fail"_s, failing);
+        m_home->write(u"duskrell.err"_s, " no way \n");
         const auto monitor = makeMonitor();
-        QTRY_COMPARE(calls(m_home).size(), 3); // of the monitor's first cycle
+        QTRY_COMPARE(calls(*m_home).size(), 3); // of the monitor's first cycle
         monitor->enableTailscaleServe();
         monitor->enableTailscaleServe();
         QVERIFY(monitor->isEnablingTailscale());
@@ -244,7 +238,7 @@ private Q_SLOTS:
         const QByteArrayList expected{"duskrell config set gateway.bind loopback",
                                       "duskrell config set gateway.tailscale.mode serve",
                                       "duskrell gateway restart"};
-        QCOMPARE(calls(m_home).sliced(3), expected.first(commands));
+        QCOMPARE(calls(*m_home).sliced(3), expected.first(commands));
     }
 
     void resetsTheToken_data()
@@ -269,11 +263,11 @@ private Q_SLOTS:
         QFETCH(QByteArray, out);
         QFETCH(QByteArray, err);
         QFETCH(QByteArray, failing);
-        m_home.write(u"duskrell.out"_s, out);
-        m_home.write(u"duskrell.err"_s, err);
-        m_home.write(u"fail"_s, failing);
-        KeychainHelper::saveToken(u"old"_s, KeychainHelper::activeKey);
-        KeychainHelper::saveToken(u"old"_s, m_gateway->url());
+        m_home->write(u"duskrell.out"_s, out);
+        m_home->write(u"duskrell.err"_s, err);
+        m_home->write(u"fail"_s, failing);
+        m_home->storeToken(u"old"_s, KeychainHelper::activeKey);
+        m_home->storeToken(u"old"_s, m_gateway->url());
         m_gateway->answer(modelsPath, StandInGateway::response(401));
         const auto monitor = makeMonitor();
         QTRY_VERIFY(monitor->tokenRejected());
@@ -283,27 +277,27 @@ private Q_SLOTS:
         QVERIFY(monitor->isResettingToken());
         QTRY_VERIFY(!monitor->isResettingToken());
         QVERIFY(!monitor->tokenRejected());
-        QTEST(KeychainHelper::getToken(KeychainHelper::activeKey).value(), "stored");
-        QTEST(KeychainHelper::getToken(m_gateway->url()).value(), "stored");
+        QTEST(m_home->storedToken(KeychainHelper::activeKey).value(), "stored");
+        QTEST(m_home->storedToken(m_gateway->url()).value(), "stored");
         QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
     }
 
     void opensTheLog()
     {
-        const QString log = m_home.path(u"voice.log"_s);
+        const QString log = m_home->path(u"voice.log"_s);
         std::atomic<bool> opened = false;
         GatewaySurroundings around{.tailscale = m_tailscale, .pollInterval = 24h};
         around.voiceLog = log;
         around.openFile = [&](const QString &file) { opened = file == log && QFile::exists(file); };
-        GatewayViewModel monitor(around);
+        GatewayViewModel monitor(m_home->settings(), around);
         monitor.openDebugLog();
         QTRY_VERIFY(opened);
-        QCOMPARE(m_home.read(u"voice.log"_s), "");
-        m_home.write(u"voice.log"_s, "line");
+        QCOMPARE(m_home->read(u"voice.log"_s), "");
+        m_home->write(u"voice.log"_s, "line");
         opened = false;
         monitor.openDebugLog();
         QTRY_VERIFY(opened);
-        QCOMPARE(m_home.read(u"voice.log"_s), "line");
+        QCOMPARE(m_home->read(u"voice.log"_s), "line");
     }
 
 private:
@@ -311,11 +305,13 @@ private:
     std::unique_ptr<GatewayViewModel>
     makeMonitor(std::chrono::milliseconds healthDeadline = 60s) const
     {
-        return std::make_unique<GatewayViewModel>(GatewaySurroundings{
-            .tailscale = m_tailscale, .pollInterval = 24h, .healthDeadline = healthDeadline});
+        return std::make_unique<GatewayViewModel>(
+            m_home->settings(), GatewaySurroundings{.tailscale = m_tailscale,
+                                                    .pollInterval = 24h,
+                                                    .healthDeadline = healthDeadline});
     }
 
-    const ScratchHome m_home;
+    std::unique_ptr<ScratchHome> m_home; // one for each test
     TailscalePlaces m_tailscale;
     std::unique_ptr<StandInGateway> m_gateway;
 };

@@ -1,10 +1,9 @@
-#include "settings/KeychainHelper.h"
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
-#include "settings/Preferences.h"
-#include "settings/SettingsQueue.h"
+#include "settings/SettingsQueues.h"
 
 #include <QProcess>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QUrlQuery>
 
@@ -35,22 +34,21 @@ class TestProfiles : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_duskrell = scriptedDuskrell(m_home);
-        m_tailscale = scriptedTailscale(m_home);
-    }
-
     void init()
     {
+        m_home = std::make_unique<ScratchHome>();
+        m_duskrell = scriptedDuskrell(*m_home);
+        m_tailscale = scriptedTailscale(*m_home);
         OstrelleConfig config = OstrelleConfig::defaults();
         config.gateway = {.url = local,
                           .saved = QList<SavedGateway>{{.name = u"Here"_s, .url = local},
                                                        {.name = u"Far"_s, .url = remote}}};
         config.save();
+        m_settings = std::make_unique<Settings>(m_home->settings());
         m_gateway = std::make_unique<GatewayViewModel>(
-            GatewaySurroundings{.tailscale = m_tailscale, .pollInterval = 24h});
-        m_profiles = std::make_unique<GatewayProfiles>(m_gateway.get());
+            *m_settings, GatewaySurroundings{.tailscale = m_tailscale, .pollInterval = 24h});
+        m_inUse = std::make_unique<GatewayInUse>(*m_settings, m_gateway.get());
+        m_profiles = std::make_unique<GatewayProfiles>(*m_settings, m_gateway.get(), m_inUse.get());
         QTRY_COMPARE(m_profiles->saved()->rowCount(), 2);
     }
 
@@ -59,11 +57,8 @@ private Q_SLOTS:
         settingsQueue().waitForDone();
         QVERIFY(finishBackgroundWork(10s));
         m_profiles.reset();
+        m_inUse.reset();
         m_gateway.reset();
-        for (const char *file : {"calls", "fail", "duskrell.out", "tailscale-ip",
-                                 "tailscale-status", ".ostrelle/secrets.json"}) {
-            QFile::remove(m_home.path(QString::fromLatin1(file)));
-        }
     }
 
     void namesTheGatewayInUse_data()
@@ -107,7 +102,7 @@ private Q_SLOTS:
     {
         QCOMPARE(m_profiles->activeGatewayName(), u"Here"_s);
         QTRY_VERIFY(m_gateway->tailscaleInstalled());
-        m_home.write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
+        m_home->write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
         m_gateway->pollHealth();
         QTRY_COMPARE(m_profiles->activeGatewayName(), u"box"_s);
         QCOMPARE(m_profiles->activeGatewayURL(), u"https://box.t.ts.net"_s);
@@ -117,12 +112,63 @@ private Q_SLOTS:
 
     void switchBringsTheTokenAlong()
     {
-        KeychainHelper::saveToken(u"far-token"_s, remote);
+        m_home->storeToken(u"far-token"_s, remote);
         m_profiles->requestSwitch(remote);
         m_profiles->confirmSwitch();
+        m_profiles.reset(); // as when the user selects another tab
         QTRY_COMPARE(m_gateway->gatewayURL(), remote);
         QCOMPARE(OstrelleConfig::load().gateway.url, remote);
-        QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"far-token"_s);
+        QCOMPARE(m_home->storedToken(KeychainHelper::activeKey), u"far-token"_s);
+    }
+
+    void adoptsPairedGateways_data()
+    {
+        QTest::addColumn<QString>("base");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("isMagicDNS");
+        QTest::newRow("tailnet name")
+            << u"https://studio.quiet-otter.ts.net"_s << u"studio.quiet-otter.ts.net"_s << true;
+        QTest::newRow("plain http in a tailnet")
+            << u"http://studio.quiet-otter.ts.net"_s << u"studio.quiet-otter.ts.net"_s << false;
+        QTest::newRow("bare address")
+            << u"http://192.168.1.20:18789"_s << u"192.168.1.20"_s << false;
+        QTest::newRow("no address at all") << u"somewhere"_s << u"somewhere"_s << false;
+    }
+
+    void adoptsPairedGateways()
+    {
+        QFETCH(QString, base);
+        QFETCH(QString, name);
+        QFETCH(bool, isMagicDNS);
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.saved.reset();
+        adoptGateway(config, base);
+        const QList<SavedGateway> expected{{.name = name, .url = base, .isMagicDNS = isMagicDNS}};
+        QCOMPARE(config.gateway.url, base);
+        QCOMPARE(*config.gateway.saved, expected);
+        // The same again replaces its own entry, in its place.
+        config.gateway.saved->first().name = u"old"_s;
+        config.gateway.saved->append({.name = u"other"_s, .url = u"http://other"_s});
+        adoptGateway(config, base);
+        QCOMPARE(config.gateway.saved->size(), 2);
+        QCOMPARE(config.gateway.saved->first(), expected.first());
+    }
+
+    void linksTokenIsActiveOnlyOnceItsGatewayIsInUse()
+    {
+        m_home->storeToken(u"here"_s, KeychainHelper::activeKey);
+        QSemaphore disk;
+        tokenQueue().waitForDone();
+        settingsQueue().start([&] { disk.acquire(); });
+        bool done = false;
+        m_inUse->adopt(remote, u"far"_s, [&] { done = true; });
+        QTRY_COMPARE(m_home->storedToken(remote), u"far"_s);
+        tokenQueue().waitForDone();
+        QCOMPARE(m_home->storedToken(KeychainHelper::activeKey), u"here"_s);
+        disk.release();
+        QTRY_VERIFY(done);
+        QCOMPARE(m_home->storedToken(KeychainHelper::activeKey), u"far"_s);
+        QCOMPARE(m_gateway->gatewayURL(), remote);
     }
 
     void lastOfTwoSwitchesWins()
@@ -162,12 +208,12 @@ private Q_SLOTS:
     void changeOfAFileThatCannotBeReadLosesNothing()
     {
         const QString config = u".ostrelle/config.json"_s;
-        const QByteArray broken = m_home.read(config).chopped(9);
-        m_home.write(config, broken);
+        const QByteArray broken = m_home->read(config).chopped(9);
+        m_home->write(config, broken);
         m_profiles->reload();
         m_profiles->addGateway({.name = u"Again"_s, .url = remote});
         settingsQueue().waitForDone();
-        QCOMPARE(m_home.read(config), broken); // there was nothing to change
+        QCOMPARE(m_home->read(config), broken); // there was nothing to change
 
         m_profiles->addGateway({.name = u"New"_s, .url = u"http://new"_s});
         settingsQueue().waitForDone();
@@ -209,8 +255,8 @@ private Q_SLOTS:
         QFETCH(QString, url);
         QFETCH(bool, useMagicDNS);
         QFETCH(QByteArray, ip);
-        m_home.write(u"tailscale-ip"_s, ip);
-        m_home.write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
+        m_home->write(u"tailscale-ip"_s, ip);
+        m_home->write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
         OstrelleConfig config;
         config.gateway.url = url;
         QTEST(preferredGatewayBaseURL(
@@ -223,9 +269,11 @@ private Q_SLOTS:
         OstrelleConfig config;
         config.gateway.token = u"a&b=c+d%e#f g?h;i %26&amp; ключ-鍵-💬"_s;
         const SavedGateway gateway{.name = {}, .url = u"https://x?y=1&z"_s, .isMagicDNS = true};
-        const QUrl url(
-            buildPairURL({.gateway = gateway, .config = config, .geminiAPIKey = u"k&=ü"_s}),
-            QUrl::StrictMode);
+        const QUrl url(buildPairURL({.gateway = gateway,
+                                     .config = config,
+                                     .tokens = m_settings->tokens,
+                                     .geminiAPIKey = u"k&=ü"_s}),
+                       QUrl::StrictMode);
         QCOMPARE(url.scheme(), u"ostrelle"_s);
         QCOMPARE(url.host(), u"config"_s);
         const QList<std::pair<QString, QString>> expected{
@@ -237,10 +285,10 @@ private Q_SLOTS:
 
     void qrCodeHoldsTheLink()
     {
-        GatewaySettings settings;
+        GatewaySettings settings(m_settings->preferences);
         GatewayPairing pairing(m_gateway.get(), m_profiles.get(), &settings, m_tailscale);
-        m_home.write(u"tailscale-ip"_s, "100.1.1.1");
-        KeychainHelper::saveToken(u"a&b ü"_s, local);
+        m_home->write(u"tailscale-ip"_s, "100.1.1.1");
+        m_home->storeToken(u"a&b ü"_s, local);
         m_gateway->setUseMagicDNS(false);
         pairing.setShowQR(true);
         QTRY_VERIFY(!pairing.qrCode().isEmpty());
@@ -260,24 +308,24 @@ private Q_SLOTS:
     void preferencesAreStored()
     {
         {
-            GatewaySettings settings;
+            GatewaySettings settings(m_settings->preferences);
             QVERIFY(settings.projectTrackingEnabled() && !settings.launchAtLogin());
             settings.setLaunchAtLogin(true);
             settings.setGeminiAPIKey(u"k,\"ü"_s);
         }
-        GatewaySettings settings;
+        GatewaySettings settings(m_settings->preferences);
         QCOMPARE(settings.geminiAPIKey(), u"k,\"ü"_s);
         QTRY_VERIFY(settings.launchAtLogin());
         const QString entry = u".config/autostart/ai.duskrell.ostrelle.desktop"_s;
-        QVERIFY(m_home.read(entry).contains(
+        QVERIFY(m_home->read(entry).contains(
             "\nExec=\"" + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
         settings.setLaunchAtLogin(false);
         QVERIFY(!settings.launchAtLogin());
-        QTRY_VERIFY(!m_home.exists(entry));
+        QTRY_VERIFY(!m_home->exists(entry));
 
         // No folder can be made where a file stands.
-        QDir(m_home.path(u".config/autostart"_s)).removeRecursively();
-        m_home.write(u".config/autostart"_s, "");
+        QDir(m_home->path(u".config/autostart"_s)).removeRecursively();
+        m_home->write(u".config/autostart"_s, "");
         QSignalSpy changed(&settings, &GatewaySettings::launchAtLoginChanged);
         settings.setLaunchAtLogin(true);
         QTRY_COMPARE(changed.size(), 2);
@@ -286,36 +334,37 @@ private Q_SLOTS:
 
     void tracksProjectsInOrder()
     {
-        m_home.write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
-                     u"/scripts/enable-project-tracking.sh"_s,
-                     "sleep 0.1; echo enable $PATH >> \"$HOME/calls\"");
-        m_home.write(u"duskrell.out"_s,
-                     R"({"jobs":[{"id":"1","name":"Other"},{"id":"it\u0027s 2","name":)"
-                     R"("OSTRELLE Project Tracker"},{"id":3,"name":"OSTRELLE Project Tracker"}]})");
-        GatewaySettings settings({m_home.path(u"none"_s), m_duskrell});
+        m_home->write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
+                      u"/scripts/enable-project-tracking.sh"_s,
+                      "sleep 0.1; echo enable $PATH >> \"$HOME/calls\"");
+        m_home->write(
+            u"duskrell.out"_s,
+            R"({"jobs":[{"id":"1","name":"Other"},{"id":"it\u0027s 2","name":)"
+            R"("OSTRELLE Project Tracker"},{"id":3,"name":"OSTRELLE Project Tracker"}]})");
+        GatewaySettings settings(m_settings->preferences, {m_home->path(u"none"_s), m_duskrell});
         QVERIFY(finishBackgroundWork(10s));
-        QFile::remove(m_home.path(u"calls"_s));
+        QFile::remove(m_home->path(u"calls"_s));
         settings.setProjectTrackingEnabled(true); // it is already
         settings.setProjectTrackingEnabled(false);
         settings.setProjectTrackingEnabled(true);
         settings.setProjectTrackingEnabled(false);
-        QCOMPARE(Preferences().boolean(u"projectTrackingEnabled"_s), false);
+        QVERIFY(!m_settings->preferences->value(preference::projectTrackingEnabled));
         const QByteArrayList removal{"duskrell cron list --json --all",
                                      "duskrell cron remove it's 2"};
         // The script sees nothing of this program's environment.
         const QByteArrayList enabling{"enable /opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"};
-        QTRY_COMPARE(calls(m_home), removal + enabling + removal);
+        QTRY_COMPARE(calls(*m_home), removal + enabling + removal);
     }
 
     void stopsAtWhatIsNoJobList()
     {
         for (const char *listing :
              {"", "[]", R"({"jobs":[{"id":"1","name":"OSTRELLE Project Tracker"},"x"]})"}) {
-            m_home.write(u"duskrell.out"_s, listing);
+            m_home->write(u"duskrell.out"_s, listing);
             QVERIFY2(!disableProjectTracking({m_duskrell}), listing);
         }
-        QVERIFY(!calls(m_home).contains("duskrell cron remove 1"));
-        m_home.write(u"duskrell.out"_s, R"({"jobs":[]})");
+        QVERIFY(!calls(*m_home).contains("duskrell cron remove 1"));
+        m_home->write(u"duskrell.out"_s, R"({"jobs":[]})");
         QVERIFY(disableProjectTracking({m_duskrell}));
     }
 
@@ -336,17 +385,19 @@ private:
         }
         const QByteArray size = QByteArray::number(side);
         const QString image =
-            m_home.write(u"code.pgm"_s, "P5 " + size + ' ' + size + " 255\n" + pixels);
+            m_home->write(u"code.pgm"_s, "P5 " + size + ' ' + size + " 255\n" + pixels);
         QProcess scanner;
         scanner.start(u"zbarimg"_s, {u"--quiet"_s, u"--raw"_s, image});
         scanner.waitForFinished();
         return scanner.readAllStandardOutput().trimmed();
     }
 
-    const ScratchHome m_home;
+    std::unique_ptr<ScratchHome> m_home; // one for each test
     QString m_duskrell;
     TailscalePlaces m_tailscale;
+    std::unique_ptr<Settings> m_settings;
     std::unique_ptr<GatewayViewModel> m_gateway;
+    std::unique_ptr<GatewayInUse> m_inUse;
     std::unique_ptr<GatewayProfiles> m_profiles;
 };
 

@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <sys/stat.h>
+#include <thread>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -51,6 +52,27 @@ private Q_SLOTS:
         QVERIFY(!written);
         QCOMPARE(written.error().kind, FileProblem::Kind::Failed);
         QCOMPARE(home.read(u"file"_s), before);
+        QVERIFY(!writeInPlace(home.path(u"new"_s), QByteArray(20000, 'n')));
+        QVERIFY(!home.exists(u"new"_s));
+    }
+
+    void writersTakeTurnsAndReadersSeeNoHalf()
+    {
+        const ScratchHome home;
+        const QString file = home.write(u"file"_s, "");
+        const QByteArrayList contents{QByteArray(200000, 'a'), QByteArray(100, 'b')};
+        std::vector<std::jthread> writers;
+        for (const QByteArray &content : contents) {
+            writers.emplace_back([&file, content](const std::stop_token &stop) {
+                while (!stop.stop_requested()) {
+                    QVERIFY(writeInPlace(file, content));
+                }
+            });
+        }
+        for (int i = 0; i < 2000; ++i) {
+            const auto read = QByteArray::fromStdString(readFile(file).value());
+            QVERIFY2(read.isEmpty() || contents.contains(read), read.right(200));
+        }
     }
 
     void refusesWhatIsNoFile_data()

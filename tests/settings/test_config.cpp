@@ -1,12 +1,13 @@
 #include "core/BackgroundWork.h"
 #include "core/ExpandPath.h"
-#include "settings/OstrelleConfig.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
+#include "support/PrintedLines.h"
 #include "support/ScratchHome.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -61,8 +62,7 @@ private Q_SLOTS:
         if (!content.isNull()) {
             home.write(configFile, content);
         }
-        QCOMPARE(OstrelleConfig::load(), OstrelleConfig::defaults());
-        QCOMPARE(OstrelleConfig::read(), std::nullopt);
+        QCOMPARE(home.settings().config->snapshot(), OstrelleConfig::defaults());
         QCOMPARE(home.read(configFile), content); // the file, or its absence, stays as it was
     }
 
@@ -117,16 +117,44 @@ private Q_SLOTS:
         QCOMPARE(home.read(configFile), minimal);
     }
 
-    void keepsTheOldFileWithoutRoom()
+    void holdsWhatThereIsNoRoomFor()
     {
         const ScratchHome home;
-        OstrelleConfig config = OstrelleConfig::defaults();
-        config.save();
+        OstrelleConfig::defaults().save();
         const QByteArray before = home.read(configFile);
-        config.gateway.url = QString(5000, u'x');
-        const FileSizeLimit limit(1000);
-        config.save();
-        QCOMPARE(home.read(configFile), before);
+        const auto store = home.settings().config;
+        const PrintedLines printed;
+        const QString url(5000, u'x');
+        {
+            const FileSizeLimit limit(1000);
+            const auto put = [&](OstrelleConfig &config) { config.gateway.url = url; };
+            QVERIFY(!store->change(put).result().written);
+            QCOMPARE(store->snapshot().gateway.url, url);
+            QCOMPARE(home.read(configFile), before);
+        }
+        QCOMPARE(printed.text().count(" not saved: File too large\n"), 1);
+        store->snapshot(); // which every poll takes
+        QCOMPARE(OstrelleConfig::load().gateway.url, url);
+    }
+
+    void followsEditsFromOutside()
+    {
+        const ScratchHome home;
+        home.write(configFile, minimal);
+        const auto store = home.settings().config;
+        const QSignalSpy changed(store.get(), &ConfigStore::changed);
+        home.write(configFile, with(minimal, "10.0.0.1", "10.0.0.2"));
+        QCOMPARE(store->current().gateway.url, u"http://10.0.0.1:1"_s);
+        QCOMPARE(store->snapshot().gateway.url, u"http://10.0.0.2:1"_s);
+        home.write(configFile, "{");
+        QCOMPARE(store->snapshot(), OstrelleConfig::defaults());
+        QCOMPARE(store->current().gateway.url, u"http://10.0.0.2:1"_s);
+        QTRY_COMPARE(changed.count(), 1);
+        // Changes are made to what was read last, and in their order.
+        store->change([](OstrelleConfig &config) { config.ports.status = 5; });
+        const auto last = store->change([](OstrelleConfig &config) { ++config.ports.status; });
+        QCOMPARE(last.result().config.gateway.url, u"http://10.0.0.2:1"_s);
+        QCOMPARE(OstrelleConfig::load().ports.status, 6);
     }
 
     void createsOnlyMissingTrackerFiles()
@@ -135,6 +163,11 @@ private Q_SLOTS:
         OstrelleConfig config = OstrelleConfig::defaults();
         config.paths.statusFile = home.path(u"elsewhere/deep/status.json"_s);
         home.write(u".ostrelle/ostrelle-project-tracker.json"_s, "");
+        {
+            const FileSizeLimit full(10);
+            OstrelleConfig::ensureTrackerFiles(config);
+            QVERIFY(!home.exists(u"elsewhere/deep/status.json"_s)); // for the next start to create
+        }
         OstrelleConfig::ensureTrackerFiles(config);
         QCOMPARE(home.read(u"elsewhere/deep/status.json"_s), R"({"agents":{},"completions":[]})");
         QCOMPARE(home.read(u".ostrelle/ostrelle-project-tracker.json"_s), "");

@@ -1,6 +1,5 @@
-#include "settings/Preferences.h"
 #include "platform/ProcessSetup.h"
-#include "settings/SettingsQueue.h"
+#include "settings/SettingsQueues.h"
 #include "support/FileSizeLimit.h"
 #include "support/ScratchHome.h"
 
@@ -16,12 +15,13 @@ namespace
 
 const QString file = u".config/ai.duskrell.ostrelle.conf"_s;
 
+const TextPreference key{u"key"_s};
+
 // What the next start of the program will read.
-Preferences written(const ScratchHome &home)
+std::shared_ptr<Preferences> written(const ScratchHome &home)
 {
     settingsQueue().waitForDone();
-    static int copies = 0;
-    return Preferences(home.write(u"copy%1.conf"_s.arg(++copies), home.read(file)));
+    return home.settings().preferences;
 }
 
 } // namespace
@@ -36,69 +36,78 @@ private Q_SLOTS:
     void keepsValues()
     {
         const ScratchHome home;
-        Preferences preferences;
-        QVERIFY(!preferences.contains(u"autoStartVoice"_s));
-        preferences.set(u"autoStartVoice"_s, true);
-        preferences.set(u"agents.customEmoji.Käfer #1"_s, u"🐞 \"=\" ;\n"_s);
-        QCOMPARE(written(home).boolean(u"autoStartVoice"_s), true);
-        QCOMPARE(written(home).string(u"agents.customEmoji.Käfer #1"_s), u"🐞 \"=\" ;\n"_s);
-        preferences.remove(u"autoStartVoice"_s);
-        QVERIFY(!written(home).contains(u"autoStartVoice"_s));
+        const auto preferences = home.settings().preferences;
+        const TextPreference emoji = preference::customAgentEmoji(u"Käfer #1"_s);
+        QVERIFY(!preferences->contains(preference::autoStartVoice.key));
+        preferences->set(preference::autoStartVoice, true);
+        preferences->set(emoji, u"🐞 \"=\" ;\n"_s);
+        QVERIFY(written(home)->value(preference::autoStartVoice));
+        QCOMPARE(written(home)->value(emoji), u"🐞 \"=\" ;\n"_s);
+        preferences->remove(emoji);
+        QCOMPARE(written(home)->value(emoji), QString());
     }
 
     void holdsAtOnceWhileTheDiskHangs()
     {
         const ScratchHome home;
+        const auto preferences = home.settings().preferences;
         QSemaphore disk;
         settingsQueue().start([&] { disk.acquire(); });
-        Preferences().set(u"key"_s, u"first"_s);
-        Preferences().set(u"key"_s, u"second"_s);
-        QCOMPARE(Preferences().string(u"key"_s), u"second"_s);
+        preferences->set(key, u"first"_s);
+        preferences->set(key, u"second"_s);
+        QCOMPARE(preferences->value(key), u"second"_s);
         QVERIFY(!home.exists(file));
         disk.release();
-        QCOMPARE(written(home).string(u"key"_s), u"second"_s);
+        QCOMPARE(written(home)->value(key), u"second"_s);
     }
 
     void writesWhatWasSetJustBeforeTheEnd()
     {
         const ScratchHome home;
         QProcess::execute(QCoreApplication::applicationFilePath(), {u"--set-and-end"_s});
-        QCOMPARE(written(home).string(u"key"_s), u"last"_s);
+        QCOMPARE(written(home)->value(key), u"last"_s);
     }
 
     void takesOnlyTrueAndFalseForBooleans_data()
     {
         QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<std::optional<bool>>("value");
-        QTest::newRow("true") << QByteArray("key=true") << std::optional(true);
-        QTest::newRow("false") << QByteArray("key=false") << std::optional(false);
-        QTest::newRow("number") << QByteArray("key=1") << std::optional<bool>();
-        QTest::newRow("missing") << QByteArray("other=true") << std::optional<bool>();
-        QTest::newRow("list") << QByteArray("key=true, false") << std::optional<bool>();
+        QTest::addColumn<QByteArray>("values"); // where true and where false holds otherwise
+        QTest::newRow("true") << QByteArray("key=true") << QByteArray("11");
+        QTest::newRow("false") << QByteArray("key=false") << QByteArray("00");
+        QTest::newRow("number") << QByteArray("key=1") << QByteArray("10");
+        QTest::newRow("missing") << QByteArray("other=true") << QByteArray("10");
+        QTest::newRow("list") << QByteArray("key=true, false") << QByteArray("10");
     }
 
     void takesOnlyTrueAndFalseForBooleans()
     {
         QFETCH(QByteArray, text);
-        QFETCH(std::optional<bool>, value);
         const ScratchHome home;
         home.write(file, "[General]\n" + text + "\n");
-        QCOMPARE(Preferences().boolean(u"key"_s), value);
+        QByteArray values;
+        for (const bool otherwise : {true, false}) {
+            values += QByteArray::number(
+                home.settings().preferences->value(BooleanPreference{"key"_L1, otherwise}));
+        }
+        QTEST(values, "values");
     }
 
     void keepsTheOldFileWithoutRoom()
     {
         const ScratchHome home;
-        Preferences().set(u"autoStartVoice"_s, true);
+        const auto preferences = home.settings().preferences;
+        preferences->set(preference::autoStartVoice, true);
         settingsQueue().waitForDone();
         const QByteArray before = home.read(file);
         {
             const FileSizeLimit limit(100);
-            Preferences().set(u"geminiAPIKey"_s, QString(4000, u'k'));
+            preferences->set(key, QString(4000, u'k'));
             settingsQueue().waitForDone();
         }
         QCOMPARE(home.read(file), before);
         QCOMPARE(QDir(home.path(u".config"_s)).entryList(QDir::Files).size(), 1);
+        preferences->set(preference::autoStartVoice, false); // and now what did not fit, too
+        QCOMPARE(written(home)->value(key).size(), 4000);
     }
 
     void leavesABrokenFileAlone_data()
@@ -113,8 +122,9 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         const ScratchHome home;
         home.write(file, content);
-        QVERIFY(!Preferences().opens());
-        Preferences().set(u"key"_s, true);
+        const auto preferences = home.settings().preferences;
+        QVERIFY(!preferences->opens());
+        preferences->set(key, u"new"_s);
         settingsQueue().waitForDone();
         QCOMPARE(home.read(file), content);
     }
@@ -123,8 +133,9 @@ private Q_SLOTS:
 int main(int argc, char **argv)
 {
     if (argc == 2 && QByteArrayView(argv[1]) == "--set-and-end") {
-        Preferences().set(u"key"_s, u"first"_s);
-        Preferences().set(u"key"_s, u"last"_s);
+        const auto preferences = Settings().preferences;
+        preferences->set(key, u"first"_s);
+        preferences->set(key, u"last"_s);
         std::quick_exit(EXIT_SUCCESS); // as the program ends
     }
     QCoreApplication application(argc, argv);

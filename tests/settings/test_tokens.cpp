@@ -1,7 +1,8 @@
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
+#include "settings/OwnMachine.h"
+#include "support/PrintedLines.h"
 #include "support/ScratchHome.h"
 
+#include <QNetworkInterface>
 #include <QTest>
 
 using namespace ostrelle;
@@ -10,7 +11,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString url = u"http://127.0.0.1:18789"_s;
+const QString local = u"http://127.0.0.1:18789"_s;
+const QString far = u"https://far.t.ts.net"_s;
 
 } // namespace
 
@@ -19,43 +21,99 @@ class TestTokens : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup()
+    void init()
     {
-        for (const QString &path : {u".ostrelle"_s, u".duskrell"_s}) {
-            QDir(m_home.path(path)).removeRecursively();
-        }
+        m_home = std::make_unique<ScratchHome>();
+        const Settings settings = m_home->settings();
+        m_config = settings.config;
+        m_tokens = settings.tokens;
     }
 
     void resolvesTheFirstThatIsNotEmpty()
     {
         OstrelleConfig config = OstrelleConfig::defaults();
-        QCOMPARE(config.resolveToken(), u""_s);
+        QCOMPARE(config.resolveToken(*m_tokens), u""_s);
         for (const char *content :
              {R"({"gateway":{"auth":{"token":"G"})", R"({"gateway":{"auth":{"token":5}}})"}) {
-            m_home.write(u".duskrell/duskrell.json"_s, content);
-            QCOMPARE(config.resolveToken(), u""_s);
+            m_home->write(u".duskrell/duskrell.json"_s, content);
+            QCOMPARE(config.resolveToken(*m_tokens), u""_s);
         }
-        m_home.write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"G"}}})");
+        m_home->write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"G"}}})");
         config.gateway.token = u""_s;
-        QCOMPARE(config.resolveToken(), u"G"_s);
+        QCOMPARE(config.resolveToken(*m_tokens), u"G"_s);
         config.gateway.token = u"C"_s;
-        KeychainHelper::saveToken(u""_s, KeychainHelper::activeKey);
-        QCOMPARE(config.resolveToken(), u"C"_s);
-        KeychainHelper::saveToken(u"A"_s, KeychainHelper::activeKey);
-        KeychainHelper::saveToken(u""_s, url);
-        QCOMPARE(config.resolveToken(), u"A"_s);
-        KeychainHelper::saveToken(u"U"_s, url);
-        QCOMPARE(config.resolveToken(), u"U"_s);
+        save(u""_s, KeychainHelper::activeKey);
+        QCOMPARE(config.resolveToken(*m_tokens), u"C"_s);
+        save(u"A"_s, KeychainHelper::activeKey);
+        save(u""_s, local);
+        QCOMPARE(config.resolveToken(*m_tokens), u"A"_s);
+        save(u"U"_s, local);
+        QCOMPARE(config.resolveToken(*m_tokens), u"U"_s);
     }
 
-    void givesNoOtherGatewaysToken()
+    void knowsWhenItDoesNotKnow()
     {
-        const QString other = u"http://other"_s;
-        KeychainHelper::saveToken(u"A"_s, KeychainHelper::activeKey);
-        QCOMPARE(OstrelleConfig::tokenFor(url), u"A"_s);
-        QCOMPARE(OstrelleConfig::tokenFor(other), QString());
-        KeychainHelper::saveToken(u"O"_s, other);
-        QCOMPARE(OstrelleConfig::tokenFor(other), u"O"_s);
+        const OstrelleConfig config = OstrelleConfig::defaults();
+        QCOMPARE(m_tokens->resolve(config).value(), u""_s);
+        setStoreRefuses(true);
+        QVERIFY(!m_tokens->resolve(config));
+        m_home->write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"G"}}})");
+        QCOMPARE(m_tokens->resolve(config).value(), u"G"_s);
+    }
+
+    void sendsOtherMachinesOnlyTheirOwn()
+    {
+        m_home->write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"G"}}})");
+        QCOMPARE(m_tokens->tokenFor(local), u"G"_s);
+        save(u"A"_s, KeychainHelper::activeKey);
+        QCOMPARE(m_tokens->tokenFor(local), u"A"_s);
+        QCOMPARE(m_tokens->tokenFor(far), QString());
+        use(far);
+        QCOMPARE(m_tokens->tokenFor(far), QString());
+        QCOMPARE(m_tokens->tokenFor(local), QString()); // not in use any more
+        m_tokens->setMagicDNSName(u"FAR.t.ts.net."_s);
+        QCOMPARE(m_tokens->tokenFor(far), u"A"_s);
+        m_tokens->setMagicDNSName(u"near.t.ts.net"_s);
+        save(u"F"_s, far);
+        QCOMPARE(m_tokens->tokenFor(far), u"F"_s);
+    }
+
+    void knowsThisMachine_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<bool>("isThis");
+        for (const QHostAddress &address : QNetworkInterface::allAddresses()) {
+            QUrl url(u"http://x:1"_s);
+            url.setHost(address.toString());
+            QTest::newRow(qPrintable(address.toString())) << url.toString() << true;
+        }
+        QTest::newRow("loopback") << u"https://127.9.9.9"_s << true;
+        QTest::newRow("IPv6") << u"http://[::1]:5"_s << true;
+        QTest::newRow("localhost") << u"http://LocalHost:5"_s << true;
+        QTest::newRow("no host") << u"127.0.0.1"_s << false;
+        QTest::newRow("user part") << u"http://127.0.0.1@far"_s << false;
+        QTest::newRow("longer name") << u"http://localhost.far"_s << false;
+        QTest::newRow("elsewhere") << u"http://203.0.113.5"_s << false;
+    }
+
+    void knowsThisMachine()
+    {
+        QFETCH(QString, url);
+        QTEST(isThisMachine(url, {}), "isThis");
+    }
+
+    void savesTheActiveTokenOnlyForTheGatewayInUse()
+    {
+        QVERIFY(m_tokens->saveFor(far, u"F"_s).result());
+        QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), std::nullopt);
+        m_tokens->activate(far).waitForFinished();
+        QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), std::nullopt);
+        QVERIFY(m_tokens->saveFor(local, u"L"_s).result());
+        QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), u"L"_s);
+        use(far);
+        m_tokens->activate(far).waitForFinished();
+        QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), u"F"_s);
+        QCOMPARE(m_tokens->getToken(local), u"L"_s);
     }
 
     void movesTokensOutOfTheConfiguration()
@@ -64,40 +122,90 @@ private Q_SLOTS:
         config.gateway.token = u"abc"_s;
         config.gateway.saved->append({.name = u"n"_s, .url = u"http://n"_s, .token = u"def"_s});
         config.gateway.saved->append({.name = u"e"_s, .url = u"http://e"_s, .token = u""_s});
-        // Somebody has changed the configuration since it was loaded; that must not be lost.
+        config.save();
+        m_config->snapshot();
+        // Somebody changes the file meanwhile; that must not be lost.
         OstrelleConfig changed = config;
-        changed.gateway.url = u"http://changed"_s;
+        changed.ports.status = 7;
+        changed.gateway.saved->first().token = u"new"_s;
         changed.save();
-        bool done = false;
-        KeychainHelper::migrateFromConfig(config, this, [&] { done = true; });
-        QVERIFY(!done);
-        QTRY_VERIFY(done);
-        QCOMPARE(OstrelleConfig::load().gateway.token, std::nullopt);
+        const PrintedLines printed;
+        QVERIFY(m_tokens->migrateFromConfig().result()); // the new one is left
+        QVERIFY(printed.text().endsWith("[Ostrelle] Migrated tokens to Keychain\n"));
         const OstrelleConfig after = OstrelleConfig::load();
-        QCOMPARE(after.gateway.url, u"http://changed"_s);
+        QCOMPARE(after.gateway.token, std::nullopt);
+        QCOMPARE(after.ports.status, 7);
+        QCOMPARE(after.gateway.saved->at(0).token, u"new"_s);
         QCOMPARE(after.gateway.saved->at(1).token, std::nullopt);
         QCOMPARE(after.gateway.saved->at(2).token, u""_s);
-        QCOMPARE(KeychainHelper::getToken(url), u"abc"_s);
-        QCOMPARE(KeychainHelper::getToken(KeychainHelper::activeKey), u"abc"_s);
-        QCOMPARE(KeychainHelper::getToken(u"http://n"_s), u"def"_s);
-        QCOMPARE(KeychainHelper::getToken(u"http://n/"_s), std::nullopt);
-        QCOMPARE(KeychainHelper::getToken(u"http://e"_s), std::nullopt);
+        QCOMPARE(m_tokens->getToken(local), u"abc"_s);
+        QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), u"abc"_s);
+        QCOMPARE(m_tokens->getToken(u"http://n"_s), u"def"_s);
+        QCOMPARE(m_tokens->getToken(u"http://n/"_s), std::nullopt);
+        QCOMPARE(m_tokens->getToken(u"http://e"_s), std::nullopt);
+    }
+
+    void leavesInTheFileWhatNoStoreTakes()
+    {
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.token = u"old"_s;
+        config.save();
+        m_config->snapshot();
+        QVERIFY(!m_tokens->getToken(local)); // and with it the line that says where they are kept
+        setStoreRefuses(true);
+        const PrintedLines printed;
+        QVERIFY(m_tokens->migrateFromConfig().result());
+        QVERIFY(m_tokens->migrateFromConfig().result());
+        QCOMPARE(printed.text(),
+                 QByteArray("[Ostrelle] Token not saved: the secret store refused\n"));
+        QCOMPARE(OstrelleConfig::load(), config);
+        use(far); // the token stays with its gateway
+        QCOMPARE(OstrelleConfig::load().gateway.saved->first().token, u"old"_s);
+        setStoreRefuses(false);
+        QVERIFY(m_tokens->saveFor(local, u"newer"_s).result());
+        QVERIFY(!m_tokens->migrateFromConfig().result());
+        QCOMPARE(m_tokens->getToken(local), u"newer"_s);
+        QVERIFY(!OstrelleConfig::load().holdsTokens());
     }
 
     void leavesAFileAloneThatCannotBeRead()
     {
         OstrelleConfig config = OstrelleConfig::defaults();
         config.gateway.token = u"abc"_s;
-        m_home.write(u".ostrelle/config.json"_s, "{");
-        bool done = false;
-        KeychainHelper::migrateFromConfig(config, this, [&] { done = true; });
-        QTRY_VERIFY(done);
-        QCOMPARE(KeychainHelper::getToken(url), u"abc"_s);
-        QCOMPARE(m_home.read(u".ostrelle/config.json"_s), "{");
+        config.save();
+        m_config->snapshot();
+        m_home->write(u".ostrelle/config.json"_s, "{");
+        QVERIFY(!m_tokens->migrateFromConfig().result());
+        QCOMPARE(m_tokens->getToken(local), u"abc"_s);
+        QCOMPARE(m_home->read(u".ostrelle/config.json"_s), "{");
+        QVERIFY(!m_config->current().holdsTokens()); // and never writes it back
     }
 
 private:
-    ScratchHome m_home;
+    void save(const QString &token, const QString &key) { m_home->storeToken(token, key); }
+
+    // Where a folder stands, no file can be read or written.
+    void setStoreRefuses(bool refuses)
+    {
+        const QString file = m_home->path(u".ostrelle/secrets.json"_s);
+        if (refuses) {
+            QFile::rename(file, file + u".aside"_s);
+            QVERIFY(QDir().mkpath(file));
+        } else {
+            QVERIFY(QDir().rmdir(file));
+            QFile::rename(file + u".aside"_s, file);
+        }
+    }
+
+    void use(const QString &url)
+    {
+        m_config->change([url](OstrelleConfig &config) { config.useGateway(url); })
+            .waitForFinished();
+    }
+
+    std::unique_ptr<ScratchHome> m_home; // one for each test
+    std::shared_ptr<ConfigStore> m_config;
+    std::shared_ptr<Tokens> m_tokens;
 };
 
 QTEST_GUILESS_MAIN(TestTokens)

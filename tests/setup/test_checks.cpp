@@ -71,7 +71,7 @@ private Q_SLOTS:
     void nothingThere()
     {
         const SetupHome home;
-        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        SetupManager manager(home.settings(), home.surroundings());
         manager.checkFirstLaunch();
         QVERIFY(waitFor([&] { return manager.showSetup(); }));
         QCOMPARE(truths(manager), QStringList(u"showSetup"_s));
@@ -95,7 +95,7 @@ private Q_SLOTS:
         OstrelleConfig config = OstrelleConfig::defaults();
         config.gateway.token = u"secret"_s;
         config.save();
-        SetupManager manager(config, home.surroundings());
+        SetupManager manager(home.settings(), home.surroundings());
         const QSignalSpy logs(manager.statusMessages(), &StatusLog::rowsInserted);
 
         manager.checkFirstLaunch();
@@ -152,7 +152,7 @@ private Q_SLOTS:
         const SetupHome home;
         home.addTool(u"tailscale"_s, tool);
         home.write(u".duskrell/agents/main/agent"_s, "");
-        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        SetupManager manager(home.settings(), home.surroundings());
         manager.runChecks();
         QVERIFY(waitFor([&] { return manager.hasAgent(); })); // checked after Tailscale
         const QStringList state = truths(manager) << manager.tailscaleServeEnableURL();
@@ -164,7 +164,7 @@ private Q_SLOTS:
         const SetupHome home;
         home.addTool(u"tailscale"_s, "sleep 60");
         home.write(u".duskrell/agents/main/agent"_s, "");
-        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        SetupManager manager(home.settings(), home.surroundings());
         manager.runChecks();
         QVERIFY(waitFor([&] { return !home.calls().isEmpty(); }));
         home.addTool(u"tailscale"_s);

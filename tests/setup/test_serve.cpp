@@ -51,7 +51,7 @@ private Q_SLOTS:
                                          " \"serve status\") echo https://x;; esac' - \"$@\"");
         home.addTool(u"sudo"_s);
         home.addTool(u"duskrell"_s, "exit 1"); // which nobody looks at
-        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        SetupManager manager(home.settings(), home.surroundings());
 
         manager.configureTailscaleServe();
         manager.configureTailscaleServe(); // one at a time
@@ -68,7 +68,7 @@ private Q_SLOTS:
         home.addTool(u"tailscale"_s, "[ $1 != restart ]");
         home.addTool(u"sudo"_s);
         home.addTool(u"duskrell"_s);
-        SetupManager manager(OstrelleConfig::load(), home.surroundings());
+        SetupManager manager(home.settings(), home.surroundings());
         manager.configureTailscaleServe();
         QVERIFY(waitFor([&] { return !manager.isConfiguringTailscale(); }));
         QCOMPARE(messagesOf(manager).last(), u"✓ Tailscale service restarted"_s);

@@ -66,7 +66,7 @@ ServerFixture::ServerFixture(const ServerLimits &limits)
 
 void ServerFixture::restart(const OstrelleConfig &config, const ServerLimits &limits)
 {
-    server = std::make_unique<StatusServer>(config, limits);
+    server = std::make_unique<StatusServer>(config, home.settings().tokens, limits);
     const QSignalSpy changes(server.get(), &StatusServer::runningChanged);
     server->start();
     QTRY_COMPARE(changes.count(), 1);

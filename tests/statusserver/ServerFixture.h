@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settings/OstrelleConfig.h"
 #include "platform/Files.h"
+#include "settings/OstrelleConfig.h"
 #include "statusserver/StatusServer.h"
 #include "support/PrintedLines.h"
 #include "support/ScratchHome.h"

@@ -118,7 +118,6 @@ private Q_SLOTS:
         ServerFixture fixture;
         OstrelleConfig config = fixture.config();
         config.gateway.token = u"s3cret"_s;
-        config.paths.cronFile.reset();
         fixture.restart(config);
 
         const auto history = [&](const QByteArray &line) {
@@ -131,6 +130,13 @@ private Q_SLOTS:
         QCOMPARE(history("Authorization: Bearer s3cre"), refusal);
         QCOMPARE(history("Authorization: Bearer s3creT"), refusal);
         QCOMPARE(history("Accept: */*"), refusal);
+        // Without any token, but one in the store that does not tell.
+        fixture.restart(fixture.config());
+        QCOMPARE(history("Accept: */*"), empty);
+        QDir().mkpath(fixture.home.path(u".ostrelle/secrets.json"_s));
+        QCOMPARE(history("Accept: */*"), refusal);
+        config.paths.cronFile.reset();
+        fixture.restart(config);
         QVERIFY(fixture.get("/status").startsWith("HTTP/1.1 200 OK\r\n"));
         QCOMPARE(bodyOf(fixture.get("/cron")), R"({"version":1,"updated":"","jobs":[]})");
     }
@@ -165,7 +171,7 @@ private Q_SLOTS:
         OstrelleConfig config = fixture.config();
         config.ports.status = fixture.server->port();
         const PrintedLines printed;
-        StatusServer second(config);
+        StatusServer second(config, fixture.home.settings().tokens);
         second.start();
         QTRY_COMPARE(printed.text(), "[StatusServer] Failed to bind to port " +
                                          QByteArray::number(config.ports.status) +
@@ -187,7 +193,7 @@ private Q_SLOTS:
         for (const qint64 port : {qint64{65536}, (qint64{1} << 32) + 18794}) {
             config.ports.status = port;
             const PrintedLines printed;
-            StatusServer server(config);
+            StatusServer server(config, home.settings().tokens);
             server.start();
             QTRY_COMPARE(printed.text(), "[StatusServer] Failed to bind to port " +
                                              QByteArray::number(port) + ": Invalid argument\n");
@@ -224,7 +230,7 @@ private Q_SLOTS:
         const ScratchHome home;
         const QString plist = u"Library/LaunchAgents/com.duskrell.status-server.plist"_s;
         home.write(plist, "old");
-        const StatusServer server(OstrelleConfig::defaults());
+        const StatusServer server(OstrelleConfig::defaults(), home.settings().tokens);
         QTRY_VERIFY(!home.exists(plist));
         QCOMPARE(home.read(plist + u".disabled"_s), "old");
     }

@@ -1,6 +1,7 @@
 #include "support/ScratchHome.h"
 
-#include "settings/SettingsQueue.h"
+#include "settings/PreferredSecretStore.h"
+#include "settings/SettingsQueues.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,7 +20,9 @@ ScratchHome::ScratchHome()
 
 ScratchHome::~ScratchHome()
 {
-    ostrelle::settingsQueue().waitForDone(); // what is written later would make the folders anew
+    // What is written later would make the folders anew.
+    ostrelle::tokenQueue().waitForDone();
+    ostrelle::settingsQueue().waitForDone();
 }
 
 QString ScratchHome::path(const QString &relative) const
@@ -54,4 +57,29 @@ QString ScratchHome::writeScript(const QString &relative, const QByteArray &body
     const QString file = write(relative, "#!/bin/sh\n" + body + "\n");
     QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return file;
+}
+
+ostrelle::Settings ScratchHome::settings() const
+{
+    return ostrelle::Settings(
+        {.config = path(QStringLiteral(".ostrelle/config.json")),
+         .secrets = secretsFile(),
+         .preferences = path(QStringLiteral(".config/ai.duskrell.ostrelle.conf"))});
+}
+
+std::optional<QString> ScratchHome::storedToken(const QString &key) const
+{
+    ostrelle::PreferredSecretStore store(secretsFile());
+    return ostrelle::KeychainHelper::getToken(store, key).value_or(std::nullopt);
+}
+
+void ScratchHome::storeToken(const QString &token, const QString &key) const
+{
+    ostrelle::PreferredSecretStore store(secretsFile());
+    static_cast<void>(ostrelle::KeychainHelper::saveToken(store, token, key));
+}
+
+QString ScratchHome::secretsFile() const
+{
+    return path(QStringLiteral(".ostrelle/secrets.json"));
 }

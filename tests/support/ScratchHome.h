@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/Settings.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QTemporaryDir>
@@ -28,6 +30,15 @@ public:
     // Writes an executable shell script below the home; `body` follows "#!/bin/sh".
     QString writeScript(const QString &relative, const QByteArray &body) const;
 
+    // The settings that this home keeps, opened anew.
+    ostrelle::Settings settings() const;
+
+    // The token under a gateway's URL or KeychainHelper::activeKey; absent when there is none.
+    std::optional<QString> storedToken(const QString &key) const;
+    void storeToken(const QString &token, const QString &key) const;
+
 private:
+    QString secretsFile() const;
+
     QTemporaryDir m_directory;
 };

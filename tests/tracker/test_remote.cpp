@@ -1,5 +1,5 @@
-#include "settings/OstrelleConfig.h"
 #include "gateway/StandInGateway.h"
+#include "settings/OstrelleConfig.h"
 #include "support/ScratchHome.h"
 #include "tracker/RemoteDataSource.h"
 
@@ -60,9 +60,8 @@ private Q_SLOTS:
         QFETCH(QString, base);
         OstrelleConfig config = OstrelleConfig::defaults();
         config.gateway.url = gateway;
-        config.save();
-        QTEST(RemoteDataSource::isRemote(), "isRemote");
-        QCOMPARE(RemoteDataSource::statusBaseURL().value_or(QString()), base);
+        QTEST(RemoteDataSource::isRemote(config), "isRemote");
+        QCOMPARE(RemoteDataSource::statusBaseURL(config).value_or(QString()), base);
     }
 
     void answers_data()
@@ -105,7 +104,10 @@ private Q_SLOTS:
         const QJsonObject auth{{u"token"_s, token}};
         const QJsonObject root{{u"gateway"_s, QJsonObject{{u"auth"_s, auth}}}};
         m_home.write(u".duskrell/duskrell.json"_s, QJsonDocument(root).toJson());
-        QTEST(RemoteDataSource::fetchRemoteData(server.url(), u"/status"_s), "fetched");
+        QTEST(RemoteDataSource::fetchRemoteData(server.url(), u"/status"_s,
+                                                OstrelleConfig::defaults(),
+                                                *m_home.settings().tokens),
+              "fetched");
         QCOMPARE(server.requestCount(), 0);
     }
 

@@ -77,9 +77,10 @@ private Q_SLOTS:
         config.gateway.url = gatewayAnswers ? gateway.url() : u"http://127.0.0.1:9"_s;
         config.ports.voiceAgent = agent.serverPort();
         config.save();
-        const GatewayViewModel gatewayVM({.tailscale = {}, .pollInterval = 20ms});
-        ServiceManager manager(config, {.resources = {}, .logFile = home.path(u"agent.log"_s)});
-        const VoiceViewModel voiceVM(&manager, {.interval = 20ms});
+        const GatewayViewModel gatewayVM(home.settings(), {.tailscale = {}, .pollInterval = 20ms});
+        ServiceManager manager(config, home.settings().preferences,
+                               {.resources = {}, .logFile = home.path(u"agent.log"_s)});
+        const VoiceViewModel voiceVM(&manager, agent.serverPort(), {.interval = 20ms});
         QTRY_COMPARE(stateInWords(gatewayVM, voiceVM), words);
         QVERIFY(finishBackgroundWork(10s));
     }

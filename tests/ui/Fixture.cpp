@@ -1,9 +1,7 @@
 #include "ui/Fixture.h"
 
-#include "settings/KeychainHelper.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "settings/PreferredSecretStore.h"
 #include "ui/FieldAccessibility.h"
 
 #include <QAccessible>
@@ -30,7 +28,6 @@ constexpr auto voicePollInterval = 20ms;
 
 Fixture::Fixture()
 {
-    static_cast<void>(secretStore());
     reset();
 }
 
@@ -46,7 +43,6 @@ void Fixture::reset()
     m_peer.reset();
     m_voiceAgent.reset();
     m_home.reset(); // first, because it waits for what still works in it
-    QFile::remove(m_firstHome.path(u".ostrelle/secrets.json"_s));
     m_home = std::make_unique<SetupHome>();
     qputenv("PATH", m_home->path(u"bin"_s).toUtf8() + ":/usr/bin:/bin");
     writeConfig();
@@ -55,21 +51,30 @@ void Fixture::reset()
 
 void Fixture::restart()
 {
-    const OstrelleConfig config = OstrelleConfig::load();
     const TailscalePlaces tailscale{
         .tools = {m_home->path(u"bin/tailscale"_s)}, .application = {}, .applicationTool = {}};
-    auto models = std::make_unique<Models>();
+    auto models = std::make_unique<Models>(m_home->settings());
+    const Settings &settings = models->settings;
+    const OstrelleConfig config = settings.config->current();
     models->gatewayVM = std::make_unique<GatewayViewModel>(
-        GatewaySurroundings{.tailscale = tailscale, .pollInterval = gatewayPollInterval});
+        settings, GatewaySurroundings{.tailscale = tailscale, .pollInterval = gatewayPollInterval});
     models->serviceManager = std::make_unique<ServiceManager>(
-        config, SupervisorSurroundings{.resources = {}, .logFile = m_home->path(u"agent.log"_s)});
-    models->voiceVM = std::make_unique<VoiceViewModel>(models->serviceManager.get(),
-                                                       VoicePolling{.interval = voicePollInterval});
-    models->setupManager = std::make_unique<SetupManager>(config, m_home->surroundings());
-    models->statusServer = std::make_unique<StatusServer>(config);
-    models->profiles = std::make_unique<GatewayProfiles>(models->gatewayVM.get());
-    models->settings =
-        std::make_unique<GatewaySettings>(QStringList{m_home->path(u"bin/duskrell"_s)});
+        config, settings.preferences,
+        SupervisorSurroundings{.resources = {}, .logFile = m_home->path(u"agent.log"_s)});
+    models->voiceVM =
+        std::make_unique<VoiceViewModel>(models->serviceManager.get(), config.ports.voiceAgent,
+                                         VoicePolling{.interval = voicePollInterval});
+    models->setupManager = std::make_unique<SetupManager>(settings, m_home->surroundings());
+    models->statusServer = std::make_unique<StatusServer>(config, settings.tokens);
+    models->gatewayInUse = std::make_unique<GatewayInUse>(settings, models->gatewayVM.get());
+    models->panel =
+        std::make_unique<PanelModels>(ostrelle::Models{.settings = settings,
+                                                       .gatewayVM = models->gatewayVM.get(),
+                                                       .gatewayInUse = models->gatewayInUse.get()});
+    models->profiles = std::make_unique<GatewayProfiles>(settings, models->gatewayVM.get(),
+                                                         models->gatewayInUse.get());
+    models->settingsModel = std::make_unique<GatewaySettings>(
+        settings.preferences, QStringList{m_home->path(u"bin/duskrell"_s)});
     models->peers = std::make_unique<TailscalePeersModel>(models->profiles.get(), tailscale);
     m_models.swap(models);
     Q_EMIT madeAnew();
@@ -97,6 +102,7 @@ void Fixture::tool(const QString &name, const QString &body) const
 ProjectsViewModel *Fixture::projectsVM() const
 {
     return new ProjectsViewModel(
+        m_models->settings,
         [file = m_home->path(u"asked"_s)](const QString &program, const QStringList &args) {
             static_cast<void>(writeInPlace(file, (program + u' ' + args.join(u' ')).toUtf8()));
             return QString();
@@ -141,6 +147,11 @@ void Fixture::saveGateways(const QStringList &urls) const
     config.save();
 }
 
+void Fixture::followLink(const QString &url) const
+{
+    m_models->gatewayInUse->adopt(url, std::nullopt, [] {});
+}
+
 QString Fixture::startPeer(int status)
 {
     // Probes ask a fixed port, so that each test process needs an address of its own.
@@ -161,14 +172,14 @@ void Fixture::rejectTokens()
     }
 }
 
-QString Fixture::storedToken(const QString &key)
+QString Fixture::storedToken(const QString &key) const
 {
-    return KeychainHelper::getToken(key).value_or(QString());
+    return m_home->storedToken(key).value_or(QString());
 }
 
-void Fixture::storeToken(const QString &token, const QString &key)
+void Fixture::storeToken(const QString &token, const QString &key) const
 {
-    KeychainHelper::saveToken(token, key);
+    m_home->storeToken(token, key);
 }
 
 QString Fixture::path(const QString &relative) const

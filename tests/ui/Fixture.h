@@ -2,6 +2,7 @@
 
 #include "gateway/StandInGateway.h"
 #include "setup/SetupHome.h"
+#include "ui/PanelModels.h"
 #include "ui/QmlTypes.h"
 #include "voice/FakeControlPort.h"
 
@@ -19,6 +20,7 @@ class Fixture : public QObject
     Q_PROPERTY(ostrelle::VoiceViewModel *voiceVM READ voiceVM NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::SetupManager *setupManager READ setupManager NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::StatusServer *statusServer READ statusServer NOTIFY madeAnew)
+    Q_PROPERTY(ostrelle::PanelModels *models READ models NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::GatewayProfiles *profiles READ profiles NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::GatewaySettings *settings READ settings NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers NOTIFY madeAnew)
@@ -57,6 +59,8 @@ public:
 
     // Saves these gateways, and makes the first one the gateway in use, from the next restart() on.
     Q_INVOKABLE void saveGateways(const QStringList &urls) const;
+    // Makes the gateway the one in use, as a pairing link does.
+    Q_INVOKABLE void followLink(const QString &url) const;
     // A gateway answers its health check with this status on the address that it returns.
     Q_INVOKABLE QString startPeer(int status);
 
@@ -64,8 +68,8 @@ public:
     Q_INVOKABLE void rejectTokens();
 
     // The token under a gateway's URL or "_active_"; null when there is none.
-    Q_INVOKABLE static QString storedToken(const QString &key);
-    Q_INVOKABLE static void storeToken(const QString &token, const QString &key);
+    Q_INVOKABLE QString storedToken(const QString &key) const;
+    Q_INVOKABLE void storeToken(const QString &token, const QString &key) const;
 
     // A file below the home, for what a test wants to save there.
     Q_INVOKABLE QString path(const QString &relative) const;
@@ -83,8 +87,9 @@ public:
     ostrelle::VoiceViewModel *voiceVM() const { return m_models->voiceVM.get(); }
     ostrelle::SetupManager *setupManager() const { return m_models->setupManager.get(); }
     ostrelle::StatusServer *statusServer() const { return m_models->statusServer.get(); }
+    ostrelle::PanelModels *models() const { return m_models->panel.get(); }
     ostrelle::GatewayProfiles *profiles() const { return m_models->profiles.get(); }
-    ostrelle::GatewaySettings *settings() const { return m_models->settings.get(); }
+    ostrelle::GatewaySettings *settings() const { return m_models->settingsModel.get(); }
     ostrelle::TailscalePeersModel *peers() const { return m_models->peers.get(); }
 
 Q_SIGNALS:
@@ -92,19 +97,26 @@ Q_SIGNALS:
 
 private:
     struct Models {
+        explicit Models(ostrelle::Settings opened)
+            : settings(std::move(opened))
+        {
+        }
+
+        ostrelle::Settings settings;
         std::unique_ptr<ostrelle::GatewayViewModel> gatewayVM;
         std::unique_ptr<ostrelle::ServiceManager> serviceManager;
         std::unique_ptr<ostrelle::VoiceViewModel> voiceVM;
         std::unique_ptr<ostrelle::SetupManager> setupManager;
         std::unique_ptr<ostrelle::StatusServer> statusServer; // which is not started
+        std::unique_ptr<ostrelle::GatewayInUse> gatewayInUse;
+        std::unique_ptr<ostrelle::PanelModels> panel;
         std::unique_ptr<ostrelle::GatewayProfiles> profiles;
-        std::unique_ptr<ostrelle::GatewaySettings> settings;
+        std::unique_ptr<ostrelle::GatewaySettings> settingsModel;
         std::unique_ptr<ostrelle::TailscalePeersModel> peers;
     };
 
     void writeConfig() const;
 
-    const ScratchHome m_firstHome; // where the process keeps its secrets
     std::unique_ptr<SetupHome> m_home;
     std::unique_ptr<StandInGateway> m_gateway;
     std::unique_ptr<StandInGateway> m_peer;

@@ -18,8 +18,11 @@ TestCase {
         id: agentsView
 
         AgentsView {
+            id: view
+
             width: 380
             height: 600
+            viewModel: fixture.models.makeAgents(view)
         }
     }
 
@@ -34,7 +37,7 @@ TestCase {
     function loadedView(agents: var): Item {
         writeAgents(agents);
         const view = createTemporaryObject(agentsView, test);
-        tryCompare(view.vm, "isLoading", false);
+        tryCompare(view.viewModel, "isLoading", false);
         return view;
     }
 

@@ -16,10 +16,11 @@ TestCase {
         id: cronView
 
         CronView {
+            id: view
+
             width: 380
             height: 600
-            viewModel: CronViewModel {
-            }
+            viewModel: fixture.models.makeCron(view)
         }
     }
 

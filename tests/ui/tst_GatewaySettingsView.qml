@@ -26,8 +26,11 @@ TestCase {
         id: settingsView
 
         GatewaySettingsView {
+            id: view
+
             width: test.width
             height: test.height
+            models: fixture.models.makeSettings(view)
             gatewayVM: fixture.gatewayVM
             serviceManager: fixture.serviceManager
             setupManager: fixture.setupManager

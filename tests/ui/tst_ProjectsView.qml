@@ -18,10 +18,11 @@ TestCase {
         id: projectsView
 
         ProjectsView {
+            id: view
+
             width: 380
             height: 600
-            viewModel: ProjectsViewModel {
-            }
+            viewModel: fixture.models.makeProjects(view)
         }
     }
 

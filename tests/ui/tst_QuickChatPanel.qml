@@ -16,9 +16,11 @@ TestCase {
         id: chatPanel
 
         QuickChatPanel {
+            id: panel
+
             width: 356
             height: 240
-            chatVM: QuickChatVM {}
+            chatVM: fixture.models.makeChat(panel)
             gatewayURL: fixture.gatewayVM.gatewayURL
         }
     }

@@ -18,6 +18,7 @@ TestCase {
         ContentPanel {
             width: 380
             height: 700
+            models: fixture.models
             gatewayVM: fixture.gatewayVM
             voiceVM: fixture.voiceVM
             serviceManager: fixture.serviceManager
@@ -32,6 +33,7 @@ TestCase {
         PanelRoot {
             width: 380
             height: 700
+            models: fixture.models
             gatewayVM: fixture.gatewayVM
             voiceVM: fixture.voiceVM
             serviceManager: fixture.serviceManager
@@ -141,8 +143,7 @@ TestCase {
         const panel = createTemporaryObject(contentPanel, test);
         const chat = Items.visibleItems(panel).find(each => each.chatVM === panel.chatVM && each.send);
         compare(chat.gatewayURL, fixture.gatewayVM.gatewayURL);
-        fixture.gatewayVM.gatewayURL = "http://127.0.0.3:9"; // the file is saved only then
-        fixture.saveGateways(["http://127.0.0.3:9"]);
+        fixture.followLink("http://127.0.0.3:9");
         tryCompare(chat, "gatewayURL", "http://127.0.0.3:9");
     }
 }

@@ -67,8 +67,7 @@ private Q_SLOTS:
         const AgentHome home;
         FakeControlPort port;
         port.body = body;
-        home.writeConfig(port.serverPort());
-        const VoiceViewModel model(nullptr, {.interval = quickly});
+        const VoiceViewModel model(nullptr, port.serverPort(), {.interval = quickly});
         QCOMPARE(model.state(), u"unknown"_s);
         QCOMPARE(shownBy(model), u"Offline mic.slash gray local"_s);
 
@@ -106,11 +105,11 @@ private Q_SLOTS:
         const AgentHome home;
         FakeControlPort port;
         port.body = actions.contains("stop"_L1) ? listening : nonsense;
-        home.writeConfig(port.serverPort());
-        ServiceManager manager(home.config(), home.surroundings());
+        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
         auto now = VoicePolling::Clock::now();
         const PrintedLines silence;
-        VoiceViewModel model(&manager, {.interval = quickly, .now = [&] { return now; }});
+        VoiceViewModel model(&manager, port.serverPort(),
+                             {.interval = quickly, .now = [&] { return now; }});
         QVERIFY(answersAgain(port));
 
         for (const QString &action : actions) {
@@ -128,9 +127,8 @@ private Q_SLOTS:
     {
         const AgentHome home;
         FakeControlPort port;
-        home.writeConfig(port.serverPort());
-        ServiceManager manager(home.config(), home.surroundings());
-        VoiceViewModel model(&manager, {.interval = 1h});
+        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
+        VoiceViewModel model(&manager, port.serverPort(), {.interval = 1h});
         QTRY_VERIFY(model.voiceRunning());
 
         model.toggleMute();
@@ -199,7 +197,7 @@ private Q_SLOTS:
         home.writeScript(u"bin/pkill"_s, "echo \"$@\" > ~/told");
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
-        VoiceViewModel model(nullptr);
+        VoiceViewModel model(nullptr, 0);
         model.stop();
         QTRY_COMPARE(home.read(u"told"_s), QByteArray("-f voice_agent.py\n"));
         qputenv("PATH", path);

@@ -1,5 +1,5 @@
 #include "AgentHome.h"
-#include "settings/Preferences.h"
+#include "settings/SettingsQueues.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -46,7 +46,7 @@ private Q_SLOTS:
         const AgentHome home;
         home.installDemoAgent();
         home.write(u"agent.log"_s, "of an earlier run\n");
-        ServiceManager manager(home.config(), home.surroundings());
+        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
         const QSignalSpy changes(&manager, &ServiceManager::voiceRunningChanged);
         const PrintedLines printed;
 
@@ -91,7 +91,7 @@ private Q_SLOTS:
         config.voice.venvPath = venvPath;
         SupervisorSurroundings surroundings = home.surroundings();
         surroundings.resources = home.path(bundled ? u"bundle"_s : u"no bundle"_s);
-        ServiceManager manager(config, surroundings);
+        ServiceManager manager(config, home.settings().preferences, surroundings);
 
         const PrintedLines printed;
         manager.startVoice();
@@ -128,7 +128,8 @@ private Q_SLOTS:
         QFile file(home.path(broken));
         QVERIFY(removed ? file.remove() : file.setPermissions(QFile::ReadOwner));
         ManualTime time;
-        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        ServiceManager manager(home.config(), home.settings().preferences,
+                               home.surroundings(time.asTime()));
         const PrintedLines printed;
 
         manager.startVoice();
@@ -150,9 +151,10 @@ private Q_SLOTS:
             home.installScript("exec sleep 60");
             home.write(u".config/ai.duskrell.ostrelle.conf"_s,
                        QByteArray("[General]\n") + preferences);
-            ServiceManager manager(home.config(), home.surroundings());
+            ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
             manager.setVoiceEnabled(enabled);
-            QCOMPARE(Preferences().boolean(u"voiceEnabled"_s), std::optional(enabled));
+            settingsQueue().waitForDone();
+            QCOMPARE(home.settings().preferences->value(preference::voiceEnabled), enabled);
             manager.startAll();
             QCOMPARE(manager.voiceProcessId() != 0, starts);
         }
@@ -168,7 +170,8 @@ private Q_SLOTS:
         const AgentHome home;
         home.installScript("exit 3");
         ManualTime time;
-        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        ServiceManager manager(home.config(), home.settings().preferences,
+                               home.surroundings(time.asTime()));
         qsizetype descriptors = 0;
         manager.startVoice();
         for (const auto &[gap, delay, attempt] :
@@ -204,7 +207,8 @@ private Q_SLOTS:
         const AgentHome home;
         home.installScript("trap '' TERM; touch ~/ready; sleep 60 & wait; wait");
         ManualTime time;
-        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        ServiceManager manager(home.config(), home.settings().preferences,
+                               home.surroundings(time.asTime()));
         const PrintedLines printed;
         manager.startVoice();
         QVERIFY(QTest::qWaitFor([&] { return home.exists(u"ready"_s); }));
@@ -245,7 +249,7 @@ private Q_SLOTS:
         if (prepare(qPrintable(victim), qPrintable(home.path(u"agent.log"_s))) != 0) {
             QSKIP("only root can give a file away");
         }
-        ServiceManager manager(home.config(), home.surroundings());
+        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
         const PrintedLines printed;
 
         manager.startVoice();
@@ -261,7 +265,7 @@ private Q_SLOTS:
         home.installScript("echo from the agent");
         const QByteArray log = home.write(u"agent.log"_s, "before\n").toUtf8();
         QCOMPARE(::chmod(log, 0644), 0);
-        ServiceManager manager(home.config(), home.surroundings());
+        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
         const PrintedLines silence;
 
         manager.startVoice();

@@ -6,6 +6,7 @@ import Ostrelle
 BaseButton {
     id: bubble
 
+    required property AgentsTopologyViewModel viewModel
     required property var node // an AgentNode
     required property point center
     required property real radius
@@ -37,6 +38,7 @@ BaseButton {
     AgentAppearance {
         id: appearance
 
+        viewModel: bubble.viewModel
         agentId: bubble.node.id
         fallbackName: bubble.node.name
         fallbackEmoji: bubble.node.defaultEmoji

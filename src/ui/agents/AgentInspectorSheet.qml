@@ -5,6 +5,7 @@ import Ostrelle
 FocusScope {
     id: sheet
 
+    required property AgentsTopologyViewModel viewModel
     required property var node // an AgentNode, as it was when the sheet was opened
 
     // Something was saved or reset.
@@ -30,6 +31,7 @@ FocusScope {
     AgentAppearance {
         id: appearance
 
+        viewModel: sheet.viewModel
         agentId: sheet.node.id
         fallbackName: sheet.node.name
         fallbackEmoji: sheet.node.defaultEmoji

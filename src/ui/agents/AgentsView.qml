@@ -4,17 +4,16 @@ import QtQuick
 import QtQuick.Templates as T
 import Ostrelle
 
-// The agents as a spinal map. It has its own model, which polls while the view exists.
+// The agents as a spinal map.
 FocusScope {
     id: view
+
+    required property AgentsTopologyViewModel viewModel
 
     // Changed after a save or a reset, so that every bubble looks again how its agent is called.
     property int refreshKey: 0
     // The inspector is shown while there is one; it is the AgentNode of a tap as it then was.
     property var selectedNode: null
-
-    readonly property AgentsTopologyViewModel vm: AgentsTopologyViewModel {
-    }
 
     function dismiss() {
         const id = view.selectedNode.id;
@@ -36,7 +35,7 @@ FocusScope {
     AgentCanvas {
         id: canvas
 
-        viewModel: view.vm
+        viewModel: view.viewModel
         width: map.width
         viewTop: map.contentY
         viewHeight: map.height
@@ -64,9 +63,9 @@ FocusScope {
         visible: !view.selectedNode
         label: "AGENTS"
         title: "Spinal Map"
-        status: view.vm.usingFallback ? "Mock layout — live data will replace this"
+        status: view.viewModel.usingFallback ? "Mock layout — live data will replace this"
             : "Live data from status.json"
-        onRefreshRequested: view.vm.load()
+        onRefreshRequested: view.viewModel.load()
     }
 
     Flickable {
@@ -141,6 +140,7 @@ FocusScope {
 
                 pulse: bubble.moves ? clock.pulse : 0
                 processingRing: bubble.moves ? clock.ring : 0
+                viewModel: view.viewModel
                 refreshKey: view.refreshKey
                 onActiveFocusChanged: {
                     if (bubble.activeFocus) {
@@ -158,8 +158,8 @@ FocusScope {
             x: Theme.pagePadding
             y: Math.max(canvas.layoutHeight, map.height - error.height - Theme.pagePadding)
             width: view.width - 2 * Theme.pagePadding
-            visible: view.vm.errorMessage !== ""
-            message: Theme.shortened(view.vm.errorMessage)
+            visible: view.viewModel.errorMessage !== ""
+            message: Theme.shortened(view.viewModel.errorMessage)
         }
     }
 
@@ -171,6 +171,7 @@ FocusScope {
 
         AgentInspectorSheet {
             height: inspector.height
+            viewModel: view.viewModel
             node: view.selectedNode
             Component.onCompleted: {
                 node = view.selectedNode; // not bound to it: that ends before the sheet does

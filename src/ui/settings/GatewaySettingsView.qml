@@ -7,6 +7,7 @@ import Ostrelle
 FocusScope {
     id: view
 
+    required property SettingsModels models
     required property GatewayViewModel gatewayVM
     required property ServiceManager serviceManager
     required property SetupManager setupManager
@@ -18,7 +19,7 @@ FocusScope {
     signal projectTrackingToggled(bool enabled)
 
     onIsShownChanged: {
-        if (!view.isShown && models.areMade) {
+        if (!view.isShown && view.models !== null) {
             view.hideSecrets();
         }
     }
@@ -26,38 +27,29 @@ FocusScope {
 
     // No typed token and no code that holds one waits behind a closed panel.
     function hideSecrets() {
-        models.profiles.tokenInput = "";
-        models.profiles.profileTokenInput = "";
-        models.pairing.showQR = false;
+        view.models.profiles.tokenInput = "";
+        view.models.profiles.profileTokenInput = "";
+        view.models.pairing.showQR = false;
     }
 
     // Closes what was asked last; false when nothing is asked.
     function closeQuestion(): bool {
-        if (!models.areMade) {
-            return false;
-        }
-        if (models.profiles.pendingSwitchGateway !== "") {
-            models.profiles.cancelSwitch();
-        } else if (models.profiles.editingProfileId !== "") {
-            models.profiles.editingProfileId = "";
-        } else if (models.profiles.showTokenField) {
-            models.profiles.showTokenField = false;
+        if (view.models.profiles.pendingSwitchGateway !== "") {
+            view.models.profiles.cancelSwitch();
+        } else if (view.models.profiles.editingProfileId !== "") {
+            view.models.profiles.editingProfileId = "";
+        } else if (view.models.profiles.showTokenField) {
+            view.models.profiles.showTokenField = false;
         } else {
             return false;
         }
         return true;
     }
 
-    SettingsModels {
-        id: models
-
-        gatewayVM: view.gatewayVM
-    }
-
     Lazy {
         anchors.fill: parent
         focus: true
-        active: models.areMade
+        active: view.models !== null
 
         ScrollPane {
             height: view.height
@@ -72,19 +64,19 @@ FocusScope {
                 ActiveGateway {
                     width: parent.width
                     gatewayVM: view.gatewayVM
-                    profiles: models.profiles
-                    pairing: models.pairing
+                    profiles: view.models.profiles
+                    pairing: view.models.pairing
                 }
 
                 TailscalePeersView {
                     width: parent.width
-                    peers: models.peers
+                    peers: view.models.peers
                 }
 
                 SavedProfiles {
                     width: parent.width
-                    profiles: models.profiles
-                    settings: models.settings
+                    profiles: view.models.profiles
+                    settings: view.models.settings
                 }
 
                 AdvancedSettings {
@@ -92,7 +84,7 @@ FocusScope {
                     gatewayVM: view.gatewayVM
                     serviceManager: view.serviceManager
                     setupManager: view.setupManager
-                    settings: models.settings
+                    settings: view.models.settings
                     projectTrackingEnabled: view.projectTrackingEnabled
                     onProjectTrackingToggled: enabled => view.projectTrackingToggled(enabled)
                 }

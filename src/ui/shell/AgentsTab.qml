@@ -1,5 +1,9 @@
 import Ostrelle
 
 AgentsView {
+    id: tab
+
     required property ContentPanel panel
+
+    viewModel: tab.panel.models.makeAgents(tab)
 }

@@ -6,6 +6,7 @@ import Ostrelle
 FocusScope {
     id: panel
 
+    required property PanelModels models
     required property GatewayViewModel gatewayVM
     required property VoiceViewModel voiceVM
     required property ServiceManager serviceManager
@@ -16,7 +17,7 @@ FocusScope {
     // While this is false the selected tab has no content. The selection and the chat stay.
     property bool active: true
 
-    readonly property QuickChatVM chatVM: QuickChatVM {}
+    readonly property QuickChatVM chatVM: panel.models.makeChat(panel)
 
     // By their files, so that only what the selected one shows is loaded. Each is given the panel.
     readonly property list<string> tabs: [

@@ -1,7 +1,9 @@
 import Ostrelle
 
 CronView {
+    id: tab
+
     required property ContentPanel panel
 
-    viewModel: CronViewModel {}
+    viewModel: tab.panel.models.makeCron(tab)
 }

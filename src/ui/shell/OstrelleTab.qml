@@ -8,9 +8,6 @@ ScrollPane {
 
     required property ContentPanel panel
 
-    readonly property Configuration configuration: Configuration {
-        watchedURL: tab.panel.gatewayVM.gatewayURL
-    }
     readonly property real others: (voice.active ? voice.height + divider.height : 0)
         + gateway.height + 3 * Theme.pagePadding
 
@@ -52,7 +49,7 @@ ScrollPane {
         width: tab.width - 2 * Theme.pagePadding
         height: Math.max(implicitHeight, tab.height - tab.others)
         chatVM: tab.panel.chatVM
-        gatewayURL: tab.configuration.gatewayURL
+        gatewayURL: tab.panel.models.gatewayURL
     }
 
     Item {

@@ -5,6 +5,7 @@ import Ostrelle
 FocusScope {
     id: root
 
+    required property PanelModels models
     required property GatewayViewModel gatewayVM
     required property VoiceViewModel voiceVM
     required property ServiceManager serviceManager
@@ -58,6 +59,7 @@ FocusScope {
         focus: !setup.isShown
         visible: !setup.isShown
         active: root.active && !setup.isShown
+        models: root.models
         gatewayVM: root.gatewayVM
         voiceVM: root.voiceVM
         serviceManager: root.serviceManager

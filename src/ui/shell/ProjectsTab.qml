@@ -1,7 +1,9 @@
 import Ostrelle
 
 ProjectsView {
+    id: tab
+
     required property ContentPanel panel
 
-    viewModel: ProjectsViewModel {}
+    viewModel: tab.panel.models.makeProjects(tab)
 }

@@ -5,6 +5,7 @@ GatewaySettingsView {
 
     required property ContentPanel panel
 
+    models: tab.panel.models.makeSettings(tab)
     gatewayVM: tab.panel.gatewayVM
     serviceManager: tab.panel.serviceManager
     setupManager: tab.panel.setupManager

@@ -1,0 +1,132 @@
+#include "gateway/GatewayInUse.h"
+
+#include "core/WhenDone.h"
+
+#include <QUrl>
+
+#include <algorithm>
+#include <utility>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// The domain of every name that Tailscale gives a machine.
+constexpr QLatin1StringView magicDNSSuffix = ".ts.net"_L1;
+
+// How long a token that no store has taken waits in the configuration file for the next attempt.
+constexpr std::chrono::minutes nextMigration(1);
+
+QString profileName(const QString &url)
+{
+    const QString host = QUrl(url).host();
+    const qsizetype place = host.isEmpty() ? -1 : url.indexOf(host, 0, Qt::CaseInsensitive);
+    return place < 0 ? url : url.sliced(place, host.size()); // spelled as in the address
+}
+
+} // namespace
+
+GatewayInUse::GatewayInUse(Settings settings, GatewayViewModel *monitor, QObject *parent)
+    : QObject(parent)
+    , m_settings(std::move(settings))
+    , m_monitor(monitor)
+{
+    migrateTokens();
+}
+
+void GatewayInUse::migrateTokens()
+{
+    whenDone(m_settings.tokens->migrateFromConfig(), this, [this](bool isSomethingLeft) {
+        if (isSomethingLeft) {
+            QTimer::singleShot(nextMigration, this, &GatewayInUse::migrateTokens);
+        }
+        handleNext();
+    });
+}
+
+void GatewayInUse::switchTo(const QString &url)
+{
+    enqueue({.url = url, .apply = [url](OstrelleConfig &config) { config.useGateway(url); }});
+}
+
+void GatewayInUse::adopt(const QString &url, const std::optional<QString> &token,
+                         const std::function<void()> &done)
+{
+    enqueue({.url = url,
+             .apply = [url](OstrelleConfig &config) { adoptGateway(config, url); },
+             .token = token,
+             .done = done});
+}
+
+void GatewayInUse::enqueue(const Request &request)
+{
+    m_requests.enqueue(request);
+    if (!m_isBusy) {
+        handleNext();
+    }
+}
+
+void GatewayInUse::handleNext()
+{
+    m_isBusy = !m_requests.isEmpty();
+    if (m_isBusy) {
+        saveToken(m_requests.dequeue());
+    }
+}
+
+// Under its URL before the configuration names the gateway, and as the active one only after that:
+// no gateway ever gets the other one's.
+void GatewayInUse::saveToken(const Request &request)
+{
+    if (!request.token) {
+        saveConfig(request);
+        return;
+    }
+    whenDone(m_settings.tokens->saveFor(request.url, *request.token), this,
+             [this, request](const Tokens::Saved &) { saveConfig(request); });
+}
+
+void GatewayInUse::saveConfig(const Request &request)
+{
+    whenDone(m_settings.config->change(request.apply), this,
+             [this, request](const ConfigStore::Changed &) { activateToken(request); });
+}
+
+void GatewayInUse::activateToken(const Request &request)
+{
+    whenDone(m_settings.tokens->activate(request.url), this, [this, request] { finish(request); });
+}
+
+void GatewayInUse::finish(const Request &request)
+{
+    m_monitor->setGatewayURL(request.url);
+    m_monitor->pollHealth();
+    request.done();
+    handleNext();
+}
+
+void adoptGateway(OstrelleConfig &config, const QString &url)
+{
+    config.useGateway(url);
+    SavedGateway profile{.name = profileName(url),
+                         .url = url,
+                         .isMagicDNS =
+                             url.startsWith("https://"_L1) && url.contains(magicDNSSuffix)};
+    QList<SavedGateway> &saved =
+        config.gateway.saved ? *config.gateway.saved : config.gateway.saved.emplace();
+    const auto known = std::ranges::find(saved, url, &SavedGateway::url);
+    if (known == saved.end()) {
+        saved.append(profile);
+    } else {
+        profile.token = known->token; // one that no store has taken yet
+        *known = profile;
+    }
+}
+
+} // namespace ostrelle
+
+#include "moc_GatewayInUse.cpp"

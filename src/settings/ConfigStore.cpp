@@ -1,0 +1,141 @@
+#include "settings/ConfigStore.h"
+
+#include "platform/Log.h"
+#include "settings/SettingsQueues.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QThread>
+
+#include <utility>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// People and small programs write that file; more is no configuration.
+constexpr std::size_t maxConfigBytes = std::size_t{16} * 1024 * 1024;
+
+std::expected<void, FileProblem> writeConfig(const QString &file, const OstrelleConfig &config)
+{
+    QDir().mkpath(QFileInfo(file).path());
+    return writeInPlace(file, config.encode());
+}
+
+// Absent without a file that can be understood.
+std::optional<OstrelleConfig> readConfig(const QString &file)
+{
+    const auto content = readFile(file, maxConfigBytes);
+    auto config =
+        content ? OstrelleConfig::decode(QByteArray::fromStdString(*content)) : std::nullopt;
+    if (config && config->migrate()) {
+        static_cast<void>(writeConfig(file, *config));
+    }
+    return config;
+}
+
+} // namespace
+
+ConfigStore::ConfigStore(QString file)
+    : m_file(std::move(file))
+    , m_current(readConfig(m_file).value_or(OstrelleConfig::defaults()))
+{
+}
+
+OstrelleConfig ConfigStore::snapshot()
+{
+    const std::scoped_lock lock(m_diskMutex);
+    if (m_isUnwritten) {
+        const OstrelleConfig config = current();
+        static_cast<void>(write(config));
+        return config;
+    }
+    const auto config = readConfig(m_file);
+    if (config) {
+        remember(*config);
+    }
+    return config.value_or(OstrelleConfig::defaults());
+}
+
+OstrelleConfig ConfigStore::current() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_current;
+}
+
+QFuture<ConfigStore::Changed> ConfigStore::change(const Change &apply, Write mode)
+{
+    return inOrder(settingsQueue(), [store = shared_from_this(), apply, mode] {
+        return store->changeNow(apply, mode);
+    });
+}
+
+ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
+{
+    const std::scoped_lock lock(m_diskMutex);
+    const auto inFile = m_isUnwritten ? std::nullopt : readConfig(m_file);
+    const OstrelleConfig before = inFile.value_or(current());
+    OstrelleConfig config = before;
+    apply(config);
+    Changed changed{.config = config, .written = {}};
+    if (mode == Write::IfUnderstood && !inFile && !m_isUnwritten) {
+        changed.written = std::unexpected(FileProblem{FileProblem::Kind::Missing, {}});
+    } else if (mode == Write::Always || m_isUnwritten || config != before) {
+        changed.written = write(config);
+    }
+    remember(config);
+    return changed;
+}
+
+std::expected<void, FileProblem> ConfigStore::write(const OstrelleConfig &config)
+{
+    const auto written = writeConfig(m_file, config);
+    m_isUnwritten = !written;
+    if (!written && !std::exchange(m_toldFailure, true)) {
+        logLine(u"[Ostrelle] "_s + m_file + u" not saved: "_s + written.error().text);
+    }
+    m_toldFailure = !written;
+    return written;
+}
+
+void ConfigStore::remember(const OstrelleConfig &config)
+{
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_current == config) {
+            return;
+        }
+        m_current = config;
+    }
+    QMetaObject::invokeMethod(this, &ConfigStore::changed, Qt::QueuedConnection);
+}
+
+std::shared_ptr<ConfigStore> makeConfigStore(const QString &file)
+{
+    // Its signals may be on their way on its own thread.
+    return {new ConfigStore(file), [](ConfigStore *store) {
+                if (store->thread() == QThread::currentThread()) {
+                    delete store;
+                } else {
+                    store->deleteLater();
+                }
+            }};
+}
+
+OstrelleConfig OstrelleConfig::load()
+{
+    return readConfig(configPath()).value_or(defaults());
+}
+
+void OstrelleConfig::save() const
+{
+    static_cast<void>(writeConfig(configPath(), *this));
+}
+
+} // namespace ostrelle
+
+#include "moc_ConfigStore.cpp"

@@ -1,0 +1,57 @@
+#include "settings/SettingsQueues.h"
+
+#include "platform/NeverDestroyed.h"
+
+#include <QDeadlineTimer>
+
+#include <cstdlib>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+constexpr int patienceAtTheEnd = 350; // in milliseconds
+
+struct Queues {
+    Queues()
+    {
+        for (QThreadPool *queue : {&settings, &tokens}) {
+            queue->setMaxThreadCount(1);
+        }
+        // main leaves by the quick way, libraries by the other.
+        std::at_quick_exit(&finish);
+        std::atexit(&finish);
+    }
+
+    static Queues &instance()
+    {
+        static NeverDestroyed<Queues> queues;
+        return queues.object();
+    }
+
+    static void finish()
+    {
+        const QDeadlineTimer deadline(patienceAtTheEnd);
+        instance().settings.waitForDone(static_cast<int>(deadline.remainingTime()));
+        instance().tokens.waitForDone(static_cast<int>(deadline.remainingTime()));
+    }
+
+    QThreadPool settings;
+    QThreadPool tokens;
+};
+
+} // namespace
+
+QThreadPool &settingsQueue()
+{
+    return Queues::instance().settings;
+}
+
+QThreadPool &tokenQueue()
+{
+    return Queues::instance().tokens;
+}
+
+} // namespace ostrelle
