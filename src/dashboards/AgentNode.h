@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/Json.h"
 #include "core/NamedColor.h"
-#include "tracker/Json.h"
 
 #include <QList>
 #include <QObject>

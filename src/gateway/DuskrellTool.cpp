@@ -1,9 +1,8 @@
 #include "gateway/DuskrellTool.h"
 
+#include "platform/ChildProcess.h"
 #include "settings/KeychainHelper.h"
 #include "settings/OstrelleConfig.h"
-#include "gateway/Utf8.h"
-#include "platform/ChildProcess.h"
 
 #include <algorithm>
 
@@ -30,8 +29,9 @@ ToolRun run(const QString &program, const QStringList &arguments, Capture captur
     if (!result) {
         return {};
     }
+    const QByteArray &output = result->output;
     return {.succeeded = result->exitedNormally && result->exitStatus == 0,
-            .output = textFromUtf8(result->output).value_or(QString()).trimmed()};
+            .output = output.isValidUtf8() ? QString::fromUtf8(output).trimmed() : QString()};
 }
 
 QString findDuskrell()

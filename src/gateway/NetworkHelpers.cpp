@@ -2,7 +2,6 @@
 
 #include "core/ToolEnvironment.h"
 #include "gateway/LanAddress.h"
-#include "gateway/Utf8.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 
@@ -67,7 +66,8 @@ QStringView withoutBlanks(QStringView line)
 
 QString NetworkHelpers::runProcess(const QString &executable, const QStringList &args)
 {
-    return textFromUtf8(outputOf(executable, args)).value_or(QString());
+    const QByteArray output = outputOf(executable, args);
+    return output.isValidUtf8() ? QString::fromUtf8(output) : QString();
 }
 
 QString NetworkHelpers::tailscaleCLI(const TailscalePlaces &places)

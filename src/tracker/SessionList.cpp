@@ -1,7 +1,7 @@
 #include "tracker/SessionList.h"
 
 #include "core/Capitalize.h"
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -120,15 +120,6 @@ void add(Entries &entries, const Session &session, const QString &updated)
     }
 }
 
-// Null unless the text is an object whose "sessions" are all objects.
-const JsonArray *sessionsIn(const JsonValue &document)
-{
-    const JsonObject *root = document.object();
-    const JsonArray *sessions = root != nullptr ? (*root)["sessions"].array() : nullptr;
-    const auto isObject = [](const JsonValue &value) { return value.object() != nullptr; };
-    return sessions != nullptr && std::ranges::all_of(*sessions, isObject) ? sessions : nullptr;
-}
-
 QByteArray documentOf(const Entries &entries)
 {
     QJsonObject agents;
@@ -144,7 +135,7 @@ QByteArray documentOf(const Entries &entries)
 std::optional<QByteArray> agentStatusFromSessions(std::string_view output, const QDateTime &now)
 {
     const auto document = parseJson(output);
-    const JsonArray *sessions = document ? sessionsIn(*document) : nullptr;
+    const JsonArray *sessions = document ? objectsIn(*document, "sessions") : nullptr;
     if (sessions == nullptr) {
         return std::nullopt;
     }

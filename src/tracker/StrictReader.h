@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <QList>
 

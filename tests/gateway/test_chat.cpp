@@ -1,8 +1,8 @@
 #include "core/BackgroundWork.h"
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
 #include "gateway/QuickChatVM.h"
 #include "gateway/StandInGateway.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 #include "support/ScratchHome.h"
 
 #include <QAbstractItemModelTester>
@@ -50,11 +50,12 @@ private Q_SLOTS:
             QTest::newRow(name) << body << QString::fromUtf8(body);
         };
         QTest::newRow("reply") << completion(R"("Grüße\n\"du\" 💬 ")") << u"Grüße\n\"du\" 💬 "_s;
-        QTest::newRow("empty reply") << completion(R"("")") << u""_s;
         raw("no choices", R"({"choices":[]})");
         raw("second choice is a text", completion(R"("a")").replace("}]", "},\"b\"]"));
         raw("text with line ends", "\n plain \n");
-        raw("lone surrogate", completion(R"("\ud83d")"));
+        QTest::newRow("lone surrogate") << completion(R"("\ud83d!")") << u"\ufffd!"_s;
+        QTest::newRow("number beyond 64 bits beside")
+            << completion(R"("a"},"n":{"n":123456789012345678901234567890)") << u"a"_s;
         raw("nested beyond reason", QByteArray(100000, '['));
         QTest::newRow("empty body") << QByteArray() << QString();
         QTest::newRow("not UTF-8") << QByteArray("\xff\xfe") << u"No response"_s;

@@ -1,19 +1,20 @@
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <simdjson.h>
 
 namespace ostrelle
 {
 
-using namespace Qt::StringLiterals;
 namespace ondemand = simdjson::ondemand;
 using simdjson::error_code;
 
 namespace
 {
 
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr int maxDepth = 512;
 constexpr std::size_t maxValues = std::size_t{4} * 1024 * 1024;
 
@@ -176,9 +177,44 @@ private:
     std::size_t m_values = 0;
 };
 
+// The code unit of the escape that begins at `at`, if one does: 0xD83D for "\uD83D".
+std::optional<unsigned> escapedUnit(std::string_view text, std::size_t at)
+{
+    constexpr std::size_t digits = 4;
+    if (text.size() < at + 2 + digits || text[at] != '\\' || text[at + 1] != 'u') {
+        return std::nullopt;
+    }
+    unsigned unit = 0;
+    const char *first = text.data() + at + 2;
+    const auto read = std::from_chars(first, first + digits, unit, 16);
+    return read.ptr == first + digits ? std::optional(unit) : std::nullopt;
+}
+
+// Half of a surrogate pair is no character, and simdjson refuses a whole document for it. Its
+// escape becomes that of U+FFFD, which is as long.
+void replaceLoneSurrogates(std::span<char> json)
+{
+    const std::string_view text(json.data(), json.size());
+    std::size_t at = text.find('\\');
+    while (at != std::string_view::npos) {
+        const auto unit = escapedUnit(text, at);
+        std::size_t length = unit ? 6 : 2;
+        if (unit && QChar::isSurrogate(*unit)) {
+            const auto next = escapedUnit(text, at + length);
+            if (QChar::isHighSurrogate(*unit) && next && QChar::isLowSurrogate(*next)) {
+                length *= 2;
+            } else {
+                std::ranges::copy(std::string_view("FFFD"), json.data() + at + 2);
+            }
+        }
+        at = text.find('\\', at + length);
+    }
+}
+
 error_code parse(std::string_view text, JsonValue::Content &content)
 {
-    const simdjson::padded_string padded(text);
+    simdjson::padded_string padded(text);
+    replaceLoneSurrogates({padded.data(), padded.size()});
     ondemand::parser parser;
     ondemand::document document;
     if (const auto error = parser.iterate(padded).get(document)) {
@@ -191,11 +227,11 @@ error_code parse(std::string_view text, JsonValue::Content &content)
     return atEnd ? simdjson::SUCCESS : simdjson::TRAILING_CONTENT;
 }
 
-// simdjson's description without its code: "UTF8_ERROR: The input is not valid UTF-8".
-QString describe(error_code error)
+// Unlike QString::fromUtf8() alone, this keeps a byte order mark: here it is part of the text.
+QString fromUtf8(std::string_view text)
 {
-    const QString message = QString::fromUtf8(simdjson::error_message(error));
-    return message.sliced(message.indexOf(u": "_s) + 2);
+    const auto decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    return text.starts_with(byteOrderMark) ? QChar(QChar::ByteOrderMark) + decoded : decoded;
 }
 
 const JsonValue &nullValue()
@@ -267,10 +303,16 @@ JsonValue::JsonValue(Content content)
 {
 }
 
+const JsonValue &JsonValue::operator[](std::string_view name) const
+{
+    const JsonObject *members = object();
+    return members != nullptr ? (*members)[name] : nullValue();
+}
+
 std::optional<QString> JsonValue::string() const
 {
     const auto *text = std::get_if<std::string>(&m_content);
-    return text != nullptr ? std::optional(QString::fromStdString(*text)) : std::nullopt;
+    return text != nullptr ? std::optional(fromUtf8(*text)) : std::nullopt;
 }
 
 std::optional<bool> JsonValue::boolean() const
@@ -302,15 +344,21 @@ std::optional<qint64> JsonValue::integer() const
 
 std::expected<JsonValue, QString> parseJson(std::string_view text)
 {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
     JsonValue::Content content;
     if (const error_code error = parse(text, content)) {
-        return std::unexpected(describe(error));
+        return std::unexpected(QString::fromUtf8(simdjson::error_message(error)));
     }
     return JsonValue(std::move(content));
+}
+
+const JsonArray *objectsIn(const JsonValue &document, std::string_view member)
+{
+    const JsonArray *list = document[member].array();
+    const auto isObject = [](const JsonValue &value) { return value.object() != nullptr; };
+    return list != nullptr && std::ranges::all_of(*list, isObject) ? list : nullptr;
 }
 
 } // namespace ostrelle

@@ -62,6 +62,8 @@ public:
     std::optional<qint64> integer() const;
     const JsonArray *array() const { return std::get_if<JsonArray>(&m_content); }
     const JsonObject *object() const { return std::get_if<JsonObject>(&m_content); }
+    // The member of an object, or JSON null when there is none or this is no object.
+    const JsonValue &operator[](std::string_view name) const;
     bool isNull() const { return std::holds_alternative<std::nullptr_t>(m_content); }
 
     friend bool operator==(const JsonValue &, const JsonValue &) = default;
@@ -78,8 +80,13 @@ struct JsonMember {
 };
 
 // Parses a whole document, strictly, or says what is wrong with it. A byte order mark is skipped.
-// Numbers beyond 64 bits become doubles, where simdjson's own tree refuses the whole document.
-// Documents that nest deeper than 512 levels or hold more than four million values are refused.
+// Numbers beyond 64 bits become doubles, and half of a surrogate pair becomes U+FFFD: simdjson
+// alone refuses the whole document for either. Documents that nest deeper than 512 levels or hold
+// more than four million values are refused.
 std::expected<JsonValue, QString> parseJson(std::string_view text);
+
+// The array that the document, an object, has under this name. Null when it has none, or when
+// anything in it is not an object.
+const JsonArray *objectsIn(const JsonValue &document, std::string_view member);
 
 } // namespace ostrelle
