@@ -61,17 +61,9 @@ void AgentsTopologyViewModel::load()
 
 AgentsTopologyViewModel::Topology AgentsTopologyViewModel::read(const QString &statusFilePath)
 {
-    const auto document = obtainDocument(u"/status"_s, statusFilePath);
-    if (!document.text) {
-        // A refused token keeps its own text: it tells the user what to do about it.
-        return Topology({}, document.text.error().description());
-    }
-    const auto agents = readAgentEntries(*document.text);
-    if (!agents) {
-        return Topology({}, document.isRemote ? remoteUnusableText()
-                                              : u"Agent data unreadable: "_s + agents.error());
-    }
-    return Topology(*agents);
+    const auto agents = readDocument(obtainDocument(u"/status"_s, statusFilePath),
+                                     u"Agent data unreadable: "_s, readAgentEntries);
+    return agents ? Topology(*agents) : Topology({}, agents.error());
 }
 
 void AgentsTopologyViewModel::publish(const std::shared_ptr<const Topology> &topology)

@@ -122,14 +122,10 @@ void CronViewModel::load()
 
 CronViewModel::Load CronViewModel::read(const QString &cronFilePath)
 {
-    const auto document = obtainDocument(u"/cron"_s, cronFilePath);
-    if (!document.text) {
-        return {.errorMessage = FetchError::notReachable().description()};
-    }
-    const auto tracker = readCronTracker(*document.text);
+    const auto tracker = readDocument(obtainDocument(u"/cron"_s, cronFilePath),
+                                      u"Cron data unreadable: "_s, readCronTracker);
     if (!tracker) {
-        return {.errorMessage = document.isRemote ? remoteUnusableText()
-                                                  : u"Cron data unreadable: "_s + tracker.error()};
+        return {.errorMessage = tracker.error()};
     }
     return {.jobs = tracker->jobs, .lastUpdatedText = tracker->updated};
 }

@@ -2,9 +2,9 @@
 
 #include "core/ExpandPath.h"
 #include "core/NameOrder.h"
-#include "settings/OstrelleConfig.h"
 #include "core/WhenDone.h"
 #include "dashboards/ProjectTrackerJob.h"
+#include "settings/OstrelleConfig.h"
 #include "tracker/TrackerDocument.h"
 
 #include <QTimer>
@@ -133,9 +133,11 @@ void ProjectsViewModel::load()
 std::expected<AgentStatusPayload, QString>
 ProjectsViewModel::loadStatusPayload(const QString &statusFilePath)
 {
-    // What cannot be obtained reads like an empty document, which is no document.
-    return readAgentStatus(
-        obtainDocument(u"/status"_s, statusFilePath).text.value_or(std::string()));
+    TrackerDocument document = obtainDocument(u"/status"_s, statusFilePath);
+    if (!document.isRemote && !document.text) {
+        document.text = std::string(); // a missing file is read like an empty one
+    }
+    return readDocument(document, u"Status unreadable: "_s, readAgentStatus);
 }
 
 ProjectsViewModel::Load ProjectsViewModel::read(const QString &statusFilePath,
@@ -147,21 +149,15 @@ ProjectsViewModel::Load ProjectsViewModel::read(const QString &statusFilePath,
         load.completions =
             status->completions.first(std::min(status->completions.size(), shownCompletions));
     } else {
-        load.report(u"Status unreadable: "_s + status.error());
+        load.report(status.error());
     }
-
-    const auto document = obtainDocument(u"/projects"_s, trackerFilePath);
-    if (!document.text) {
-        load.report(document.isRemote ? remoteUnusableText()
-                                      : FetchError::notReachable().description());
-        return load;
-    }
-    if (const auto tracker = readProjectTracker(*document.text)) {
+    const auto tracker = readDocument(obtainDocument(u"/projects"_s, trackerFilePath),
+                                      u"Tracker unreadable: "_s, readProjectTracker);
+    if (tracker) {
         load.projects = tracker->projects;
         load.lastUpdatedText = tracker->updated;
     } else {
-        load.report(document.isRemote ? remoteUnusableText()
-                                      : u"Tracker unreadable: "_s + tracker.error());
+        load.report(tracker.error());
     }
     return load;
 }

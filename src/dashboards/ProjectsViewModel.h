@@ -62,7 +62,8 @@ public:
     // Nothing happens when there is no such job or no gateway.
     Q_INVOKABLE void triggerProjectSync();
 
-    // Reads the agent status document, in the order of the document. Background threads only.
+    // Reads the agent status document, in the order of the document, or says what the user is told.
+    // Background threads only.
     static std::expected<AgentStatusPayload, QString>
     loadStatusPayload(const QString &statusFilePath);
 
