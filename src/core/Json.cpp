@@ -211,27 +211,24 @@ void replaceLoneSurrogates(std::span<char> json)
     }
 }
 
-error_code parse(std::string_view text, JsonValue::Content &content)
-{
-    simdjson::padded_string padded(text);
-    replaceLoneSurrogates({padded.data(), padded.size()});
-    ondemand::parser parser;
-    ondemand::document document;
-    if (const auto error = parser.iterate(padded).get(document)) {
-        return error;
-    }
-    if (const auto error = TreeReader().read(document, content)) {
-        return error;
-    }
-    const bool atEnd = document.current_location().error() == simdjson::OUT_OF_BOUNDS;
-    return atEnd ? simdjson::SUCCESS : simdjson::TRAILING_CONTENT;
-}
-
 // Unlike QString::fromUtf8() alone, this keeps a byte order mark: here it is part of the text.
 QString fromUtf8(std::string_view text)
 {
     const auto decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
     return text.starts_with(byteOrderMark) ? QChar(QChar::ByteOrderMark) + decoded : decoded;
+}
+
+// True for most objects; larger ones take the longer way.
+bool isSmallWithoutTwins(std::span<const JsonMember> members)
+{
+    constexpr std::size_t small = 16;
+    for (std::size_t i = 1; i < members.size() && i < small; ++i) {
+        const auto before = members.first(i);
+        if (std::ranges::find(before, members[i].name, &JsonMember::name) != before.end()) {
+            return false;
+        }
+    }
+    return members.size() <= small;
 }
 
 const JsonValue &nullValue()
@@ -245,6 +242,9 @@ const JsonValue &nullValue()
 JsonObject::JsonObject(std::vector<JsonMember> members)
     : m_members(std::move(members))
 {
+    if (isSmallWithoutTwins(m_members)) {
+        return;
+    }
     std::vector<std::size_t> byName(m_members.size());
     std::ranges::generate(byName, [next = std::size_t{0}]() mutable { return next++; });
     std::ranges::sort(byName, {}, [this](std::size_t i) {
@@ -315,6 +315,12 @@ std::optional<QString> JsonValue::string() const
     return text != nullptr ? std::optional(fromUtf8(*text)) : std::nullopt;
 }
 
+bool JsonValue::isString(std::string_view utf8) const
+{
+    const auto *text = std::get_if<std::string>(&m_content);
+    return text != nullptr && *text == utf8;
+}
+
 std::optional<bool> JsonValue::boolean() const
 {
     const auto *value = std::get_if<bool>(&m_content);
@@ -342,16 +348,56 @@ std::optional<qint64> JsonValue::integer() const
     return static_cast<qint64>(*number);
 }
 
-std::expected<JsonValue, QString> parseJson(std::string_view text)
+struct JsonReader::Memory {
+    error_code parse(JsonValue::Content &content)
+    {
+        ondemand::document document;
+        if (const auto error = parser.iterate(text.data(), length, text.size()).get(document)) {
+            return error;
+        }
+        if (const auto error = TreeReader().read(document, content)) {
+            return error;
+        }
+        const bool atEnd = document.current_location().error() == simdjson::OUT_OF_BOUNDS;
+        return atEnd ? simdjson::SUCCESS : simdjson::TRAILING_CONTENT;
+    }
+
+    ondemand::parser parser;
+    std::string text; // with the room behind it that the parser wants
+    std::size_t length = 0;
+};
+
+JsonReader::JsonReader()
+    : m_memory(std::make_unique<Memory>())
+{
+}
+
+JsonReader::~JsonReader() = default;
+
+std::expected<JsonValue, QString> JsonReader::read(std::string_view text)
 {
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
+    m_memory->text.assign(text);
+    m_memory->text.append(simdjson::SIMDJSON_PADDING, ' ');
+    m_memory->length = text.size();
+
     JsonValue::Content content;
-    if (const error_code error = parse(text, content)) {
+    error_code error = m_memory->parse(content);
+    if (error == simdjson::STRING_ERROR) {
+        replaceLoneSurrogates({m_memory->text.data(), m_memory->length});
+        error = m_memory->parse(content);
+    }
+    if (error) {
         return std::unexpected(QString::fromUtf8(simdjson::error_message(error)));
     }
     return JsonValue(std::move(content));
+}
+
+std::expected<JsonValue, QString> parseJson(std::string_view text)
+{
+    return JsonReader().read(text);
 }
 
 const JsonArray *objectsIn(const JsonValue &document, std::string_view member)

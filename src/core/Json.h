@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <expected>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -56,6 +57,7 @@ public:
     explicit JsonValue(Content content);
 
     std::optional<QString> string() const;
+    bool isString(std::string_view utf8) const; // this very text
     std::optional<bool> boolean() const;
     std::optional<double> number() const;
     // A number without a fraction in the 64-bit range; 42.0 is one.
@@ -79,10 +81,26 @@ struct JsonMember {
     friend bool operator==(const JsonMember &, const JsonMember &) = default;
 };
 
-// Parses a whole document, strictly, or says what is wrong with it. A byte order mark is skipped.
-// Numbers beyond 64 bits become doubles, and half of a surrogate pair becomes U+FFFD: simdjson
-// alone refuses the whole document for either. Documents that nest deeper than 512 levels or hold
-// more than four million values are refused.
+// Parses whole documents, strictly, and says what is wrong with one that is none. A byte order mark
+// is skipped. Numbers beyond 64 bits become doubles, and half of a surrogate pair becomes U+FFFD:
+// simdjson alone refuses the whole document for either. Documents that nest deeper than 512 levels
+// or hold more than four million values are refused.
+class JsonReader
+{
+public:
+    JsonReader();
+    ~JsonReader();
+    Q_DISABLE_COPY_MOVE(JsonReader)
+
+    // Keeps its memory for the next text, for those who read many.
+    std::expected<JsonValue, QString> read(std::string_view text);
+
+private:
+    struct Memory;
+    const std::unique_ptr<Memory> m_memory;
+};
+
+// Reads a single text in the same way.
 std::expected<JsonValue, QString> parseJson(std::string_view text);
 
 // The array that the document, an object, has under this name. Null when it has none, or when

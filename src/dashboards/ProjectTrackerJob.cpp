@@ -21,7 +21,7 @@ std::optional<QString> projectTrackerJobIn(const QString &output)
         return std::nullopt;
     }
     const auto job = std::ranges::find_if(*jobs, [](const JsonValue &value) {
-        return value["name"].string() == u"OSTRELLE Project Tracker"_s;
+        return value["name"].isString("OSTRELLE Project Tracker");
     });
     return job != jobs->end() ? (*job)["id"].string() : std::nullopt;
 }

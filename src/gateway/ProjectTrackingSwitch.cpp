@@ -33,7 +33,7 @@ std::optional<QStringList> trackerIds(const std::string &listing)
     QStringList ids;
     for (const JsonValue &job : *jobs) {
         const auto id = job["id"].string();
-        if (id && job["name"].string() == u"OSTRELLE Project Tracker"_s) {
+        if (id && job["name"].isString("OSTRELLE Project Tracker")) {
             ids.append(*id);
         }
     }

@@ -1,7 +1,5 @@
 #include "statusserver/HistoryRecord.h"
 
-#include "core/Json.h"
-
 #include <QStringList>
 
 namespace ostrelle
@@ -21,7 +19,7 @@ QString joinedParts(const JsonArray &parts)
             return {};
         }
         const auto text = part["text"].string();
-        if (text && part["type"].string() == u"text"_s) {
+        if (text && part["type"].isString("text")) {
             texts.append(*text);
         }
     }
@@ -43,19 +41,20 @@ bool isChatter(const QString &text)
 
 } // namespace
 
-std::optional<HistoryRecord> readHistoryRecord(std::string_view line)
+std::optional<HistoryRecord> readHistoryRecord(JsonReader &reader, std::string_view line)
 {
-    const JsonValue entry = parseJson(line).value_or(JsonValue());
+    const JsonValue entry = reader.read(line).value_or(JsonValue());
     const JsonValue &message = entry["message"];
-    const auto role = message["role"].string();
-    if (entry["type"].string() != u"message"_s || (role != u"user"_s && role != u"assistant"_s)) {
+    const JsonValue &role = message["role"];
+    if (!entry["type"].isString("message") ||
+        (!role.isString("user") && !role.isString("assistant"))) {
         return std::nullopt;
     }
     const QString text = textOf(message["content"]).trimmed();
     if (text.isEmpty() || isChatter(text)) {
         return std::nullopt;
     }
-    return HistoryRecord{.role = *role,
+    return HistoryRecord{.role = *role.string(),
                          .content = text,
                          .timestamp = entry["timestamp"].string().value_or(QString())};
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Json.h"
+
 #include <QString>
 
 #include <optional>
@@ -17,6 +19,6 @@ struct HistoryRecord {
 
 // The record of a line of a session log, or nothing when the line does not count: not JSON, not a
 // message, of another role, without text, or part of the heartbeat chatter.
-std::optional<HistoryRecord> readHistoryRecord(std::string_view line);
+std::optional<HistoryRecord> readHistoryRecord(JsonReader &reader, std::string_view line);
 
 } // namespace ostrelle
