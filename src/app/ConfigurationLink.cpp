@@ -1,5 +1,7 @@
 #include "app/ConfigurationLink.h"
 
+#include "gateway/GatewayNames.h"
+
 #include <QUrl>
 #include <QUrlQuery>
 
@@ -22,13 +24,6 @@ std::optional<QString> valueIn(const QUrlQuery &query, const QString &key)
     return value.isEmpty() ? std::nullopt : std::optional(value);
 }
 
-QString profileName(const QString &base)
-{
-    const QString host = QUrl(base).host();
-    const qsizetype place = host.isEmpty() ? -1 : base.indexOf(host, 0, Qt::CaseInsensitive);
-    return place < 0 ? base : base.sliced(place, host.size()); // spelled as in the address
-}
-
 } // namespace
 
 std::optional<ConfigurationLink> ConfigurationLink::parse(const QString &url)
@@ -45,7 +40,7 @@ std::optional<ConfigurationLink> ConfigurationLink::parse(const QString &url)
 
 void adoptGateway(OstrelleConfig &config, const QString &base)
 {
-    const SavedGateway profile{.name = profileName(base),
+    const SavedGateway profile{.name = hostOf(base).value_or(base),
                                .url = base,
                                .isMagicDNS =
                                    base.startsWith("https://"_L1) && base.contains(magicDNSSuffix)};

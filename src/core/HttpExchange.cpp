@@ -59,7 +59,6 @@ HttpExchange::HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done don
     const auto giveUp = [this] { finish(std::unexpected(u"The request timed out."_s)); };
     QTimer::singleShot(m_request.deadline, Qt::PreciseTimer, this, giveUp);
     m_silence.setTimerType(Qt::PreciseTimer);
-    m_silence.setTimerType(Qt::PreciseTimer);
     connect(&m_silence, &QTimer::timeout, this, giveUp);
     if (m_request.silence) {
         m_silence.start(*m_request.silence);

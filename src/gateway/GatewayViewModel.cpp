@@ -1,8 +1,9 @@
 #include "gateway/GatewayViewModel.h"
 
-#include "settings/OstrelleConfig.h"
+#include "core/PropertyUpdateGroup.h"
 #include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
+#include "settings/OstrelleConfig.h"
 #include "settings/Preferences.h"
 
 #include <QFile>
@@ -131,7 +132,7 @@ GatewayViewModel::Tailscale GatewayViewModel::lookAtTailscale(const TailscalePla
 
 void GatewayViewModel::show(const Tailscale &tailscale)
 {
-    Qt::beginPropertyUpdateGroup();
+    const PropertyUpdateGroup together;
     m_tailscaleInstalled = tailscale.installed;
     m_tailscaleServeURL = tailscale.serveURL.value_or(QString());
     m_tailscaleIP = tailscale.ip.value_or(QString());
@@ -142,7 +143,6 @@ void GatewayViewModel::show(const Tailscale &tailscale)
     if (m_gatewayOnline && !m_isSecure && !m_securityWarningDismissed) {
         m_showSecurityWarning = true;
     }
-    Qt::endPropertyUpdateGroup();
 }
 
 void GatewayViewModel::enableTailscaleServe()

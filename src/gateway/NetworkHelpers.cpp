@@ -1,5 +1,6 @@
 #include "gateway/NetworkHelpers.h"
 
+#include "core/ShellWord.h"
 #include "core/ToolEnvironment.h"
 #include "gateway/LanAddress.h"
 #include "platform/ChildProcess.h"
@@ -14,11 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-QString quoted(QString text)
-{
-    return u"'"_s + text.replace(u"'"_s, u"'\\''"_s) + u"'"_s;
-}
 
 QProcessEnvironment fixedEnvironment()
 {

@@ -1,5 +1,6 @@
 #include "setup/ModelFile.h"
 
+#include "core/ShellWord.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 

@@ -1,6 +1,7 @@
 #include "setup/SetupManager.h"
 
 #include "core/ExpandPath.h"
+#include "core/ShellWord.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "setup/AskpassFile.h"

@@ -29,7 +29,4 @@ bool isOnPath(const QString &tool);
 // Path or name of the Tailscale command-line tool. Blocks.
 QString tailscaleCLI();
 
-// The text as one word of a command line.
-QString quoted(const QString &text);
-
 } // namespace ostrelle

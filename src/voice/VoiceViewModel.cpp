@@ -2,6 +2,7 @@
 
 #include "core/BackgroundWork.h"
 #include "core/Capitalize.h"
+#include "core/PropertyUpdateGroup.h"
 #include "platform/ChildProcess.h"
 
 namespace ostrelle
@@ -58,15 +59,6 @@ void killAgentsByName()
             {.capture = Capture::Nothing}));
     });
 }
-
-// Several properties change as one: nobody sees a state that never was.
-class PropertyUpdateGroup
-{
-public:
-    PropertyUpdateGroup() { Qt::beginPropertyUpdateGroup(); }
-    ~PropertyUpdateGroup() { Qt::endPropertyUpdateGroup(); }
-    Q_DISABLE_COPY_MOVE(PropertyUpdateGroup)
-};
 
 } // namespace
 
