@@ -63,13 +63,13 @@ HttpExchange::HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done don
     if (m_request.silence) {
         m_silence.start(*m_request.silence);
     }
-    // Later, so that a failure at once is not told from within the constructor.
+    // Later, so that a failure at once is not reported from within the constructor.
     QMetaObject::invokeMethod(this, &HttpExchange::connectSocket, Qt::QueuedConnection);
 }
 
 HttpExchange::~HttpExchange()
 {
-    m_socket->disconnect(this); // it may have something to tell while it goes
+    m_socket->disconnect(this); // its destructor may still emit signals
 }
 
 void HttpExchange::connectSocket()
