@@ -12,7 +12,7 @@ namespace ostrelle
 namespace
 {
 
-// Without this question GLib would start a bus of its own where the session has none.
+// GLib would start a bus of its own where the session has none, so this is asked first.
 bool sessionHasBus()
 {
     if (const char *address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address) {
@@ -35,7 +35,7 @@ GObjectPtr<GDBusConnection> sessionBus()
     });
     GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result.get(), nullptr));
     if (connection && g_dbus_connection_is_closed(connection.get())) {
-        return nullptr; // of a bus that is gone, and still held by somebody
+        return nullptr; // of a bus that is gone; somebody still holds it
     }
     if (connection) {
         // By default GLib ends the whole process together with the bus.
@@ -58,7 +58,7 @@ BoundedCalls::BoundedCalls()
 BoundedCalls::~BoundedCalls()
 {
     m_deadline.reset();
-    // What a cancelled call still has to tell is told before its context goes.
+    // A cancelled call still delivers a result, which must happen before its context is destroyed.
     while (g_main_context_iteration(m_context.get(), FALSE)) {
     }
     g_main_context_pop_thread_default(m_context.get());
