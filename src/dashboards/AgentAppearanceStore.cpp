@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// Slashes divide keys into groups, and several in a row count as one: two agents would share a key.
+// A slash in a key starts a group, and several in a row count as one: two agents would share a key.
 QString asKeyPart(QString id)
 {
     return id.replace(u'%', u"%25"_s).replace(u'/', u"%2F"_s).replace(u'\\', u"%5C"_s);

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The id of the first job of that name in the tool's list, when the list is one of jobs.
+// The id of the first job with the tracker's name; absent when the output is no list of jobs.
 std::optional<QString> projectTrackerJobIn(const QString &output)
 {
     const auto document = parseJson(output.toStdString());

@@ -54,7 +54,7 @@ QList<RecordListModel<WorkstreamItem>::Role> workstreamRoles()
     };
 }
 
-// The key is the id and which of those with that id it is.
+// The key is the id, with a number that tells projects with the same id apart.
 QList<ProjectRow> keyed(const QList<ProjectItem> &projects)
 {
     QHash<QString, int> seen;
@@ -179,7 +179,7 @@ void ProjectsViewModel::publish(const std::shared_ptr<const Load> &load)
     setErrorMessage(load->errorMessage);
 }
 
-// The workstreams' models live as long as their project, so that an open card keeps its rows.
+// A workstreams' model lives as long as its project, so that an open card keeps its rows.
 void ProjectsViewModel::showProjects()
 {
     const QList<ProjectRow> rows = keyed(projects());
