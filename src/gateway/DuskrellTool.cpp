@@ -52,7 +52,7 @@ bool isOneWord(const QString &text)
         text, [](QChar c) { return c.isSpace() || c.category() == QChar::Other_Control; });
 }
 
-// The tool may print the value on either stream. What is more than one word, or comes from a failed
+// The tool may print the value on either stream. Output of more than one word, or of a failed
 // command, is a message and no token.
 QString readToken(const QString &path)
 {

@@ -21,9 +21,10 @@ namespace
 const QString useMagicDNSKey = u"useMagicDNS"_s;
 constexpr auto tokenDeadline = 5s;
 
-// Of one kind, before further ones are left out. A look at a tool or at the secret store occupies a
-// thread. A question to the gateway ends within a minute, so that all of the timer's find room: a
-// gateway that answers again is seen at once, however many questions were lost before.
+// How many of one kind may be under way before further ones are left out. A look at a tool or at
+// the secret store occupies a thread. A question to the gateway ends within a minute, so there is
+// room for all that the timer starts in that time: however many questions were lost, a gateway that
+// answers again is seen at once.
 constexpr int looksAtOnce = 4;
 constexpr int questionsAtOnce = 24;
 
@@ -74,7 +75,7 @@ void GatewayViewModel::probeHealth(const QUrl &url)
     if (!pass) {
         return;
     }
-    // What ends after a later probe has nothing new to tell.
+    // A probe that ends after a later one has nothing new to tell.
     m_http.send({.url = url, .deadline = m_surroundings.healthDeadline},
                 [this, pass, probe = ++m_healthProbes](const HttpResult &result) {
                     if (probe > m_answeredProbe) {

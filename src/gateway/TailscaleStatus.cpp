@@ -24,7 +24,8 @@ QString withoutTrailingDot(QString name)
     return name;
 }
 
-// Empty unless the value is a list of nothing but texts, and one of them is no IPv6 address.
+// The first text that is no IPv6 address. Absent when there is none, or when the value is no list
+// of texts.
 std::optional<QString> firstIPv4(const JsonValue &value)
 {
     const JsonArray *addresses = value.array();
