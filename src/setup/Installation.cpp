@@ -254,7 +254,7 @@ void SetupManager::VoiceInstallation::downloadModel()
         feed.addStatus(voices.download().success ? u"Voice data downloaded"_s
                                                  : u"WARNING: Voice data download failed"_s);
     }
-    // Whether it is true, the next checks tell.
+    // The next checks find out whether that is true.
     feed.publish([](SetupManager &manager) { manager.m_hasModels = true; });
 }
 

@@ -20,7 +20,7 @@ namespace
 const QString releaseAddress =
     u"https://github.com/thewh1teagle/kokoro-onnx/releases/download/model-files-v1.0/"_s;
 
-// Waits until a power cut cannot take the content any more.
+// Waits until the content would survive a power cut.
 bool isOnDisk(const QString &path)
 {
     const Descriptor file(
