@@ -108,10 +108,10 @@ QJsonObject idlePlaceholder(const QString &updated)
             {"updated"_L1, updated}};
 }
 
-// Sorted, because QJsonObject takes members quickly in order only.
+// Sorted, because QJsonObject is slow to take members that do not come in order.
 using Entries = std::map<QString, QJsonObject>;
 
-// Of several sessions with the same entry an agent's main session wins, else the first.
+// When several sessions have the same entry, the agent's main session wins, else the first.
 void add(Entries &entries, const Session &session, const QString &updated)
 {
     const Entry entry = classify(session);

@@ -7,8 +7,9 @@
 namespace ostrelle
 {
 
-// Reads a typed record from an object: a member that is missing or of another type spoils the whole
-// document. What was found wrong first is kept, with its place: "projects[2].description: missing".
+// Reads a typed record from an object. A member that is missing or of another type makes the whole
+// document unreadable; the first such problem is kept, with its place: "projects[2].description:
+// missing".
 class StrictReader
 {
 public:
@@ -19,7 +20,7 @@ public:
     QString string(std::string_view name) const;
     qint64 integer(std::string_view name) const;
 
-    // An absent or null member is none.
+    // Nothing for a member that is absent or null.
     std::optional<QString> optionalString(std::string_view name) const;
 
     // Every element as `readItem(element, place)` gives it.
