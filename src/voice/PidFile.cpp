@@ -35,8 +35,8 @@ namespace
 
 constexpr std::size_t maxPidFileBytes = 4096;
 
-// A process that a signal can be sent to. The descriptor names this one process for good, whatever
-// becomes of its number; without one, when there are too many open, the number has to do.
+// A process that a signal can be sent to. The descriptor means this one process for good, whoever
+// gets its number later. When too many descriptors are open, the number has to do.
 class Target
 {
 public:

@@ -50,7 +50,7 @@ QString labelOf(bool running, bool muted, const QString &state)
     return muted ? u"Muted"_s : capitalizeWords(state);
 }
 
-// Ends every agent of this user; for a program that supervises none.
+// Ends every agent of this user; for when there is no supervisor.
 void killAgentsByName()
 {
     utilityPool().start([] {
@@ -141,7 +141,7 @@ void VoiceViewModel::apply(const std::optional<VoiceStatus> &status)
     }
 }
 
-// The answer is not yet the one that the pending action is about, and may still become it.
+// True while the answer does not show the effect of the pending action, but a later one still may.
 bool VoiceViewModel::mustWait(bool reachable) const
 {
     if (const auto *starting = std::get_if<Starting>(&m_pending)) {
