@@ -3,7 +3,7 @@
 namespace ostrelle
 {
 
-// In the order in which they need each other.
+// In the order in which they use each other.
 struct SettingsModels::Models {
     explicit Models(GatewayViewModel *gateway)
         : profiles(gateway)
@@ -33,7 +33,7 @@ void SettingsModels::setGatewayVM(GatewayViewModel *gateway)
     m_gatewayVM = gateway;
     Q_EMIT gatewayVMChanged();
     {
-        // Views let go of the old models while these still are there.
+        // The old models live until views have let go of them.
         const auto old = std::exchange(m_models, nullptr);
         Q_EMIT modelsChanged();
     }

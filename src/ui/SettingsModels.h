@@ -10,8 +10,8 @@
 namespace ostrelle
 {
 
-// Makes and owns the models of one settings screen. They are there as soon as the monitor is given,
-// and are made anew for another one. Main thread only.
+// Makes and owns the models of one settings screen, as soon as it is given the monitor. Another
+// monitor gets new models. Main thread only.
 class SettingsModels : public QObject
 {
     Q_OBJECT
