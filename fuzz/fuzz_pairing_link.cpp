@@ -3,7 +3,6 @@
 
 #include "Input.h"
 #include "gateway/PairingLink.h"
-#include "gateway/Utf8.h"
 
 #include <QUrl>
 #include <QUrlQuery>
@@ -22,14 +21,14 @@ QString valueIn(const QUrlQuery &query, const char *name)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const auto text =
-        textFromUtf8(QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)));
-    if (!text) {
+    const QUtf8StringView bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    if (!bytes.isValidUtf8()) {
         return 0;
     }
-    const QString address = text->section(u'\n', 0, 0);
-    const QString token = text->section(u'\n', 1, 1);
-    const QString key = text->section(u'\n', 2);
+    const QString text = bytes.toString();
+    const QString address = text.section(u'\n', 0, 0);
+    const QString token = text.section(u'\n', 1, 1);
+    const QString key = text.section(u'\n', 2);
     const QUrl link(pairingLink(address, token, key), QUrl::StrictMode);
     require(link.scheme() == QStringLiteral("ostrelle") && link.host() == QStringLiteral("config"));
     const QUrlQuery query(link);

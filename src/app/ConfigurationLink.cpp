@@ -1,5 +1,7 @@
 #include "app/ConfigurationLink.h"
 
+#include "gateway/GatewayNames.h"
+
 #include <QUrl>
 #include <QUrlQuery>
 

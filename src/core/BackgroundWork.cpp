@@ -14,8 +14,8 @@ namespace
 
 constexpr int threadsPerPool = 64;
 
-// Has no end of its own, which would wait for what hangs; when a library ends the program with
-// exit(), what is under way gets a moment.
+// A pool that is never destroyed, because its destructor would wait for tasks that hang. When a
+// library ends the program with exit(), running tasks get a moment to finish.
 template<QThread::Priority priority>
 class Pool : public QThreadPool
 {

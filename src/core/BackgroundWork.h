@@ -15,8 +15,8 @@ namespace ostrelle
 QThreadPool &utilityPool();       // polls and housekeeping
 QThreadPool &userInitiatedPool(); // what the user waits for
 
-// While it lives, both pools take work and begin none of it; what is under way goes on. At most
-// one. Main thread only.
+// While this object lives, both pools accept work but start none of it; what already runs goes on.
+// At most one object at a time. Main thread only.
 class BackgroundHold
 {
 public:
@@ -33,12 +33,12 @@ private:
 // dropped.
 bool finishBackgroundWork(std::chrono::milliseconds within);
 
-// Bounds how many passes of one kind are under way. Polls are not serialised, but with a tool that
-// hangs, ticks beyond the limit are dropped. Any thread.
+// Limits how many passes of one kind run at once. Polls may overlap, but when a tool hangs, ticks
+// beyond the limit are dropped. Any thread.
 class PassLimit
 {
 public:
-    // Lasts as long as any copy of it. Null: too many are under way.
+    // The pass counts as running while a copy of this exists. Null when too many are running.
     using Pass = std::shared_ptr<const void>;
 
     explicit PassLimit(int limit)

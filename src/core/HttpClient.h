@@ -31,7 +31,7 @@ public:
     // Never calls `done` before it returns, and not at all once the client is gone.
     void send(const HttpRequest &request, const HttpExchange::Done &done);
 
-    // Gives up whatever is under way; nobody is told.
+    // Gives up all exchanges that are under way, without calling their `done`.
     void abort();
 
 private:

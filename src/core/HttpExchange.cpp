@@ -59,18 +59,17 @@ HttpExchange::HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done don
     const auto giveUp = [this] { finish(std::unexpected(u"The request timed out."_s)); };
     QTimer::singleShot(m_request.deadline, Qt::PreciseTimer, this, giveUp);
     m_silence.setTimerType(Qt::PreciseTimer);
-    m_silence.setTimerType(Qt::PreciseTimer);
     connect(&m_silence, &QTimer::timeout, this, giveUp);
     if (m_request.silence) {
         m_silence.start(*m_request.silence);
     }
-    // Later, so that a failure at once is not told from within the constructor.
+    // Later, so that a failure at once is not reported from within the constructor.
     QMetaObject::invokeMethod(this, &HttpExchange::connectSocket, Qt::QueuedConnection);
 }
 
 HttpExchange::~HttpExchange()
 {
-    m_socket->disconnect(this); // it may have something to tell while it goes
+    m_socket->disconnect(this); // its destructor may still emit signals
 }
 
 void HttpExchange::connectSocket()

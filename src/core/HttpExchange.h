@@ -18,7 +18,7 @@ struct HttpRequest {
     QList<std::pair<QByteArray, QByteArray>> headers = {};
     std::optional<QByteArray> body = std::nullopt; // with one it is a POST, without one a GET
     std::chrono::milliseconds deadline;            // for the whole exchange
-    // How long the other side may send nothing; none: as long as the deadline lets it.
+    // How long the other side may stay silent; without a value, until the deadline.
     std::optional<std::chrono::milliseconds> silence = std::nullopt;
 };
 
@@ -35,7 +35,7 @@ public:
     HttpExchange(HttpRequest request, qsizetype maxBodyBytes, Done done, QObject *owner);
     ~HttpExchange() override;
 
-    // Hangs up without telling anybody; what `done` holds is let go at once.
+    // Closes the connection without calling `done`; what `done` holds is released at once.
     void abort();
 
 private:

@@ -55,7 +55,8 @@ HttpResponseReader::State HttpResponseReader::close()
     return state();
 }
 
-// Makes what progress the unread bytes allow; false when more are needed, or none.
+// Reads the next part of the response. False when that needs more bytes, or when it is complete or
+// broken.
 bool HttpResponseReader::step()
 {
     switch (m_phase) {
@@ -148,7 +149,7 @@ HttpResponseReader::Phase HttpResponseReader::phaseAfterHeaders() const
 
 HttpResponseReader::Phase HttpResponseReader::readChunkSize(const QByteArray &line)
 {
-    m_headBytes = 0; // each line between chunks may be long, a long body has many
+    m_headBytes = 0; // the limit is for each of these lines: a long body has many
     m_bytesLeft = lengthFrom(line.split(';').first().trimmed(), 16);
     if (!m_bytesLeft) {
         return Phase::Broken;

@@ -17,8 +17,8 @@ struct HttpAnswer {
     bool succeeded() const { return status >= 200 && status <= 299; }
 };
 
-// Reads one HTTP/1 response as it arrives. It keeps no more than the head's limit and the wanted
-// length of body, whatever is sent.
+// Reads one HTTP/1 response as it arrives. Whatever the server sends, it keeps no more than the
+// head's limit and the wanted length of body.
 class HttpResponseReader
 {
 public:

@@ -11,8 +11,8 @@ struct LegacyAgent {
     QString plist; // its property-list file
 };
 
-// Unloads the job and renames its file to "<plist>.disabled" unless such a file exists. Where there
-// is no launchd nothing happens; no failure is told. Blocks: background threads only.
+// Unloads the job and renames its file to "<plist>.disabled", unless that exists. Does nothing
+// where there is no launchd; failures are not reported. Blocks: background threads only.
 void disableLegacyAgent(const LegacyAgent &agent);
 
 } // namespace ostrelle

@@ -15,8 +15,8 @@ namespace
 using Range = ListDifference::Range;
 using Move = ListDifference::Move;
 
-// For each row, the row of the same identity in the other list, or -1. Rows of the same identity
-// find each other in their order.
+// For each row, the row with the same identity in the other list, or -1. Where an identity occurs
+// more than once, the first is matched with the first, the second with the second, and so on.
 QList<int> counterparts(const QStringList &rows, const QStringList &others)
 {
     QHash<QString, int> first; // of those that were not found yet
@@ -38,7 +38,7 @@ QList<int> counterparts(const QStringList &rows, const QStringList &others)
     return found;
 }
 
-// The other way round.
+// The inverse mapping: for each place, the row that has it, or -1.
 QList<int> inverse(const QList<int> &places, qsizetype size)
 {
     QList<int> rows(size, -1);
@@ -92,7 +92,7 @@ QList<int> longestIncreasing(const QList<int> &values)
     return longest;
 }
 
-// Moves what is not in place yet behind the next smaller value that is.
+// Moves `value` right behind the largest smaller value that is in place already, or to the start.
 Move moveIntoOrder(QList<int> &rows, const QList<int> &inPlace, int value)
 {
     const auto from = rows.indexOf(value);

@@ -8,9 +8,9 @@
 namespace ostrelle
 {
 
-// What turns one list of identities into another, as list models tell it to their views: first the
-// removals, then the moves, then the insertions, each with the rows as they are at that moment. An
-// identity that occurs more than once counts as a different one each time.
+// The steps that turn one list of identities into another, as list models report them to their
+// views: first the removals, then the moves, then the insertions. Each step names the rows as they
+// are at that moment. An identity that occurs more than once counts as a different one each time.
 struct ListDifference {
     struct Range {
         int first;
@@ -27,8 +27,8 @@ struct ListDifference {
     QList<Move> moves;       // as few single rows as possible
     QList<Range> insertions; // from the start to the end
 
-    // Nothing when it would take more than `maxSteps` of them all. Takes O(n log n) time, however
-    // different the lists are.
+    // Absent when more than `maxSteps` removals, moves and insertions would be needed. Takes O(n
+    // log n) time, however different the lists are.
     static std::optional<ListDifference> between(const QStringList &before,
                                                  const QStringList &after, qsizetype maxSteps);
 };

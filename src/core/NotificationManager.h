@@ -5,7 +5,7 @@
 namespace ostrelle
 {
 
-// Short desktop notifications, handed to the system's script runner where there is one, else to the
+// Short desktop notifications. Shown by the system's script runner where there is one, else by the
 // desktop's notification service.
 class NotificationManager
 {

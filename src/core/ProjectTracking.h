@@ -3,9 +3,9 @@
 namespace ostrelle
 {
 
-// Runs the script that switches the gateway's project-tracking skill on, the bundle's own or the
-// one in the gateway's workspace, and waits for it. Where there is none nothing happens; no failure
-// is told. Background threads only.
+// Runs the script that switches on the gateway's project-tracking skill, and waits for it: the
+// script that ships with the program, else the one in the gateway's workspace. Does nothing where
+// there is none; failures are not reported. Background threads only.
 void enableProjectTrackingSkill();
 
 } // namespace ostrelle

@@ -47,8 +47,8 @@ protected:
     }
 
 private:
-    // Each step may shift all rows behind it, and thousands of rows are to be shown in a moment.
-    // Hundreds may take any way.
+    // How many steps a difference may take. Each step may shift all rows behind it, so thousands of
+    // rows get few steps; hundreds may take as many as they need.
     static qsizetype mostSteps(const QList<Row> &wanted)
     {
         return std::max<qsizetype>(64, 100'000 / std::max<qsizetype>(wanted.size(), 1));
@@ -76,7 +76,7 @@ private:
     void move(const QList<ListDifference::Move> &moves)
     {
         for (const auto &[from, to] : moves) {
-            // Qt names the row before which it is put, counted before the move.
+            // Qt wants the row before which the moved one is put, counted before the move.
             beginMoveRows({}, from, from, {}, to > from ? to + 1 : to);
             m_rows.move(from, to);
             endMoveRows();

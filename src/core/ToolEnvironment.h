@@ -6,7 +6,8 @@
 namespace ostrelle
 {
 
-// Where tools are looked for, whatever the desktop session has: other systems' places do no harm.
+// The search path for tools, the same in every desktop session. It also has the folders of other
+// systems, which do no harm here.
 QString toolSearchPath();
 
 // All that a tool gets to see of this program's environment: PATH and HOME.

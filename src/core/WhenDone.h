@@ -5,11 +5,12 @@
 namespace ostrelle
 {
 
-// Hands the result of background work to `publish` on the owner's thread, never before this call
-// has returned, and not at all once the owner is gone. Owner's thread only.
+// Calls `publish` with the result of background work, on the owner's thread. Never before this
+// function has returned, and never after the owner is gone. Owner's thread only.
 //
-// QFuture::then() with a context does neither in Qt 6.4: it calls at once when the work is done
-// already, and looks at the owner from the pool's thread, where that may be going just then.
+// QFuture::then() with a context keeps neither promise in Qt 6.4: when the work is done already it
+// calls at once, and it looks at the owner from the pool's thread, where the owner may be going
+// just then.
 template<typename Result, typename Publish>
 void whenDone(const QFuture<Result> &work, QObject *owner, Publish publish)
 {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/Json.h"
 #include "core/NamedColor.h"
-#include "tracker/Json.h"
 
 #include <QList>
 #include <QObject>
@@ -13,7 +13,7 @@
 namespace ostrelle
 {
 
-// One agent in the topology, for views too: what it lacks is undefined there.
+// One agent in the topology. Views read it too; for them, what an agent lacks is undefined.
 struct AgentNode {
     Q_GADGET
     Q_PROPERTY(QString id MEMBER id)
@@ -36,8 +36,7 @@ public:
     NamedColor color = NamedColor::TiffanyBlue;
     std::optional<QString> parentId = std::nullopt; // none for the main node
 
-    // 0 for those at work, 1 for those about to be or waiting, 2 for those that ended, 3 for what
-    // nobody knows.
+    // 0: at work; 1: about to start, or waiting; 2: ended; 3: a status word that nobody knows.
     int priority() const;
     bool isWorking() const { return priority() == 0; }
     QString defaultEmoji() const;

@@ -65,16 +65,8 @@ AgentsTopologyViewModel::Topology AgentsTopologyViewModel::read(const QString &s
 {
     const auto document =
         obtainDocument(u"/status"_s, statusFilePath, settings.config->snapshot(), *settings.tokens);
-    if (!document.text) {
-        // A refused token keeps its own text: it tells the user what to do about it.
-        return Topology({}, document.text.error().description());
-    }
-    const auto agents = readAgentEntries(*document.text);
-    if (!agents) {
-        return Topology({}, document.isRemote ? remoteUnusableText()
-                                              : u"Agent data unreadable: "_s + agents.error());
-    }
-    return Topology(*agents);
+    const auto agents = readDocument(document, u"Agent data unreadable: "_s, readAgentEntries);
+    return agents ? Topology(*agents) : Topology({}, agents.error());
 }
 
 void AgentsTopologyViewModel::publish(const std::shared_ptr<const Topology> &topology)

@@ -11,7 +11,7 @@
 namespace ostrelle
 {
 
-// The agents as a topology, polled for as long as the model lives. Main thread only.
+// The agents as a tree below the main one. Polls for as long as it lives. Main thread only.
 class AgentsTopologyViewModel : public DashboardModel
 {
     Q_OBJECT

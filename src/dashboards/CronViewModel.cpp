@@ -33,14 +33,15 @@ QList<RecordListModel<CronRow>::Role> jobRoles()
     };
 }
 
-// What a job keeps from run to run.
+// What stays the same in a job from run to run.
 QStringList nature(const CronJobItem &job)
 {
     return {job.name, job.schedule, job.payload.value_or(QString())};
 }
 
-// Hands out the keys of the rows that are shown. A job without an id of its own comes with another
-// one each time: it gets the key of a row of the same nature whose id is gone.
+// Gives each job the key of its row, the old one where the job was shown before. A job without an
+// id of its own gets another random id with every load: it takes over the key of a row of the same
+// nature whose id is gone.
 class Keys
 {
 public:
@@ -70,7 +71,7 @@ public:
     }
 
 private:
-    // An id may stand in the file twice, or be the key of a row whose job has another one by now.
+    // An id may occur twice in the file, or be the key of a row whose job has another id by now.
     QString onlyOnce(QString key)
     {
         while (m_given.contains(key)) {
@@ -125,13 +126,9 @@ CronViewModel::Load CronViewModel::read(const QString &cronFilePath, const Setti
 {
     const auto document =
         obtainDocument(u"/cron"_s, cronFilePath, settings.config->snapshot(), *settings.tokens);
-    if (!document.text) {
-        return {.errorMessage = FetchError::notReachable().description()};
-    }
-    const auto tracker = readCronTracker(*document.text);
+    const auto tracker = readDocument(document, u"Cron data unreadable: "_s, readCronTracker);
     if (!tracker) {
-        return {.errorMessage = document.isRemote ? remoteUnusableText()
-                                                  : u"Cron data unreadable: "_s + tracker.error()};
+        return {.errorMessage = tracker.error()};
     }
     return {.jobs = tracker->jobs, .lastUpdatedText = tracker->updated};
 }

@@ -11,9 +11,9 @@
 namespace ostrelle
 {
 
-// What the dashboards' models share: they load their documents in the background and publish what
-// they found on the main thread. Loads may overlap, and the later publication wins; while four are
-// under way no more are started. Main thread only.
+// What the dashboards' models share: they load their documents in the background and publish on the
+// main thread what they found. Loads may overlap, and the later publication wins; no fifth load is
+// started while four are under way. Main thread only.
 class DashboardModel : public QObject
 {
     Q_OBJECT
@@ -37,9 +37,9 @@ protected:
 
     void setErrorMessage(const QString &text) { m_errorMessage = text; }
 
-    // Calls `work` on a background thread, with nothing of this object, and `publish(result)` here.
-    // The result comes as a pointer to keep, because thousands of records take long to copy, and to
-    // free: that is done in the background too.
+    // Calls `work` on a background thread, where it must not touch this object, and then
+    // `publish(result)` here. The result is a shared pointer, because thousands of records take
+    // long to copy. Freeing them takes long too, so that happens in the background.
     template<typename Work, typename Publish>
     void startLoad(const Work &work, const Publish &publish)
     {

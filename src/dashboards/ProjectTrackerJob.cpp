@@ -1,6 +1,6 @@
 #include "dashboards/ProjectTrackerJob.h"
 
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <algorithm>
 
@@ -12,20 +12,18 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The id of the first job of that name in the tool's list, when the list is one of jobs.
+// The id of the first job with the tracker's name; absent when the output is no list of jobs.
 std::optional<QString> projectTrackerJobIn(const QString &output)
 {
     const auto document = parseJson(output.toStdString());
-    const JsonObject *root = document ? document->object() : nullptr;
-    const JsonArray *jobs = root != nullptr ? (*root)["jobs"].array() : nullptr;
-    const auto isObject = [](const JsonValue &job) { return job.object() != nullptr; };
-    if (jobs == nullptr || !std::ranges::all_of(*jobs, isObject)) {
+    const JsonArray *jobs = document ? objectsIn(*document, "jobs") : nullptr;
+    if (jobs == nullptr) {
         return std::nullopt;
     }
     const auto job = std::ranges::find_if(*jobs, [](const JsonValue &value) {
-        return (*value.object())["name"].string() == u"OSTRELLE Project Tracker"_s;
+        return value["name"].isString("OSTRELLE Project Tracker");
     });
-    return job != jobs->end() ? (*job->object())["id"].string() : std::nullopt;
+    return job != jobs->end() ? (*job)["id"].string() : std::nullopt;
 }
 
 } // namespace

@@ -54,7 +54,7 @@ QList<RecordListModel<WorkstreamItem>::Role> workstreamRoles()
     };
 }
 
-// The key is the id and which of those with that id it is.
+// The key is the id, with a number that tells projects with the same id apart.
 QList<ProjectRow> keyed(const QList<ProjectItem> &projects)
 {
     QHash<QString, int> seen;
@@ -135,9 +135,11 @@ std::expected<AgentStatusPayload, QString>
 ProjectsViewModel::loadStatusPayload(const QString &statusFilePath, const OstrelleConfig &config,
                                      const Tokens &tokens)
 {
-    // What cannot be obtained reads like an empty document, which is no document.
-    return readAgentStatus(
-        obtainDocument(u"/status"_s, statusFilePath, config, tokens).text.value_or(std::string()));
+    TrackerDocument document = obtainDocument(u"/status"_s, statusFilePath, config, tokens);
+    if (!document.isRemote && !document.text) {
+        document.text = std::string(); // a missing file is read like an empty one
+    }
+    return readDocument(document, u"Status unreadable: "_s, readAgentStatus);
 }
 
 ProjectsViewModel::Load ProjectsViewModel::read(const QString &statusFilePath,
@@ -151,21 +153,15 @@ ProjectsViewModel::Load ProjectsViewModel::read(const QString &statusFilePath,
         load.completions =
             status->completions.first(std::min(status->completions.size(), shownCompletions));
     } else {
-        load.report(u"Status unreadable: "_s + status.error());
+        load.report(status.error());
     }
-
     const auto document = obtainDocument(u"/projects"_s, trackerFilePath, config, *settings.tokens);
-    if (!document.text) {
-        load.report(document.isRemote ? remoteUnusableText()
-                                      : FetchError::notReachable().description());
-        return load;
-    }
-    if (const auto tracker = readProjectTracker(*document.text)) {
+    const auto tracker = readDocument(document, u"Tracker unreadable: "_s, readProjectTracker);
+    if (tracker) {
         load.projects = tracker->projects;
         load.lastUpdatedText = tracker->updated;
     } else {
-        load.report(document.isRemote ? remoteUnusableText()
-                                      : u"Tracker unreadable: "_s + tracker.error());
+        load.report(tracker.error());
     }
     return load;
 }
@@ -187,7 +183,7 @@ void ProjectsViewModel::publish(const std::shared_ptr<const Load> &load)
     setErrorMessage(load->errorMessage);
 }
 
-// The workstreams' models live as long as their project, so that an open card keeps its rows.
+// A workstreams' model lives as long as its project, so that an open card keeps its rows.
 void ProjectsViewModel::showProjects()
 {
     const QList<ProjectRow> rows = keyed(projects());

@@ -59,11 +59,12 @@ public:
 
     Q_INVOKABLE void load();
 
-    // Asks the gateway to bring the project tracker up to date, and loads it after half a minute.
-    // Nothing happens when there is no such job or no gateway.
+    // Asks the gateway to update the project tracker, and loads it half a minute later. Does
+    // nothing without the gateway's tool or without its job for that.
     Q_INVOKABLE void triggerProjectSync();
 
-    // Reads the agent status document, in the order of the document. Background threads only.
+    // Reads the agent status document, in the order of the document, or says what the user is told.
+    // Background threads only.
     static std::expected<AgentStatusPayload, QString>
     loadStatusPayload(const QString &statusFilePath, const OstrelleConfig &config,
                       const Tokens &tokens);

@@ -32,8 +32,8 @@ private:
     MenuBarExtra m_extra;
 };
 
-// The icon comes first: background work waits for it, so that what that starts does not take the
-// processor from it.
+// The icon comes first: background work waits for it, so that the tools which that starts do not
+// take the processor from it.
 class TrayFace : public Face
 {
 public:

@@ -12,8 +12,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The X server of a Wayland session tells of keys only while one of its own windows has the focus:
-// better than nothing where the portal is of no use.
+// In a Wayland session the X server reports keys only while one of its own windows has the focus.
+// That is better than nothing where the portal is of no use.
 std::unique_ptr<GlobalShortcut> listenOnWayland(QThreadPool &background)
 {
     auto portal = std::make_unique<PortalShortcut>(background);

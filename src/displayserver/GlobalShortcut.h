@@ -15,9 +15,9 @@ class GlobalShortcut : public QObject
     Q_OBJECT
 
 public:
-    // Through the portal in a Wayland session, else through the X server; null where there is
-    // neither. Where the shortcut is not heard, now or once the portal has
-    // answered, one log line says why. What may wait for the portal's bus runs in `background`.
+    // Listens through the portal in a Wayland session, else through the X server; null where there
+    // is neither. When the shortcut cannot be heard, now or once the portal has answered, one log
+    // line says why. What may wait for the portal's bus runs in `background`.
     static std::unique_ptr<GlobalShortcut> listen(QThreadPool &background);
 
 Q_SIGNALS:

@@ -30,7 +30,7 @@ const QString bindingToken = u"ostrelle_binding"_s;
 
 using Shortcut = QPair<QString, QVariantMap>; // a name of ours and its properties
 
-// Where the answer to a call with that handle token will be signalled.
+// The path of the object that will signal the answer to a call with this handle token.
 QString requestPath(const QDBusConnection &bus, const QString &token)
 {
     const QString sender = bus.baseService().mid(1).replace(u'.', u'_');
@@ -78,7 +78,7 @@ void PortalShortcut::listenOn(Bus bus)
             [this](const QString & /*service*/, const QString &oldOwner, const QString &newOwner) {
                 followPortal(oldOwner, newOwner);
             });
-    // Before anything is asked: the answers may be there before the calls have returned.
+    // Connected before anything is asked: an answer may arrive before its call has returned.
     m_bus->connect(portalService, requestPath(*m_bus, creationToken), requestInterface,
                    u"Response"_s, this, SLOT(adoptSession(uint, QVariantMap)));
     m_bus->connect(portalService, requestPath(*m_bus, bindingToken), requestInterface,
@@ -94,7 +94,7 @@ void PortalShortcut::followPortal(const QString &oldOwner, const QString &newOwn
         m_attempt.reset();
         m_session = {};
     }
-    // A portal that our own call has started is being asked already.
+    // When our own call has started the portal, it is being asked already.
     if (!newOwner.isEmpty() && !m_attempt) {
         begin();
     }
@@ -108,8 +108,8 @@ void PortalShortcut::begin()
             logOnce(u"the desktop's portal does not answer"_s);
         }
     });
-    // Must be the connection's first call to the portal. Older ones do not know it, and find out
-    // from the process what program it is.
+    // Must be the connection's first call to the portal. Older portals do not know this call, and
+    // find out from the process which program it is.
     QDBusMessage registration = portalCall(registryInterface, u"Register"_s);
     registration << applicationId << QVariantMap{};
     call(registration, [this](bool /*failed*/) { createSession(); });
@@ -117,8 +117,8 @@ void PortalShortcut::begin()
 
 void PortalShortcut::createSession()
 {
-    // A new name each time: behind a portal that was restarted the desktop may still have the
-    // session of before.
+    // A new name each time: when the portal was restarted, the desktop behind it may still have the
+    // old session.
     const QString session = u"ostrelle_"_s + QUuid::createUuid().toString(QUuid::Id128);
     QDBusMessage creation = portalCall(shortcutsInterface, u"CreateSession"_s);
     creation << QVariantMap{{u"handle_token"_s, creationToken},
@@ -145,8 +145,8 @@ void PortalShortcut::adoptSession(uint response, const QVariantMap &results)
     bindShortcut();
 }
 
-// What stands behind the portal was restarted, or the user has taken the shortcut back: asked once
-// more, which in the second case is answered with a refusal.
+// Either the service behind the portal was restarted, or the user has taken the shortcut back. We
+// ask once more; in the second case the answer is a refusal.
 void PortalShortcut::handleEnd()
 {
     m_session = {};

@@ -23,8 +23,8 @@ class PortalShortcut : public GlobalShortcut
     Q_OBJECT
 
 public:
-    // Waits for no answer of the portal's. A portal that has opened no session after `patience`
-    // gets its log line; a later answer counts all the same.
+    // Does not wait for the portal. When no session was opened after `patience`, that is logged; an
+    // answer that comes later counts all the same.
     explicit PortalShortcut(QThreadPool &background,
                             std::chrono::milliseconds patience = std::chrono::seconds(25));
 
@@ -60,7 +60,7 @@ private:
     QFutureWatcher<Bus> m_connecting;
     Bus m_bus;
     std::unique_ptr<QDBusServiceWatcher> m_portal;
-    // Owns the calls to the portal that runs now; null while there is none to be asked.
+    // Owns the calls to the portal that runs now. Null while there is no portal to ask.
     std::unique_ptr<QObject> m_attempt;
     QDBusObjectPath m_session;
 };

@@ -11,7 +11,7 @@ namespace ostrelle
 namespace
 {
 
-// A window may be gone by the time that it is asked about; Xlib would end the process for that.
+// A window may be gone by the time we ask about it, and Xlib would end the process for that.
 int ignoreError(Display * /*display*/, XErrorEvent * /*error*/)
 {
     return 0;
@@ -35,8 +35,8 @@ X11Connection::X11Connection(_XDisplay *display, Handler handler)
     , m_notifier(new QSocketNotifier(ConnectionNumber(display), QSocketNotifier::Read, this))
 {
     connect(m_notifier, &QSocketNotifier::activated, this, &X11Connection::handleEvents);
-    // What arrives during the requests that the owner makes next waits in the client, not in the
-    // socket.
+    // Events that arrive while the owner makes its next requests wait in the client's queue, where
+    // the socket does not report them.
     QMetaObject::invokeMethod(this, &X11Connection::handleEvents, Qt::QueuedConnection);
 }
 

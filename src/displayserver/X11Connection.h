@@ -12,8 +12,8 @@ class QSocketNotifier;
 namespace ostrelle
 {
 
-// A connection to the X server apart from the toolkit's, so that what is listened to here and there
-// does not meet. Errors of single requests are ignored. Main thread only.
+// A connection to the X server beside the toolkit's, so that the two do not take each other's
+// events. Errors of single requests are ignored. Main thread only.
 class X11Connection : public QObject
 {
     Q_OBJECT

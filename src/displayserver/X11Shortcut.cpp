@@ -12,8 +12,9 @@ namespace ostrelle
 namespace
 {
 
-// What the key gives without modifiers in the layout in use; where that is not Latin, in the first
-// of the user's layouts that is: the key stays the same while a Cyrillic one is in use.
+// The symbol that the key gives without modifiers in the current layout, or, where that is not
+// Latin, in the first of the user's layouts that is. So the shortcut stays on the same key while a
+// Cyrillic layout is in use.
 KeySym latinSymbol(Display *display, unsigned int keycode, int group)
 {
     const auto symbol = [&](int ofGroup) {

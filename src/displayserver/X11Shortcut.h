@@ -26,7 +26,8 @@ private:
     std::unique_ptr<X11Connection> m_connection;
     int m_inputOpcode = 0;
     int m_stateEvent = 0; // the type of the events that tell of the keyboard's state
-    // As they were when the events so far happened. Asked for later, they may be over already.
+    // The modifiers at the time of the events that were read so far. Asking the server later might
+    // give newer ones.
     unsigned int m_modifiers = 0;
     int m_group = 0;
 };

@@ -1,8 +1,6 @@
 #include "gateway/ChatReply.h"
 
-#include "gateway/Utf8.h"
-
-#include <string_view>
+#include "core/Json.h"
 
 namespace ostrelle
 {
@@ -12,37 +10,13 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-using simdjson::dom::element;
-
-// The first choice of a list of nothing but objects.
-std::optional<element> firstChoice(element document)
-{
-    simdjson::dom::array choices;
-    if (document["choices"].get(choices) != simdjson::SUCCESS || choices.size() == 0) {
-        return std::nullopt;
-    }
-    for (const element choice : choices) {
-        if (!choice.is_object()) {
-            return std::nullopt;
-        }
-    }
-    return choices.at(0).value_unsafe();
-}
-
+// The content of the first of the choices.
 std::optional<QString> completion(const QByteArray &body)
 {
-    simdjson::dom::parser parser;
-    element document;
-    if (parser.parse(body.constData(), static_cast<std::size_t>(body.size())).get(document) !=
-        simdjson::SUCCESS) {
-        return std::nullopt;
-    }
-    const auto choice = firstChoice(document);
-    std::string_view content;
-    if (!choice || (*choice)["message"]["content"].get(content) != simdjson::SUCCESS) {
-        return std::nullopt;
-    }
-    return QString::fromUtf8(content.data(), static_cast<qsizetype>(content.size()));
+    const auto document = parseJson({body.constData(), static_cast<std::size_t>(body.size())});
+    const JsonArray *choices = document ? objectsIn(*document, "choices") : nullptr;
+    return choices != nullptr && !choices->empty() ? choices->front()["message"]["content"].string()
+                                                   : std::nullopt;
 }
 
 } // namespace
@@ -52,7 +26,7 @@ QString chatReply(const QByteArray &body)
     if (const auto reply = completion(body)) {
         return *reply;
     }
-    return textFromUtf8(body).value_or(u"No response"_s);
+    return body.isValidUtf8() ? QString::fromUtf8(body) : u"No response"_s;
 }
 
 } // namespace ostrelle

@@ -1,6 +1,5 @@
 #include "gateway/DuskrellTool.h"
 
-#include "gateway/Utf8.h"
 #include "platform/ChildProcess.h"
 
 #include <algorithm>
@@ -28,8 +27,9 @@ ToolRun run(const QString &program, const QStringList &arguments, Capture captur
     if (!result) {
         return {};
     }
+    const QByteArray &output = result->output;
     return {.succeeded = result->exitedNormally && result->exitStatus == 0,
-            .output = textFromUtf8(result->output).value_or(QString()).trimmed()};
+            .output = output.isValidUtf8() ? QString::fromUtf8(output).trimmed() : QString()};
 }
 
 QString findDuskrell()
@@ -50,7 +50,7 @@ bool isOneWord(const QString &text)
         text, [](QChar c) { return c.isSpace() || c.category() == QChar::Other_Control; });
 }
 
-// The tool may print the value on either stream. What is more than one word, or comes from a failed
+// The tool may print the value on either stream. Output of more than one word, or of a failed
 // command, is a message and no token.
 QString readToken(const QString &path)
 {

@@ -7,12 +7,12 @@
 namespace ostrelle
 {
 
-// What the gateway's command-line tool does for the gateway monitor. The tool is the one on this
-// program's own search path. Each call waits for the tool, for at most five minutes a command:
+// What the gateway monitor has the gateway's command-line tool do. The tool is found by this
+// program's own search path. Each call waits for the tool, at most five minutes for each command:
 // background threads only.
 
-// Binds the gateway to the loopback, has it publish itself through Tailscale serve, and restarts
-// it. The error is the text for the user.
+// Binds the gateway to the loopback interface, has it publish itself through Tailscale serve, and
+// restarts it. The error is a text for the user.
 std::expected<void, QString> switchGatewayToTailscaleServe();
 
 // Has the gateway make itself a new token. An empty text when any of that fails.

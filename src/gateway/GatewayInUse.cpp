@@ -1,8 +1,7 @@
 #include "gateway/GatewayInUse.h"
 
 #include "core/WhenDone.h"
-
-#include <QUrl>
+#include "gateway/GatewayNames.h"
 
 #include <algorithm>
 #include <utility>
@@ -20,13 +19,6 @@ constexpr QLatin1StringView magicDNSSuffix = ".ts.net"_L1;
 
 // How long a token that no store has taken waits in the configuration file for the next attempt.
 constexpr std::chrono::minutes nextMigration(1);
-
-QString profileName(const QString &url)
-{
-    const QString host = QUrl(url).host();
-    const qsizetype place = host.isEmpty() ? -1 : url.indexOf(host, 0, Qt::CaseInsensitive);
-    return place < 0 ? url : url.sliced(place, host.size()); // spelled as in the address
-}
 
 } // namespace
 
@@ -112,7 +104,7 @@ void GatewayInUse::finish(const Request &request)
 void adoptGateway(OstrelleConfig &config, const QString &url)
 {
     config.useGateway(url);
-    SavedGateway profile{.name = profileName(url),
+    SavedGateway profile{.name = hostOf(url).value_or(url),
                          .url = url,
                          .isMagicDNS =
                              url.startsWith("https://"_L1) && url.contains(magicDNSSuffix)};

@@ -31,7 +31,7 @@ std::optional<QString> hostOf(const QString &url)
     if (host.isEmpty()) {
         return std::nullopt;
     }
-    // QUrl puts it in lower case; a name is shown as it was typed.
+    // QUrl gives it in lower case, but a name is shown as it was typed.
     const qsizetype typed = url.indexOf(host, url.indexOf("//"_L1), Qt::CaseInsensitive);
     return typed < 0 ? host : url.sliced(typed, host.size());
 }

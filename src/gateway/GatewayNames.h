@@ -11,8 +11,8 @@ bool isLocalUrl(const QString &url);
 // The host as the URL spells it; absent when it cannot be parsed or has none.
 std::optional<QString> hostOf(const QString &url);
 
-// How gateways are called in front of the user: this machine's by its MagicDNS name once that is
-// known, others by their profile or host. A plain value.
+// The names under which users see gateways: this machine's is called by its MagicDNS name once that
+// is known, others by their profile or host. A plain value.
 class GatewayNames
 {
 public:

@@ -8,8 +8,8 @@
 namespace ostrelle
 {
 
-// Makes the QR code that hands the gateway in use to a phone, off the main thread, and makes it
-// anew while it is shown and something in it changes. Main thread only.
+// Makes the QR code that hands the gateway in use to a phone. Works off the main thread, and makes
+// a new code whenever something in it changes while it is shown. Main thread only.
 class GatewayPairing : public QObject
 {
     Q_OBJECT

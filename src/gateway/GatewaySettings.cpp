@@ -46,7 +46,7 @@ GatewaySettings::GatewaySettings(std::shared_ptr<Preferences> preferences, QStri
 
 void GatewaySettings::setLaunchAtLogin(bool launch)
 {
-    // Shown as asked for first, so that a view sees the change being taken back.
+    // Shown as the user wants it first, so that views see it being taken back when it fails.
     m_launchAtLogin = launch;
     showLoginItem(
         [launch](LoginItem &item) { static_cast<void>(launch ? item.enable() : item.disable()); });

@@ -32,14 +32,15 @@ public:
                              QStringList toolPaths = usualDuskrellPaths(),
                              QObject *parent = nullptr);
 
-    // Shows what holds on the desktop, once that was looked up: a change that failed is taken back.
+    // Shows what the desktop has, once that was looked up. A change that failed is taken back.
     bool launchAtLogin() const { return m_launchAtLogin; }
     void setLaunchAtLogin(bool launch);
 
     bool autoStartVoice() const { return m_autoStartVoice; }
     void setAutoStartVoice(bool start);
 
-    // A change also switches the gateway's skill, in the background; a notification tells the end.
+    // A change also switches the gateway's skill on or off, in the background; a notification tells
+    // when that is done.
     bool projectTrackingEnabled() const { return m_projectTrackingEnabled; }
     void setProjectTrackingEnabled(bool enabled);
 

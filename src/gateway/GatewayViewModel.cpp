@@ -1,5 +1,6 @@
 #include "gateway/GatewayViewModel.h"
 
+#include "core/PropertyUpdateGroup.h"
 #include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
 
@@ -17,9 +18,10 @@ namespace
 
 constexpr auto tokenDeadline = 5s;
 
-// Of one kind, before further ones are left out. A look at a tool or at the secret store occupies a
-// thread. A question to the gateway ends within a minute, so that all of the timer's find room: a
-// gateway that answers again is seen at once, however many questions were lost before.
+// How many of one kind may be under way before further ones are left out. A look at a tool or at
+// the secret store occupies a thread. A question to the gateway ends within a minute, so there is
+// room for all that the timer starts in that time: however many questions were lost, a gateway that
+// answers again is seen at once.
 constexpr int looksAtOnce = 4;
 constexpr int questionsAtOnce = 24;
 
@@ -72,7 +74,7 @@ void GatewayViewModel::probeHealth(const QUrl &url)
     if (!pass) {
         return;
     }
-    // What ends after a later probe has nothing new to tell.
+    // A probe that ends after a later one has nothing new to tell.
     m_http.send({.url = url, .deadline = m_surroundings.healthDeadline},
                 [this, pass, probe = ++m_healthProbes](const HttpResult &result) {
                     if (probe > m_answeredProbe) {
@@ -132,7 +134,7 @@ GatewayViewModel::Tailscale GatewayViewModel::lookAtTailscale(const TailscalePla
 
 void GatewayViewModel::show(const Tailscale &tailscale)
 {
-    Qt::beginPropertyUpdateGroup();
+    const PropertyUpdateGroup together;
     m_tailscaleInstalled = tailscale.installed;
     m_tailscaleServeURL = tailscale.serveURL.value_or(QString());
     m_tailscaleIP = tailscale.ip.value_or(QString());
@@ -144,7 +146,6 @@ void GatewayViewModel::show(const Tailscale &tailscale)
     if (m_gatewayOnline && !m_isSecure && !m_securityWarningDismissed) {
         m_showSecurityWarning = true;
     }
-    Qt::endPropertyUpdateGroup();
 }
 
 void GatewayViewModel::enableTailscaleServe()

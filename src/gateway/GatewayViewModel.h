@@ -22,9 +22,9 @@ struct GatewaySurroundings {
     std::chrono::milliseconds healthDeadline = std::chrono::seconds(60);
 };
 
-// Whether the gateway can be reached, whether it still takes the token, and how safe the way to it
-// is: every three seconds three probes that run and end independently. Optional texts are empty
-// while there is nothing to tell. Main thread only.
+// Watches the gateway: whether it can be reached, whether it still takes the token, and how safe
+// the way to it is. Every three seconds it starts three probes, which run and end independently.
+// Optional texts are empty while there is nothing to tell. Main thread only.
 class GatewayViewModel : public QObject
 {
     Q_OBJECT
@@ -51,25 +51,25 @@ public:
     explicit GatewayViewModel(Settings settings, GatewaySurroundings surroundings = {},
                               QObject *parent = nullptr);
 
-    // Starts one cycle of probes. A gateway URL that cannot be parsed gives none. Probes of a kind
-    // of which several hang already are left out.
+    // Starts one cycle of probes; none for a gateway URL that cannot be parsed. When several probes
+    // of one kind hang already, that kind is left out.
     Q_INVOKABLE void pollHealth();
 
     // Switches the gateway to Tailscale serve with its own tool; `enableTailscaleError` tells what
-    // went wrong. Nothing while a switch is under way.
+    // went wrong. Does nothing while a switch is under way.
     Q_INVOKABLE void enableTailscaleServe();
 
-    // Has the gateway make a new token and stores that for the gateway in use. Nothing while that
+    // Has the gateway make a new token and stores it for the gateway in use. Does nothing while that
     // is under way.
     Q_INVOKABLE void resetGatewayToken();
 
-    // For the rest of the run.
+    // Hides the warning until the program ends.
     Q_INVOKABLE void dismissSecurityWarning();
 
     // Opens the voice agent's log with the desktop's application for it, and creates it if missing.
     Q_INVOKABLE void openDebugLog();
 
-    bool gatewayOnline() const { return m_gatewayOnline; } // it gave an answer, of whatever status
+    bool gatewayOnline() const { return m_gatewayOnline; } // it answered, whatever the status
     QString tailscaleServeURL() const { return m_tailscaleServeURL; }
     QString tailscaleIP() const { return m_tailscaleIP; }
     bool tailscaleInstalled() const { return m_tailscaleInstalled; }
@@ -83,14 +83,15 @@ public:
 
     // The base URL of the gateway in use. Whoever sets it calls pollHealth() next.
     QString gatewayURL() const { return m_gatewayURL; }
-    // What the gateway before it was asked is given up.
+    // Gives up the questions to the old gateway that are under way.
     void setGatewayURL(const QString &url);
 
-    // Offer other devices the MagicDNS address. Every write is stored in the preferences.
+    // Whether other devices are offered the MagicDNS address. Every write is stored in the
+    // preferences.
     bool useMagicDNS() const { return m_useMagicDNS; }
     void setUseMagicDNS(bool use);
 
-    // Once known it is kept for the run.
+    // Once it is known, it is kept until the program ends.
     QString magicDNSURL() const { return m_magicDNSURL; }
 
     // The URL by which other devices reach this machine's gateway.

@@ -1,8 +1,8 @@
 #include "gateway/NetworkHelpers.h"
 
+#include "core/ShellWord.h"
 #include "core/ToolEnvironment.h"
 #include "gateway/LanAddress.h"
-#include "gateway/Utf8.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 
@@ -15,11 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-QString quoted(QString text)
-{
-    return u"'"_s + text.replace(u"'"_s, u"'\\''"_s) + u"'"_s;
-}
 
 QProcessEnvironment fixedEnvironment()
 {
@@ -67,7 +62,8 @@ QStringView withoutBlanks(QStringView line)
 
 QString NetworkHelpers::runProcess(const QString &executable, const QStringList &args)
 {
-    return textFromUtf8(outputOf(executable, args)).value_or(QString());
+    const QByteArray output = outputOf(executable, args);
+    return output.isValidUtf8() ? QString::fromUtf8(output) : QString();
 }
 
 QString NetworkHelpers::tailscaleCLI(const TailscalePlaces &places)

@@ -19,8 +19,8 @@ struct TailscalePlaces {
 
 // What the gateway features need to know of the machine's network. Nothing is kept between calls:
 // each looks at the file system and runs the tools again. A tool that is missing, fails or prints
-// nonsense has printed nothing. Every call but getLocalIP() may run child processes and waits for
-// them, as long as they run: background threads only.
+// nonsense counts as one that printed nothing. Every function but getLocalIP() may run child
+// processes and waits until they end: background threads only.
 class NetworkHelpers
 {
 public:
@@ -37,8 +37,8 @@ public:
 
     static std::optional<QString> getTailscaleIP(const TailscalePlaces &places = {});
 
-    // The whole first line of the tool's serve status that holds an https address, whatever else
-    // the line says.
+    // The first line of the tool's serve status that has an https address in it: the whole line,
+    // whatever else it says.
     static std::optional<QString> getTailscaleServeURL(const TailscalePlaces &places = {});
     static std::optional<QString> getSelfMagicDNS(const TailscalePlaces &places = {});
     static QList<OnlinePeer> getOnlinePeers(const TailscalePlaces &places = {});

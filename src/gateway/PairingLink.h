@@ -17,8 +17,8 @@ struct PairingSubject {
     TailscalePlaces tailscale = {};
 };
 
-// The link ostrelle://config with its values escaped so that any receiver reads them back as they
-// are.
+// The link ostrelle://config. Its values are escaped so that any receiver reads them back
+// unchanged.
 QString pairingLink(const QString &gatewayBaseURL, const QString &token,
                     const QString &geminiAPIKey);
 

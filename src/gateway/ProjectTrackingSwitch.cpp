@@ -1,10 +1,10 @@
 #include "gateway/ProjectTrackingSwitch.h"
 
+#include "core/Json.h"
 #include "gateway/NetworkHelpers.h"
 #include "platform/Files.h"
 
 #include <algorithm>
-#include <simdjson.h>
 
 namespace ostrelle
 {
@@ -14,8 +14,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-using simdjson::dom::element;
-
 QString findTool(const QStringList &paths)
 {
     if (const auto path = std::ranges::find_if(paths, fileExists); path != paths.end()) {
@@ -24,32 +22,18 @@ QString findTool(const QStringList &paths)
     return NetworkHelpers::runProcess(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}).trimmed();
 }
 
-std::optional<QString> trackerId(element job)
-{
-    std::string_view name;
-    std::string_view id;
-    if (job["name"].get(name) != simdjson::SUCCESS || name != "OSTRELLE Project Tracker" ||
-        job["id"].get(id) != simdjson::SUCCESS) {
-        return std::nullopt;
-    }
-    return QString::fromUtf8(id.data(), static_cast<qsizetype>(id.size()));
-}
-
 // The ids of the project tracker's jobs; absent when the text is no list of jobs.
 std::optional<QStringList> trackerIds(const std::string &listing)
 {
-    simdjson::dom::parser parser;
-    simdjson::dom::array jobs;
-    const auto document = parser.parse(listing);
-    if (document["jobs"].get(jobs) != simdjson::SUCCESS) {
+    const auto document = parseJson(listing);
+    const JsonArray *jobs = document ? objectsIn(*document, "jobs") : nullptr;
+    if (jobs == nullptr) {
         return std::nullopt;
     }
     QStringList ids;
-    for (const element job : jobs) {
-        if (!job.is_object()) {
-            return std::nullopt;
-        }
-        if (const auto id = trackerId(job)) {
+    for (const JsonValue &job : *jobs) {
+        const auto id = job["id"].string();
+        if (id && job["name"].isString("OSTRELLE Project Tracker")) {
             ids.append(*id);
         }
     }

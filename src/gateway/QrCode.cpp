@@ -11,7 +11,7 @@ namespace ostrelle
 std::optional<QrCode> QrCode::encode(const QByteArray &bytes)
 {
     constexpr int smallestThatFits = 0;
-    // Of the library's flags of a module, the one that says that it is dark.
+    // The library's flag for a dark module.
     constexpr unsigned char dark = 1;
 
     const std::unique_ptr<QRcode, decltype(&QRcode_free)> symbol(

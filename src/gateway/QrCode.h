@@ -11,7 +11,7 @@ namespace ostrelle
 class QrCode
 {
 public:
-    // How large a module is shown, in pixels, and how many light modules a reader wants around it.
+    // The side of a module in pixels, and how many light modules a reader wants around the code.
     static constexpr int scale = 10;
     static constexpr int quietZone = 4;
 

@@ -30,7 +30,7 @@ public:
                                  std::chrono::milliseconds probeDeadline = std::chrono::seconds(2),
                                  QObject *parent = nullptr);
 
-    // Discovers the devices and asks all of them at once for a gateway. Nothing while loading.
+    // Discovers the devices and asks all of them at once for a gateway. Does nothing while loading.
     Q_INVOKABLE void loadPeers();
 
     // Saves the device of that row as a gateway.

@@ -1,7 +1,8 @@
 #include "gateway/TailscaleStatus.h"
 
-#include <simdjson.h>
-#include <string_view>
+#include "core/Json.h"
+
+#include <algorithm>
 
 namespace ostrelle
 {
@@ -9,77 +10,65 @@ namespace ostrelle
 namespace
 {
 
-using simdjson::dom::element;
-
-QString withoutTrailingDot(std::string_view name)
+JsonValue parsed(const QByteArray &status)
 {
-    if (name.ends_with('.')) {
-        name.remove_suffix(1);
-    }
-    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    return parseJson({status.constData(), static_cast<std::size_t>(status.size())})
+        .value_or(JsonValue());
 }
 
-// Empty unless the value is a list of nothing but texts, and one of them is no IPv6 address.
-std::optional<QString> firstIPv4(element value)
+QString withoutTrailingDot(QString name)
 {
-    simdjson::dom::array addresses;
-    if (value.get(addresses) != simdjson::SUCCESS) {
-        return std::nullopt;
+    if (name.endsWith(u'.')) {
+        name.chop(1);
     }
-    std::optional<QString> first;
-    for (const element address : addresses) {
-        std::string_view text;
-        if (address.get(text) != simdjson::SUCCESS) {
-            return std::nullopt;
-        }
-        if (!first && !text.contains(':')) {
-            first = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-        }
-    }
-    return first;
+    return name;
 }
 
-std::optional<OnlinePeer> readPeer(element value)
+// The first text that is no IPv6 address. Absent when there is none, or when the value is no list
+// of texts.
+std::optional<QString> firstIPv4(const JsonValue &value)
 {
-    bool online = false;
-    std::string_view name;
-    element addresses;
-    if (value["Online"].get(online) != simdjson::SUCCESS || !online ||
-        value["DNSName"].get(name) != simdjson::SUCCESS ||
-        value["TailscaleIPs"].get(addresses) != simdjson::SUCCESS) {
+    const JsonArray *addresses = value.array();
+    const auto isText = [](const JsonValue &address) { return address.string().has_value(); };
+    if (addresses == nullptr || !std::ranges::all_of(*addresses, isText)) {
         return std::nullopt;
     }
-    const auto ip = firstIPv4(addresses);
-    return ip ? std::optional(OnlinePeer{.hostname = withoutTrailingDot(name), .ip = *ip})
-              : std::nullopt;
+    const auto found = std::ranges::find_if(
+        *addresses, [](const JsonValue &address) { return !address.string()->contains(u':'); });
+    return found == addresses->end() ? std::nullopt : found->string();
+}
+
+std::optional<OnlinePeer> readPeer(const JsonValue &value)
+{
+    const auto name = value["DNSName"].string();
+    const auto ip = firstIPv4(value["TailscaleIPs"]);
+    if (value["Online"].boolean() != true || !name || !ip) {
+        return std::nullopt;
+    }
+    return OnlinePeer{.hostname = withoutTrailingDot(*name), .ip = *ip};
 }
 
 } // namespace
 
 std::optional<QString> selfMagicDNS(const QByteArray &status)
 {
-    simdjson::dom::parser parser;
-    std::string_view name;
-    const auto document = parser.parse(status.constData(), static_cast<std::size_t>(status.size()));
-    if (document["Self"]["DNSName"].get(name) != simdjson::SUCCESS) {
-        return std::nullopt;
-    }
-    const QString host = withoutTrailingDot(name);
+    const JsonValue document = parsed(status);
+    const QString host =
+        withoutTrailingDot(document["Self"]["DNSName"].string().value_or(QString()));
     return host.isEmpty() ? std::nullopt : std::optional(host);
 }
 
 QList<OnlinePeer> onlinePeers(const QByteArray &status)
 {
-    simdjson::dom::parser parser;
-    simdjson::dom::object peers;
-    const auto document = parser.parse(status.constData(), static_cast<std::size_t>(status.size()));
-    if (document["Peer"].get(peers) != simdjson::SUCCESS) {
+    const JsonValue document = parsed(status);
+    const JsonObject *peers = document["Peer"].object();
+    if (peers == nullptr) {
         return {};
     }
     QList<OnlinePeer> online;
-    for (const auto &[node, value] : peers) {
-        if (auto peer = readPeer(value)) {
-            online.append(*std::move(peer));
+    for (const JsonMember &peer : peers->members()) {
+        if (auto read = readPeer(peer.value)) {
+            online.append(*std::move(read));
         }
     }
     return online;

@@ -17,8 +17,8 @@ struct OnlinePeer {
     friend bool operator==(const OnlinePeer &, const OnlinePeer &) = default;
 };
 
-// This machine's MagicDNS name in what `tailscale status --json` prints, without one trailing dot.
-// Absent when the text is no such document or the name is empty.
+// This machine's MagicDNS name in the output of `tailscale status --json`, without one trailing
+// dot. Absent when the output is no such document or the name is empty.
 std::optional<QString> selfMagicDNS(const QByteArray &status);
 
 // The peers that are online and have an IPv4 address, in document order. Peers that are not of the

@@ -10,12 +10,12 @@
 namespace ostrelle
 {
 
-// Runs background work one after the other, in the order it was given; what was given still runs
-// when the object is gone. For writes of which the last one must win. Main thread only.
+// Runs pieces of background work one after the other, in the order in which they were given, also
+// when this object is gone meanwhile. For writes of which the last one must win. Main thread only.
 class WorkInOrder
 {
 public:
-    // The future ends with this piece of work.
+    // The future is finished when this piece of work is.
     QFuture<void> run(const std::function<void()> &work)
     {
         const auto promise = std::make_shared<QPromise<void>>();

@@ -1,7 +1,7 @@
-// The program proper is in libraries: one that runs on a desktop and one that runs without a
-// display. Loaded from here, each looks its names up among what it needs itself. Linked, all of Qt
-// Widgets would come with a headless publisher, or be looked up among everything that is loaded
-// before it.
+// The program proper is in two libraries: one runs on a desktop, the other without a display. They
+// are loaded from here, so that each looks up its names only among the libraries that it needs
+// itself. Linked, all of Qt Widgets would come with a headless publisher, or be looked up among
+// everything that was loaded before it.
 
 #include <array>
 #include <cstdio>
@@ -31,7 +31,7 @@ bool hasDisplay()
     return !variable("DISPLAY").empty() || !variable("WAYLAND_DISPLAY").empty();
 }
 
-// The libraries stand in a folder beside the program, or where both were installed to.
+// The libraries are in a folder beside the program, or where both were installed to.
 void *open(const char *library)
 {
     std::error_code error;

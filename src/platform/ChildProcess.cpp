@@ -4,7 +4,8 @@
 #include "platform/NeverDestroyed.h"
 #include "platform/ProcessSetup.h"
 
-#include <algorithm>
+#include <QDeadlineTimer>
+
 #include <csignal>
 #include <map>
 #include <mutex>
@@ -94,32 +95,16 @@ private:
     bool m_accepted;
 };
 
-class Deadline
+QDeadlineTimer deadlineAfter(std::optional<std::chrono::milliseconds> time)
 {
-public:
-    explicit Deadline(std::optional<std::chrono::milliseconds> after)
-    {
-        if (after) {
-            m_end = std::chrono::steady_clock::now() + *after;
-        }
-    }
+    return time ? QDeadlineTimer(*time) : QDeadlineTimer(QDeadlineTimer::Forever);
+}
 
-    bool passed() const { return m_end && std::chrono::steady_clock::now() >= *m_end; }
-
-    // In the form of QProcess: milliseconds, -1 for ever.
-    int remaining() const
-    {
-        if (!m_end) {
-            return -1;
-        }
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(*m_end - std::chrono::steady_clock::now());
-        return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
-    }
-
-private:
-    std::optional<std::chrono::steady_clock::time_point> m_end;
-};
+// In the form of QProcess: milliseconds, -1 for ever.
+int remaining(const QDeadlineTimer &deadline)
+{
+    return static_cast<int>(deadline.remainingTime());
+}
 
 void connectStreams(QProcess &process, Capture capture)
 {
@@ -186,19 +171,19 @@ void takeOutput(QProcess &process, const ChildOptions &options, QByteArray &coll
 // Collects the output until the child has ended; on failure the child still runs.
 std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOptions &options)
 {
-    const Deadline deadline(options.killAfter);
+    const QDeadlineTimer deadline = deadlineAfter(options.killAfter);
     QByteArray output;
     while (process.state() != QProcess::NotRunning) {
         // Wakes up for output and for the end; a child that closed its output is waited for below.
-        if (!process.waitForReadyRead(deadline.remaining()) && !deadline.passed()) {
-            process.waitForFinished(deadline.remaining());
+        if (!process.waitForReadyRead(remaining(deadline)) && !deadline.hasExpired()) {
+            process.waitForFinished(remaining(deadline));
         }
         takeOutput(process, options, output);
         if (output.size() > options.maxOutputBytes) {
             return std::unexpected(
                 failure(ChildFailure::Kind::TooMuchOutput, u"The command wrote too much output"_s));
         }
-        if (deadline.passed() && process.state() != QProcess::NotRunning) {
+        if (deadline.hasExpired() && process.state() != QProcess::NotRunning) {
             return std::unexpected(
                 failure(ChildFailure::Kind::TimedOut, u"The command timed out"_s));
         }

@@ -18,7 +18,7 @@ struct FileProblem {
     QString text;
 };
 
-// Larger than any sane configuration or tracker document; what is beyond is not read into memory.
+// Larger than any sane configuration or tracker document. A file that is larger is not read.
 inline constexpr std::size_t maxDocumentBytes = std::size_t{256} * 1024 * 1024;
 
 // The mode of a file that only its owner reads and writes.
@@ -32,10 +32,10 @@ bool fileExists(const QString &path);
 std::expected<std::string, FileProblem> readFile(const QString &path,
                                                  std::size_t maxBytes = maxDocumentBytes);
 
-// Replaces a file's content in place, as readers and links expect, and creates it with `mode` if it
-// is missing. Room is reserved before the first byte is changed: on a full disk, at a quota or at a
-// file size limit the old content stays, and a file that this call has created is removed again.
-// Writers in this process take turns.
+// Replaces a file's content in place, so that links to it and readers that have it open see the new
+// one; creates it with `mode` if it is missing. Room is reserved before the first byte changes: on
+// a full disk, at a quota or at a file size limit the old content stays, and a file that this call
+// has created is removed again. Writers in this process take turns.
 std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_view content,
                                               mode_t mode = 0644);
 
@@ -43,9 +43,9 @@ std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_v
 std::expected<void, FileProblem> writeInPlace(const QString &path, const QByteArray &content,
                                               mode_t mode = 0644);
 
-// Creates a file with exactly this mode before a byte is written into it, in place of what stands
-// there; never through a link. What already reads the old file goes on with that. For a directory
-// that only this user can write to.
+// Replaces whatever stands at the path by a new file, which has exactly this mode before a byte is
+// written into it; never writes through a link. Whoever has the old file open goes on with that.
+// Only for a directory that nobody else can write to.
 std::expected<void, FileProblem> createAnew(const QString &path, const QByteArray &content,
                                             mode_t mode);
 

@@ -11,7 +11,7 @@ namespace ostrelle
 // that cannot be had. Needs no application object. Any thread.
 QObject *loadModule(const QString &name);
 
-// The same as the interface that the object implements.
+// The same, as the interface that the object implements.
 template<typename Interface>
 Interface *loadModuleAs(const QString &name)
 {

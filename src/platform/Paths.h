@@ -19,11 +19,11 @@ std::optional<QString> resourceDirectory();
 // Absent when there is none that is safe.
 std::optional<QString> runtimeDirectory();
 
-// A directory that only this user can enter and whose files can be run: the runtime directory where
-// it serves, else one below the home, which is made. Absent when neither does.
+// A directory that only this user can enter and whose files can be run: the runtime directory if it
+// allows that, else one below the home, which is created. Absent when neither can be used.
 std::optional<QString> privateTemporaryDirectory();
 
-// The two, in that order; for who looks for what an earlier run of the program has left there.
+// Both of these places, in that order, for cleaning up what an earlier run of the program has left.
 QStringList privateTemporaryPlaces();
 
 } // namespace ostrelle

@@ -25,7 +25,8 @@ constexpr int retryMilliseconds = 50;
 constexpr qsizetype maxMessageBytes = 65536;
 constexpr QByteArrayView received = "received\n";
 
-// The socket's name fits its 108 bytes whatever the home directory is called.
+// A digest, so that the socket's path fits into its 108 bytes, however long the home directory's
+// is.
 QString nameForHome()
 {
     const QByteArray digest =
@@ -81,8 +82,8 @@ bool SingleInstance::becomeFirst()
     if (!m_lock->tryLock() && m_lock->error() == QLockFile::LockFailedError) {
         return false;
     }
-    // Whoever holds the lock may clear away the socket of an instance that was killed. Where no
-    // lock can be made, the program runs without it.
+    // Whoever holds the lock may remove the socket of an instance that was killed. Where no lock
+    // can be made, the program runs without one.
     QLocalServer::removeServer(m_socket);
     m_server.listen(m_socket);
     return true;
@@ -115,7 +116,7 @@ void SingleInstance::receive()
 {
     while (QLocalSocket *peer = m_server.nextPendingConnection()) {
         connect(peer, &QLocalSocket::disconnected, peer, &QObject::deleteLater);
-        // A peer that says nothing is not kept.
+        // A peer that says nothing is dropped after a while.
         QTimer::singleShot(answerMilliseconds, peer, &QLocalSocket::abort);
         if (!isSameUser(*peer)) {
             peer->abort();

@@ -26,11 +26,11 @@ public:
     explicit SingleInstance(QObject *parent = nullptr);
     ~SingleInstance() override;
 
-    // Waits at most a few seconds for the first instance's answer, which may just be starting or
-    // ending. `message` may be empty: a plain second start.
+    // Waits at most a few seconds for an answer of the first instance, which may be just starting
+    // or ending. `message` may be empty: a plain second start.
     Role claim(const QByteArray &message);
 
-    // Lets the next start be the first.
+    // Gives up the role, so that the next start is the first.
     void release();
 
 Q_SIGNALS:

@@ -36,8 +36,9 @@ constexpr std::array terminals{Terminal{"x-terminal-emulator"_L1, "-e"_L1},
                                Terminal{"foot"_L1, ""_L1},
                                Terminal{"xterm"_L1, "-e"_L1}};
 
-// In a session of its own the terminal does not end with this program. One that cannot open its
-// window ends at once, and its status is the result; some only hand on the command and end well.
+// setsid, so that the terminal does not end with this program. A terminal that cannot open its
+// window ends at once, and its exit status is the result; some hand the command to a running
+// instance and end with success.
 const QString startDetached =
     u"setsid \"$@\" & for i in 1 2 3 4 5; do sleep 0.1; kill -0 $! || { wait $!; exit; }; done"_s;
 

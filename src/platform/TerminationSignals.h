@@ -14,8 +14,9 @@ class TerminationSignals : public QObject
     Q_OBJECT
 
 public:
-    // Holds the signals back until an object hears them. Call it before any other thread exists,
-    // those of the application object among them: only threads made later inherit that.
+    // Blocks the signals until an object of this class handles them. Call it before there is any
+    // other thread, including those of the application object: only threads that are made later
+    // inherit the block.
     static void block();
 
     explicit TerminationSignals(QObject *parent = nullptr);

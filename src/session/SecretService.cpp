@@ -127,7 +127,7 @@ public:
         return {};
     }
 
-    // Storing into a locked collection would raise a prompt, so it is asked first.
+    // Storing into a locked collection would raise a prompt, so its state is asked for first.
     std::expected<void, SecretProblem> requireUnlockedCollection()
     {
         const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
@@ -142,7 +142,7 @@ public:
             return std::unexpected(lost(failure));
         }
         if (!collection) {
-            // Nobody has set a keyring up here; one can only be made by asking the user.
+            // There is no keyring yet; one can only be made by asking the user.
             return std::unexpected(SecretProblem::Unreachable);
         }
         if (secret_collection_get_locked(collection.get())) {
@@ -180,8 +180,8 @@ private:
         m_service.reset(secret_service_get_finish(result.get(), nullptr));
     }
 
-    // libsecret keeps its connection, and with it the name of a service that has since restarted;
-    // the next conversation looks for it anew.
+    // libsecret keeps its connection, and with it the name of a service that has restarted since;
+    // the next conversation looks for the service anew.
     static SecretProblem lost(const Failure &failure)
     {
         const SecretProblem problem = failure.problem();

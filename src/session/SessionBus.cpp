@@ -12,7 +12,7 @@ namespace ostrelle
 namespace
 {
 
-// Without this question GLib would start a bus of its own where the session has none.
+// GLib would start a bus of its own where the session has none, so this is asked first.
 bool sessionHasBus()
 {
     if (const char *address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address) {
@@ -60,7 +60,7 @@ BoundedCalls::BoundedCalls()
 BoundedCalls::~BoundedCalls()
 {
     m_deadline.reset();
-    // What a cancelled call still has to tell is told before its context goes.
+    // A cancelled call still delivers a result, which must happen before its context is destroyed.
     while (g_main_context_iteration(m_context.get(), FALSE)) {
     }
     g_main_context_pop_thread_default(m_context.get());

@@ -38,8 +38,8 @@ public:
 
     GCancellable *cancellable() const { return m_cancellable.get(); }
 
-    // `start(callback, userData)` begins one call with the cancellable above. Returns its result,
-    // which tells of a passed deadline as a cancelled call.
+    // `start(callback, userData)` begins one call with the cancellable above. Returns the result of
+    // the call; when the deadline has passed, that of a cancelled call.
     template<typename Start>
     GObjectPtr<GAsyncResult> finish(Start &&start)
     {

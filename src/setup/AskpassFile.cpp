@@ -20,7 +20,8 @@ namespace
 
 const QString scriptName = u"/ostrelle-askpass.sh"_s;
 
-// The script that is there now. Knows the ways out of the program on which its owner lives on.
+// The script that exists now. Also removes it when the program ends in a way that never destroys
+// the script's owner.
 class CurrentScript
 {
 public:

@@ -1,9 +1,12 @@
 #include "core/ExpandPath.h"
+#include "core/ShellWord.h"
 #include "core/ToolEnvironment.h"
 #include "core/WhenDone.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "platform/Terminal.h"
+#include "settings/KeychainHelper.h"
+#include "settings/SettingsQueue.h"
 #include "setup/AskpassFile.h"
 #include "setup/InstallerOutput.h"
 #include "setup/ModelFile.h"
@@ -224,7 +227,7 @@ void SetupManager::VoiceInstallation::downloadModel()
         feed.addStatus(voices.download().success ? u"Voice data downloaded"_s
                                                  : u"WARNING: Voice data download failed"_s);
     }
-    // Whether it is true, the next checks tell.
+    // The next checks find out whether that is true.
     feed.publish([](SetupManager &manager) { manager.m_hasModels = true; });
 }
 

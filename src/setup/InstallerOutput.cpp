@@ -36,7 +36,7 @@ QByteArrayList InstallerOutput::take(const QByteArray &piece)
     return messages;
 }
 
-// The mark counts also where it was cut in two.
+// The mark counts also when it came in two pieces.
 bool InstallerOutput::reportsFailure(QStringView line) const
 {
     return line.contains(failureMark) ||

@@ -15,7 +15,7 @@ public:
     // in the next piece waits for it.
     QByteArrayList take(const QByteArray &piece);
 
-    // The installer has said that the password was refused. What says so is no message.
+    // The installer has said that the password was refused. The line that says so is no message.
     bool sudoFailed() const { return m_sudoFailed; }
 
 private:

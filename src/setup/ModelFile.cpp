@@ -1,5 +1,6 @@
 #include "setup/ModelFile.h"
 
+#include "core/ShellWord.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
 
@@ -19,7 +20,7 @@ namespace
 const QString releaseAddress =
     u"https://github.com/thewh1teagle/kokoro-onnx/releases/download/model-files-v1.0/"_s;
 
-// Waits until a power cut cannot take the content any more.
+// Waits until the content would survive a power cut.
 bool isOnDisk(const QString &path)
 {
     const Descriptor file(

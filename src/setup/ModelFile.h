@@ -5,12 +5,12 @@
 namespace ostrelle
 {
 
-// The directory of what the voice agent needs beside its program.
+// The directory for what the voice agent needs beside its program.
 QString voiceDataDirectory();
 
-// A file of the Kokoro speech model, which is downloaded once. Half a file never passes for the
-// whole one: it goes when the download fails, and a marker beside it tells when the download was
-// cut off together with the program.
+// A file of the Kokoro speech model, which is downloaded once. Half a file never passes for a whole
+// one: it is removed when the download fails, and while a download runs, a marker stands beside the
+// file, which is still there after the program was killed.
 class ModelFile
 {
 public:

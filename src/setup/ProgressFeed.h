@@ -15,8 +15,8 @@ class SetupManager;
 class StatusLog;
 
 // Brings what background work reports to the main thread, in the order of the reports: messages for
-// the log, and changes of the manager's fields. Both are taken in batches with pauses between them,
-// so that a flood of output leaves the main thread free.
+// the log, and changes of the manager's fields. They are handed over in batches with pauses between
+// them, so that a flood of output leaves the main thread free.
 class ProgressFeed : public QObject
 {
     Q_OBJECT
@@ -26,7 +26,7 @@ class ProgressFeed : public QObject
 public:
     using Change = std::function<void(SetupManager &)>;
 
-    // The end that background work holds; it may outlive the feed, whose reports are then dropped.
+    // The end that background work holds. It may outlive the feed; its reports are then dropped.
     // Any thread.
     class Writer
     {
@@ -37,7 +37,7 @@ public:
         }
 
         void addStatus(const QString &message) const;
-        // Waits while more is there than the main thread can take at once; background threads only.
+        // Waits while there is more than the main thread can take at once; background threads only.
         void addOutput(const QByteArrayList &messages) const;
         // The change runs on the main thread, and not at all once the manager is gone.
         void publish(Change change) const;

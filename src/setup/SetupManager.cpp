@@ -1,6 +1,7 @@
 #include "setup/SetupManager.h"
 
 #include "core/ExpandPath.h"
+#include "core/ShellWord.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "setup/AskpassFile.h"
@@ -25,7 +26,7 @@ constexpr int maxCheckRuns = 4; // under way at once; more only when a tool hang
 
 const QString loginSite = u"https://login.tailscale.com/"_s;
 
-// The first of the tools that is there, as a note for the user; empty when none is.
+// A note for the user that names the first of these tools that is there; empty when none is.
 QString noteOnStandIn(const QStringList &tools)
 {
     for (const QString &tool : tools) {
@@ -86,8 +87,8 @@ private:
     void checkServe(const QString &cli) const;
     void checkFiles() const;
 
-    // Dropped are the results of a run that was superseded, and those of commands that the end of
-    // the program cut short.
+    // Drops the results of a run that was superseded, and those of commands that were cut short
+    // because the program ends.
     template<typename Change>
     void publish(const Change &change) const
     {

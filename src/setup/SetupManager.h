@@ -18,7 +18,7 @@ namespace ostrelle
 
 class AskpassFile;
 
-// What the setup finds around it, and how long it is patient.
+// What the setup finds around it, and how long it waits.
 struct SetupSurroundings {
     std::optional<QString> resources = resourceDirectory();
     QString sudoSearchPath = QStringLiteral("/usr/bin:/bin:/usr/sbin:/sbin");
@@ -73,15 +73,15 @@ public:
     // Takes back the administrator's password from an installation that is under way.
     ~SetupManager() override;
 
-    // Evaluates every prerequisite, in the order of the fields, and publishes each as it is found.
-    // A later call supersedes an earlier one that has not come to its end.
+    // Checks every prerequisite, in the order of the fields, and publishes each result as it is
+    // found. A later call supersedes an earlier one that is still under way.
     Q_INVOKABLE void runChecks();
 
     // Runs the checks and shows the setup when something is missing that it can install.
     void checkFirstLaunch();
 
-    // Runs the shipped installer of the gateway with the administrator's password; then, when the
-    // voice parts are missing, run(). Without a password it only asks for one. One at a time.
+    // Runs the shipped installer of the gateway with the administrator's password, then run() when
+    // voice parts are missing. Without a password it only asks for one. One at a time.
     Q_INVOKABLE void installDuskrell();
 
     // Writes the configuration and installs the voice agent's parts. One at a time.
@@ -99,14 +99,14 @@ public:
     bool showSetup() const { return m_showSetup; }
     void setShowSetup(bool show) { m_showSetup = show; }
     bool isRunning() const { return m_isRunning; }   // run() is under way
-    bool isComplete() const { return m_isComplete; } // run() has come to its end once
+    bool isComplete() const { return m_isComplete; } // run() has ended at least once
     StatusLog *statusMessages() { return &m_statusMessages; }
 
     bool hasPython() const { return m_hasPython; }
     bool hasXcodeCLT() const { return m_hasXcodeCLT; }
     bool hasBrew() const { return m_hasBrew; }
-    // What stands in on this system, such as "here: cc"; empty when the tool itself is there, or
-    // nothing is.
+    // What serves instead on this system, such as "here: cc". Empty when the tool itself is there,
+    // or nothing is.
     QString xcodeCLTNote() const { return m_xcodeCLTNote; }
     QString brewNote() const { return m_brewNote; }
     bool hasNode() const { return m_hasNode; }

@@ -67,9 +67,4 @@ QString tailscaleCLI()
     return u"tailscale"_s;
 }
 
-QString quoted(const QString &text)
-{
-    return u'\'' + QString(text).replace(u"'"_s, u"'\\''"_s) + u'\'';
-}
-
 } // namespace ostrelle

@@ -14,8 +14,8 @@ struct ShellResult {
     QString output;       // both streams, trimmed; empty when it is not UTF-8
 };
 
-// Runs a command line in a login shell with a search path and the home directory as its whole
-// environment. A command that is not done in time is asked to end, and killed if it does not; the
+// Runs a command line in a login shell, whose whole environment is a search path and the home
+// directory. A command that is not done in time is asked to end, and killed if it does not; the
 // output then says that it timed out. Blocks: background threads only.
 ShellResult runShell(const QString &command,
                      std::optional<std::chrono::milliseconds> timeout = std::nullopt);
@@ -28,8 +28,5 @@ bool isOnPath(const QString &tool);
 
 // Path or name of the Tailscale command-line tool. Blocks.
 QString tailscaleCLI();
-
-// The text as one word of a command line.
-QString quoted(const QString &text);
 
 } // namespace ostrelle

@@ -9,9 +9,9 @@
 namespace ostrelle
 {
 
-// The progress log, oldest message first, never trimmed. An installer may print a hundred
-// megabytes, and that in lines of one letter, so messages stand one behind the other in blocks of
-// UTF-8 (three bytes for such a line), and come in batches. Main thread only.
+// The progress log, oldest message first, never trimmed. An installer may print a hundred megabytes
+// in lines of one letter. So messages come in batches and are kept one behind the other in blocks
+// of UTF-8, which takes three bytes for such a line. Main thread only.
 class StatusLog : public QAbstractListModel
 {
     Q_OBJECT
@@ -32,7 +32,7 @@ public:
     QHash<int, QByteArray> roleNames() const override;
 
 private:
-    // Closed once its text is longer than an offset can tell.
+    // Full once its text is longer than an offset can hold.
     struct Block {
         int firstRow = 0;
         std::vector<quint16> begins = {}; // of the messages, in the text

@@ -1,3 +1,4 @@
+#include "core/ShellWord.h"
 #include "setup/SetupManager.h"
 #include "setup/SetupShell.h"
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <simdjson.h>
 
 namespace ostrelle
 {
@@ -13,7 +12,7 @@ BackwardLines::BackwardLines(int file, off_t end, Limits limits, std::stop_token
     : m_file(file)
     , m_limits(limits)
     , m_stop(std::move(stop))
-    , m_buffer(limits.blockBytes + simdjson::SIMDJSON_PADDING)
+    , m_buffer(limits.blockBytes)
     , m_begin(limits.blockBytes)
     , m_end(limits.blockBytes)
     , m_searchEnd(limits.blockBytes)
@@ -83,11 +82,11 @@ void BackwardLines::makeRoom(std::size_t bytes)
 {
     const std::size_t pending = m_end - m_begin;
     const std::size_t needed = bytes + pending;
-    std::size_t usable = m_buffer.size() - simdjson::SIMDJSON_PADDING;
+    std::size_t usable = m_buffer.size();
     if (needed > usable) {
         const std::size_t mostEverNeeded = m_limits.maxLineBytes + 2 * m_limits.blockBytes;
         usable = std::max(needed, std::min(needed + pending, mostEverNeeded));
-        std::vector<char> larger(usable + simdjson::SIMDJSON_PADDING);
+        std::vector<char> larger(usable);
         std::copy_n(m_buffer.data() + m_begin, pending, larger.data() + usable - pending);
         m_buffer = std::move(larger);
     } else {

@@ -26,7 +26,7 @@ public:
 
     // The next line towards the beginning, without its line break; nothing when there is none, when
     // the file cannot be read any more or when `stop` was requested. The view holds until the next
-    // call, and at least SIMDJSON_PADDING readable bytes follow it.
+    // call.
     std::optional<std::string_view> next();
 
     // True when the lines ended early: the file shrank, could not be read, or `stop` was requested.

@@ -23,7 +23,7 @@ std::vector<HistoryRecord> digestSessionLog(int file, const DigestOptions &optio
     }
     const auto wanted = static_cast<std::size_t>(options.limit);
     std::vector<HistoryRecord> records;
-    HistoryRecordReader reader;
+    JsonReader reader;
     BackwardLines lines(file, *end, {options.blockBytes, options.maxLineBytes}, stop);
     qsizetype unitsLeft = options.maxTextUnits;
     while (records.size() < wanted) {
@@ -31,7 +31,7 @@ std::vector<HistoryRecord> digestSessionLog(int file, const DigestOptions &optio
         if (!line) {
             break;
         }
-        if (auto record = reader.read(*line)) {
+        if (auto record = readHistoryRecord(reader, *line)) {
             unitsLeft -= record->content.size() + record->timestamp.size();
             if (unitsLeft < 0) {
                 break;

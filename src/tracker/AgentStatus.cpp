@@ -10,8 +10,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The members that the document's writers use for one and the same thing, in order of preference.
-// The list and the topology prefer different ones.
+// The member names that writers of the document use for the same thing, in order of preference. The
+// list and the topology prefer different ones.
 using Names = std::string_view[];
 constexpr Names listStatus = {"status", "state", "phase"};
 constexpr Names topologyStatus = {"status", "state"};

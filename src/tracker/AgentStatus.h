@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <QList>
 #include <QUuid>
@@ -27,7 +27,8 @@ struct AgentCompletionItem {
     QString agent;
     QString text;
     std::optional<QString> ts = std::nullopt; // display text
-    // Identity in lists; a new one each time the record is read, so no part of its value.
+    // Identity in lists. A new one is made each time the record is read, so it does not count when
+    // records are compared.
     QUuid id = QUuid::createUuid();
 
     friend bool operator==(const AgentCompletionItem &a, const AgentCompletionItem &b)

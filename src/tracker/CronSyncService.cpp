@@ -26,7 +26,7 @@ void write(const QString &file, const QByteArray &content)
     static_cast<void>(writeInPlace(file, content));
 }
 
-// Stores what the tool says when nobody understands it.
+// Stores what the tool says when we do not understand it.
 void syncFromCLI(const GatewayTool &tool, const QString &cronFile)
 {
     const QString cli = tool.findDuskrell();

@@ -1,6 +1,6 @@
 #include "tracker/CronTracker.h"
 
-#include "tracker/StrictReader.h"
+#include "tracker/RecordReader.h"
 
 #include <QUuid>
 
@@ -33,7 +33,7 @@ CronJobItem readJob(const JsonValue &value)
 
 CronPayload readCron(const JsonValue &value, std::optional<QString> &problem)
 {
-    const StrictReader reader(value, {}, problem);
+    const RecordReader reader(value, {}, problem);
     return {.version = reader.integer("version"),
             .updated = reader.string("updated"),
             .jobs = reader.list<CronJobItem>("jobs", [](const JsonValue &element, const QString &) {

@@ -34,8 +34,8 @@ struct CronPayload {
     friend bool operator==(const CronPayload &, const CronPayload &) = default;
 };
 
-// Strict at the top level. A job never fails the document: what is odd in it takes its fallback,
-// and a job without an id gets a random one.
+// Strict at the top level. A job never fails the document: members that are missing or odd take
+// their fallbacks, and a job without an id gets a random one.
 std::expected<CronPayload, QString> readCronTracker(std::string_view text);
 
 } // namespace ostrelle

@@ -5,7 +5,7 @@
 namespace ostrelle
 {
 
-// Why a document of another machine could not be had.
+// Why the document of another machine could not be fetched.
 class FetchError
 {
 public:
@@ -13,7 +13,7 @@ public:
     static FetchError authRejected() { return FetchError(Case::AuthRejected); }
     static FetchError badData(const QString &message) { return FetchError(Case::BadData, message); }
 
-    // The user's text.
+    // A text for the user.
     QString description() const;
 
     friend bool operator==(const FetchError &, const FetchError &) = default;

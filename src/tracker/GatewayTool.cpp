@@ -21,7 +21,7 @@ constexpr qsizetype maxOutputBytes = qsizetype{16} * 1024 * 1024;
 
 QString decodeUtf8(const QByteArray &bytes)
 {
-    // With a byte order mark, if there is one: the text is passed on as it came.
+    // Keeps a byte order mark: the text is passed on as it came.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
                                                      QStringDecoder::Flag::ConvertInitialBom);
     QString text = decoder(bytes);

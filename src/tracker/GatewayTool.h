@@ -13,7 +13,7 @@ namespace ostrelle
 class GatewayTool
 {
 public:
-    // What no answer takes; a run that lasts longer hangs and is killed.
+    // Longer than any answer takes: a run that is not done by then hangs, and is killed.
     static constexpr std::chrono::milliseconds defaultDeadline = std::chrono::minutes(5);
 
     static QStringList defaultCandidates();
@@ -25,8 +25,8 @@ public:
     // The tool's path, or an empty text when it is not installed.
     QString findDuskrell() const;
 
-    // The program's whole standard output, whatever its exit status; what it leaves behind is
-    // killed, so this is not for commands that start something. Empty when it cannot be
+    // The program's whole standard output, whatever its exit status. Processes that it leaves
+    // behind are killed, so this is not for commands that start something. Empty when it cannot be
     // started, hangs, floods its output or writes something that is not UTF-8.
     QString runCommand(const QString &program, const QStringList &args) const;
 

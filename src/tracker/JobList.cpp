@@ -1,6 +1,6 @@
 #include "tracker/JobList.h"
 
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -81,8 +81,7 @@ QJsonValue relativeTime(const JsonValue &ms, const QDateTime &now)
 
 QJsonValue firstLineOfMessage(const JsonValue &payload)
 {
-    const auto message = payload.object() != nullptr ? (*payload.object())["message"].string()
-                                                     : std::optional<QString>();
+    const auto message = payload["message"].string();
     return message ? QJsonValue(message->section(u'\n', 0, 0)) : QJsonValue();
 }
 
@@ -114,21 +113,12 @@ QJsonObject convertJob(const JsonObject &job, const QDateTime &now)
     return converted;
 }
 
-// Null unless the text is an object whose "jobs" are all objects.
-const JsonArray *jobsIn(const JsonValue &document)
-{
-    const JsonObject *root = document.object();
-    const JsonArray *jobs = root != nullptr ? (*root)["jobs"].array() : nullptr;
-    const auto isObject = [](const JsonValue &value) { return value.object() != nullptr; };
-    return jobs != nullptr && std::ranges::all_of(*jobs, isObject) ? jobs : nullptr;
-}
-
 } // namespace
 
 std::optional<QByteArray> cronTrackerFromJobs(std::string_view output, const QDateTime &now)
 {
     const auto document = parseJson(output);
-    const JsonArray *jobs = document ? jobsIn(*document) : nullptr;
+    const JsonArray *jobs = document ? objectsIn(*document, "jobs") : nullptr;
     if (jobs == nullptr) {
         return std::nullopt;
     }

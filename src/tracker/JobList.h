@@ -13,8 +13,8 @@ namespace ostrelle
 // order. Nothing when the text is no JSON object with a list of job objects.
 std::optional<QByteArray> cronTrackerFromJobs(std::string_view output, const QDateTime &now);
 
-// How long ago or how far ahead an instant is, in one unit: "5m ago", "in 2h", "just now". An
-// instant more than a day ahead is given as a date in local time.
+// How long ago an instant was, or how far ahead it is, in one unit: "5m ago", "in 2h", "just now".
+// An instant more than a day ahead is given as a date in local time.
 QString formatRelativeTime(double msSinceEpoch, const QDateTime &now);
 
 } // namespace ostrelle

@@ -1,6 +1,6 @@
 #include "tracker/ProjectTracker.h"
 
-#include "tracker/StrictReader.h"
+#include "tracker/RecordReader.h"
 
 namespace ostrelle
 {
@@ -12,7 +12,7 @@ using Problem = std::optional<QString>;
 
 WorkstreamItem readWorkstream(const JsonValue &value, const QString &place, Problem &problem)
 {
-    const StrictReader reader(value, place, problem);
+    const RecordReader reader(value, place, problem);
     return {.id = reader.string("id"),
             .name = reader.string("name"),
             .status = reader.string("status"),
@@ -22,7 +22,7 @@ WorkstreamItem readWorkstream(const JsonValue &value, const QString &place, Prob
 
 ProjectItem readProject(const JsonValue &value, const QString &place, Problem &problem)
 {
-    const StrictReader reader(value, place, problem);
+    const RecordReader reader(value, place, problem);
     return {.id = reader.string("id"),
             .name = reader.string("name"),
             .description = reader.string("description"),
@@ -36,7 +36,7 @@ ProjectItem readProject(const JsonValue &value, const QString &place, Problem &p
 
 TrackerPayload readTracker(const JsonValue &value, Problem &problem)
 {
-    const StrictReader reader(value, {}, problem);
+    const RecordReader reader(value, {}, problem);
     return {.version = reader.integer("version"),
             .updated = reader.string("updated"),
             .projects = reader.list<ProjectItem>(

@@ -13,8 +13,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// Runs an event loop of this background thread's own until the exchange has ended, which it does by
-// its deadline at the latest.
+// Runs an event loop on this background thread until the exchange has ended, at its deadline at the
+// latest.
 HttpResult exchange(const HttpRequest &request)
 {
     HttpClient client(RemoteDataSource::maxBodyBytes);

@@ -1,7 +1,7 @@
 #include "tracker/SessionList.h"
 
 #include "core/Capitalize.h"
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -108,25 +108,16 @@ QJsonObject idlePlaceholder(const QString &updated)
             {"updated"_L1, updated}};
 }
 
-// Sorted, because QJsonObject takes members quickly in order only.
+// Sorted, because QJsonObject is slow to take members that do not come in order.
 using Entries = std::map<QString, QJsonObject>;
 
-// Of several sessions with the same entry an agent's main session wins, else the first.
+// When several sessions have the same entry, the agent's main session wins, else the first.
 void add(Entries &entries, const Session &session, const QString &updated)
 {
     const Entry entry = classify(session);
     if (session.isMain() || !entries.contains(entry.id)) {
         entries.insert_or_assign(entry.id, encode(entry, session, updated));
     }
-}
-
-// Null unless the text is an object whose "sessions" are all objects.
-const JsonArray *sessionsIn(const JsonValue &document)
-{
-    const JsonObject *root = document.object();
-    const JsonArray *sessions = root != nullptr ? (*root)["sessions"].array() : nullptr;
-    const auto isObject = [](const JsonValue &value) { return value.object() != nullptr; };
-    return sessions != nullptr && std::ranges::all_of(*sessions, isObject) ? sessions : nullptr;
 }
 
 QByteArray documentOf(const Entries &entries)
@@ -144,7 +135,7 @@ QByteArray documentOf(const Entries &entries)
 std::optional<QByteArray> agentStatusFromSessions(std::string_view output, const QDateTime &now)
 {
     const auto document = parseJson(output);
-    const JsonArray *sessions = document ? sessionsIn(*document) : nullptr;
+    const JsonArray *sessions = document ? objectsIn(*document, "sessions") : nullptr;
     if (sessions == nullptr) {
         return std::nullopt;
     }

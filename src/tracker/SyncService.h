@@ -11,8 +11,8 @@ namespace ostrelle
 {
 
 // Runs a pass in the background, once at the start and then every 30 seconds. Passes may overlap
-// when the gateway tool is slow; beyond four of them ticks are dropped. Main thread only; a pass
-// under way outlives the service.
+// when the gateway tool is slow; while four run, ticks are dropped. A running pass outlives the
+// service. Main thread only.
 class SyncService : public QObject
 {
     Q_OBJECT

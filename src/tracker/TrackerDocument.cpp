@@ -2,6 +2,7 @@
 
 #include "core/ExpandPath.h"
 #include "platform/Files.h"
+#include "settings/OstrelleConfig.h"
 #include "tracker/RemoteDataSource.h"
 
 namespace ostrelle
@@ -47,9 +48,15 @@ QString cronFilePathOf(const OstrelleConfig &config)
     return expandPath(config.paths.cronFile.value_or(u"~/.ostrelle/ostrelle-cron-tracker.json"_s));
 }
 
-QString remoteUnusableText()
+QString descriptionOf(DocumentProblem problem)
 {
-    return u"Remote gateway not reachable — check connection or token."_s;
+    switch (problem) {
+    case DocumentProblem::OtherMachine:
+        return u"Remote gateway not reachable — check connection or token."_s;
+    case DocumentProblem::NoFile:
+        return FetchError::notReachable().description();
+    }
+    return {};
 }
 
 } // namespace ostrelle

@@ -7,6 +7,8 @@
 
 #include <expected>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 namespace ostrelle
 {
@@ -25,7 +27,30 @@ TrackerDocument obtainDocument(const QString &endpoint, const QString &localPath
 // The configured cron tracker file, or the default one of a configuration that names none.
 QString cronFilePathOf(const OstrelleConfig &config);
 
-// What a dashboard shows when a document of another machine cannot be used.
-QString remoteUnusableText();
+// Why there is nothing to show. One cause has one text, whatever the dashboard.
+enum class DocumentProblem {
+    OtherMachine, // it cannot be reached, refuses the token, gets none, or sends no such document
+    NoFile,       // this machine's file is missing or cannot be read
+};
+
+QString descriptionOf(DocumentProblem problem);
+
+// The document as `read(text)` understands it, or what the user is told. When a file of this
+// machine is not understood, that is `unreadable` and what is wrong in it.
+template<typename Reader>
+std::invoke_result_t<Reader, std::string_view>
+readDocument(const TrackerDocument &document, const QString &unreadable, const Reader &read)
+{
+    if (!document.text) {
+        return std::unexpected(descriptionOf(document.isRemote ? DocumentProblem::OtherMachine
+                                                               : DocumentProblem::NoFile));
+    }
+    auto record = read(*document.text);
+    if (!record) {
+        return std::unexpected(document.isRemote ? descriptionOf(DocumentProblem::OtherMachine)
+                                                 : unreadable + record.error());
+    }
+    return record;
+}
 
 } // namespace ostrelle

@@ -9,8 +9,8 @@
 namespace ostrelle
 {
 
-// The name and the emoji under which an agent is shown: the user's own ones, else the fallbacks.
-// They are read when they are asked for first, and again whenever `refreshKey` changes. Main thread
+// The name and the emoji under which an agent is shown: the user's own, else the fallbacks. They
+// are read when they are first asked for, and again whenever `refreshKey` changes. Main thread
 // only.
 class AgentAppearance : public QObject
 {
@@ -44,8 +44,8 @@ public:
     QString name() const { return m_name; }
     QString emoji() const { return m_emoji; }
 
-    // Keeps what the user wants; without white space at the ends, and the fallback where nothing is
-    // left.
+    // Stores what the user has typed, without white space at its ends; the fallback where nothing
+    // is left of it.
     Q_INVOKABLE void save(const QString &name, const QString &emoji);
     Q_INVOKABLE void reset();
 

@@ -14,7 +14,8 @@ namespace
 constexpr qreal designWidth = 380;
 constexpr qreal maxScale = 1.2;
 
-// So far above and below what is seen there are nodes too: the keyboard's next one, at least.
+// How far above and below the visible part there are nodes too; at least as far as the one to which
+// the keyboard goes next.
 constexpr qreal reach = 200;
 
 using Side = AgentCanvasNode::Side;

@@ -26,19 +26,19 @@ struct AgentCanvasNode {
     friend bool operator==(const AgentCanvasNode &, const AgentCanvasNode &) = default;
 };
 
-// How much larger than designed a canvas of this width is drawn.
+// How much larger than designed everything is drawn on a canvas of this width.
 qreal canvasScale(qreal width);
 
-// The nodes in their places: the main node, where there is one, at the head of the spine, the
-// others in their order to its left and right in turn. Of the size, only the width counts.
+// The nodes in their places. The main node, where there is one, is at the head of the spine; the
+// others follow in their order, left and right in turn. Of the size, only the width counts.
 QList<AgentCanvasNode> makeCanvasNodes(const QList<AgentNode> &nodes, QSizeF size);
 
 // The height of a canvas with that many agents beside the main one.
 qreal layoutHeight(qsizetype children);
 
-// The canvas of the agents' view: it keeps every agent in its place while the model and the width
-// change, and shows those near the part that is seen. What a poll leaves as it was stays untouched.
-// Main thread only.
+// The canvas of the agents' view. It keeps every agent in its place while the model and the width
+// change, and shows those in and near the visible part. A node that a poll did not change is left
+// alone. Main thread only.
 class AgentCanvas : public QObject
 {
     Q_OBJECT
@@ -49,9 +49,9 @@ class AgentCanvas : public QObject
     // The part of the canvas that is seen.
     Q_PROPERTY(qreal viewTop READ viewTop WRITE setViewTop NOTIFY viewChanged)
     Q_PROPERTY(qreal viewHeight READ viewHeight WRITE setViewHeight NOTIFY viewChanged)
-    // The nodes in that part and close to it, from above to below, the main one first; empty
-    // without a model or a width. Roles: node, center, radius, side (-1 left of the spine, 0 on it,
-    // 1 right of it).
+    // The nodes in that part and close to it, from top to bottom, the main one first; empty without
+    // a model or a width. Roles: node, center, radius, side (-1 left of the spine, 0 on it, 1 right
+    // of it).
     Q_PROPERTY(QAbstractItemModel *nodeList READ nodeList CONSTANT)
     Q_PROPERTY(qreal layoutHeight READ layoutHeight NOTIFY nodesChanged)
     // Where the spine begins, at the main node's rim, and ends.
@@ -59,8 +59,8 @@ class AgentCanvas : public QObject
     Q_PROPERTY(qreal spineBottom READ spineBottom NOTIFY nodesChanged)
     // The names of the working agents' colours, in the order of the agents.
     Q_PROPERTY(QStringList activeAgentColors READ activeAgentColors NOTIFY spineColorsChanged)
-    // What the spine is drawn in from its head to its end: each of those once; the accent when
-    // nobody works.
+    // The colours of the spine from its head to its end: each active colour once, or the accent
+    // when nobody works.
     Q_PROPERTY(QStringList spineColors READ spineColors NOTIFY spineColorsChanged)
 
 public:

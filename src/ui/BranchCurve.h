@@ -9,16 +9,15 @@
 namespace ostrelle
 {
 
-// A line from the spine to an agent, from one lower corner of the item to the other: it bows
-// upwards, like a rib, as far as the item is high. It is painted only when it changes. Main thread
-// only.
+// A line from the spine to an agent, from one lower corner of the item to the other. It bows
+// upwards like a rib, as high as the item. It is painted only when it changes. Main thread only.
 class BranchCurve : public QQuickPaintedItem
 {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
     Q_PROPERTY(qreal thickness READ thickness WRITE setThickness NOTIFY thicknessChanged)
-    // The agent is on the left.
+    // Whether the agent is on the left.
     Q_PROPERTY(bool toLeft READ toLeft WRITE setToLeft NOTIFY toLeftChanged)
 
 public:
@@ -31,7 +30,7 @@ public:
     bool toLeft() const { return m_toLeft; }
     void setToLeft(bool toLeft);
 
-    // The place on the line at about that part of the way, 0 at the spine and 1 at the agent.
+    // The point on the line after about that part of the way: 0 is the spine, 1 the agent.
     Q_INVOKABLE QPointF pointAt(qreal part) const;
 
     void paint(QPainter *painter) override;

@@ -9,20 +9,20 @@
 namespace ostrelle
 {
 
-// How the user wants programs to look, as the desktop's settings portal tells it, now and whenever
-// it changes; where there is no portal, as GTK's settings on the bus tell it. Main thread only.
+// How the user wants programs to look, now and whenever it changes: as the desktop's settings
+// portal says, or, where there is no portal, GTK's settings on the bus. Main thread only.
 class DesktopAppearance : public QObject
 {
     Q_OBJECT
 
 public:
-    // Has the defaults until the desktop has answered; waits for nothing.
+    // Has the defaults until the desktop has answered; does not wait for that.
     explicit DesktopAppearance(QObject *parent = nullptr);
 
-    // False: nothing shall move that need not.
+    // False: only what must move may move.
     bool motion() const { return m_motion; }
 
-    // How much larger than designed texts shall be; from 0.5 to 4.
+    // How much larger than designed texts are wanted; from 0.5 to 4.
     double textScale() const { return m_textScale; }
 
 Q_SIGNALS:

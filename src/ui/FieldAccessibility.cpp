@@ -155,7 +155,7 @@ private:
     }
 };
 
-// Asked with the name of each class that the object is of.
+// Qt calls this with the name of each class that the object is of.
 QAccessibleInterface *makeInterface(const QString &className, QObject *object)
 {
     auto *const field =

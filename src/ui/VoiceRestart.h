@@ -9,7 +9,7 @@
 namespace ostrelle
 {
 
-// Restarts the voice agent, also when the view that asked for it is gone before the second half.
+// Stops the voice agent and starts it again, also when the view that asked for it is gone by then.
 class VoiceRestart : public QObject
 {
     Q_OBJECT

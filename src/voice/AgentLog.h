@@ -7,10 +7,10 @@
 namespace ostrelle
 {
 
-// Opens the voice agent's log for appending; an invalid descriptor when that is not safe. The log
-// stands in a directory that everybody may write to, so it counts only as a regular file of ours
-// without a second name: nobody else's link or file is ever written through. Readable by the owner
-// only from the first byte on.
+// Opens the voice agent's log for appending; the descriptor is invalid when that is not safe.
+// Everybody may write to the log's directory, so only a regular file of ours that has no second
+// name is used: we never write through somebody else's link or into their file. Only the owner can
+// read it, from the first byte on.
 Descriptor openAgentLog(const QString &path);
 
 } // namespace ostrelle

@@ -1,6 +1,7 @@
 #include "voice/PidFile.h"
 
 #include "platform/Files.h"
+#include "platform/NeverDestroyed.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -9,6 +10,7 @@
 #include <cerrno>
 #include <condition_variable>
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
 #include <memory>
 #include <mutex>
@@ -33,8 +35,8 @@ namespace
 
 constexpr std::size_t maxPidFileBytes = 4096;
 
-// A process that a signal can be sent to. The descriptor names this one process for good, whatever
-// becomes of its number; without one, when there are too many open, the number has to do.
+// A process that a signal can be sent to. The descriptor means this one process for good, whoever
+// gets its number later. When too many descriptors are open, the number has to do.
 class Target
 {
 public:
@@ -68,13 +70,19 @@ class PendingKills
 public:
     static PendingKills &instance()
     {
-        static PendingKills kills;
-        return kills;
+        static NeverDestroyed<PendingKills> kills;
+        static const int registered = std::atexit([] { instance().exit(); });
+        static_cast<void>(registered);
+        return kills.object();
     }
 
     void add(Target target, std::chrono::milliseconds grace)
     {
         const std::scoped_lock lock(m_mutex);
+        if (m_exiting) {
+            target.send(SIGKILL);
+            return;
+        }
         std::erase_if(m_kills, [](const Kill &kill) { return kill.isDone->load(); });
         auto isDone = std::make_shared<std::atomic<bool>>(false);
         m_kills.push_back(
@@ -88,6 +96,7 @@ public:
              })});
     }
 
+    // Kills at once whoever still has time left.
     void finish()
     {
         std::vector<Kill> kills; // told to stop and waited for at the end of its scope
@@ -101,8 +110,19 @@ private:
         std::jthread thread;
     };
 
+    void exit()
+    {
+        {
+            const std::scoped_lock lock(m_mutex);
+            m_exiting = true;
+        }
+        finish();
+    }
+
     std::mutex m_mutex;
-    std::vector<Kill> m_kills; // protected by m_mutex
+    // protected by m_mutex
+    std::vector<Kill> m_kills;
+    bool m_exiting = false;
 };
 
 std::optional<pid_t> readPid(const QString &path)

@@ -22,7 +22,7 @@ namespace
 
 constexpr auto terminationGrace = 3s;
 constexpr int momentToDie = 200;     // in milliseconds, after a KILL
-constexpr auto crashSeriesGap = 60s; // a longer time without a crash ends a series of them
+constexpr auto crashSeriesGap = 60s; // longer without a crash, and the series is over
 constexpr auto longestRestartDelay = 30s;
 
 void log(const QString &text)
@@ -85,7 +85,8 @@ ServiceManager::~ServiceManager()
         process->disconnect(this);
         killWithGroup(*process);
         if (!process->waitForFinished(momentToDie)) {
-            // The kernel cannot end it now, and QProcess would wait for half a minute: given up.
+            // The kernel cannot end it now, and QProcess would wait for half a minute: we give it
+            // up.
             process->setParent(nullptr);
         }
     }

@@ -74,23 +74,24 @@ public:
     // once when the program exits before that. Needs no instance; any thread.
     static void killFromPidFile();
 
-    // Kills at once whoever still has time left from that; for the end of the program by other ways
-    // than std::exit. Any thread.
+    // Kills at once the agents that still have time left from that; for ways to end the program
+    // other than std::exit. Any thread.
     static void killRemaining();
 
-    // Of the agent that runs or is about to; 0 when there is none.
+    // The process id of the agent that runs or is about to; 0 when there is none.
     qint64 voiceProcessId() const;
 
-    // The agent is believed to run. The voice control model writes here what the agent answers.
+    // Whether the agent is believed to run. The voice control model writes here whether the agent
+    // answers.
     bool voiceRunning() const { return m_voiceRunning; }
     void setVoiceRunning(bool running) { m_voiceRunning = running; }
     QBindable<bool> bindableVoiceRunning() { return &m_voiceRunning; }
 
-    // The voice feature is switched on. Every write is also stored in the preferences.
+    // Whether the voice feature is switched on. Every write is also stored in the preferences.
     bool voiceEnabled() const { return m_voiceEnabled; }
     void setVoiceEnabled(bool enabled);
 
-    // The user asked for the last stop; a crash is then not answered with a restart.
+    // Whether the last stop was the user's wish: a crash is then not answered with a restart.
     bool userStoppedVoice() const { return m_userStoppedVoice; }
     void setUserStoppedVoice(bool stopped) { m_userStoppedVoice = stopped; }
     QBindable<bool> bindableUserStoppedVoice() { return &m_userStoppedVoice; }

@@ -65,7 +65,7 @@ void VoiceControlPort::takeTurn()
         return;
     }
     m_turnTimer.start();
-    // An answer that comes after its turn ends nobody else's.
+    // An answer that comes after its turn is over must not end the turn of another action.
     post(m_waiting.dequeue(), [this, turn = ++m_turn] {
         if (turn == m_turn) {
             takeTurn();

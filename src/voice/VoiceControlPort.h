@@ -16,9 +16,9 @@ class VoiceControlPort : public QObject
     Q_OBJECT
 
 public:
-    // A port number that no URL can have makes every call do nothing. A switch of the microphone
-    // waits for the answer to the one before, but not longer than `longestTurn`: sent at once, the
-    // two could arrive in the other order.
+    // A port number that no URL can have makes every call do nothing. An action of the microphone
+    // waits until the one before it was answered, but not longer than `longestTurn`: sent at once,
+    // the two could arrive in the wrong order.
     explicit VoiceControlPort(qint64 port,
                               std::chrono::milliseconds longestTurn = std::chrono::seconds(1),
                               QObject *parent = nullptr);
@@ -26,8 +26,8 @@ public:
     // Asks how the agent is; dropped while four questions wait for their answer.
     void askStatus();
 
-    // Sends "start" at once, or "mute" or "unmute" when it is their turn. How it ends is not told.
-    // Dropped while eight wait for their turn or sixteen for their answer.
+    // Sends "start" at once, and "mute" or "unmute" when it is their turn. How it ends is not
+    // reported. Dropped while eight wait for their turn or sixteen for their answer.
     void postAction(const QString &action);
 
     // Forgets what still waits for its turn.

@@ -2,6 +2,7 @@
 
 #include "core/BackgroundWork.h"
 #include "core/Capitalize.h"
+#include "core/PropertyUpdateGroup.h"
 #include "platform/ChildProcess.h"
 
 namespace ostrelle
@@ -49,7 +50,7 @@ QString labelOf(bool running, bool muted, const QString &state)
     return muted ? u"Muted"_s : capitalizeWords(state);
 }
 
-// Ends every agent of this user; for a program that supervises none.
+// Ends every agent of this user; for when there is no supervisor.
 void killAgentsByName()
 {
     utilityPool().start([] {
@@ -58,15 +59,6 @@ void killAgentsByName()
             {.capture = Capture::Nothing}));
     });
 }
-
-// Several properties change as one: nobody sees a state that never was.
-class PropertyUpdateGroup
-{
-public:
-    PropertyUpdateGroup() { Qt::beginPropertyUpdateGroup(); }
-    ~PropertyUpdateGroup() { Qt::endPropertyUpdateGroup(); }
-    Q_DISABLE_COPY_MOVE(PropertyUpdateGroup)
-};
 
 } // namespace
 
@@ -149,7 +141,7 @@ void VoiceViewModel::apply(const std::optional<VoiceStatus> &status)
     }
 }
 
-// The answer is not yet the one that the pending action is about, and may still become it.
+// True while the answer does not show the effect of the pending action, but a later one still may.
 bool VoiceViewModel::mustWait(bool reachable) const
 {
     if (const auto *starting = std::get_if<Starting>(&m_pending)) {

@@ -19,9 +19,9 @@ struct VoicePolling {
     std::function<Clock::time_point()> now = &Clock::now;
 };
 
-// The voice agent as the user sees it: what it does, learnt by polling its control port, and the
-// commands. Between a click and the agent's reaction stands a pending action with a deadline. Main
-// thread only.
+// The voice agent as the user sees it: its state, learnt by polling its control port, and the
+// commands to it. Between a click and the agent's reaction, a pending action with a deadline hides
+// the old state. Main thread only.
 class VoiceViewModel : public QObject
 {
     Q_OBJECT
@@ -44,7 +44,7 @@ public:
     // Starts the agent's process, or wakes an agent that is up.
     Q_INVOKABLE void start();
     Q_INVOKABLE void stop();
-    // Shown at once; the next answer of the agent decides.
+    // Shown at once; the agent's next answer decides.
     Q_INVOKABLE void toggleMute();
 
     bool voiceRunning() const { return m_voiceRunning; } // the agent answered the last poll

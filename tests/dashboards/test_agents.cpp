@@ -143,14 +143,14 @@ private Q_SLOTS:
         QTest::newRow("missing") << QByteArray() << QStringList{u"Main"_s} << true
                                  << u"Gateway not reachable — check connection and ensure Duskrell "
                                     "is running on the remote device."_s;
-        QTest::newRow("not JSON") << QByteArray("{") << QStringList{u"Main"_s} << true
-                                  << u"Agent data unreadable: "_s;
+        QTest::newRow("not JSON")
+            << QByteArray("{") << QStringList{u"Main"_s} << true
+            << u"Agent data unreadable: JSON document ended early in the middle of an object or array."_s;
     }
 
     void showsWhatTheFileSays()
     {
         QFETCH(QByteArray, file);
-        QFETCH(QString, error);
         const DashboardHome home;
         if (!file.isNull()) {
             home.write(u"status"_s, file);
@@ -162,8 +162,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!model.isLoading());
         QTEST(namesOf(model.nodes()), "names");
         QTEST(model.usingFallback(), "fallback");
-        QCOMPARE(model.errorMessage().isEmpty(), error.isEmpty());
-        QVERIFY2(model.errorMessage().startsWith(error), qPrintable(model.errorMessage()));
+        QTEST(model.errorMessage(), "error");
     }
 
     void pollsAndTellsWhatChanged()
@@ -191,7 +190,7 @@ private Q_SLOTS:
                                 << QStringList{u"Main"_s, u"A"_s} << u""_s;
         QTest::newRow("refused token")
             << StandInGateway::response(401) << QStringList{u"Main"_s}
-            << u"Gateway rejected token — tap the 🔑 icon on the profile to update it."_s;
+            << u"Remote gateway not reachable — check connection or token."_s;
         QTest::newRow("not JSON") << StandInGateway::response(200, "no") << QStringList{u"Main"_s}
                                   << u"Remote gateway not reachable — check connection or token."_s;
     }

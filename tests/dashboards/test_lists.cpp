@@ -90,22 +90,23 @@ private Q_SLOTS:
             << QByteArray("{}") << tracker(project("a", "b").replace("description", "x"))
             << u"Tracker unreadable: projects[0].description: missing"_s << 0;
         QTest::newRow("no status, no tracker")
-            << QByteArray() << QByteArray() << u"Status unreadable: "_s << 0;
+            << QByteArray() << QByteArray() << u"Status unreadable: Empty: no JSON found"_s << 0;
         QTest::newRow("status is not JSON, tracker fine")
-            << QByteArray("{") << tracker(project("a", "b")) << u"Status unreadable: "_s << 1;
+            << QByteArray("{") << tracker(project("a", "b"))
+            << u"Status unreadable: JSON document ended early in the middle of an object or array."_s
+            << 1;
     }
 
     void projectProblems()
     {
         QFETCH(QByteArray, status);
         QFETCH(QByteArray, file);
-        QFETCH(QString, error);
         const DashboardHome home;
         writeUnlessNull(home, u"status"_s, status);
         writeUnlessNull(home, u"tracker"_s, file);
         ProjectsViewModel model(home.settings(), noProcess);
         QTRY_VERIFY(!model.isLoading());
-        QVERIFY2(model.errorMessage().startsWith(error), qPrintable(model.errorMessage()));
+        QTEST(model.errorMessage(), "error");
         QTEST(model.projectCount(), "projects");
     }
 
@@ -154,39 +155,35 @@ private Q_SLOTS:
                                      R"({"id":"3","status":"green","enabled":false})")
                               << 3 << 1 << QString();
         QTest::newRow("what the tool printed")
-            << QByteArray("no jobs\n") << 0 << 0 << u"Cron data unreadable: "_s;
+            << QByteArray("no jobs\n") << 0 << 0
+            << u"Cron data unreadable: Problem while parsing an atom starting with the letter 'n'"_s;
         QTest::newRow("missing") << QByteArray() << 0 << 0 << notReachable;
     }
 
     void cronJobs()
     {
         QFETCH(QByteArray, file);
-        QFETCH(QString, error);
         const DashboardHome home;
         writeUnlessNull(home, u"cron"_s, file);
         CronViewModel model(home.settings());
         QTRY_VERIFY(!model.isLoading());
         QTEST(model.jobCount(), "jobs");
         QTEST(model.activeJobCount(), "active");
-        QCOMPARE(model.errorMessage().isEmpty(), error.isEmpty());
-        QVERIFY2(model.errorMessage().startsWith(error), qPrintable(model.errorMessage()));
+        QTEST(model.errorMessage(), "error");
     }
 
     void anotherMachine_data()
     {
         QTest::addColumn<QByteArray>("projects");
         QTest::addColumn<QByteArray>("cronJobs");
-        QTest::addColumn<QString>("projectError");
-        QTest::addColumn<QString>("cronError");
+        QTest::addColumn<QString>("error");
         QTest::addColumn<int>("count");
         const QByteArray empty = StandInGateway::response(200, "{}");
-        QTest::newRow("documents")
-            << StandInGateway::response(200, tracker(project("a", "b")))
-            << StandInGateway::response(200, cron("{}")) << QString() << QString() << 1;
-        QTest::newRow("refused token")
-            << StandInGateway::response(401) << StandInGateway::response(403) << remoteUnusable
-            << notReachable << 0;
-        QTest::newRow("no documents") << empty << empty << remoteUnusable << remoteUnusable << 0;
+        QTest::newRow("documents") << StandInGateway::response(200, tracker(project("a", "b")))
+                                   << StandInGateway::response(200, cron("{}")) << QString() << 1;
+        QTest::newRow("refused token") << StandInGateway::response(401)
+                                       << StandInGateway::response(403) << remoteUnusable << 0;
+        QTest::newRow("no documents") << empty << empty << remoteUnusable << 0;
     }
 
     void anotherMachine()
@@ -196,7 +193,7 @@ private Q_SLOTS:
         const DashboardHome home;
         home.useGateway(OtherMachine::gatewayUrl());
         OtherMachine machine;
-        machine.answer("/status", StandInGateway::response(200, "{}"));
+        machine.answer("/status", projects);
         machine.answer("/projects", projects);
         machine.answer("/cron", cronJobs);
         const Settings settings = home.settings();
@@ -209,8 +206,8 @@ private Q_SLOTS:
         std::array<inotify_event, 10> opened{};
         QCOMPARE(::read(watch, opened.data(), sizeof opened), ssize_t{2 * sizeof(inotify_event)});
         ::close(watch);
-        QTEST(projectsModel.errorMessage(), "projectError");
-        QTEST(cronModel.errorMessage(), "cronError");
+        QTEST(projectsModel.errorMessage(), "error");
+        QTEST(cronModel.errorMessage(), "error");
         QTEST(projectsModel.projectCount(), "count");
         QTEST(cronModel.jobCount(), "count");
     }

@@ -75,9 +75,7 @@ private Q_SLOTS:
         content("heartbeat reply", R"("\n HEARTBEAT_OK ")");
         content("heartbeat reply inside a text", R"("HEARTBEAT_OK then")", u"HEARTBEAT_OK then"_s);
         content("no reply", R"("NO_REPLY")");
-        content("number beyond 64 bits beside", R"("a","n":123456789012345678901234567890)",
-                u"a"_s);
-        content("half of a surrogate pair", R"("\udc00")");
+        content("half of a surrogate pair", R"("\udc00")", u"\ufffd"_s);
         content("broken behind the text", R"("hello"},"x":tru)");
         QTest::newRow("role of a tool")
             << QByteArray(R"({"type":"message","message":{"role":"tool","content":"a"}})")

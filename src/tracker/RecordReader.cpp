@@ -1,4 +1,4 @@
-#include "tracker/StrictReader.h"
+#include "tracker/RecordReader.h"
 
 namespace ostrelle
 {
@@ -22,7 +22,7 @@ const JsonArray &emptyArray()
 
 } // namespace
 
-StrictReader::StrictReader(const JsonValue &value, QString place, std::optional<QString> &problem)
+RecordReader::RecordReader(const JsonValue &value, QString place, std::optional<QString> &problem)
     : m_object(value.object() != nullptr ? value.object() : &emptyObject())
     , m_place(std::move(place))
     , m_problem(problem)
@@ -32,7 +32,7 @@ StrictReader::StrictReader(const JsonValue &value, QString place, std::optional<
     }
 }
 
-QString StrictReader::string(std::string_view name) const
+QString RecordReader::string(std::string_view name) const
 {
     const auto text = (*m_object)[name].string();
     if (!text) {
@@ -41,7 +41,7 @@ QString StrictReader::string(std::string_view name) const
     return text.value_or(QString());
 }
 
-qint64 StrictReader::integer(std::string_view name) const
+qint64 RecordReader::integer(std::string_view name) const
 {
     const auto number = (*m_object)[name].integer();
     if (!number) {
@@ -50,12 +50,12 @@ qint64 StrictReader::integer(std::string_view name) const
     return number.value_or(0);
 }
 
-std::optional<QString> StrictReader::optionalString(std::string_view name) const
+std::optional<QString> RecordReader::optionalString(std::string_view name) const
 {
     return (*m_object)[name].isNull() ? std::nullopt : std::optional(string(name));
 }
 
-const JsonArray &StrictReader::array(std::string_view name) const
+const JsonArray &RecordReader::array(std::string_view name) const
 {
     const JsonArray *elements = (*m_object)[name].array();
     if (elements == nullptr) {
@@ -64,18 +64,18 @@ const JsonArray &StrictReader::array(std::string_view name) const
     return elements != nullptr ? *elements : emptyArray();
 }
 
-QString StrictReader::placeOf(std::string_view name) const
+QString RecordReader::placeOf(std::string_view name) const
 {
     const QString member = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
     return m_place.isEmpty() ? member : m_place + u'.' + member;
 }
 
-QString StrictReader::placeOf(std::string_view name, qsizetype index) const
+QString RecordReader::placeOf(std::string_view name, qsizetype index) const
 {
     return placeOf(name) + u'[' + QString::number(index) + u']';
 }
 
-void StrictReader::report(std::string_view name, const QString &expected) const
+void RecordReader::report(std::string_view name, const QString &expected) const
 {
     if (!m_problem) {
         const bool missing = m_object->find(name) == nullptr;

@@ -1,28 +1,29 @@
 #pragma once
 
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <QList>
 
 namespace ostrelle
 {
 
-// Reads a typed record from an object: a member that is missing or of another type spoils the whole
-// document. What was found wrong first is kept, with its place: "projects[2].description: missing".
-class StrictReader
+// Reads a typed record from an object. A member that is missing or of another type makes the whole
+// document unreadable; the first such problem is kept, with its place: "projects[2].description:
+// missing".
+class RecordReader
 {
 public:
     // `place` is the object's own, empty for the top level; `problem` is shared by all readers of
     // one document.
-    StrictReader(const JsonValue &value, QString place, std::optional<QString> &problem);
+    RecordReader(const JsonValue &value, QString place, std::optional<QString> &problem);
 
     QString string(std::string_view name) const;
     qint64 integer(std::string_view name) const;
 
-    // An absent or null member is none.
+    // Nothing for a member that is absent or null.
     std::optional<QString> optionalString(std::string_view name) const;
 
-    // Every element as `readItem(element, place)` gives it.
+    // The elements of an array, each as `readItem(element, place)` reads it.
     template<typename Item>
     QList<Item> list(std::string_view name, auto readItem) const
     {
@@ -46,7 +47,8 @@ private:
     std::optional<QString> &m_problem;
 };
 
-// Decodes a whole document whose top level is read by `readRecord(reader)`, or says what is wrong.
+// Decodes a whole document, of which `readRecord(value, problem)` reads the top level, or says what
+// is wrong with it.
 template<typename Record>
 std::expected<Record, QString> decodeStrictly(std::string_view text, auto readRecord)
 {

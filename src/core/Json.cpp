@@ -1,19 +1,20 @@
-#include "tracker/Json.h"
+#include "core/Json.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <simdjson.h>
 
 namespace ostrelle
 {
 
-using namespace Qt::StringLiterals;
 namespace ondemand = simdjson::ondemand;
 using simdjson::error_code;
 
 namespace
 {
 
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr int maxDepth = 512;
 constexpr std::size_t maxValues = std::size_t{4} * 1024 * 1024;
 
@@ -176,26 +177,58 @@ private:
     std::size_t m_values = 0;
 };
 
-error_code parse(std::string_view text, JsonValue::Content &content)
+// The code unit of the escape that begins at `at`, if one does: 0xD83D for "\uD83D".
+std::optional<unsigned> escapedUnit(std::string_view text, std::size_t at)
 {
-    const simdjson::padded_string padded(text);
-    ondemand::parser parser;
-    ondemand::document document;
-    if (const auto error = parser.iterate(padded).get(document)) {
-        return error;
+    constexpr std::size_t digits = 4;
+    if (text.size() < at + 2 + digits || text[at] != '\\' || text[at + 1] != 'u') {
+        return std::nullopt;
     }
-    if (const auto error = TreeReader().read(document, content)) {
-        return error;
-    }
-    const bool atEnd = document.current_location().error() == simdjson::OUT_OF_BOUNDS;
-    return atEnd ? simdjson::SUCCESS : simdjson::TRAILING_CONTENT;
+    unsigned unit = 0;
+    const char *first = text.data() + at + 2;
+    const auto read = std::from_chars(first, first + digits, unit, 16);
+    return read.ptr == first + digits ? std::optional(unit) : std::nullopt;
 }
 
-// simdjson's description without its code: "UTF8_ERROR: The input is not valid UTF-8".
-QString describe(error_code error)
+// Half of a surrogate pair is no character, and simdjson refuses a whole document for it. Its
+// escape becomes that of U+FFFD, which is as long.
+void replaceLoneSurrogates(std::span<char> json)
 {
-    const QString message = QString::fromUtf8(simdjson::error_message(error));
-    return message.sliced(message.indexOf(u": "_s) + 2);
+    const std::string_view text(json.data(), json.size());
+    std::size_t at = text.find('\\');
+    while (at != std::string_view::npos) {
+        const auto unit = escapedUnit(text, at);
+        std::size_t length = unit ? 6 : 2;
+        if (unit && QChar::isSurrogate(*unit)) {
+            const auto next = escapedUnit(text, at + length);
+            if (QChar::isHighSurrogate(*unit) && next && QChar::isLowSurrogate(*next)) {
+                length *= 2;
+            } else {
+                std::ranges::copy(std::string_view("FFFD"), json.data() + at + 2);
+            }
+        }
+        at = text.find('\\', at + length);
+    }
+}
+
+// Unlike QString::fromUtf8() alone, this keeps a byte order mark: here it is part of the text.
+QString fromUtf8(std::string_view text)
+{
+    const auto decoded = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    return text.starts_with(byteOrderMark) ? QChar(QChar::ByteOrderMark) + decoded : decoded;
+}
+
+// True for most objects; larger ones take the longer way.
+bool isSmallWithoutTwins(std::span<const JsonMember> members)
+{
+    constexpr std::size_t small = 16;
+    for (std::size_t i = 1; i < members.size() && i < small; ++i) {
+        const auto before = members.first(i);
+        if (std::ranges::find(before, members[i].name, &JsonMember::name) != before.end()) {
+            return false;
+        }
+    }
+    return members.size() <= small;
 }
 
 const JsonValue &nullValue()
@@ -209,6 +242,9 @@ const JsonValue &nullValue()
 JsonObject::JsonObject(std::vector<JsonMember> members)
     : m_members(std::move(members))
 {
+    if (isSmallWithoutTwins(m_members)) {
+        return;
+    }
     std::vector<std::size_t> byName(m_members.size());
     std::ranges::generate(byName, [next = std::size_t{0}]() mutable { return next++; });
     std::ranges::sort(byName, {}, [this](std::size_t i) {
@@ -267,10 +303,22 @@ JsonValue::JsonValue(Content content)
 {
 }
 
+const JsonValue &JsonValue::operator[](std::string_view name) const
+{
+    const JsonObject *members = object();
+    return members != nullptr ? (*members)[name] : nullValue();
+}
+
 std::optional<QString> JsonValue::string() const
 {
     const auto *text = std::get_if<std::string>(&m_content);
-    return text != nullptr ? std::optional(QString::fromStdString(*text)) : std::nullopt;
+    return text != nullptr ? std::optional(fromUtf8(*text)) : std::nullopt;
+}
+
+bool JsonValue::isString(std::string_view utf8) const
+{
+    const auto *text = std::get_if<std::string>(&m_content);
+    return text != nullptr && *text == utf8;
 }
 
 std::optional<bool> JsonValue::boolean() const
@@ -300,17 +348,63 @@ std::optional<qint64> JsonValue::integer() const
     return static_cast<qint64>(*number);
 }
 
-std::expected<JsonValue, QString> parseJson(std::string_view text)
+struct JsonReader::Memory {
+    error_code parse(JsonValue::Content &content)
+    {
+        ondemand::document document;
+        if (const auto error = parser.iterate(text.data(), length, text.size()).get(document)) {
+            return error;
+        }
+        if (const auto error = TreeReader().read(document, content)) {
+            return error;
+        }
+        const bool atEnd = document.current_location().error() == simdjson::OUT_OF_BOUNDS;
+        return atEnd ? simdjson::SUCCESS : simdjson::TRAILING_CONTENT;
+    }
+
+    ondemand::parser parser;
+    std::string text; // with the room behind it that the parser wants
+    std::size_t length = 0;
+};
+
+JsonReader::JsonReader()
+    : m_memory(std::make_unique<Memory>())
 {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+}
+
+JsonReader::~JsonReader() = default;
+
+std::expected<JsonValue, QString> JsonReader::read(std::string_view text)
+{
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
+    m_memory->text.assign(text);
+    m_memory->text.append(simdjson::SIMDJSON_PADDING, ' ');
+    m_memory->length = text.size();
+
     JsonValue::Content content;
-    if (const error_code error = parse(text, content)) {
-        return std::unexpected(describe(error));
+    error_code error = m_memory->parse(content);
+    if (error == simdjson::STRING_ERROR) {
+        replaceLoneSurrogates({m_memory->text.data(), m_memory->length});
+        error = m_memory->parse(content);
+    }
+    if (error) {
+        return std::unexpected(QString::fromUtf8(simdjson::error_message(error)));
     }
     return JsonValue(std::move(content));
+}
+
+std::expected<JsonValue, QString> parseJson(std::string_view text)
+{
+    return JsonReader().read(text);
+}
+
+const JsonArray *objectsIn(const JsonValue &document, std::string_view member)
+{
+    const JsonArray *list = document[member].array();
+    const auto isObject = [](const JsonValue &value) { return value.object() != nullptr; };
+    return list != nullptr && std::ranges::all_of(*list, isObject) ? list : nullptr;
 }
 
 } // namespace ostrelle

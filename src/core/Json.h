@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <expected>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -56,12 +57,15 @@ public:
     explicit JsonValue(Content content);
 
     std::optional<QString> string() const;
+    bool isString(std::string_view utf8) const; // this very text
     std::optional<bool> boolean() const;
     std::optional<double> number() const;
     // A number without a fraction in the 64-bit range; 42.0 is one.
     std::optional<qint64> integer() const;
     const JsonArray *array() const { return std::get_if<JsonArray>(&m_content); }
     const JsonObject *object() const { return std::get_if<JsonObject>(&m_content); }
+    // The member of an object, or JSON null when there is none or this is no object.
+    const JsonValue &operator[](std::string_view name) const;
     bool isNull() const { return std::holds_alternative<std::nullptr_t>(m_content); }
 
     friend bool operator==(const JsonValue &, const JsonValue &) = default;
@@ -77,9 +81,30 @@ struct JsonMember {
     friend bool operator==(const JsonMember &, const JsonMember &) = default;
 };
 
-// Parses a whole document, strictly, or says what is wrong with it. A byte order mark is skipped.
-// Numbers beyond 64 bits become doubles, where simdjson's own tree refuses the whole document.
-// Documents that nest deeper than 512 levels or hold more than four million values are refused.
+// Parses whole documents, strictly, and says what is wrong with one that is none. A byte order mark
+// is skipped. Numbers beyond 64 bits become doubles, and half of a surrogate pair becomes U+FFFD:
+// simdjson alone refuses the whole document for either. Documents that nest deeper than 512 levels
+// or hold more than four million values are refused.
+class JsonReader
+{
+public:
+    JsonReader();
+    ~JsonReader();
+    Q_DISABLE_COPY_MOVE(JsonReader)
+
+    // Keeps its memory for the next text, for those who read many.
+    std::expected<JsonValue, QString> read(std::string_view text);
+
+private:
+    struct Memory;
+    const std::unique_ptr<Memory> m_memory;
+};
+
+// Reads a single text in the same way.
 std::expected<JsonValue, QString> parseJson(std::string_view text);
+
+// The array that the document, an object, has under this name. Null when it has none, or when
+// anything in it is not an object.
+const JsonArray *objectsIn(const JsonValue &document, std::string_view member);
 
 } // namespace ostrelle
