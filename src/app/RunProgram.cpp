@@ -10,10 +10,8 @@
 
 #include <QCoreApplication>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <span>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -26,20 +24,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-// Takes the link that the desktop opens the program with, if any. It may carry a token, so it does
-// not stay on the command line, which every user can read.
-QByteArray takeLink(std::span<char *> arguments)
-{
-    for (char *argument : arguments.subspan(std::min<std::size_t>(arguments.size(), 1))) {
-        const QByteArray text(argument);
-        if (text.contains(':')) {
-            std::ranges::fill(argument, argument + text.size(), '\0');
-            return text;
-        }
-    }
-    return {};
-}
 
 // Without destroying what a thread that hangs in the background may still use.
 [[noreturn]] void endProcess(int status)
@@ -83,11 +67,10 @@ void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
 
 } // namespace
 
-QByteArray prepareProgram(std::span<char *> arguments)
+void prepareProgram()
 {
     prepareProcess();
     TerminationSignals::block();
-    return takeLink(arguments);
 }
 
 int runProgram(const QByteArray &link, MakeFace makeFace)

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <sys/stat.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -190,10 +191,29 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(storedUnder(KeychainHelper::activeKey), u"secret"_s, 20000);
         QCOMPARE(storedUnder(url), u"secret"_s);
         QCOMPARE(OstrelleConfig::load().gateway.url, url);
-        QFile commandLine(u"/proc/%1/cmdline"_s.arg(program.pid()));
-        QVERIFY(commandLine.open(QIODevice::ReadOnly));
-        QVERIFY(!commandLine.readAll().contains("secret"));
         QCOMPARE(program.endWith(SIGTERM), 0);
+    }
+
+    // Everybody may read the command line of a program that has not got far yet.
+    void hidesTheLinkBeforeAnythingIsLoaded()
+    {
+        const ProgramHome home;
+        const QString program = home.path(u"ostrelle"_s);
+        QVERIFY(QFile::copy(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrelle"_s, program));
+        QVERIFY(QDir(home.path()).mkdir(u"lib"_s));
+        // A library that can be opened when somebody writes it.
+        QCOMPARE(::mkfifo(qPrintable(home.path(u"lib/libostrelle.so"_s)), 0600), 0);
+        QProcess process;
+        process.start(program, {u"note:for me"_s, u"Ostrelle://config?token=secret"_s});
+        QVERIFY(process.waitForStarted());
+        const auto commandLine = [&] {
+            QFile file(u"/proc/%1/cmdline"_s.arg(process.processId()));
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        QTRY_VERIFY(commandLine().contains("note:for me") && !commandLine().contains("secret"));
+        QCOMPARE(process.state(), QProcess::Running);
+        process.kill();
+        QVERIFY(process.waitForFinished());
     }
 
     void enablesProjectTrackingOnce()
