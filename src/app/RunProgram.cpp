@@ -10,7 +10,6 @@
 
 #include <QCoreApplication>
 
-#include <cstdio>
 #include <cstdlib>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -28,7 +27,7 @@ namespace
 // Without destroying what a thread that hangs in the background may still use.
 [[noreturn]] void endProcess(int status)
 {
-    std::fflush(stdout);
+    static_cast<void>(finishLog(std::chrono::milliseconds(100)));
 #ifdef __SANITIZE_ADDRESS__
     __lsan_do_leak_check();
 #endif
@@ -71,6 +70,7 @@ void prepareProgram()
 {
     prepareProcess();
     TerminationSignals::block();
+    logMessagesOfLibraries();
 }
 
 int runProgram(const QByteArray &link, MakeFace makeFace)
@@ -82,6 +82,7 @@ int runProgram(const QByteArray &link, MakeFace makeFace)
         return EXIT_SUCCESS;
     case SingleInstance::Role::Refused:
         logLine(u"[Ostrelle] Already running, but the running program does not answer"_s);
+        static_cast<void>(finishLog(std::chrono::milliseconds(100)));
         return EXIT_FAILURE;
     case SingleInstance::Role::First:
         run(instance, link, makeFace);
