@@ -7,6 +7,7 @@ namespace ostrelle
 {
 
 // Where tools are looked for, whatever the desktop session has: other systems' places do no harm.
+// Folders that anybody may write to are left out.
 QString toolSearchPath();
 
 // All that a tool gets to see of this program's environment: PATH and HOME.

@@ -1,9 +1,10 @@
 #include "gateway/DuskrellTool.h"
 
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
 #include "gateway/Utf8.h"
 #include "platform/ChildProcess.h"
+#include "platform/SearchPath.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 
 #include <algorithm>
 
@@ -25,8 +26,11 @@ struct ToolRun {
 
 ToolRun run(const QString &program, const QStringList &arguments, Capture capture)
 {
-    const auto result = runChild({.program = program, .arguments = arguments},
-                                 {.capture = capture, .killAfter = killAfter});
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"PATH"_s, withoutOpenFolders(environment.value(u"PATH"_s)));
+    const auto result =
+        runChild({.program = program, .arguments = arguments, .environment = environment},
+                 {.capture = capture, .killAfter = killAfter});
     if (!result) {
         return {};
     }
@@ -36,7 +40,7 @@ ToolRun run(const QString &program, const QStringList &arguments, Capture captur
 
 QString findDuskrell()
 {
-    return run(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}, Capture::StandardOutput).output;
+    return findProgram(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
 }
 
 ToolRun runDuskrell(const QString &path, const QStringList &arguments,

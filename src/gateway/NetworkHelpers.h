@@ -20,7 +20,7 @@ struct TailscalePlaces {
 // What the gateway features need to know of the machine's network. Nothing is kept between calls:
 // each looks at the file system and runs the tools again. A tool that is missing, fails or prints
 // nonsense has printed nothing. Every call but getLocalIP() may run child processes and waits for
-// them, as long as they run: background threads only.
+// them, for at most a minute each: background threads only.
 class NetworkHelpers
 {
 public:

@@ -49,7 +49,8 @@ std::optional<QStringList> trackerIds(const std::string &listing)
         if (!job.is_object()) {
             return std::nullopt;
         }
-        if (const auto id = trackerId(job)) {
+        // What begins like an option would be one for the tool.
+        if (const auto id = trackerId(job); id && !id->startsWith(u'-')) {
             ids.append(*id);
         }
     }
