@@ -23,6 +23,9 @@ std::optional<QString> runtimeDirectory();
 // it serves, else one below the home, which is made. Absent when neither does.
 std::optional<QString> privateTemporaryDirectory();
 
+// The directory below the home of the two; it is made. Absent when it cannot be had.
+std::optional<QString> privateHomeDirectory();
+
 // The two, in that order; for who looks for what an earlier run of the program has left there.
 QStringList privateTemporaryPlaces();
 
