@@ -26,11 +26,8 @@ struct ToolRun {
 
 ToolRun run(const QString &program, const QStringList &arguments, Capture capture)
 {
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"PATH"_s, withoutOpenFolders(environment.value(u"PATH"_s)));
-    const auto result =
-        runChild({.program = program, .arguments = arguments, .environment = environment},
-                 {.capture = capture, .killAfter = killAfter});
+    const auto result = runChild({.program = program, .arguments = arguments},
+                                 {.capture = capture, .killAfter = killAfter});
     if (!result) {
         return {};
     }

@@ -4,6 +4,7 @@
 #include "platform/NeverDestroyed.h"
 #include "platform/OutputPipe.h"
 #include "platform/ProcessSetup.h"
+#include "platform/SearchPath.h"
 
 #include <algorithm>
 #include <array>
@@ -33,6 +34,8 @@ namespace
 constexpr std::chrono::seconds leftoverGrace{1};
 
 constexpr qsizetype mostInPipe = qsizetype{1024} * 1024;
+
+const QString pathVariable = u"PATH"_s;
 
 // The children that somebody waits for, so that shutdown can end them. A process descriptor names
 // its process for good, where a number could by then belong to a stranger.
@@ -212,6 +215,21 @@ std::unexpected<ChildFailure> programIsEnding()
         failure(ChildFailure::Kind::ProgramEnds, u"The program is about to end"_s));
 }
 
+// What the child looks for by name is not looked for where anybody may put it.
+QProcessEnvironment safeEnvironment(const ChildCommand &command)
+{
+    QProcessEnvironment environment =
+        command.environment.value_or(QProcessEnvironment::systemEnvironment());
+    environment.insert(pathVariable, withoutOpenFolders(environment.value(pathVariable)));
+    return environment;
+}
+
+std::optional<QString> findByName(const QString &program, const QProcessEnvironment &environment)
+{
+    return program.contains(u'/') ? std::optional(program)
+                                  : findProgram(program, environment.value(pathVariable));
+}
+
 // Waits for output or for the child's end. True at the end.
 bool waitForChild(const OutputPipe &pipe, int process, const Deadline &deadline)
 {
@@ -316,12 +334,15 @@ std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
-    process.setProgram(command.program);
+    const auto environment = safeEnvironment(command);
+    const auto program = findByName(command.program, environment);
+    if (!program) {
+        return std::unexpected(notStarted(ENOENT));
+    }
+    process.setProgram(*program);
     process.setArguments(command.arguments);
     process.setWorkingDirectory(command.workingDirectory);
-    if (command.environment) {
-        process.setProcessEnvironment(*command.environment);
-    }
+    process.setProcessEnvironment(environment);
     process.start();
     if (!process.waitForStarted(-1)) {
         return std::unexpected(failure(ChildFailure::Kind::NotStarted, process.errorString()));

@@ -14,7 +14,8 @@
 namespace ostrelle
 {
 
-// What to start. An absent environment means the program's own.
+// What to start: a path, or a name that is looked for in PATH. An absent environment means the
+// program's own. Folders that anybody may write to are taken out of its PATH.
 struct ChildCommand {
     QString program;
     QStringList arguments = {};

@@ -87,7 +87,7 @@ QString withoutOpenFolders(const QString &searchPath)
             safe.append(folder);
         }
     }
-    return safe.join(u':');
+    return safe.isEmpty() ? u"/usr/bin:/bin"_s : safe.join(u':');
 }
 
 std::optional<QString> findProgram(const QString &name, const QString &searchPath)

@@ -11,7 +11,8 @@ namespace ostrelle
 // into a folder, or write into the program, it is not ours to run: the folder or the program is
 // passed over, which is told once with a log line. Any thread.
 
-// The list without such folders, and without those that depend on the working directory.
+// The list without such folders, and without those that depend on the working directory. Never
+// empty, for that would mean the working directory too.
 QString withoutOpenFolders(const QString &searchPath);
 
 // The first program of that name; absent when there is none.

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTest>
 
 #include <fcntl.h>
@@ -235,19 +234,6 @@ private Q_SLOTS:
         QCOMPARE(printed.text(), complaint);
     }
 
-    void silentClientGivesWay()
-    {
-        const ServerFixture fixture({.untilRequest = 60s});
-        utilityPool().waitForDone();
-        RawClient silent(fixture.server->port());
-        QCOMPARE(fixture.get("/health"), healthy); // so the silent one is accepted by now
-        const LastDescriptor limit;                // the client's own end
-        RawClient late(fixture.server->port());
-        QVERIFY(late.send("GET /health HTTP/1.1\r\n\r\n"));
-        QCOMPARE(late.readAll().value_or("broken"), healthy);
-        QCOMPARE(silent.readAll(), nothing);
-    }
-
     void endWhileServing()
     {
         ServerFixture fixture;
@@ -265,25 +251,6 @@ private Q_SLOTS:
         fixture.server.reset();
         QCOMPARE(digest.readAll(), nothing);
         QVERIFY(unread.readAll());
-    }
-
-    void childrenInheritNoSocket()
-    {
-        const ServerFixture fixture;
-        RawClient silent(fixture.server->port());
-        QCOMPARE(fixture.get("/health"), healthy); // so the silent one is accepted by now
-        QProcess child;
-        child.start(u"/bin/sleep"_s, {u"60"_s});
-        QVERIFY(child.waitForStarted());
-        const QDir descriptors(u"/proc/%1/fd"_s.arg(child.processId()));
-        const QFileInfoList inherited = descriptors.entryInfoList(QDir::Files | QDir::System);
-        QVERIFY(!inherited.isEmpty());
-        for (const QFileInfo &descriptor : inherited) {
-            QVERIFY2(!descriptor.symLinkTarget().contains("socket:"_L1),
-                     qPrintable(descriptor.filePath()));
-        }
-        child.kill();
-        QVERIFY(child.waitForFinished());
     }
 };
 
