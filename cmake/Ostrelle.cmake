@@ -14,11 +14,25 @@ target_compile_definitions(ostrelle_options INTERFACE
 target_include_directories(ostrelle_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 
 if(OSTRELLE_SANITIZE)
+    # What the sanitizers watch for is not hardened as well: the two get in each other's way.
     add_compile_options(-fsanitize=${OSTRELLE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${OSTRELLE_SANITIZE})
     if(OSTRELLE_SANITIZE STREQUAL "thread")
         add_compile_options(-Wno-tsan) # what qmlcachegen writes holds fences, which tsan overlooks
     endif()
+else()
+    # Every target: what comes in from the network or a tool shall not get beyond a crash.
+    # script/check-binaries looks whether it took.
+    add_compile_options(-fstack-protector-strong -fstack-clash-protection)
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|i.86")
+        add_compile_options(-fcf-protection=full)
+    elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64")
+        add_compile_options(-mbranch-protection=standard)
+    endif()
+    # Checked calls need an optimiser, so a debug build is optimised as far as debuggers like it.
+    add_compile_options($<$<CONFIG:Debug>:-Og>)
+    add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+    add_link_options(LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
 endif()
 if(OSTRELLE_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
@@ -73,7 +87,8 @@ function(ostrelle_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ostrelle_testsupport libostrelle ${arg_LINK} Qt6::Test)
-    target_compile_options(${name} PRIVATE -O0 -g1) # compiling them takes longer than running them
+    # Compiling them takes longer than running them. Without an optimiser no call can be checked.
+    target_compile_options(${name} PRIVATE -O0 -g1 -U_FORTIFY_SOURCE)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
         "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};TSAN_OPTIONS=${tsan_options};LSAN_OPTIONS=${lsan_options};ASAN_OPTIONS=${asan_options}")

@@ -3,9 +3,9 @@
 #include <QCoreApplication>
 
 // Called by the program's main, by this name.
-extern "C" int runHeadless(int argc, char **argv)
+extern "C" int runHeadless(int argc, char **argv, const char *link)
 {
-    const QByteArray link = ostrelle::prepareProgram({argv, static_cast<std::size_t>(argc)});
+    ostrelle::prepareProgram();
     const QCoreApplication application(argc, argv);
     return ostrelle::runProgram(link);
 }

@@ -10,10 +10,7 @@
 
 #include <QCoreApplication>
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <span>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -27,24 +24,10 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// Takes the link that the desktop opens the program with, if any. It may carry a token, so it does
-// not stay on the command line, which every user can read.
-QByteArray takeLink(std::span<char *> arguments)
-{
-    for (char *argument : arguments.subspan(std::min<std::size_t>(arguments.size(), 1))) {
-        const QByteArray text(argument);
-        if (text.contains(':')) {
-            std::ranges::fill(argument, argument + text.size(), '\0');
-            return text;
-        }
-    }
-    return {};
-}
-
 // Without destroying what a thread that hangs in the background may still use.
 [[noreturn]] void endProcess(int status)
 {
-    std::fflush(stdout);
+    static_cast<void>(finishLog(std::chrono::milliseconds(100)));
 #ifdef __SANITIZE_ADDRESS__
     __lsan_do_leak_check();
 #endif
@@ -83,11 +66,11 @@ void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
 
 } // namespace
 
-QByteArray prepareProgram(std::span<char *> arguments)
+void prepareProgram()
 {
     prepareProcess();
     TerminationSignals::block();
-    return takeLink(arguments);
+    logMessagesOfLibraries();
 }
 
 int runProgram(const QByteArray &link, MakeFace makeFace)
@@ -99,6 +82,7 @@ int runProgram(const QByteArray &link, MakeFace makeFace)
         return EXIT_SUCCESS;
     case SingleInstance::Role::Refused:
         logLine(u"[Ostrelle] Already running, but the running program does not answer"_s);
+        static_cast<void>(finishLog(std::chrono::milliseconds(100)));
         return EXIT_FAILURE;
     case SingleInstance::Role::First:
         run(instance, link, makeFace);

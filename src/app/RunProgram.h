@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <memory>
-#include <span>
 
 namespace ostrelle
 {
@@ -47,12 +46,12 @@ protected:
 
 using MakeFace = std::unique_ptr<Face> (*)();
 
-// What has to be done before there is an application object and other threads. Returns the link
-// that the desktop opens the program with, if any.
-QByteArray prepareProgram(std::span<char *> arguments);
+// What has to be done before there is an application object and other threads.
+void prepareProgram();
 
 // Runs the program until it is to end, and then ends the process; returns the exit status where
-// there was nothing to run. Without `makeFace` the program does everything but show itself.
+// there was nothing to run. `link` is what the desktop opens the program with, or empty. Without
+// `makeFace` the program does everything but show itself.
 int runProgram(const QByteArray &link, MakeFace makeFace = nullptr);
 
 } // namespace ostrelle

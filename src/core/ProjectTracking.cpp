@@ -40,7 +40,7 @@ void enableProjectTrackingSkill()
     }
     static_cast<void>(runChild(
         {.program = u"/bin/bash"_s, .arguments = {*script}, .environment = toolEnvironment()},
-        {.capture = Capture::Nothing}));
+        {.capture = Capture::Nothing, .killAfter = std::chrono::minutes(1)}));
 }
 
 } // namespace ostrelle

@@ -1,6 +1,7 @@
 #include "core/ToolEnvironment.h"
 
 #include "platform/Paths.h"
+#include "platform/SearchPath.h"
 
 namespace ostrelle
 {
@@ -9,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 QString toolSearchPath()
 {
-    return u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s;
+    return withoutOpenFolders(u"/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"_s);
 }
 
 QProcessEnvironment toolEnvironment(const QString &searchPath)

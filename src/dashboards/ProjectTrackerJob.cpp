@@ -37,7 +37,7 @@ bool runProjectTrackerJob(
     }
     const auto job =
         projectTrackerJobIn(runProcess(cli, {u"cron"_s, u"list"_s, u"--json"_s, u"--all"_s}));
-    if (!job) {
+    if (!job || job->startsWith(u'-')) { // which would be an option for the tool
         return false;
     }
     runProcess(cli, {u"cron"_s, u"run"_s, *job});

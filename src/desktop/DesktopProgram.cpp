@@ -78,9 +78,9 @@ std::unique_ptr<Face> makeTrayFace()
 } // namespace ostrelle
 
 // Called by the program's main, by this name.
-extern "C" int runOnDesktop(int argc, char **argv)
+extern "C" int runOnDesktop(int argc, char **argv, const char *link)
 {
-    const QByteArray link = ostrelle::prepareProgram({argv, static_cast<std::size_t>(argc)});
+    ostrelle::prepareProgram();
     const ostrelle::TrayApplication application(argc, argv);
     return ostrelle::runProgram(link, ostrelle::isOnDisplay() ? &ostrelle::makeTrayFace : nullptr);
 }

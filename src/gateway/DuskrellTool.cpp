@@ -1,6 +1,9 @@
 #include "gateway/DuskrellTool.h"
 
 #include "platform/ChildProcess.h"
+#include "platform/SearchPath.h"
+#include "settings/KeychainHelper.h"
+#include "settings/OstrelleConfig.h"
 
 #include <algorithm>
 
@@ -34,7 +37,7 @@ ToolRun run(const QString &program, const QStringList &arguments, Capture captur
 
 QString findDuskrell()
 {
-    return run(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}, Capture::StandardOutput).output;
+    return findProgram(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
 }
 
 ToolRun runDuskrell(const QString &path, const QStringList &arguments,

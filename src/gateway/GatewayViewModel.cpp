@@ -3,8 +3,8 @@
 #include "core/PropertyUpdateGroup.h"
 #include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
+#include "platform/PrivateLog.h"
 
-#include <QFile>
 #include <QtConcurrent>
 
 namespace ostrelle
@@ -27,9 +27,9 @@ constexpr int questionsAtOnce = 24;
 
 void openLog(const GatewaySurroundings &surroundings)
 {
-    // Creates the file only if there is none.
-    QFile(surroundings.voiceLog).open(QFile::WriteOnly | QFile::NewOnly);
-    surroundings.openFile(surroundings.voiceLog);
+    if (openPrivateLog(surroundings.voiceLog)) { // now it is there, and nobody else's
+        surroundings.openFile(surroundings.voiceLog);
+    }
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <array>
 #include <ifaddrs.h>
 #include <memory>
+#include <net/if.h>
 
 namespace ostrelle
 {
@@ -28,6 +29,19 @@ bool isOnLan(const InterfaceAddress &address)
            !address.ipv4.startsWith("127."_L1) && !address.ipv4.startsWith("100."_L1);
 }
 
+// Behind these is another network, or none.
+bool isVirtual(const QString &interface)
+{
+    constexpr std::array prefixes{"docker"_L1, "br-"_L1, "virbr"_L1, "veth"_L1,
+                                  "tun"_L1,    "tap"_L1, "wg"_L1,    "tailscale"_L1};
+    return std::ranges::any_of(prefixes, [&](auto prefix) { return interface.startsWith(prefix); });
+}
+
+bool isReachable(const InterfaceAddress &address)
+{
+    return isOnLan(address) && address.isUp && !isVirtual(address.interface);
+}
+
 } // namespace
 
 QList<InterfaceAddress> interfaceAddresses()
@@ -41,7 +55,9 @@ QList<InterfaceAddress> interfaceAddresses()
     for (const ifaddrs *entry = list; entry != nullptr; entry = entry->ifa_next) {
         if (entry->ifa_addr != nullptr && entry->ifa_addr->sa_family == AF_INET) {
             addresses.append({.interface = QString::fromLocal8Bit(entry->ifa_name),
-                              .ipv4 = dottedQuad(entry->ifa_addr)});
+                              .ipv4 = dottedQuad(entry->ifa_addr),
+                              .isUp = (entry->ifa_flags & IFF_UP) != 0 &&
+                                      (entry->ifa_flags & IFF_RUNNING) != 0});
         }
     }
     return addresses;
@@ -49,7 +65,10 @@ QList<InterfaceAddress> interfaceAddresses()
 
 std::optional<QString> firstLanAddress(const QList<InterfaceAddress> &addresses)
 {
-    const auto first = std::ranges::find_if(addresses, isOnLan);
+    auto first = std::ranges::find_if(addresses, isReachable);
+    if (first == addresses.end()) {
+        first = std::ranges::find_if(addresses, isOnLan);
+    }
     return first == addresses.end() ? std::nullopt : std::optional(first->ipv4);
 }
 

@@ -11,13 +11,15 @@ namespace ostrelle
 struct InterfaceAddress {
     QString interface;
     QString ipv4; // dotted quad
+    bool isUp = true;
 };
 
 // This machine's IPv4 addresses in the order of the system's list; none when that cannot be had.
 QList<InterfaceAddress> interfaceAddresses();
 
-// The first address under which the local network could reach this machine: none of the loopback,
-// of a tunnel or of Tailscale's range.
+// The first address by which the local network could reach this machine: not of the loopback, not
+// of a tunnel, not of Tailscale's range. Interfaces that are down, and those that containers,
+// virtual machines and tunnels have, count only when there is no other.
 std::optional<QString> firstLanAddress(const QList<InterfaceAddress> &addresses);
 
 } // namespace ostrelle

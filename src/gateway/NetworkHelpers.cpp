@@ -5,6 +5,7 @@
 #include "gateway/LanAddress.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
+#include "platform/SearchPath.h"
 
 #include <algorithm>
 
@@ -15,6 +16,9 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+// What takes longer hangs, and bars those that come after it.
+constexpr std::chrono::minutes patience{1};
 
 QProcessEnvironment fixedEnvironment()
 {
@@ -31,19 +35,20 @@ QByteArray outputOf(const QString &executable, const QStringList &args)
     }
     const auto result = runChild({.program = u"/bin/bash"_s,
                                   .arguments = {u"-c"_s, commandLine},
-                                  .environment = fixedEnvironment()});
+                                  .environment = fixedEnvironment()},
+                                 {.killAfter = patience});
     return result ? result->output : QByteArray();
 }
 
 std::optional<QString> firstExisting(const QStringList &paths)
 {
-    const auto path = std::ranges::find_if(paths, fileExists);
+    const auto path = std::ranges::find_if(paths, &fileExists);
     return path == paths.end() ? std::nullopt : std::optional(*path);
 }
 
 QString tailscaleOnSearchPath()
 {
-    return NetworkHelpers::runProcess(u"/usr/bin/env"_s, {u"which"_s, u"tailscale"_s}).trimmed();
+    return findProgram(u"tailscale"_s, toolSearchPath()).value_or(QString());
 }
 
 QStringView withoutBlanks(QStringView line)
@@ -68,7 +73,8 @@ QString NetworkHelpers::runProcess(const QString &executable, const QStringList 
 
 QString NetworkHelpers::tailscaleCLI(const TailscalePlaces &places)
 {
-    if (const auto tool = firstExisting(places.tools + QStringList(places.applicationTool))) {
+    const QStringList tools = places.tools + QStringList(places.applicationTool);
+    if (const auto tool = std::ranges::find_if(tools, &isTrustworthyFile); tool != tools.end()) {
         return *tool;
     }
     const QString found = tailscaleOnSearchPath();

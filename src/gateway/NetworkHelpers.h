@@ -20,7 +20,7 @@ struct TailscalePlaces {
 // What the gateway features need to know of the machine's network. Nothing is kept between calls:
 // each looks at the file system and runs the tools again. A tool that is missing, fails or prints
 // nonsense counts as one that printed nothing. Every function but getLocalIP() may run child
-// processes and waits until they end: background threads only.
+// processes and waits for them, for at most a minute each: background threads only.
 class NetworkHelpers
 {
 public:

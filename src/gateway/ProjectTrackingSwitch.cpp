@@ -33,7 +33,8 @@ std::optional<QStringList> trackerIds(const std::string &listing)
     QStringList ids;
     for (const JsonValue &job : *jobs) {
         const auto id = job["id"].string();
-        if (id && job["name"].isString("OSTRELLE Project Tracker")) {
+        // What begins like an option would be one for the tool.
+        if (id && !id->startsWith(u'-') && job["name"].isString("OSTRELLE Project Tracker")) {
             ids.append(*id);
         }
     }

@@ -3,18 +3,37 @@
 // itself. Linked, all of Qt Widgets would come with a headless publisher, or be looked up among
 // everything that was loaded before it.
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
+#include <span>
+#include <string>
 #include <string_view>
 #include <system_error>
 
 namespace
 {
 
-using Run = int (*)(int argc, char **argv);
+// The link that the desktop opens the program with is empty where there is none.
+using Run = int (*)(int argc, char **argv, const char *link);
+
+// Takes the link from the command line, which every user can read: it may carry a token. What is no
+// link of ours is left alone.
+std::string takeLink(std::span<char *> arguments)
+{
+    constexpr std::string_view scheme = "ostrelle:";
+    for (char *const argument : arguments.subspan(std::min<std::size_t>(arguments.size(), 1))) {
+        std::string text(argument);
+        if (::strncasecmp(argument, scheme.data(), scheme.size()) == 0) {
+            ::explicit_bzero(argument, text.size());
+            return text;
+        }
+    }
+    return {};
+}
 
 std::string_view variable(const char *name)
 {
@@ -55,9 +74,11 @@ Run load(const char *library, const char *entry)
 
 int main(int argc, char **argv)
 {
+    // Before anything is loaded, which may take long.
+    const std::string link = takeLink({argv, static_cast<std::size_t>(argc)});
     Run run = hasDisplay() ? load("libostrelle_desktop.so", "runOnDesktop") : nullptr;
     if (run == nullptr) {
         run = load("libostrelle.so", "runHeadless");
     }
-    return run != nullptr ? run(argc, argv) : EXIT_FAILURE;
+    return run != nullptr ? run(argc, argv, link.c_str()) : EXIT_FAILURE;
 }

@@ -2,13 +2,20 @@
 
 #include "platform/Files.h"
 #include "platform/NeverDestroyed.h"
+#include "platform/OutputPipe.h"
 #include "platform/ProcessSetup.h"
+#include "platform/SearchPath.h"
 
 #include <QDeadlineTimer>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <map>
 #include <mutex>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -24,6 +31,13 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+// For those who hold the output of a child that has ended.
+constexpr std::chrono::seconds leftoverGrace{1};
+
+constexpr qsizetype mostInPipe = qsizetype{1024} * 1024;
+
+const QString pathVariable = u"PATH"_s;
 
 // The children that somebody waits for, so that shutdown can end them. A process descriptor names
 // its process for good, where a number could by then belong to a stranger.
@@ -58,19 +72,32 @@ public:
         return m_ending;
     }
 
+    void end(pid_t pid)
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (const auto child = m_children.find(pid); child != m_children.end()) {
+            end(*child);
+        }
+    }
+
     void endAll()
     {
         const std::scoped_lock lock(m_mutex);
         m_ending = true;
-        for (const auto &[pid, process] : m_children) {
-            // The group goes with its leader, as long as that is surely still the one we started.
-            if (::pidfd_send_signal(process.get(), SIGKILL, nullptr, 0) == 0) {
-                ::kill(-pid, SIGKILL);
-            }
+        for (const auto &child : m_children) {
+            end(child);
         }
     }
 
 private:
+    // The group goes with its leader, as long as that is surely still the one we started.
+    static void end(const std::pair<const pid_t, Descriptor> &child)
+    {
+        if (::pidfd_send_signal(child.second.get(), SIGKILL, nullptr, 0) == 0) {
+            ::kill(-child.first, SIGKILL);
+        }
+    }
+
     std::mutex m_mutex;
     // protected by m_mutex
     std::map<pid_t, Descriptor> m_children;
@@ -106,22 +133,36 @@ int remaining(const QDeadlineTimer &deadline)
     return static_cast<int>(deadline.remainingTime());
 }
 
-void connectStreams(QProcess &process, Capture capture)
+// What becomes of the child's standard output and standard error; -1: the null device.
+struct Streams {
+    int output = -1;
+    int error = -1;
+};
+
+Streams streamsOf(Capture capture, int pipe)
 {
-    const QString nowhere = QProcess::nullDevice();
-    process.setStandardInputFile(nowhere);
-    if (capture == Capture::Merged) {
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        return;
-    }
-    if (capture == Capture::StandardError) {
-        process.setReadChannel(QProcess::StandardError);
-    } else {
-        process.setStandardErrorFile(nowhere);
-    }
-    if (capture != Capture::StandardOutput) {
-        process.setStandardOutputFile(nowhere);
-    }
+    const bool takesOutput = capture == Capture::StandardOutput || capture == Capture::Merged;
+    const bool takesError = capture == Capture::StandardError || capture == Capture::Merged;
+    return {.output = takesOutput ? pipe : -1, .error = takesError ? pipe : -1};
+}
+
+void prepare(QProcess &process, const Streams &streams)
+{
+    const pid_t parent = ::getpid();
+    process.setChildProcessModifier([parent, streams] {
+        restoreForChild();
+        ::setpgid(0, 0);
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (::getppid() != parent) {
+            ::_exit(127); // the parent was killed before the line above could take effect
+        }
+        if (streams.output >= 0) {
+            ::dup2(streams.output, STDOUT_FILENO);
+        }
+        if (streams.error >= 0) {
+            ::dup2(streams.error, STDERR_FILENO);
+        }
+    });
 }
 
 void signalGroup(const QProcess &process, int signal)
@@ -131,10 +172,10 @@ void signalGroup(const QProcess &process, int signal)
     }
 }
 
-// Asks the child and its group to end; false when it still runs after that time.
-bool askToEnd(QProcess &process, std::chrono::milliseconds within)
+// False when it still runs after that time.
+bool endsWhenAsked(QProcess &process, std::chrono::milliseconds within)
 {
-    signalGroup(process, SIGTERM);
+    askGroupToEnd(process);
     return process.waitForFinished(static_cast<int>(within.count()));
 }
 
@@ -149,65 +190,116 @@ ChildFailure failure(ChildFailure::Kind kind, const QString &text)
     return {kind, text};
 }
 
+ChildFailure notStarted(int error)
+{
+    return failure(ChildFailure::Kind::NotStarted, QString::fromLocal8Bit(std::strerror(error)));
+}
+
 std::unexpected<ChildFailure> programIsEnding()
 {
     return std::unexpected(
         failure(ChildFailure::Kind::ProgramEnds, u"The program is about to end"_s));
 }
 
-void takeOutput(QProcess &process, const ChildOptions &options, QByteArray &collected)
+// What the child looks for by name is not looked for where anybody may put it.
+QProcessEnvironment safeEnvironment(const ChildCommand &command)
 {
-    if (options.capture == Capture::Nothing) {
-        return;
-    }
-    const QByteArray piece = process.readAll();
-    if (!options.onOutput) {
-        collected += piece;
-    } else if (!piece.isEmpty()) {
-        options.onOutput(piece);
-    }
+    QProcessEnvironment environment =
+        command.environment.value_or(QProcessEnvironment::systemEnvironment());
+    environment.insert(pathVariable, withoutOpenFolders(environment.value(pathVariable)));
+    return environment;
+}
+
+std::optional<QString> findByName(const QString &program, const QProcessEnvironment &environment)
+{
+    return program.contains(u'/') ? std::optional(program)
+                                  : findProgram(program, environment.value(pathVariable));
+}
+
+// Waits for output or for the child's end. True at the end.
+bool waitForChild(const OutputPipe &pipe, int process, const QDeadlineTimer &deadline)
+{
+    std::array<pollfd, 2> events{{{.fd = process, .events = POLLIN, .revents = 0},
+                                  {.fd = pipe.readEnd(), .events = POLLIN, .revents = 0}}};
+    ::poll(events.data(), events.size(), remaining(deadline));
+    return events[0].revents != 0;
 }
 
 // Collects the output until the child has ended; on failure the child still runs.
-std::expected<QByteArray, ChildFailure> collect(QProcess &process, const ChildOptions &options)
+std::expected<QByteArray, ChildFailure> collect(OutputPipe &pipe, int process,
+                                                const ChildOptions &options)
 {
     const QDeadlineTimer deadline = deadlineAfter(options.killAfter);
     QByteArray output;
-    while (process.state() != QProcess::NotRunning) {
-        // Wakes up for output and for the end; a child that closed its output is waited for below.
-        if (!process.waitForReadyRead(remaining(deadline)) && !deadline.hasExpired()) {
-            process.waitForFinished(remaining(deadline));
+    qsizetype bytesAfterEnd = 0;
+    while (true) {
+        const bool ended = waitForChild(pipe, process, deadline);
+        const QByteArray piece = pipe.read();
+        if (options.stop.stop_requested()) {
+            return std::unexpected(
+                failure(ChildFailure::Kind::Stopped, u"The command was stopped"_s));
         }
-        takeOutput(process, options, output);
+        if (!options.onOutput) {
+            output += piece;
+        } else if (!piece.isEmpty()) {
+            options.onOutput(piece);
+        }
         if (output.size() > options.maxOutputBytes) {
             return std::unexpected(
                 failure(ChildFailure::Kind::TooMuchOutput, u"The command wrote too much output"_s));
         }
-        if (deadline.hasExpired() && process.state() != QProcess::NotRunning) {
+        // What it wrote before is taken, or somebody else goes on and on.
+        bytesAfterEnd += ended ? piece.size() : 0;
+        if (ended && (piece.isEmpty() || bytesAfterEnd > mostInPipe)) {
+            return output;
+        }
+        if (!ended && deadline.hasExpired()) {
             return std::unexpected(
                 failure(ChildFailure::Kind::TimedOut, u"The command timed out"_s));
         }
     }
-    return output;
+}
+
+// The output of a child that runs to its end, unless something cuts that short.
+std::expected<QByteArray, ChildFailure> superviseChild(const QProcess &child, OutputPipe &pipe,
+                                                       const ChildOptions &options)
+{
+    const auto pid = static_cast<pid_t>(child.processId());
+    const Registration registration(pid);
+    const Descriptor process(::pidfd_open(pid, 0));
+    if (!process) {
+        return std::unexpected(notStarted(errno));
+    }
+    if (!registration.accepted()) {
+        return programIsEnding();
+    }
+    const std::stop_callback onStop(options.stop, [pid] { RunningChildren::instance().end(pid); });
+    return collect(pipe, process.get(), options);
+}
+
+void endLeftovers(OutputPipe &pipe)
+{
+    const QDeadlineTimer deadline(leftoverGrace);
+    while (!pipe.ended() && !deadline.hasExpired() && !programEnds()) {
+        waitForChild(pipe, -1, deadline);
+        pipe.read();
+    }
+    if (!pipe.ended()) {
+        pipe.killHolders();
+    }
 }
 
 } // namespace
 
 void prepareChild(QProcess &process, std::optional<int> outputDescriptor)
 {
-    const pid_t parent = ::getpid();
-    process.setChildProcessModifier([parent, outputDescriptor] {
-        restoreForChild();
-        ::setpgid(0, 0);
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (::getppid() != parent) {
-            ::_exit(127); // the parent was killed before the line above could take effect
-        }
-        if (outputDescriptor) {
-            ::dup2(*outputDescriptor, STDOUT_FILENO);
-            ::dup2(*outputDescriptor, STDERR_FILENO);
-        }
-    });
+    const int descriptor = outputDescriptor.value_or(-1);
+    prepare(process, {.output = descriptor, .error = descriptor});
+}
+
+void askGroupToEnd(const QProcess &process)
+{
+    signalGroup(process, SIGTERM);
 }
 
 void killWithGroup(QProcess &process)
@@ -219,35 +311,41 @@ void killWithGroup(QProcess &process)
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
                                                   const ChildOptions &options)
 {
+    auto pipe = OutputPipe::open();
+    if (!pipe) {
+        return std::unexpected(notStarted(errno));
+    }
     QProcess process;
-    prepareChild(process);
-    connectStreams(process, options.capture);
-    process.setProgram(command.program);
+    prepare(process, streamsOf(options.capture, pipe->writeEnd()));
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    const auto environment = safeEnvironment(command);
+    const auto program = findByName(command.program, environment);
+    if (!program) {
+        return std::unexpected(notStarted(ENOENT));
+    }
+    process.setProgram(*program);
     process.setArguments(command.arguments);
     process.setWorkingDirectory(command.workingDirectory);
-    if (command.environment) {
-        process.setProcessEnvironment(*command.environment);
-    }
+    process.setProcessEnvironment(environment);
     process.start();
     if (!process.waitForStarted(-1)) {
         return std::unexpected(failure(ChildFailure::Kind::NotStarted, process.errorString()));
     }
-
-    const auto pid = static_cast<pid_t>(process.processId());
-    const Registration registration(pid);
-    const auto output = registration.accepted()
-                            ? collect(process, options)
-                            : std::expected<QByteArray, ChildFailure>(programIsEnding());
+    pipe->closeWriteEnd();
+    const auto output = superviseChild(process, *pipe, options);
     if (!output) {
         const bool hasGrace = output.error().kind == ChildFailure::Kind::TimedOut &&
                               options.killGrace > std::chrono::milliseconds(0);
-        if (!hasGrace || !askToEnd(process, options.killGrace)) {
+        if (!hasGrace || !endsWhenAsked(process, options.killGrace)) {
             killAndReap(process);
         }
         return std::unexpected(output.error());
     }
+    process.waitForFinished(-1);
     if (options.killLeftovers) {
-        ::kill(-pid, SIGKILL);
+        endLeftovers(*pipe);
     }
     if (programEnds()) {
         return programIsEnding(); // the child may have been cut short

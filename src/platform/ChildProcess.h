@@ -9,11 +9,13 @@
 #include <expected>
 #include <functional>
 #include <optional>
+#include <stop_token>
 
 namespace ostrelle
 {
 
-// What to start. An absent environment means the program's own.
+// What to start: a path, or a name that is looked for in PATH. An absent environment means the
+// program's own. Folders that anybody may write to are taken out of its PATH.
 struct ChildCommand {
     QString program;
     QStringList arguments = {};
@@ -35,9 +37,11 @@ struct ChildOptions {
     std::function<void(const QByteArray &piece)> onOutput = nullptr;
     // A child that writes more is killed, so that a flood cannot fill the memory.
     qsizetype maxOutputBytes = qsizetype{64} * 1024 * 1024;
-    // Whether what the child leaves behind in its process group is killed when it has ended. Not
-    // for a command that starts a service.
+    // Whether those who still hold the child's output when it has ended are killed, after a second
+    // to end by themselves. What the child started apart from its output, a service say, lives on.
     bool killLeftovers = false;
+    // The child is killed when this is requested.
+    std::stop_token stop = {};
 };
 
 struct ChildResult {
@@ -47,13 +51,14 @@ struct ChildResult {
 };
 
 struct ChildFailure {
-    enum class Kind { NotStarted, TimedOut, TooMuchOutput, ProgramEnds };
+    enum class Kind { NotStarted, TimedOut, TooMuchOutput, Stopped, ProgramEnds };
     Kind kind;
     QString text; // the platform's description
 };
 
 // Runs a child to its end and returns what it wrote. Blocks: background threads only. The end is
-// the end of the child itself; a grandchild that holds the pipe open does not prolong the call.
+// the end of the child itself; a grandchild that holds the pipe open does not prolong the call, but
+// for the second that killLeftovers gives it.
 // Standard input is the null device. The child dies with this program, also after a kill -9; what
 // it has started in turn then lives on, such as a command line's second process behind its shell.
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
@@ -67,11 +72,13 @@ void endAllChildren();
 bool programEnds();
 
 // Sets up a process that is to be started by hand: its own process group, the signals and limits
-// that this program was started with, and its death (not that of its own children) together with
-// the thread that starts it. With an
-// output descriptor, that becomes its standard output and standard error; it must stay open until
-// start() has returned.
+// that this program was started with, none of what this program has open, and its death (not that
+// of its own children) together with the thread that starts it. With an output descriptor, that
+// becomes its standard output and standard error; it must stay open until start() has returned.
 void prepareChild(QProcess &process, std::optional<int> outputDescriptor = std::nullopt);
+
+// Asks a process that was set up with prepareChild(), and its group, to end.
+void askGroupToEnd(const QProcess &process);
 
 // Kills a process that was set up with prepareChild(), and what is left of its group. Does not wait
 // for the end.

@@ -2,11 +2,21 @@
 
 #include <QString>
 
+#include <chrono>
+
 namespace ostrelle
 {
 
-// Prints one line on standard output and flushes it. The line begins with its component in square
-// brackets, for instance "[StatusServer] Listening on port 18794". Any thread.
+// Prints one line on standard output. The line begins with its component in square brackets, for
+// instance "[StatusServer] Listening on port 18794". Never waits for whoever reads it: a thread of
+// its own does the printing, and where nobody takes the lines, in a terminal that was paused say,
+// they are dropped and counted. Any thread.
 void logLine(const QString &line);
+
+// The same for what the libraries have to say, on standard error.
+void logMessagesOfLibraries();
+
+// Waits until everything is printed; false when the time was not enough.
+bool finishLog(std::chrono::milliseconds within);
 
 } // namespace ostrelle

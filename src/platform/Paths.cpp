@@ -67,6 +67,12 @@ std::optional<QString> runtimeDirectory()
     return path;
 }
 
+std::optional<QString> privateHomeDirectory()
+{
+    const QString directory = homeDirectory() + u"/.ostrelle/run"_s;
+    return makePrivate(directory) ? std::optional(directory) : std::nullopt;
+}
+
 QStringList privateTemporaryPlaces()
 {
     QStringList places{homeDirectory() + u"/.ostrelle/run"_s};

@@ -23,6 +23,9 @@ std::optional<QString> runtimeDirectory();
 // allows that, else one below the home, which is created. Absent when neither can be used.
 std::optional<QString> privateTemporaryDirectory();
 
+// The directory below the home of the two; it is made. Absent when it cannot be had.
+std::optional<QString> privateHomeDirectory();
+
 // Both of these places, in that order, for cleaning up what an earlier run of the program has left.
 QStringList privateTemporaryPlaces();
 

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace ostrelle
 {
@@ -10,10 +12,39 @@ namespace ostrelle
 namespace
 {
 
-// The soft descriptor limit the process was started with; 0 while it was not changed. Only
-// prepareProcess() writes it, and a forked child must be able to read it without a lock.
-std::atomic<rlim_t> inheritedDescriptorLimit = 0;
+// What the process was started with. Only prepareProcess() writes it, and a forked child must be
+// able to read it without a lock.
+struct Inherited {
+    std::atomic<bool> known = false;
+    std::atomic<rlim_t> descriptors = 0; // soft limits
+    std::atomic<rlim_t> coreBytes = 0;
+    std::atomic<mode_t> mask = 0;
+};
 static_assert(std::atomic<rlim_t>::is_always_lock_free);
+
+Inherited inherited;
+
+// Returns the soft limit that there was.
+rlim_t setSoftLimit(__rlimit_resource resource, rlim_t (*choose)(const rlimit &limit)) noexcept
+{
+    rlimit limit{};
+    if (::getrlimit(resource, &limit) != 0) {
+        return RLIM_INFINITY;
+    }
+    const rlim_t before = limit.rlim_cur;
+    limit.rlim_cur = choose(limit);
+    ::setrlimit(resource, &limit);
+    return before;
+}
+
+void restoreSoftLimit(__rlimit_resource resource, rlim_t before) noexcept
+{
+    rlimit limit{};
+    if (::getrlimit(resource, &limit) == 0) {
+        limit.rlim_cur = before < limit.rlim_max ? before : limit.rlim_max;
+        ::setrlimit(resource, &limit);
+    }
+}
 
 } // namespace
 
@@ -22,13 +53,16 @@ void prepareProcess()
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 
-    rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < limit.rlim_max) {
-        const rlim_t before = limit.rlim_cur;
-        limit.rlim_cur = limit.rlim_max;
-        if (::setrlimit(RLIMIT_NOFILE, &limit) == 0) {
-            inheritedDescriptorLimit = before;
-        }
+    const auto highest = [](const rlimit &limit) { return limit.rlim_max; };
+    const auto none = [](const rlimit & /*limit*/) { return rlim_t{0}; };
+    const rlim_t descriptors = setSoftLimit(RLIMIT_NOFILE, highest);
+    const rlim_t coreBytes = setSoftLimit(RLIMIT_CORE, none);
+    const mode_t mask = ::umask(S_IRWXG | S_IRWXO);
+    if (!inherited.known) {
+        inherited.descriptors = descriptors;
+        inherited.coreBytes = coreBytes;
+        inherited.mask = mask;
+        inherited.known = true;
     }
 }
 
@@ -41,13 +75,13 @@ void restoreForChild() noexcept
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 
-    if (const rlim_t before = inheritedDescriptorLimit; before != 0) {
-        rlimit limit{};
-        if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-            limit.rlim_cur = before;
-            ::setrlimit(RLIMIT_NOFILE, &limit);
-        }
+    if (inherited.known) {
+        restoreSoftLimit(RLIMIT_NOFILE, inherited.descriptors);
+        restoreSoftLimit(RLIMIT_CORE, inherited.coreBytes);
+        ::umask(inherited.mask);
     }
+    // Also what this program was itself started with and has never heard of.
+    ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
 }
 
 } // namespace ostrelle

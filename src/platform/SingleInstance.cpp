@@ -4,11 +4,14 @@
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
-#include <QDir>
+#include <QFile>
 #include <QLocalSocket>
 #include <QThread>
 #include <QTimer>
 
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -23,15 +26,26 @@ namespace
 constexpr int answerMilliseconds = 2000;
 constexpr int retryMilliseconds = 50;
 constexpr qsizetype maxMessageBytes = 65536;
+constexpr std::size_t maxPathBytes = 4096;
 constexpr QByteArrayView received = "received\n";
 
-// A digest, so that the socket's path fits into its 108 bytes, however long the home directory's
-// is.
-QString nameForHome()
+// Where only this user comes in, so that nobody else can hold the lock: below the home, where every
+// session finds it, or, when that cannot be written to, in the session's own directory.
+QString lockFile()
+{
+    const auto directory = privateHomeDirectory();
+    return (directory ? *directory : runtimeDirectory().value_or(homeDirectory())) +
+           u"/ostrelle.lock"_s;
+}
+
+// The socket's name fits its 108 bytes whatever the home directory is called.
+QString socketName()
 {
     const QByteArray digest =
         QCryptographicHash::hash(homeDirectory().toUtf8(), QCryptographicHash::Sha256);
-    return u"ostrelle-"_s + QString::fromLatin1(digest.first(8).toHex());
+    const QString directory =
+        runtimeDirectory().value_or(privateHomeDirectory().value_or(homeDirectory()));
+    return directory + u"/ostrelle-"_s + QString::fromLatin1(digest.first(8).toHex());
 }
 
 bool isSameUser(const QLocalSocket &peer)
@@ -65,12 +79,8 @@ SingleInstance::Role handOver(const QString &socketName, const QByteArray &messa
 
 SingleInstance::SingleInstance(QObject *parent)
     : QObject(parent)
+    , m_lockFile(lockFile())
 {
-    const QString directory = runtimeDirectory().value_or(homeDirectory() + u"/.ostrelle"_s);
-    QDir().mkpath(directory);
-    m_socket = directory + u'/' + nameForHome();
-    m_lock = std::make_unique<QLockFile>(m_socket + u".lock"_s);
-    m_lock->setStaleLockTime(0); // only the holder's death frees it
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::receive);
 }
@@ -79,14 +89,30 @@ SingleInstance::~SingleInstance() = default;
 
 bool SingleInstance::becomeFirst()
 {
-    if (!m_lock->tryLock() && m_lock->error() == QLockFile::LockFailedError) {
+    // Only the holder's death, or release(), frees the lock.
+    Descriptor lock(::open(QFile::encodeName(m_lockFile).constData(),
+                           O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, ownerOnly));
+    if (lock && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         return false;
     }
-    // Whoever holds the lock may remove the socket of an instance that was killed. Where no lock
-    // can be made, the program runs without one.
-    QLocalServer::removeServer(m_socket);
-    m_server.listen(m_socket);
+    // Whoever holds the lock may clear away the socket of an instance that was killed. Where no
+    // lock can be made, the program runs without it.
+    const QString socket = socketName();
+    QLocalServer::removeServer(socket);
+    m_server.listen(socket);
+    if (lock) {
+        static_cast<void>(writeInPlace(m_lockFile, QFile::encodeName(socket), ownerOnly));
+    }
+    m_lock = std::move(lock);
     return true;
+}
+
+// In another session it may be in another directory than ours would be.
+QString SingleInstance::socketOfTheFirst() const
+{
+    const auto told = readFile(m_lockFile, maxPathBytes);
+    return told && !told->empty() ? QFile::decodeName(QByteArray::fromStdString(*told))
+                                  : socketName();
 }
 
 SingleInstance::Role SingleInstance::claim(const QByteArray &message)
@@ -96,7 +122,7 @@ SingleInstance::Role SingleInstance::claim(const QByteArray &message)
         if (becomeFirst()) {
             return Role::First;
         }
-        if (handOver(m_socket, message) == Role::HandedOver) {
+        if (handOver(socketOfTheFirst(), message) == Role::HandedOver) {
             return Role::HandedOver;
         }
         if (deadline.hasExpired()) {
@@ -109,7 +135,7 @@ SingleInstance::Role SingleInstance::claim(const QByteArray &message)
 void SingleInstance::release()
 {
     m_server.close();
-    m_lock->unlock();
+    m_lock = Descriptor();
 }
 
 void SingleInstance::receive()

@@ -1,17 +1,16 @@
 #pragma once
 
+#include "platform/Files.h"
+
 #include <QByteArray>
 #include <QLocalServer>
-#include <QLockFile>
 #include <QObject>
-
-#include <memory>
 
 namespace ostrelle
 {
 
-// One running program for each user and home directory. A second start hands what it was asked to
-// open to the first. Main thread only.
+// One running program for each user and home directory, whatever session it is started in. A second
+// start hands what it was asked to open to the first. Main thread only.
 class SingleInstance : public QObject
 {
     Q_OBJECT
@@ -39,10 +38,11 @@ Q_SIGNALS:
 
 private:
     bool becomeFirst();
+    QString socketOfTheFirst() const;
     void receive();
 
-    QString m_socket;
-    std::unique_ptr<QLockFile> m_lock;
+    const QString m_lockFile; // holds the socket's path
+    Descriptor m_lock;        // valid in the first instance
     QLocalServer m_server;
 };
 

@@ -1,8 +1,7 @@
 #include "platform/Terminal.h"
 
 #include "platform/ChildProcess.h"
-
-#include <QStandardPaths>
+#include "platform/SearchPath.h"
 
 #include <array>
 
@@ -47,11 +46,11 @@ const QString startDetached =
 bool openInTerminal(const QString &script)
 {
     for (const auto &[program, beforeCommand] : terminals) {
-        const QString path = QStandardPaths::findExecutable(program);
-        if (path.isEmpty()) {
+        const auto path = findProgram(program, qEnvironmentVariable("PATH"));
+        if (!path) {
             continue;
         }
-        QStringList arguments{u"-c"_s, startDetached, u"sh"_s, path};
+        QStringList arguments{u"-c"_s, startDetached, u"sh"_s, *path};
         if (!beforeCommand.isEmpty()) {
             arguments.append(beforeCommand);
         }

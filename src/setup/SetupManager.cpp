@@ -123,7 +123,7 @@ void SetupManager::Checks::checkTools() const
 
 void SetupManager::Checks::checkXcodeCLT() const
 {
-    const bool isThere = runShell(u"xcode-select -p 2>/dev/null"_s).success;
+    const bool isThere = runShell(u"xcode-select -p 2>/dev/null"_s, checkTimeout).success;
     const QString note = isThere ? QString() : noteOnStandIn({u"cc"_s});
     publish([isThere, note](SetupManager &m) {
         m.m_xcodeCLTNote = note;
@@ -154,7 +154,7 @@ bool SetupManager::Checks::checkTailscale() const
 void SetupManager::Checks::checkTailscaleState() const
 {
     const QString cli = quoted(tailscaleCLI());
-    const ShellResult status = runShell(cli + u" status --json 2>/dev/null"_s);
+    const ShellResult status = runShell(cli + u" status --json 2>/dev/null"_s, checkTimeout);
     const auto state =
         QJsonDocument::fromJson(status.output.toUtf8()).object().value("BackendState"_L1);
     const bool loggedIn = status.success && state.toString() == "Running"_L1;
@@ -164,11 +164,12 @@ void SetupManager::Checks::checkTailscaleState() const
 
 void SetupManager::Checks::checkServe(const QString &cli) const
 {
-    const ShellResult serve = runShell(cli + u" serve status 2>/dev/null"_s);
+    const ShellResult serve = runShell(cli + u" serve status 2>/dev/null"_s, checkTimeout);
     const bool isRunning = serve.success && serve.output.contains("https://"_L1);
     publish([isRunning](SetupManager &m) { m.m_tailscaleServeRunning = isRunning; });
 
-    const QString answer = isRunning ? QString() : runShell(cli + u" serve status 2>&1"_s).output;
+    const QString answer =
+        isRunning ? QString() : runShell(cli + u" serve status 2>&1"_s, checkTimeout).output;
     const bool notEnabled =
         answer.contains("Serve is not enabled"_L1) || answer.contains("not enabled"_L1);
     publish([notEnabled, link = notEnabled ? enableLink(answer) : QString()](SetupManager &m) {

@@ -49,12 +49,13 @@ ShellResult runShell(const QString &command, std::optional<std::chrono::millisec
 
 bool isOnPath(const QString &tool)
 {
-    return runShell(u"which "_s + tool).success;
+    return runShell(u"which "_s + tool, checkTimeout).success;
 }
 
 QString tailscaleCLI()
 {
-    if (const ShellResult found = runShell(u"which tailscale 2>/dev/null"_s); found.success) {
+    if (const ShellResult found = runShell(u"which tailscale 2>/dev/null"_s, checkTimeout);
+        found.success) {
         return found.output;
     }
     for (const QString &candidate :

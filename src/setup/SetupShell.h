@@ -20,6 +20,9 @@ struct ShellResult {
 ShellResult runShell(const QString &command,
                      std::optional<std::chrono::milliseconds> timeout = std::nullopt);
 
+// For a command that only looks at something: what takes longer hangs.
+inline constexpr std::chrono::minutes checkTimeout{1};
+
 // What runShell() gives to its commands.
 QProcessEnvironment shellEnvironment();
 

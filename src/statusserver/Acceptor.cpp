@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -46,9 +47,10 @@ bool isReadable(int socket)
 
 } // namespace
 
-Acceptor::Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient,
-                   MakeRoom makeRoom)
+Acceptor::Acceptor(asio::io_context &loop, const ServerState &state, int maxDescriptors,
+                   OnClient onClient, MakeRoom makeRoom)
     : m_state(state)
+    , m_maxDescriptors(maxDescriptors)
     , m_onClient(std::move(onClient))
     , m_makeRoom(std::move(makeRoom))
     , m_serverSocket(loop)
@@ -98,9 +100,26 @@ void Acceptor::acceptAll()
             handleError(errno);
             return;
         }
-        handOn(std::move(client));
+        client = withinBound(std::move(client));
+        if (client) {
+            handOn(std::move(client));
+        }
     }
     waitForClients();
+}
+
+// The kernel hands out the lowest number that is free, so a high one says how many are in use. The
+// newcomer takes the number of whoever makes way: what is above stays free for the whole program.
+Descriptor Acceptor::withinBound(Descriptor client) const
+{
+    if (client.get() < m_maxDescriptors) {
+        return client;
+    }
+    if (!m_makeRoom()) {
+        return Descriptor();
+    }
+    Descriptor lower(::fcntl(client.get(), F_DUPFD_CLOEXEC, 0));
+    return lower.get() < m_maxDescriptors ? std::move(lower) : Descriptor();
 }
 
 // A client that cannot be served, for want of memory or a thread, must not end the accepting.

@@ -18,8 +18,9 @@ public:
     // Called when descriptors or memory are short; true when some were set free.
     using MakeRoom = std::function<bool()>;
 
-    Acceptor(asio::io_context &loop, const ServerState &state, OnClient onClient,
-             MakeRoom makeRoom);
+    // Once the program has `maxDescriptors` open, a client comes in only where another one goes.
+    Acceptor(asio::io_context &loop, const ServerState &state, int maxDescriptors,
+             OnClient onClient, MakeRoom makeRoom);
 
     // Takes the socket over; false, leaving it where it is, when it cannot be watched.
     bool open(Descriptor &serverSocket);
@@ -30,11 +31,13 @@ public:
 private:
     void waitForClients();
     void acceptAll();
+    Descriptor withinBound(Descriptor client) const;
     void handOn(Descriptor client);
     void handleError(int error);
     void pause();
 
     const ServerState &m_state;
+    const int m_maxDescriptors;
     const OnClient m_onClient;
     const MakeRoom m_makeRoom;
     WatchedDescriptor m_serverSocket;

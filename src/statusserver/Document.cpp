@@ -39,28 +39,31 @@ void putHeader(Response &response)
 
 } // namespace
 
-DocumentOutcome loadDocument(const std::string &path, std::size_t maxBytes, Response &response)
+std::optional<LoadedDocument> loadDocument(const std::string &path, std::size_t maxBytes)
 {
     const auto file = openRegular(path);
     if (!file) {
-        return DocumentOutcome::Missing;
+        return std::nullopt;
     }
+    LoadedDocument document{.response = {}, .version = settledVersion(file->descriptor.get())};
+    Response &response = document.response;
     // A file that grows while it is read is read again.
     std::size_t size = file->size;
     while (size <= maxBytes) {
         const auto count = readBody(file->descriptor.get(), size, response.storage);
         if (!count) {
-            return DocumentOutcome::Missing;
+            return std::nullopt;
         }
         if (*count <= size) {
             putHeader(response);
             const std::string_view body = std::string_view(response.storage).substr(headerRoom);
-            return simdjson::validate_utf8(body.data(), body.size()) ? DocumentOutcome::Loaded
-                                                                     : DocumentOutcome::Missing;
+            return simdjson::validate_utf8(body.data(), body.size())
+                       ? std::optional(std::move(document))
+                       : std::nullopt;
         }
         size = 2 * size + smallestGrowth; // which may have claimed to be empty
     }
-    return DocumentOutcome::TooLarge;
+    return std::nullopt;
 }
 
 } // namespace ostrelle

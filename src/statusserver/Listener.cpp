@@ -19,9 +19,12 @@ namespace
 // for a second before it tries again.
 constexpr int listenQueueLength = 4096;
 
-QString bindFailure(qint64 port, int error)
+std::unexpected<ListenProblem> bindFailure(qint64 port, int error)
 {
-    return u"[StatusServer] Failed to bind to port %1: %2"_s.arg(port).arg(systemText(error));
+    return std::unexpected(ListenProblem{
+        .logLine =
+            u"[StatusServer] Failed to bind to port %1: %2"_s.arg(port).arg(systemText(error)),
+        .portTaken = error == EADDRINUSE});
 }
 
 // 0 or the errno value.
@@ -45,22 +48,25 @@ int portOf(int socket)
 
 } // namespace
 
-std::expected<Listener, QString> listenOn(qint64 port)
+std::expected<Listener, ListenProblem> listenOn(qint64 port)
 {
     Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket) {
-        return std::unexpected(u"[StatusServer] Failed to create socket"_s);
+        return std::unexpected(ListenProblem{u"[StatusServer] Failed to create socket"_s});
     }
     const int on = 1;
     ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (port < 0 || port > std::numeric_limits<quint16>::max()) {
-        return std::unexpected(bindFailure(port, EINVAL));
+        return bindFailure(port, EINVAL);
     }
     if (const int error = bindTo(socket.get(), static_cast<quint16>(port)); error != 0) {
-        return std::unexpected(bindFailure(port, error));
+        return bindFailure(port, error);
     }
     if (::listen(socket.get(), listenQueueLength) != 0) {
-        return std::unexpected(u"[StatusServer] Failed to listen: "_s + systemText(errno));
+        const int error = errno; // two can be bound to a port, but only one can listen
+        return std::unexpected(
+            ListenProblem{.logLine = u"[StatusServer] Failed to listen: "_s + systemText(error),
+                          .portTaken = error == EADDRINUSE});
     }
     const int actualPort = portOf(socket.get());
     return Listener{std::move(socket), actualPort};

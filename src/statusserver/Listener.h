@@ -14,8 +14,13 @@ struct Listener {
     int port;          // the one that the kernel chose when 0 was asked for
 };
 
-// Listens on every interface. The error is the whole log line.
-std::expected<Listener, QString> listenOn(qint64 port);
+struct ListenProblem {
+    QString logLine;
+    bool portTaken = false; // by another program, which may end
+};
+
+// Listens on every interface.
+std::expected<Listener, ListenProblem> listenOn(qint64 port);
 
 // What the system says about an errno value.
 QString systemText(int error);

@@ -104,6 +104,9 @@ std::string offeredToken(std::string_view text)
     constexpr std::string_view scheme = "Bearer ";
     for (const auto piece : text | std::views::split(lineBreak)) {
         const std::string_view line(piece);
+        if (line.empty()) {
+            break;
+        }
         if (startsWithIgnoringCase(line, "authorization:")) {
             const std::size_t last = line.rfind(scheme);
             return trimBlanks(last == line.npos ? line : line.substr(last + scheme.size()));

@@ -18,7 +18,8 @@ struct Request {
 Request parseRequest(std::string_view received);
 
 // The value of the authorisation line behind "Bearer ", as UTF-8; empty without such a line. The
-// header's name may be in any letter case, "Bearer " only as written.
+// header's name may be in any letter case, "Bearer " only as written. What follows the first empty
+// line is no header: a web page may choose it without asking anybody.
 std::string offeredToken(std::string_view text);
 
 enum class Resource { Preflight, AgentStatus, Projects, Cron, History, Health, Unknown };

@@ -4,7 +4,9 @@
 #include "statusserver/Listener.h"
 #include "statusserver/RunLoop.h"
 
+#include <algorithm>
 #include <asio/post.hpp>
+#include <sys/resource.h>
 
 namespace ostrelle
 {
@@ -17,18 +19,37 @@ namespace
 // A thread needs milliseconds to see that it shall end; one that takes longer hangs.
 constexpr std::chrono::milliseconds patienceAtTheEnd{300};
 
+// One a document; of each there is at most one read under way.
+constexpr std::size_t documentThreads = 3;
+
+int descriptorsForClients(const ServerLimits &limits)
+{
+    rlimit system{};
+    if (::getrlimit(RLIMIT_NOFILE, &system) != 0) {
+        return limits.maxDescriptors;
+    }
+    return static_cast<int>(
+        std::min<rlim_t>(static_cast<rlim_t>(limits.maxDescriptors), system.rlim_cur / 2));
+}
+
 } // namespace
 
 ServerEngine::ServerEngine(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens,
                            const ServerLimits &limits)
     : m_port(config.ports.status)
+    , m_limits(limits)
     , m_site(config, std::move(tokens))
-    , m_workers(limits.workerThreads)
+    , m_documentReaders(documentThreads)
+    , m_historyReaders(limits.historyThreads)
     , m_open(asio::make_work_guard(m_loop))
-    , m_clients(m_loop, m_site, limits, [this](Workers::Task task) { runSlowly(std::move(task)); })
+    , m_clients(
+          m_loop, m_site, limits,
+          {.readDocument = slowlyOn(m_documentReaders), .readHistory = slowlyOn(m_historyReaders)})
     , m_acceptor(
-          m_loop, m_state, [this](Descriptor client) { m_clients.handleClient(std::move(client)); },
-          [this] { return m_clients.dropSilent(); })
+          m_loop, m_state, descriptorsForClients(limits),
+          [this](Descriptor client) { m_clients.handleClient(std::move(client)); },
+          [this] { return m_clients.dropOldest(); })
+    , m_nextTry(m_loop)
 {
 }
 
@@ -38,7 +59,7 @@ void ServerEngine::start()
         return;
     }
     if (ensureThread()) {
-        asio::post(m_loop, [this] { runServer(m_port); });
+        asio::post(m_loop, [this] { runServer(Try::First); });
     } else {
         m_state.enterIdle();
     }
@@ -56,7 +77,8 @@ void ServerEngine::finish()
     stop();
     m_loop.stop();
     const auto deadline = std::chrono::steady_clock::now() + patienceAtTheEnd;
-    m_workers.finishUntil(deadline);
+    m_documentReaders.finishUntil(deadline);
+    m_historyReaders.finishUntil(deadline);
     if (m_thread) {
         m_thread->finishUntil(deadline);
     }
@@ -74,15 +96,20 @@ bool ServerEngine::ensureThread()
     return m_thread.has_value();
 }
 
-void ServerEngine::runServer(qint64 port)
+void ServerEngine::runServer(Try which)
 {
     if (!m_state.startRequested()) {
         return;
     }
-    auto listener = listenOn(port);
+    auto listener = listenOn(m_port);
     if (!listener) {
-        m_state.enterIdle();
-        logLine(listener.error());
+        m_state.enterIdle(listener.error().portTaken);
+        if (which == Try::First) {
+            logLine(listener.error().logLine);
+        }
+        if (listener.error().portTaken) {
+            tryAgainLater();
+        }
         return;
     }
     if (!m_state.enterServing(listener->socket.get(), listener->port)) {
@@ -95,15 +122,27 @@ void ServerEngine::runServer(qint64 port)
     }
 }
 
-// A waiting task must not keep the engine alive that keeps the task.
-void ServerEngine::runSlowly(Workers::Task task)
+void ServerEngine::tryAgainLater()
 {
-    m_workers.post(
-        [engine = weak_from_this(), task = std::move(task)](const std::stop_token &stop) mutable {
+    m_nextTry.expires_after(m_limits.untilNextTry);
+    m_nextTry.async_wait([this](const asio::error_code &error) {
+        if (!error && m_state.portTaken() && m_state.requestStart()) {
+            runServer(Try::Again);
+        }
+    });
+}
+
+// A waiting task must not keep the engine alive that keeps the task.
+ClientService::RunSlowly ServerEngine::slowlyOn(Workers &workers)
+{
+    return [this, &workers](Workers::Task task) {
+        workers.post([engine = weak_from_this(),
+                      task = std::move(task)](const std::stop_token &stop) mutable {
             if (const auto alive = engine.lock()) {
                 task(stop);
             }
         });
+    };
 }
 
 } // namespace ostrelle

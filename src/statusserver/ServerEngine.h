@@ -17,7 +17,7 @@
 namespace ostrelle
 {
 
-// The server's threads and what they share: one thread for all sockets, a few for slow answers.
+// The server's threads and what they share: one thread for all sockets, a few for what may wait.
 // Every thread holds on to the engine, so one that hangs can be left behind.
 class ServerEngine : public std::enable_shared_from_this<ServerEngine>
 {
@@ -39,20 +39,25 @@ public:
 private:
     // False, and logged, when the I/O thread cannot be started.
     bool ensureThread();
-    void runServer(qint64 port);
-    void runSlowly(Workers::Task task);
+    enum class Try { First, Again };
+    void runServer(Try which);
+    void tryAgainLater();
+    ClientService::RunSlowly slowlyOn(Workers &workers);
 
     // never changes
     const qint64 m_port;
+    const ServerLimits m_limits;
     const Site m_site;
     // guards itself
     ServerState m_state;
-    Workers m_workers;
+    Workers m_documentReaders;
+    Workers m_historyReaders;
     asio::io_context m_loop{1};
     // I/O thread only
     asio::executor_work_guard<asio::io_context::executor_type> m_open;
     ClientService m_clients;
     Acceptor m_acceptor;
+    asio::steady_timer m_nextTry;
     // main thread only
     std::optional<AbandonableThread> m_thread;
 };

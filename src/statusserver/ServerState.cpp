@@ -24,6 +24,12 @@ bool ServerState::startRequested() const
     return m_startRequested;
 }
 
+bool ServerState::portTaken() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_portTaken;
+}
+
 int ServerState::port() const
 {
     const std::lock_guard lock(m_mutex);
@@ -50,27 +56,32 @@ bool ServerState::enterServing(int serverSocket, int port)
     m_port = port;
     m_running = true;
     m_startRequested = false;
+    m_portTaken = false;
     tell();
     return true;
 }
 
-void ServerState::enterIdle()
+void ServerState::enterIdle(bool portTaken)
 {
     const std::lock_guard lock(m_mutex);
     m_startRequested = false;
+    if (std::exchange(m_portTaken, portTaken) != portTaken) {
+        tell();
+    }
 }
 
 int ServerState::stop()
 {
     const std::lock_guard lock(m_mutex);
     const bool wasRunning = std::exchange(m_running, false);
+    const bool portWasTaken = std::exchange(m_portTaken, false);
     m_startRequested = false;
     m_port = 0;
     if (m_serverSocket >= 0) {
         // The descriptor is closed on the I/O thread, which may be busy; nobody waits for it.
         ::shutdown(m_serverSocket, SHUT_RDWR);
     }
-    if (wasRunning) {
+    if (wasRunning || portWasTaken) {
         tell();
     }
     return std::exchange(m_serverSocket, -1);

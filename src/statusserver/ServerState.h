@@ -11,11 +11,15 @@ namespace ostrelle
 class ServerState
 {
 public:
-    // `changed` is called on the thread that changes `running`, and must return at once.
+    // `changed` is called on the thread that changes `running` or `portTaken`, and must return at
+    // once.
     void observe(std::function<void()> changed);
 
     bool running() const;
     bool startRequested() const;
+
+    // The last start failed because another program listens on the port.
+    bool portTaken() const;
 
     // The port that is listened on; 0 while not running.
     int port() const;
@@ -27,7 +31,7 @@ public:
     bool enterServing(int serverSocket, int port);
 
     // Starting to idle.
-    void enterIdle();
+    void enterIdle(bool portTaken = false);
 
     // Any state to idle. Connections are refused at once; the listening socket that is left to
     // close is returned, or -1.
@@ -43,6 +47,7 @@ private:
     int m_port = 0;
     bool m_running = false;
     bool m_startRequested = false;
+    bool m_portTaken = false;
 };
 
 } // namespace ostrelle

@@ -3,8 +3,8 @@
 #include "core/ExpandPath.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
-#include "statusserver/Document.h"
 #include "statusserver/FileReading.h"
+#include "statusserver/Response.h"
 #include "statusserver/SessionDigest.h"
 #include "statusserver/SessionLog.h"
 
@@ -39,30 +39,6 @@ bool equalInConstantTime(std::string_view a, std::string_view b)
     return difference == 0;
 }
 
-// The answers that need no file.
-std::string fixedAnswer(Resource resource)
-{
-    switch (resource) {
-    case Resource::Preflight:
-        return corsResponse("204 No Content", "");
-    case Resource::Health:
-        return jsonResponse(ok, R"({"ok":true})");
-    case Resource::Cron: // without a cron file
-        return jsonResponse(ok, R"({"version":1,"updated":"","jobs":[]})");
-    case Resource::AgentStatus:
-    case Resource::Projects:
-    case Resource::History:
-    case Resource::Unknown:
-        break;
-    }
-    return jsonResponse(notFound, R"({"error":"not found"})");
-}
-
-std::string missingDocument()
-{
-    return jsonResponse(notFound, R"({"error":"file not found"})");
-}
-
 std::string emptyHistory()
 {
     return jsonResponse(ok, R"({"messages":[],"count":0})");
@@ -81,35 +57,22 @@ Site::Site(const OstrelleConfig &config, std::shared_ptr<const Tokens> tokens)
 {
 }
 
-bool Site::answerQuickly(const Route &route, Response &response) const
+std::string fixedAnswer(Resource resource)
 {
-    if (route.resource == Resource::History) {
-        return false;
+    switch (resource) {
+    case Resource::Preflight:
+        return corsResponse("204 No Content", "");
+    case Resource::Health:
+        return jsonResponse(ok, R"({"ok":true})");
+    case Resource::Cron: // without a cron file
+        return jsonResponse(ok, R"({"version":1,"updated":"","jobs":[]})");
+    case Resource::AgentStatus:
+    case Resource::Projects:
+    case Resource::History:
+    case Resource::Unknown:
+        break;
     }
-    const std::string *const path = documentPath(route.resource);
-    if (!path) {
-        response = {fixedAnswer(route.resource)};
-        return true;
-    }
-    const DocumentOutcome outcome = loadDocument(*path, maxQuickBytes, response);
-    if (outcome == DocumentOutcome::Missing) {
-        response = {missingDocument()};
-    }
-    return outcome != DocumentOutcome::TooLarge;
-}
-
-Response Site::answerSlowly(const Route &route, std::string_view requestText,
-                            const std::stop_token &stop) const
-{
-    if (route.resource == Resource::History) {
-        return {serveHistory(route.limit, requestText, stop)};
-    }
-    const std::string *const path = documentPath(route.resource);
-    Response response;
-    if (!path || loadDocument(*path, maxDocumentBytes, response) != DocumentOutcome::Loaded) {
-        return {missingDocument()};
-    }
-    return response;
+    return jsonResponse(notFound, R"({"error":"not found"})");
 }
 
 std::string Site::serveHistory(int limit, std::string_view requestText,

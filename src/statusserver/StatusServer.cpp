@@ -28,7 +28,7 @@ StatusServer::StatusServer(const OstrelleConfig &config, std::shared_ptr<const T
     , m_engine(std::make_shared<ServerEngine>(config, std::move(tokens), limits))
 {
     m_engine->state().observe([this] {
-        QMetaObject::invokeMethod(this, &StatusServer::tellRunning, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &StatusServer::tellState, Qt::QueuedConnection);
     });
     disableLegacyStatusServer();
 }
@@ -64,6 +64,11 @@ int StatusServer::port() const
     return m_engine->state().port();
 }
 
+bool StatusServer::portTaken() const
+{
+    return m_engine->state().portTaken();
+}
+
 void StatusServer::disableLegacyStatusServer()
 {
     utilityPool().start(
@@ -73,11 +78,15 @@ void StatusServer::disableLegacyStatusServer()
 }
 
 // A start and a stop that follow each other at once cancel out.
-void StatusServer::tellRunning()
+void StatusServer::tellState()
 {
     if (const bool now = running(); now != m_toldRunning) {
         m_toldRunning = now;
         Q_EMIT runningChanged();
+    }
+    if (const bool now = portTaken(); now != m_toldPortTaken) {
+        m_toldPortTaken = now;
+        Q_EMIT portTakenChanged();
     }
 }
 

@@ -19,6 +19,7 @@ class StatusServer : public QObject
     Q_OBJECT
     Q_PROPERTY(bool running READ running NOTIFY runningChanged FINAL)
     Q_PROPERTY(int port READ port NOTIFY runningChanged FINAL)
+    Q_PROPERTY(bool portTaken READ portTaken NOTIFY portTakenChanged FINAL)
 
 public:
     // Also removes, in the background, the separate status agent of an older version.
@@ -31,7 +32,8 @@ public:
 
     // Listens on the configured port, 0 for one that the kernel chooses. Returns at once; success
     // is told by runningChanged() and one log line, failure by a log line. Does nothing unless the
-    // server is idle.
+    // server is idle. A port that another program listens on is tried again every 30 s until
+    // stop().
     void start();
 
     // Returns at once; from then on connections are refused. Those being served are finished.
@@ -43,15 +45,20 @@ public:
     // The port that is listened on; 0 while not running.
     int port() const;
 
+    // Another program listens on the port; the server waits for its end.
+    bool portTaken() const;
+
 Q_SIGNALS:
     void runningChanged();
+    void portTakenChanged();
 
 private:
     static void disableLegacyStatusServer();
-    void tellRunning();
+    void tellState();
 
     const std::shared_ptr<ServerEngine> m_engine;
     bool m_toldRunning = false;
+    bool m_toldPortTaken = false;
 };
 
 } // namespace ostrelle

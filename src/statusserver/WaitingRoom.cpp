@@ -3,9 +3,8 @@
 namespace ostrelle
 {
 
-WaitingRoom::WaitingRoom(asio::io_context &loop, std::chrono::milliseconds limit)
+WaitingRoom::WaitingRoom(asio::io_context &loop)
     : m_loop(loop)
-    , m_limit(limit)
     , m_timer(loop)
 {
 }
@@ -39,22 +38,24 @@ bool WaitingRoom::dropOldest()
     if (m_guests.empty()) {
         return false;
     }
-    asio::error_code ignored;
-    m_guests.begin()->second->socket.close(ignored);
+    const auto guest = m_guests.begin()->second;
     m_guests.erase(m_guests.begin());
+    asio::error_code ignored;
+    guest->socket.close(ignored);
+    guest->ready = nullptr; // the loop still holds the guest for a moment
     return true;
 }
 
 void WaitingRoom::armTimer()
 {
-    if (m_timerRuns || m_guests.empty()) {
+    if (m_guests.empty() || (m_timerRuns && m_timer.expiry() <= m_guests.begin()->first)) {
         return;
     }
     m_timerRuns = true;
     m_timer.expires_at(m_guests.begin()->first);
     m_timer.async_wait([this](const asio::error_code &error) {
-        m_timerRuns = false;
-        if (!error) {
+        if (!error) { // else it was set anew
+            m_timerRuns = false;
             dropLate();
             armTimer();
         }

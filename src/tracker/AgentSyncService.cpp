@@ -14,14 +14,14 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-void syncAgents(const GatewayTool &tool, const QString &statusFile)
+void syncAgents(const GatewayTool &tool, const QString &statusFile, const std::stop_token &stop)
 {
     const QString cli = tool.findDuskrell();
     if (cli.isEmpty()) {
         return;
     }
     const QString output = tool.runCommand(
-        cli, {u"sessions"_s, u"--all-agents"_s, u"--active"_s, u"2"_s, u"--json"_s});
+        cli, {u"sessions"_s, u"--all-agents"_s, u"--active"_s, u"2"_s, u"--json"_s}, stop);
     const auto document =
         agentStatusFromSessions(output.toStdString(), QDateTime::currentDateTime());
     if (document) {
@@ -33,7 +33,9 @@ void syncAgents(const GatewayTool &tool, const QString &statusFile)
 
 AgentSyncService::AgentSyncService(const OstrelleConfig &config, const GatewayTool &tool,
                                    QObject *parent)
-    : SyncService([tool, file = config.paths.statusFile] { syncAgents(tool, file); }, parent)
+    : SyncService([tool, file = config.paths.statusFile](
+                      const std::stop_token &stop) { syncAgents(tool, file, stop); },
+                  parent)
 {
 }
 

@@ -16,10 +16,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QString listJobs(const GatewayTool &tool, const QString &cli, const QStringList &options = {})
-{
-    return tool.runCommand(cli, QStringList{u"cron"_s, u"list"_s, u"--json"_s} + options);
-}
+// A pass with the tool that it asks.
+struct CronPass {
+    GatewayTool tool;
+    std::stop_token stop;
+
+    QString listJobs(const QString &cli, const QStringList &options = {}) const
+    {
+        return tool.runCommand(cli, QStringList{u"cron"_s, u"list"_s, u"--json"_s} + options, stop);
+    }
+};
 
 void write(const QString &file, const QByteArray &content)
 {
@@ -27,41 +33,41 @@ void write(const QString &file, const QByteArray &content)
 }
 
 // Stores what the tool says when we do not understand it.
-void syncFromCLI(const GatewayTool &tool, const QString &cronFile)
+void syncFromCLI(const CronPass &pass, const QString &cronFile)
 {
-    const QString cli = tool.findDuskrell();
+    const QString cli = pass.tool.findDuskrell();
     if (cli.isEmpty()) {
         return;
     }
-    const QByteArray raw = listJobs(tool, cli).toUtf8();
-    if (!programEnds()) { // else the tool was cut short
+    const QByteArray raw = pass.listJobs(cli).toUtf8();
+    if (!programEnds() && !pass.stop.stop_requested()) { // else the tool was cut short
         write(cronFile, raw);
     }
 }
 
-void processOutput(const GatewayTool &tool, const QString &cronFile, const QString &output)
+void processOutput(const CronPass &pass, const QString &cronFile, const QString &output)
 {
     const auto document = cronTrackerFromJobs(output.toStdString(), QDateTime::currentDateTime());
     if (document) {
         write(cronFile, *document);
     } else {
-        syncFromCLI(tool, cronFile);
+        syncFromCLI(pass, cronFile);
     }
 }
 
-void syncCronJobs(const GatewayTool &tool, const QString &cronFile)
+void syncCronJobs(const CronPass &pass, const QString &cronFile)
 {
-    const QString cli = tool.findDuskrell();
+    const QString cli = pass.tool.findDuskrell();
     if (cli.isEmpty()) {
         logLine(u"[CronSync] duskrell CLI not found"_s);
         return;
     }
-    QString output = listJobs(tool, cli, {u"--all"_s});
+    QString output = pass.listJobs(cli, {u"--all"_s});
     if (output.isEmpty()) {
-        output = listJobs(tool, cli); // an older tool knows no --all
+        output = pass.listJobs(cli); // an older tool knows no --all
     }
     if (!output.isEmpty()) {
-        processOutput(tool, cronFile, output);
+        processOutput(pass, cronFile, output);
     }
 }
 
@@ -69,7 +75,9 @@ void syncCronJobs(const GatewayTool &tool, const QString &cronFile)
 
 CronSyncService::CronSyncService(const OstrelleConfig &config, const GatewayTool &tool,
                                  QObject *parent)
-    : SyncService([tool, file = cronFilePathOf(config)] { syncCronJobs(tool, file); }, parent)
+    : SyncService([tool, file = cronFilePathOf(config)](
+                      const std::stop_token &stop) { syncCronJobs({tool, stop}, file); },
+                  parent)
 {
 }
 

@@ -2,7 +2,7 @@
 
 #include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
-#include "platform/Files.h"
+#include "platform/SearchPath.h"
 
 #include <QStringDecoder>
 
@@ -28,13 +28,6 @@ QString decodeUtf8(const QByteArray &bytes)
     return decoder.hasError() ? QString() : text;
 }
 
-QString outputOf(const ChildCommand &command, std::chrono::milliseconds deadline)
-{
-    const auto result = runChild(
-        command, {.killAfter = deadline, .maxOutputBytes = maxOutputBytes, .killLeftovers = true});
-    return result ? decodeUtf8(result->output) : QString();
-}
-
 } // namespace
 
 QStringList GatewayTool::defaultCandidates()
@@ -50,19 +43,22 @@ GatewayTool::GatewayTool(QStringList candidates, std::chrono::milliseconds deadl
 
 QString GatewayTool::findDuskrell() const
 {
-    const auto known = std::ranges::find_if(m_candidates, fileExists);
-    if (known != m_candidates.end()) {
-        return *known;
-    }
-    const ChildCommand search{.program = u"/usr/bin/env"_s,
-                              .arguments = {u"which"_s, u"duskrell"_s}};
-    return outputOf(search, m_deadline).trimmed();
+    const auto known = std::ranges::find_if(m_candidates, isTrustworthyFile);
+    return known != m_candidates.end()
+               ? *known
+               : findProgram(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
 }
 
-QString GatewayTool::runCommand(const QString &program, const QStringList &args) const
+QString GatewayTool::runCommand(const QString &program, const QStringList &args,
+                                const std::stop_token &stop) const
 {
-    return outputOf({.program = program, .arguments = args, .environment = toolEnvironment()},
-                    m_deadline);
+    const auto result =
+        runChild({.program = program, .arguments = args, .environment = toolEnvironment()},
+                 {.killAfter = m_deadline,
+                  .maxOutputBytes = maxOutputBytes,
+                  .killLeftovers = true,
+                  .stop = stop});
+    return result ? decodeUtf8(result->output) : QString();
 }
 
 } // namespace ostrelle

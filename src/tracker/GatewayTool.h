@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <chrono>
+#include <stop_token>
 
 namespace ostrelle
 {
@@ -22,13 +23,15 @@ public:
     explicit GatewayTool(QStringList candidates = defaultCandidates(),
                          std::chrono::milliseconds deadline = defaultDeadline);
 
-    // The tool's path, or an empty text when it is not installed.
+    // The tool's path, or an empty text when it is not installed. What anybody could have put there
+    // does not count.
     QString findDuskrell() const;
 
-    // The program's whole standard output, whatever its exit status. Processes that it leaves
-    // behind are killed, so this is not for commands that start something. Empty when it cannot be
-    // started, hangs, floods its output or writes something that is not UTF-8.
-    QString runCommand(const QString &program, const QStringList &args) const;
+    // The program's whole standard output, whatever its exit status; what it leaves behind with its
+    // output open is killed. Empty when it cannot be started, hangs, is stopped, floods its output
+    // or writes something that is not UTF-8.
+    QString runCommand(const QString &program, const QStringList &args,
+                       const std::stop_token &stop = {}) const;
 
 private:
     QStringList m_candidates;

@@ -6,13 +6,16 @@
 #include <QTimer>
 
 #include <functional>
+#include <memory>
+#include <stop_token>
+#include <vector>
 
 namespace ostrelle
 {
 
 // Runs a pass in the background, once at the start and then every 30 seconds. Passes may overlap
-// when the gateway tool is slow; while four run, ticks are dropped. A running pass outlives the
-// service. Main thread only.
+// when the gateway tool is slow; when four run already, the oldest hangs and makes way for the next.
+// A running pass outlives the service. Main thread only.
 class SyncService : public QObject
 {
     Q_OBJECT
@@ -26,12 +29,22 @@ public:
     void sync();
 
 protected:
-    // The pass runs on a background thread and owns all that it needs.
-    explicit SyncService(std::function<void()> pass, QObject *parent);
+    // The pass runs on a background thread and owns all that it needs. It ends soon once it is told
+    // to stop.
+    using Pass = std::function<void(const std::stop_token &stop)>;
+    explicit SyncService(Pass pass, QObject *parent);
 
 private:
-    const std::function<void()> m_pass;
-    PassLimit m_limit{4};
+    struct UnderWay {
+        std::weak_ptr<const void> pass; // empty when it has ended
+        std::stop_source stop;
+    };
+
+    void stopOldest();
+
+    const Pass m_pass;
+    PassLimit m_limit{8}; // for the case that a pass does not end although it was told to
+    std::vector<UnderWay> m_underWay; // the oldest first
     QTimer m_timer;
 };
 

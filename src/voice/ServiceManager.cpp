@@ -4,12 +4,14 @@
 #include "core/LegacyAgent.h"
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
-#include "voice/AgentLog.h"
+#include "platform/PrivateLog.h"
 #include "voice/PidFile.h"
 #include "voice/VoiceAgentCommand.h"
 
 #include <QProcess>
 #include <QTimer>
+
+#include <ctime>
 
 namespace ostrelle
 {
@@ -38,6 +40,14 @@ std::chrono::seconds restartDelay(qint64 crashesBefore)
                                         : std::chrono::seconds(1 << crashesBefore);
 }
 
+SupervisorTime::Clock::time_point timeSinceBoot()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_BOOTTIME, &time);
+    return SupervisorTime::Clock::time_point(std::chrono::seconds(time.tv_sec) +
+                                             std::chrono::nanoseconds(time.tv_nsec));
+}
+
 bool crashed(const QProcess &process)
 {
     return process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0;
@@ -48,7 +58,7 @@ bool crashed(const QProcess &process)
 SupervisorTime SupervisorTime::real()
 {
     return {
-        .now = &Clock::now,
+        .now = &timeSinceBoot,
         .later = [](std::chrono::milliseconds delay, QObject *owner, std::function<void()> action) {
             QTimer::singleShot(delay, Qt::PreciseTimer, owner, std::move(action));
         }};
@@ -121,7 +131,7 @@ void ServiceManager::startVoice()
 
 void ServiceManager::launch(QProcess *process)
 {
-    const Descriptor agentLog = openAgentLog(m_surroundings.logFile);
+    const Descriptor agentLog = openPrivateLog(m_surroundings.logFile);
     prepareChild(*process, agentLog ? std::optional(agentLog.get()) : std::nullopt);
     process->setStandardInputFile(QProcess::nullDevice());
     process->setProcessChannelMode(QProcess::ForwardedChannels);
@@ -139,6 +149,7 @@ void ServiceManager::handleStart(const QProcess &process)
 {
     const qint64 pid = process.processId();
     m_voiceRunning = true;
+    m_guard = GroupGuard::of(static_cast<pid_t>(pid));
     writePidFile(pidFile(), pid);
     log(u"Voice agent started (PID %1)"_s.arg(pid));
 }
@@ -152,6 +163,7 @@ void ServiceManager::handleLaunchFailure(QProcess *process)
 
 void ServiceManager::handleEnd(QProcess *process)
 {
+    m_guard.reset(); // ends what the agent has left behind
     forget(process);
     if (crashed(*process)) {
         handleVoiceCrash();
@@ -185,7 +197,7 @@ void ServiceManager::stopVoice()
         m_voiceRunning = false;
         return;
     }
-    process->terminate();
+    askGroupToEnd(*process);
     m_surroundings.time.later(terminationGrace, process, [this, process] {
         killWithGroup(*process);
         forget(process); // even a process that the kernel cannot end now bars no new start

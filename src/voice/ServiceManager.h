@@ -3,6 +3,7 @@
 #include "platform/Paths.h"
 #include "settings/OstrelleConfig.h"
 #include "settings/Preferences.h"
+#include "voice/GroupGuard.h"
 
 #include <QObject>
 #include <QProperty>
@@ -19,7 +20,7 @@ namespace ostrelle
 struct SupervisorTime {
     using Clock = std::chrono::steady_clock;
 
-    std::function<Clock::time_point()> now;
+    std::function<Clock::time_point()> now; // counts the time that the computer sleeps
     // Runs the action once, on the main thread after the delay, unless the owner is gone by then.
     std::function<void(std::chrono::milliseconds delay, QObject *owner,
                        std::function<void()> action)>
@@ -36,7 +37,8 @@ struct SupervisorSurroundings {
 };
 
 // Runs the voice agent as a child process: starts it, restarts it after a crash, with growing
-// delays, and stops it. The agent dies with this program, whatever ends it. Main thread only, but
+// delays, and stops it. The agent dies with this program, whatever ends it, and what the agent has
+// started dies with the agent. Main thread only, but
 // for killFromPidFile().
 class ServiceManager : public QObject
 {
@@ -66,8 +68,8 @@ public:
     // goes wrong is told in the log.
     Q_INVOKABLE void startVoice();
 
-    // Asks the agent to end and kills it after 3 seconds. Returns at once; `voiceRunning` tells
-    // when it has ended.
+    // Asks the agent and what it has started to end and kills them after 3 seconds. Returns at
+    // once; `voiceRunning` tells when it has ended.
     Q_INVOKABLE void stopVoice();
 
     // Kills the agent that the PID file names: asks it to end, and kills it one second later, or at
@@ -124,6 +126,7 @@ private:
     QProcess *m_voiceProcess = nullptr; // a child object; set from the launch to the end
     qint64 m_restartCount = 0;          // crashes in a row, each within a minute of the one before
     std::optional<SupervisorTime::Clock::time_point> m_lastCrashTime;
+    std::optional<GroupGuard> m_guard; // of what the agent starts; while the agent runs
 };
 
 } // namespace ostrelle

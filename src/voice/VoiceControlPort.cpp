@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr auto requestTimeout = 60s;
-constexpr int maxQuestions = 4;
+constexpr int maxQuestions = 40;
 constexpr int maxPosts = 16;
 constexpr qsizetype maxWaitingActions = 8;
 constexpr qsizetype maxBodyBytes = qsizetype{64} * 1024;
@@ -31,7 +31,12 @@ VoiceControlPort::VoiceControlPort(qint64 port, std::chrono::milliseconds longes
 void VoiceControlPort::askStatus()
 {
     const auto url = endpoint(m_controlURL, u"/status"_s);
-    if (!url || m_questions >= maxQuestions) {
+    if (!url) {
+        QMetaObject::invokeMethod(
+            this, [this] { Q_EMIT statusArrived(std::nullopt); }, Qt::QueuedConnection);
+        return;
+    }
+    if (m_questions >= maxQuestions) {
         return;
     }
     ++m_questions;

@@ -16,14 +16,15 @@ class VoiceControlPort : public QObject
     Q_OBJECT
 
 public:
-    // A port number that no URL can have makes every call do nothing. An action of the microphone
-    // waits until the one before it was answered, but not longer than `longestTurn`: sent at once,
-    // the two could arrive in the wrong order.
+    // With a port number that no URL can have nothing is sent, and nobody answers. An action of the
+    // microphone waits until the one before it was answered, but not longer than `longestTurn`: sent
+    // at once, the two could arrive in the wrong order.
     explicit VoiceControlPort(qint64 port,
                               std::chrono::milliseconds longestTurn = std::chrono::seconds(1),
                               QObject *parent = nullptr);
 
-    // Asks how the agent is; dropped while four questions wait for their answer.
+    // Asks how the agent is; dropped while forty questions wait for their answer, which is more
+    // than are asked until the oldest is given up: lost questions keep nobody from asking.
     void askStatus();
 
     // Sends "start" at once, and "mute" or "unmute" when it is their turn. How it ends is not

@@ -1,4 +1,5 @@
 #include "app/Program.h"
+#include "platform/Files.h"
 #include "settings/OstrelleConfig.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
@@ -12,7 +13,12 @@
 #include <QTest>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -63,22 +69,6 @@ private Q_SLOTS:
         }
     }
 
-    void endsCleanly_data()
-    {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("INT") << SIGINT;
-        QTest::newRow("HUP") << SIGHUP;
-    }
-
-    void endsCleanly()
-    {
-        QFETCH(int, signal);
-        const ProgramHome home;
-        Program program;
-        QVERIFY(program.waitForPort() != 0);
-        QCOMPARE(program.endWith(signal), 0);
-    }
-
     void publishesWhatTheGatewayToolSays()
     {
         const ProgramHome home(R"(case "$1" in
@@ -107,15 +97,18 @@ private Q_SLOTS:
         const ProgramHome home("trap '' TERM INT HUP; echo $$ > \"$HOME/$1.pid\"; "
                                "while :; do sleep 1; done");
         home.write(u".ostrelle/voice_agent.py"_s, {});
-        home.writeScript(u".ostrelle/venv/bin/python"_s,
-                         "trap '' TERM; echo $$ > \"$HOME/agent.pid\"; while :; do sleep 1; done");
+        home.writeScript(
+            u".ostrelle/venv/bin/python"_s,
+            "trap '' TERM; (while :; do sleep 1; done) & echo $! > \"$HOME/recorder.pid\";"
+            " echo $$ > \"$HOME/agent.pid\"; while :; do sleep 1; done");
         OstrelleConfig config = OstrelleConfig::load();
         config.voice.enabled = true;
         config.save();
         home.write(preferences, "[General]\nautoStartVoice=true\n");
         Program program;
         QList<pid_t> started;
-        for (const QString &file : {u"sessions.pid"_s, u"cron.pid"_s, u"agent.pid"_s}) {
+        for (const QString &file :
+             {u"sessions.pid"_s, u"cron.pid"_s, u"recorder.pid"_s, u"agent.pid"_s}) {
             QTRY_VERIFY_WITH_TIMEOUT(home.read(file).trimmed().toInt() > 0, 20000);
             started.append(home.read(file).trimmed().toInt());
         }
@@ -179,6 +172,75 @@ private Q_SLOTS:
         QVERIFY(!home.exists(u".ostrelle/secrets.json"_s));
     }
 
+    // Everybody may read the command line of a program that has not got far yet.
+    void hidesTheLinkBeforeAnythingIsLoaded()
+    {
+        const ProgramHome home;
+        const QString program = home.path(u"ostrelle"_s);
+        QVERIFY(QFile::copy(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrelle"_s, program));
+        QVERIFY(QDir(home.path()).mkdir(u"lib"_s));
+        // A library that can be opened when somebody writes it.
+        QCOMPARE(::mkfifo(qPrintable(home.path(u"lib/libostrelle.so"_s)), 0600), 0);
+        QProcess process;
+        process.start(program, {u"note:for me"_s, u"Ostrelle://config?token=secret"_s});
+        QVERIFY(process.waitForStarted());
+        const auto commandLine = [&] {
+            QFile file(u"/proc/%1/cmdline"_s.arg(process.processId()));
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        QTRY_VERIFY(commandLine().contains("note:for me") && !commandLine().contains("secret"));
+        QCOMPARE(process.state(), QProcess::Running);
+        process.kill();
+        QVERIFY(process.waitForFinished());
+    }
+
+    void keepsItsFilesToItself()
+    {
+        const ProgramHome home;
+        QVERIFY(QDir(home.path(u".ostrelle"_s)).removeRecursively());
+        const mode_t before = ::umask(0);
+        Program program;
+        ::umask(before);
+        QVERIFY(!program.waitForLine("[StatusServer]").isEmpty()); // the default port may be taken
+        const auto mode = [&](const QString &file) {
+            struct stat attributes{};
+            return ::stat(qPrintable(home.path(file)), &attributes) == 0 ? attributes.st_mode & 0777
+                                                                         : 0;
+        };
+        QCOMPARE(mode(u".ostrelle"_s), 0700U);
+        QCOMPARE(mode(u".ostrelle/run/ostrelle.lock"_s), 0600U);
+        rlimit coreBytes{};
+        QCOMPARE(::prlimit(program.pid(), RLIMIT_CORE, nullptr, &coreBytes), 0);
+        QCOMPARE(coreBytes.rlim_cur, rlim_t{0});
+        QCOMPARE(program.endWith(SIGINT), 0);
+    }
+
+    // As in a terminal that was paused: nobody reads what the program prints.
+    void endsThoughNobodyReads()
+    {
+        const ProgramHome home;
+        std::array<int, 2> ends{};
+        QCOMPARE(::pipe2(ends.data(), O_CLOEXEC), 0);
+        const Descriptor unread(ends[0]);
+        const Descriptor full(ends[1]);
+        QVERIFY(::fcntl(full.get(), F_SETFL, O_NONBLOCK) == 0);
+        while (::write(full.get(), "x", 1) == 1) {
+        }
+        QVERIFY(::fcntl(full.get(), F_SETFL, 0) == 0);
+        QProcess program;
+        program.setChildProcessModifier([&] {
+            ::dup2(full.get(), STDOUT_FILENO);
+            ::dup2(full.get(), STDERR_FILENO);
+        });
+        program.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrelle"_s, QStringList());
+        QVERIFY(program.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(home.exists(u".ostrelle/ostrelle-agent-tracker.json"_s), 20000);
+        QTest::qWait(300); // it has logged by now
+        program.terminate();
+        QVERIFY(program.waitForFinished(1500));
+        QCOMPARE(program.exitCode(), 0);
+    }
+
     void enablesProjectTrackingOnce()
     {
         const ProgramHome home;
@@ -190,7 +252,7 @@ private Q_SLOTS:
             QVERIFY(program.waitForPort() != 0);
             QTRY_COMPARE_WITH_TIMEOUT(home.read(u"runs"_s), "run\n", 20000);
             QTRY_VERIFY(home.read(preferences).contains("projectTrackingEnabled=true"));
-            QCOMPARE(program.endWith(SIGTERM), 0);
+            QCOMPARE(program.endWith(SIGHUP), 0);
         }
         QCOMPARE(home.read(u"runs"_s), "run\n");
     }

@@ -225,6 +225,8 @@ private Q_SLOTS:
         QTest::newRow("another job")
             << tool << u"{\"jobs\":[{\"name\":\"OSTRELLE project tracker\"}]}"_s << listing;
         QTest::newRow("no id") << tool << u"{\"jobs\":[%1]}"_s.arg(job.arg(7)) << listing;
+        QTest::newRow("an option for an id")
+            << tool << u"{\"jobs\":[%1]}"_s.arg(job.arg(u"\"--all\""_s)) << listing;
         QTest::newRow("the first of two")
             << tool << u"{\"jobs\":[{},%1,%2]}"_s.arg(job.arg(u"\"a\""_s), job.arg(u"\"b\""_s))
             << u"/bin/duskrell cron run a"_s;

@@ -124,13 +124,18 @@ private Q_SLOTS:
 
     void findsTheLanAddress()
     {
-        const InterfaceAddress lan{.interface = u"eth0"_s, .ipv4 = u"10.0.0.2"_s};
+        const InterfaceAddress lan{.interface = u"wlan0"_s, .ipv4 = u"10.0.0.2"_s};
+        const QList<InterfaceAddress> lesser{
+            {.interface = u"eth0"_s, .ipv4 = u"10.0.0.3"_s, .isUp = false},
+            {.interface = u"docker0"_s, .ipv4 = u"10.0.0.4"_s},
+            {.interface = u"wg0"_s, .ipv4 = u"10.0.0.5"_s}};
         const QList<InterfaceAddress> others{{.interface = u"lo"_s, .ipv4 = u"10.0.0.1"_s},
                                              {.interface = u"utun3"_s, .ipv4 = u"10.0.0.1"_s},
                                              {.interface = u"eth1"_s, .ipv4 = u"127.1.1.1"_s},
                                              {.interface = u"eth1"_s, .ipv4 = u"100.64.0.1"_s}};
         QCOMPARE(firstLanAddress(others), std::nullopt);
-        QCOMPARE(firstLanAddress(others + QList{lan} + others), lan.ipv4);
+        QCOMPARE(firstLanAddress(others + lesser), u"10.0.0.3"_s);
+        QCOMPARE(firstLanAddress(lesser + others + QList{lan} + others), lan.ipv4);
     }
 
 private:

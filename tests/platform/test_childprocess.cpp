@@ -1,4 +1,5 @@
 #include "platform/ChildProcess.h"
+#include "platform/Files.h"
 #include "platform/ProcessSetup.h"
 #include "support/Processes.h"
 #include "support/ScratchHome.h"
@@ -7,6 +8,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <thread>
 
@@ -37,6 +39,7 @@ private Q_SLOTS:
         ::getrlimit(RLIMIT_NOFILE, &limit);
         limit.rlim_cur = startedWithDescriptors;
         ::setrlimit(RLIMIT_NOFILE, &limit);
+        ::umask(027);
         prepareProcess();
     }
 
@@ -52,8 +55,6 @@ private Q_SLOTS:
         QTest::newRow("nothing") << u"echo out; echo err >&2"_s << Capture::Nothing << QByteArray();
         QTest::newRow("more than a pipe holds")
             << u"head -c 300000 /dev/zero"_s << Capture::StandardOutput << QByteArray(300000, '\0');
-        QTest::newRow("reads standard input")
-            << u"cat; echo end"_s << Capture::StandardOutput << QByteArray("end\n");
         QTest::newRow("grandchild holds the pipe")
             << u"sleep 60 & echo out"_s << Capture::StandardOutput << QByteArray("out\n");
         QTest::newRow("closes its output early")
@@ -121,19 +122,47 @@ private Q_SLOTS:
         rlimit limit{};
         ::getrlimit(RLIMIT_NOFILE, &limit);
         QCOMPARE(limit.rlim_cur, limit.rlim_max);
-        const auto descriptors = runChild(shell(u"ulimit -n"_s));
-        QVERIFY(descriptors);
-        QCOMPARE(descriptors->output.trimmed().toULong(), startedWithDescriptors);
+        const Descriptor ours(::open("/dev/null", O_RDONLY)); // not closed by an exec
+        const auto rest = runChild(shell(u"ulimit -n; ulimit -c; umask; test -e /proc/$$/fd/%1 &&"
+                                         " echo inherited"_s.arg(ours.get())));
+        QVERIFY(rest);
+        QCOMPARE(rest->output.simplified(),
+                 QByteArray::number(qulonglong{startedWithDescriptors}) + " 0 0027");
     }
 
-    void killsWhatTheChildLeavesBehind()
+    void killsWhatHoldsTheOutput_data()
     {
-        const auto result =
-            runChild(shell(u"sleep 60 >/dev/null & echo $!"_s), {.killLeftovers = true});
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<bool>("lives");
+        QTest::newRow("holds it") << u"sleep 60 & echo $!"_s << false;
+        QTest::newRow("holds it in a session of its own")
+            << u"setsid -f sh -c 'echo $$; : >~/told; exec sleep 60';"
+               " until test -e ~/told; do sleep 0.01; done"_s
+            << false;
+        QTest::newRow("a service") << u"sleep 60 >/dev/null & echo $!"_s << true;
+    }
+
+    void killsWhatHoldsTheOutput()
+    {
+        QFETCH(QString, script);
+        QFETCH(bool, lives);
+        const auto result = runChild(shell(script), {.killLeftovers = true});
         QVERIFY(result);
         const pid_t grandchild = result->output.trimmed().toInt();
         QVERIFY(grandchild > 0);
-        QTRY_VERIFY(!isAlive(grandchild));
+        QTRY_COMPARE(isAlive(grandchild), lives);
+        ::kill(grandchild, lives ? SIGKILL : 0);
+    }
+
+    void stopsAChild()
+    {
+        std::stop_source stop;
+        std::jthread waiting([&] {
+            const auto result =
+                runChild(shell(u"trap '' TERM; sleep 60; wait"_s), {.stop = stop.get_token()});
+            QVERIFY(!result && result.error().kind == ChildFailure::Kind::Stopped);
+        });
+        stop.request_stop();
     }
 
     // Last, because no child starts in this process afterwards.

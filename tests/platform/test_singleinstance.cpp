@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <future>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,18 +22,22 @@ private Q_SLOTS:
     void handsTheMessageToTheFirst_data()
     {
         QTest::addColumn<QByteArray>("message");
-        QTest::newRow("a link") << QByteArray("ostrelle://config?token=a%20b&x=1");
-        QTest::newRow("a plain second start") << QByteArray("");
-        QTest::newRow("several lines") << QByteArray("one\ntwo\n");
-        QTest::newRow("long") << QByteArray(20000, 'x');
+        QTest::addColumn<QString>("session");
+        QTest::newRow("a plain second start") << QByteArray("") << u".run"_s;
+        QTest::newRow("several lines") << QByteArray("one\ntwo\n") << u".run"_s;
+        QTest::newRow("long") << QByteArray(20000, 'x') << u".run"_s;
+        QTest::newRow("from another session") << QByteArray("ostrelle://a%20b") << u"other"_s;
     }
 
     void handsTheMessageToTheFirst()
     {
         QFETCH(QByteArray, message);
+        QFETCH(QString, session);
         const ScratchHome home;
         SingleInstance first;
         QCOMPARE(first.claim({}), SingleInstance::Role::First);
+        ::mkdir(qPrintable(home.path(session)), 0700);
+        qputenv("XDG_RUNTIME_DIR", home.path(session).toUtf8());
         QSignalSpy started(&first, &SingleInstance::started);
         auto second =
             std::async(std::launch::async, [&] { return SingleInstance().claim(message); });

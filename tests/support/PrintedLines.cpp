@@ -1,22 +1,35 @@
 #include "support/PrintedLines.h"
 
+#include "platform/Log.h"
+
 #include <QTest>
 
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
 
+namespace
+{
+
+void finish()
+{
+    std::fflush(stdout);
+    ostrelle::finishLog(std::chrono::seconds(10));
+}
+
+} // namespace
+
 PrintedLines::PrintedLines()
     : m_standardOutput(::dup(STDOUT_FILENO))
 {
-    std::fflush(stdout);
+    finish();
     m_file.open();
     ::dup2(m_file.handle(), STDOUT_FILENO);
 }
 
 PrintedLines::~PrintedLines()
 {
-    std::fflush(stdout);
+    finish();
     ::dup2(m_standardOutput, STDOUT_FILENO);
     ::close(m_standardOutput);
     if (QTest::currentTestFailed()) {
@@ -26,6 +39,7 @@ PrintedLines::~PrintedLines()
 
 QByteArray PrintedLines::text() const
 {
+    finish();
     // By the handle that is there, for tests that leave no descriptor; and without moving its
     // position, which the printing shares.
     QByteArray text(m_file.size(), Qt::Uninitialized);

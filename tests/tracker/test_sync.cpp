@@ -1,3 +1,4 @@
+#include "platform/ChildProcess.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
 #include "support/ScratchHome.h"
@@ -7,6 +8,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
+
+#include <sys/stat.h>
 
 using namespace ostrelle;
 using namespace std::chrono_literals;
@@ -48,18 +51,33 @@ private Q_SLOTS:
         QCOMPARE(tool.runCommand(tool.findDuskrell(), {u"a b"_s, u"'c'"_s}), expected);
     }
 
+    void findsTheTool_data()
+    {
+        QTest::addColumn<QString>("open"); // to everybody
+        QTest::addColumn<QString>("found");
+        const auto row = [](const char *name, const QString &open, const QString &found) {
+            QTest::newRow(name) << open << found;
+        };
+        row("at the place itself", {}, u"place/duskrell"_s);
+        row("somebody else's at the place", u"place/duskrell"_s, u"first/duskrell"_s);
+        row("a folder for everybody", u"place"_s, u"first/duskrell"_s);
+    }
+
     void findsTheTool()
     {
+        QFETCH(QString, open);
+        QFETCH(QString, found);
         const ScratchHome home;
+        for (const QString &folder : {u"place"_s, u"rogue"_s, u"first"_s}) {
+            home.writeScript(folder + u"/duskrell"_s, {});
+        }
         const QByteArray path = qgetenv("PATH");
-        const GatewayTool tool({home.path(u"first"_s), home.path(u"second"_s)});
-        QCOMPARE(tool.findDuskrell(), QString());
-        const QString found = home.writeScript(u"bin/duskrell"_s, {});
-        qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
-        QCOMPARE(tool.findDuskrell(), found);
-        home.write(u"second"_s, "no program");
-        QCOMPARE(tool.findDuskrell(), home.path(u"second"_s));
-        QCOMPARE(tool.runCommand(tool.findDuskrell(), {}), QString());
+        qputenv("PATH", u":.:%1/rogue:%1/first:"_s.arg(home.path()).toUtf8() + path);
+        for (const QString &file : {u"rogue"_s, open}) {
+            QVERIFY(file.isEmpty() || ::chmod(qPrintable(home.path(file)), 0777) == 0);
+        }
+        const GatewayTool tool({home.path(u"missing"_s), home.path(u"place/duskrell"_s)});
+        QCOMPARE(tool.findDuskrell(), home.path(found));
         qputenv("PATH", path);
     }
 
@@ -137,17 +155,24 @@ private Q_SLOTS:
         }
     }
 
-    void hungPassesDoNotPileUp()
+    void hungRunMakesWay()
     {
         const ScratchHome home;
-        const QString tool = home.writeScript(u"tool"_s, "echo >> ~/starts; exec sleep 600");
-        AgentSyncService service(OstrelleConfig::defaults(), GatewayTool({tool}, 3s));
-        for (int i = 0; i < 20; ++i) {
+        home.write(u"hangs"_s, {});
+        const QString tool =
+            home.writeScript(u"tool"_s, "echo >> ~/starts; test ! -e ~/hangs || exec sleep 600;"
+                                        " echo '{\"sessions\":[]}'");
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.paths.statusFile = home.path(u"status.json"_s);
+        AgentSyncService service(config, GatewayTool({tool}, 10min));
+        for (int i = 1; i <= 10; ++i) {
             service.sync();
+            QTRY_COMPARE(home.read(u"starts"_s).size(), i);
         }
-        QTRY_COMPARE(home.read(u"starts"_s).size(), 4);
-        QVERIFY(finishBackgroundWork(10s));
-        QCOMPARE(home.read(u"starts"_s).size(), 4);
+        QVERIFY(QFile::remove(home.path(u"hangs"_s)));
+        service.sync();
+        QTRY_VERIFY(home.exists(u"status.json"_s));
+        endAllChildren(); // those that still hang
     }
 };
 

@@ -23,7 +23,7 @@ void AgentHome::installScript(const QByteArray &body) const
     write(u".ostrelle/voice_agent.py"_s, "");
 }
 
-void AgentHome::writeConfig(quint16 controlPort) const
+void AgentHome::writeConfig(int controlPort) const
 {
     OstrelleConfig config = OstrelleConfig::defaults();
     config.ports.voiceAgent = controlPort;

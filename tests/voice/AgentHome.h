@@ -17,7 +17,7 @@ public:
     // A shell script in place of Python.
     void installScript(const QByteArray &body) const;
 
-    void writeConfig(quint16 controlPort) const;
+    void writeConfig(int controlPort) const;
 
     // The configuration here, with the voice enabled.
     ostrelle::OstrelleConfig config() const;

@@ -188,8 +188,7 @@ private Q_SLOTS:
             QVERIFY(!manager.voiceRunning());
 
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-            QVERIFY(manager.findChildren<QProcess *>().isEmpty() &&
-                    childrenOfMainThread().isEmpty());
+            QVERIFY(manager.findChildren<QProcess *>().isEmpty());
             QVERIFY(descriptors == 0 || openDescriptors() <= descriptors);
             descriptors = attempt == 2 ? openDescriptors() : descriptors;
 
@@ -197,9 +196,37 @@ private Q_SLOTS:
             QVERIFY(manager.voiceProcessId() != 0);
         }
         QVERIFY(time.waitForScheduled());
+        QTRY_VERIFY(childrenOfMainThread().isEmpty());
         manager.setVoiceEnabled(false);
         time.runNext();
         QCOMPARE(manager.voiceProcessId(), 0);
+    }
+
+    void endsWhatTheAgentStarted_data()
+    {
+        QTest::addColumn<QByteArray>("end"); // of the agent
+        QTest::newRow("stopped") << QByteArray("trap 'exit 0' TERM; wait");
+        QTest::newRow("crashed") << QByteArray("exit 3");
+        QTest::newRow("done") << QByteArray("exit 0");
+    }
+
+    // A recorder that is polite, and one that ends only when it must.
+    void endsWhatTheAgentStarted()
+    {
+        QFETCH(const QByteArray, end);
+        const AgentHome home;
+        home.installScript("sleep 60 & echo $! >~/polite;"
+                           "(trap '' TERM; while :; do sleep 1; done) & echo $! >~/stubborn;" +
+                           end);
+        ManualTime time;
+        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        const PrintedLines silence;
+        manager.startVoice();
+        QTRY_VERIFY(home.read(u"stubborn"_s).endsWith('\n'));
+        manager.stopVoice();
+        for (const QString &recorder : {u"polite"_s, u"stubborn"_s}) {
+            QTRY_VERIFY(!isAlive(home.read(recorder).trimmed().toInt()));
+        }
     }
 
     void ignoresTermination()

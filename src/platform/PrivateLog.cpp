@@ -1,4 +1,4 @@
-#include "voice/AgentLog.h"
+#include "platform/PrivateLog.h"
 
 #include <QFile>
 
@@ -19,7 +19,7 @@ bool isOurs(const struct stat &attributes)
 
 } // namespace
 
-Descriptor openAgentLog(const QString &path)
+Descriptor openPrivateLog(const QString &path)
 {
     // O_NONBLOCK keeps the open of a FIFO from waiting for its reader.
     Descriptor log(::open(

@@ -1,0 +1,89 @@
+#include "platform/OutputPipe.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+
+// glibc 2.36 declares these functions without C linkage.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+namespace ostrelle
+{
+
+namespace
+{
+
+constexpr qsizetype pieceBytes = qsizetype{64} * 1024;
+
+bool holds(const std::filesystem::path &process, const QByteArray &pipe)
+{
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(process / "fd", error), end;
+         !error && entry != end; entry.increment(error)) {
+        std::error_code closedMeanwhile;
+        if (std::filesystem::read_symlink(*entry, closedMeanwhile) == pipe.constData()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+OutputPipe::OutputPipe(Descriptor readEnd, Descriptor writeEnd)
+    : m_readEnd(std::move(readEnd))
+    , m_writeEnd(std::move(writeEnd))
+{
+}
+
+std::optional<OutputPipe> OutputPipe::open()
+{
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return std::nullopt;
+    }
+    ::fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    return OutputPipe(Descriptor(ends[0]), Descriptor(ends[1]));
+}
+
+QByteArray OutputPipe::read()
+{
+    QByteArray piece(pieceBytes, Qt::Uninitialized);
+    const ssize_t count =
+        m_readEnd ? ::read(m_readEnd.get(), piece.data(), pieceBytes) : ssize_t{0};
+    if (count == 0) {
+        m_readEnd = Descriptor();
+    }
+    piece.truncate(std::max<ssize_t>(count, 0));
+    return piece;
+}
+
+void OutputPipe::killHolders() const
+{
+    struct stat attributes{};
+    if (::fstat(m_readEnd.get(), &attributes) != 0) {
+        return;
+    }
+    // As the system names it among what a process has open.
+    const QByteArray pipe = "pipe:[" + QByteArray::number(quint64{attributes.st_ino}) + ']';
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
+         entry.increment(error)) {
+        const pid_t pid = QByteArray::fromStdString(entry->path().filename().string()).toInt();
+        if (pid <= 0 || pid == ::getpid() || !holds(entry->path(), pipe)) {
+            continue;
+        }
+        // A second look once the descriptor is there: the number may be somebody else's by now.
+        const Descriptor process(::pidfd_open(pid, 0));
+        if (process && holds(entry->path(), pipe)) {
+            ::pidfd_send_signal(process.get(), SIGKILL, nullptr, 0);
+        }
+    }
+}
+
+} // namespace ostrelle

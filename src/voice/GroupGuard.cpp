@@ -1,0 +1,125 @@
+#include "voice/GroupGuard.h"
+
+#include "core/BackgroundWork.h"
+
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace ostrelle
+{
+
+namespace
+{
+
+// Is given the group's number. What is sent to the group is not for the guard itself; KILL comes
+// last, and not at all once the guard is alone with what it has started.
+constexpr char script[] = R"(
+trap '' HUP INT QUIT TERM
+others() {
+    cat /proc/[0-9]*/stat 2>/dev/null | awk -v group="$1" -v guard=$$ '
+        { pid = $1; sub(/^.*\) /, "") }
+        $3 == group && $1 != "Z" && pid != guard && $2 != guard { found = 1 }
+        END { exit !found }'
+}
+read -r end
+others "$1" || exit
+kill -TERM 0
+for tenth in 1 2 3 4 5 6 7 8 9 10; do
+    sleep 0.1
+    others "$1" || exit
+done
+kill -KILL 0)";
+
+class SpawnSettings
+{
+public:
+    SpawnSettings(pid_t group, int standardInput)
+    {
+        ::posix_spawn_file_actions_init(&m_files);
+        ::posix_spawn_file_actions_adddup2(&m_files, standardInput, STDIN_FILENO);
+        for (const int output : {STDOUT_FILENO, STDERR_FILENO}) {
+            ::posix_spawn_file_actions_addopen(&m_files, output, "/dev/null", O_WRONLY, 0);
+        }
+        ::posix_spawn_file_actions_addclosefrom_np(&m_files, STDERR_FILENO + 1);
+        ::posix_spawnattr_init(&m_attributes);
+        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
+        ::posix_spawnattr_setpgroup(&m_attributes, group);
+        sigset_t none;
+        ::sigemptyset(&none);
+        ::posix_spawnattr_setsigmask(&m_attributes, &none);
+    }
+    ~SpawnSettings()
+    {
+        ::posix_spawn_file_actions_destroy(&m_files);
+        ::posix_spawnattr_destroy(&m_attributes);
+    }
+    SpawnSettings(const SpawnSettings &) = delete;
+    SpawnSettings &operator=(const SpawnSettings &) = delete;
+
+    // 0 when it cannot be started.
+    pid_t start(const char *program, char *const *arguments) const
+    {
+        pid_t pid = 0;
+        const int error = ::posix_spawn(&pid, program, &m_files, &m_attributes, arguments, environ);
+        return error == 0 ? pid : 0;
+    }
+
+private:
+    posix_spawn_file_actions_t m_files{};
+    posix_spawnattr_t m_attributes{};
+};
+
+} // namespace
+
+GroupGuard::GroupGuard(pid_t shell, Descriptor lifeline)
+    : m_shell(shell)
+    , m_lifeline(std::move(lifeline))
+{
+}
+
+GroupGuard::GroupGuard(GroupGuard &&other) noexcept
+    : m_shell(std::exchange(other.m_shell, 0))
+    , m_lifeline(std::move(other.m_lifeline))
+{
+}
+
+GroupGuard &GroupGuard::operator=(GroupGuard &&other) noexcept
+{
+    std::swap(m_shell, other.m_shell);
+    std::swap(m_lifeline, other.m_lifeline);
+    return *this;
+}
+
+GroupGuard::~GroupGuard()
+{
+    m_lifeline = Descriptor();
+    if (m_shell > 0) {
+        utilityPool().start([shell = m_shell] { ::waitpid(shell, nullptr, 0); });
+    }
+}
+
+std::optional<GroupGuard> GroupGuard::of(pid_t group)
+{
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return std::nullopt;
+    }
+    const Descriptor shellsEnd(ends[0]);
+    Descriptor lifeline(ends[1]);
+    std::string name = "ostrelle-guard";
+    std::string option = "-c";
+    std::string text = script;
+    std::string number = std::to_string(group);
+    const std::array<char *, 6> arguments{name.data(), option.data(), text.data(),
+                                          name.data(), number.data(), nullptr};
+    const pid_t shell = SpawnSettings(group, shellsEnd.get()).start("/bin/sh", arguments.data());
+    return shell > 0 ? std::optional(GroupGuard(shell, std::move(lifeline))) : std::nullopt;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Files.h"
+
+#include <optional>
+#include <sys/types.h>
+
+namespace ostrelle
+{
+
+// Ends what is left of a process group when the object goes, or this program does, whatever ends
+// it: asks first, and kills a second later. The kernel would end only the process that was started,
+// not what that has started in turn. A small shell does it: it is itself a member of the group, so
+// that the group's number cannot become somebody else's, and waits for the end of a pipe. Main
+// thread only.
+class GroupGuard
+{
+public:
+    // Absent when the group is not there or the shell cannot be started.
+    static std::optional<GroupGuard> of(pid_t group);
+
+    GroupGuard(GroupGuard &&other) noexcept;
+    GroupGuard &operator=(GroupGuard &&other) noexcept;
+    GroupGuard(const GroupGuard &) = delete;
+    GroupGuard &operator=(const GroupGuard &) = delete;
+    ~GroupGuard();
+
+private:
+    GroupGuard(pid_t shell, Descriptor lifeline);
+
+    pid_t m_shell; // 0: moved away
+    Descriptor m_lifeline;
+};
+
+} // namespace ostrelle
