@@ -3,7 +3,7 @@
 add_library(ostrelle_options INTERFACE)
 target_compile_features(ostrelle_options INTERFACE cxx_std_23)
 target_compile_options(ostrelle_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # What a source file keeps to itself looks there as if a header declared it.
     target_compile_options(ostrelle_options INTERFACE -Wno-subobject-linkage)

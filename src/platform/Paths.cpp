@@ -49,9 +49,9 @@ QString homeDirectory()
 std::optional<QString> resourceDirectory()
 {
     const QDir program(QCoreApplication::applicationDirPath());
-    for (const QString &candidate : {u"../share/ostrelle"_s, u"resources"_s}) {
-        QString path = QDir::cleanPath(program.absoluteFilePath(candidate));
-        if (QFileInfo(path).isDir()) {
+    for (const char *candidate : {OSTRELLE_INSTALLED_RESOURCES, "resources"}) {
+        QString path = QDir::cleanPath(program.absoluteFilePath(QString::fromUtf8(candidate)));
+        if (!QDir(path).isEmpty()) {
             return path;
         }
     }

@@ -11,8 +11,8 @@ namespace ostrelle
 // The user's home directory as the platform reports it, without a trailing slash.
 QString homeDirectory();
 
-// The directory of the files that ship with the program: ../share/ostrelle beside the installed
-// program, else resources beside it. Absent when neither exists.
+// The directory of the files that ship with the program: where they are installed to, as seen from
+// the program, else resources beside it. One with nothing in it counts as none.
 std::optional<QString> resourceDirectory();
 
 // A directory that only this user can enter, for sockets and locks that die with the session.

@@ -68,7 +68,9 @@ void record(const QJsonObject &entry)
 
 QJsonArray scripted(QStringView list)
 {
-    QFile file(u":/script.json"_s);
+    const QJsonObject settings =
+        readObject(gatewayPath(u"simulator.json"_s)).value_or(QJsonObject());
+    QFile file(u":/%1.json"_s.arg(settings["script"_L1].toString(u"script"_s)));
     if (!file.open(QIODevice::ReadOnly)) {
         return {};
     }

@@ -38,8 +38,8 @@ QString modeFor(const QJsonValue &setting, const QString &subject);
 // Appends a call or a request to simulator-record.jsonl in the .duskrell directory.
 void record(const QJsonObject &entry);
 
-// One of the lists of script.json: who appears, which jobs there are. What a member named "play"
-// says is for the simulator alone.
+// One of the lists of the script that is played: who appears, which jobs there are. What a member
+// named "play" says is for the simulator alone.
 QJsonArray scripted(QStringView list);
 
 } // namespace ostrelle::simulator
