@@ -39,8 +39,8 @@ if(OSTRELLE_FUZZ)
 endif()
 
 # ostrelle_folder(<name> SOURCES <file>... [USES <library>...])
-# One folder of src, as the objects ostrelle_<name>. USES names the folders whose headers it may
-# include (script/lint checks it) and the libraries that it needs. It describes its models, so that
+# One folder of src, as the objects ostrelle_<name>. USES names what it needs to be compiled: folders,
+# with what those need, and libraries. It describes its models, so that
 # qmllint knows them where the ui exposes them.
 function(ostrelle_folder name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")

@@ -27,16 +27,16 @@ GatewayInUse::GatewayInUse(Settings settings, GatewayViewModel *monitor, QObject
     , m_settings(std::move(settings))
     , m_monitor(monitor)
 {
-    migrateTokens();
+    migrateTokens([this] { handleNext(); });
 }
 
-void GatewayInUse::migrateTokens()
+void GatewayInUse::migrateTokens(const std::function<void()> &done)
 {
-    whenDone(m_settings.tokens->migrateFromConfig(), this, [this](bool isSomethingLeft) {
+    whenDone(m_settings.tokens->migrateFromConfig(), this, [this, done](bool isSomethingLeft) {
         if (isSomethingLeft) {
-            QTimer::singleShot(nextMigration, this, &GatewayInUse::migrateTokens);
+            QTimer::singleShot(nextMigration, this, [this] { migrateTokens([] {}); });
         }
-        handleNext();
+        done();
     });
 }
 

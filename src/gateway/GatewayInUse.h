@@ -34,7 +34,7 @@ private:
     };
 
     void enqueue(const Request &request);
-    void migrateTokens();
+    void migrateTokens(const std::function<void()> &done);
     void handleNext();
     void saveToken(const Request &request);
     void saveConfig(const Request &request);

@@ -36,7 +36,11 @@ GatewayProfiles::GatewayProfiles(Settings settings, GatewayViewModel *gateway, G
 void GatewayProfiles::reload()
 {
     const auto look = [config = m_settings.config] { config->snapshot(); };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this, [this] { readTokens(); });
+    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this, [this, before = m_config] {
+        if (m_config == before) { // else they are being read already
+            readTokens();
+        }
+    });
 }
 
 void GatewayProfiles::requestSwitch(const QString &url)

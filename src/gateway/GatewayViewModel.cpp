@@ -175,9 +175,9 @@ void GatewayViewModel::resetGatewayToken()
         return;
     }
     m_isResettingToken = true;
-    const auto renew = [tokens = m_settings.tokens, url = gatewayURL()] {
+    const auto renew = [tokens = m_settings.tokens, config = m_settings.config] {
         if (const QString token = renewGatewayToken(); !token.isEmpty()) {
-            static_cast<void>(tokens->saveFor(url, token).result());
+            tokens->saveFor(config->snapshot().gateway.url, token).waitForFinished();
         }
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this, [this] { finishReset(); });

@@ -8,9 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <map>
-#include <memory>
 #include <mutex>
-#include <shared_mutex>
 #include <unistd.h>
 #include <utility>
 
@@ -218,9 +216,17 @@ std::expected<std::string, FileProblem> readFile(const QString &path, std::size_
     if (!file) {
         return std::unexpected(file.error());
     }
-    const auto fileLock = FileLocks::of(attributes);
-    const std::shared_lock lock(*fileLock);
+    const ReadTurn turn(file->get());
     return readAll(file->get(), maxBytes);
+}
+
+ReadTurn::ReadTurn(int fd)
+{
+    struct stat attributes{};
+    if (::fstat(fd, &attributes) == 0) {
+        m_fileLock = FileLocks::of(attributes);
+        m_lock = std::shared_lock(*m_fileLock);
+    }
 }
 
 std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_view content,

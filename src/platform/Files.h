@@ -4,6 +4,8 @@
 #include <QString>
 
 #include <expected>
+#include <memory>
+#include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -31,6 +33,18 @@ bool fileExists(const QString &path);
 // device is refused without waiting for it.
 std::expected<std::string, FileProblem> readFile(const QString &path,
                                                  std::size_t maxBytes = maxDocumentBytes);
+
+// While it lives, nobody in this process writes in place into the open file. For who reads a file
+// in another way than readFile().
+class ReadTurn
+{
+public:
+    explicit ReadTurn(int fd);
+
+private:
+    std::shared_ptr<std::shared_mutex> m_fileLock;
+    std::shared_lock<std::shared_mutex> m_lock;
+};
 
 // Replaces a file's content in place, so that links to it and readers that have it open see the new
 // one; creates it with `mode` if it is missing. Room is reserved before the first byte changes: on

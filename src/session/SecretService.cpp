@@ -84,10 +84,9 @@ public:
                                        : SecretProblem::Unreachable);
         }
         auto conversation = std::unique_ptr<Conversation>(new Conversation);
-        conversation->connect();
-        if (!conversation->m_service) {
+        if (const auto connected = conversation->connect(); !connected) {
             return std::unexpected(conversation->deadlinePassed() ? SecretProblem::NoAnswer
-                                                                  : SecretProblem::Unreachable);
+                                                                  : connected.error());
         }
         return conversation;
     }
@@ -172,12 +171,17 @@ public:
 private:
     Conversation() = default;
 
-    void connect()
+    std::expected<void, SecretProblem> connect()
     {
         const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
             secret_service_get(SECRET_SERVICE_OPEN_SESSION, m_calls.cancellable(), callback, data);
         });
-        m_service.reset(secret_service_get_finish(result.get(), nullptr));
+        Failure failure;
+        m_service.reset(secret_service_get_finish(result.get(), failure.out()));
+        if (!m_service) {
+            return std::unexpected(failure.problem());
+        }
+        return {};
     }
 
     // libsecret keeps its connection, and with it the name of a service that has restarted since;

@@ -23,7 +23,8 @@ constexpr std::size_t maxConfigBytes = std::size_t{16} * 1024 * 1024;
 std::expected<void, FileProblem> writeConfig(const QString &file, const OstrelleConfig &config)
 {
     QDir().mkpath(QFileInfo(file).path());
-    return writeInPlace(file, config.encode());
+    constexpr mode_t usual = 0644;
+    return writeInPlace(file, config.encode(), config.holdsTokens() ? ownerOnly : usual);
 }
 
 // Absent without a file that can be understood.
@@ -46,19 +47,37 @@ ConfigStore::ConfigStore(QString file)
 {
 }
 
+std::shared_ptr<ConfigStore> ConfigStore::open(const QString &file)
+{
+    // Its signals may be on their way on its own thread.
+    return {new ConfigStore(file), [](ConfigStore *store) {
+                if (store->thread() == QThread::currentThread()) {
+                    delete store;
+                } else {
+                    store->deleteLater();
+                }
+            }};
+}
+
 OstrelleConfig ConfigStore::snapshot()
 {
     const std::scoped_lock lock(m_diskMutex);
-    if (m_isUnwritten) {
-        const OstrelleConfig config = current();
-        static_cast<void>(write(config));
-        return config;
+    const auto inFile = readConfig(m_file);
+    if (m_unwritten.isEmpty()) {
+        if (inFile) {
+            remember(*inFile);
+        }
+        return inFile.value_or(OstrelleConfig::defaults());
     }
-    const auto config = readConfig(m_file);
-    if (config) {
-        remember(*config);
+    OstrelleConfig config = inFile.value_or(current());
+    for (const Change &apply : m_unwritten) {
+        apply(config);
     }
-    return config.value_or(OstrelleConfig::defaults());
+    if (write(config)) {
+        m_unwritten.clear();
+    }
+    remember(config);
+    return config;
 }
 
 OstrelleConfig ConfigStore::current() const
@@ -77,15 +96,22 @@ QFuture<ConfigStore::Changed> ConfigStore::change(const Change &apply, Write mod
 ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
 {
     const std::scoped_lock lock(m_diskMutex);
-    const auto inFile = m_isUnwritten ? std::nullopt : readConfig(m_file);
-    const OstrelleConfig before = inFile.value_or(current());
+    const auto inFile = readConfig(m_file);
+    OstrelleConfig before = inFile.value_or(current());
+    for (const Change &unwritten : m_unwritten) {
+        unwritten(before);
+    }
     OstrelleConfig config = before;
     apply(config);
     Changed changed{.config = config, .written = {}};
-    if (mode == Write::IfUnderstood && !inFile && !m_isUnwritten) {
+    if (mode == Write::IfUnderstood && !inFile) {
         changed.written = std::unexpected(FileProblem{FileProblem::Kind::Missing, {}});
-    } else if (mode == Write::Always || m_isUnwritten || config != before) {
+    } else if (mode == Write::Always || !m_unwritten.isEmpty() || config != before) {
+        m_unwritten.append(apply);
         changed.written = write(config);
+        if (changed.written) {
+            m_unwritten.clear();
+        }
     }
     remember(config);
     return changed;
@@ -94,7 +120,6 @@ ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
 std::expected<void, FileProblem> ConfigStore::write(const OstrelleConfig &config)
 {
     const auto written = writeConfig(m_file, config);
-    m_isUnwritten = !written;
     if (!written && !std::exchange(m_toldFailure, true)) {
         logLine(u"[Ostrelle] "_s + m_file + u" not saved: "_s + written.error().text);
     }
@@ -112,18 +137,6 @@ void ConfigStore::remember(const OstrelleConfig &config)
         m_current = config;
     }
     QMetaObject::invokeMethod(this, &ConfigStore::changed, Qt::QueuedConnection);
-}
-
-std::shared_ptr<ConfigStore> makeConfigStore(const QString &file)
-{
-    // Its signals may be on their way on its own thread.
-    return {new ConfigStore(file), [](ConfigStore *store) {
-                if (store->thread() == QThread::currentThread()) {
-                    delete store;
-                } else {
-                    store->deleteLater();
-                }
-            }};
 }
 
 OstrelleConfig OstrelleConfig::load()

@@ -14,7 +14,7 @@ namespace ostrelle
 {
 
 // The only reader and writer of config.json. Calls may come from any thread; the object lives on
-// the main thread, where it signals. Make it with makeConfigStore().
+// the main thread, where it signals.
 class ConfigStore : public QObject, public std::enable_shared_from_this<ConfigStore>
 {
     Q_OBJECT
@@ -22,15 +22,15 @@ class ConfigStore : public QObject, public std::enable_shared_from_this<ConfigSt
 public:
     using Change = std::function<void(OstrelleConfig &)>;
 
-    // Reads the file.
-    explicit ConfigStore(QString file);
+    // Reads the file. Any thread may give up the last handle.
+    static std::shared_ptr<ConfigStore> open(const QString &file);
 
     const QString &file() const { return m_file; }
 
     // What the file holds now, so that an edit from outside counts; the defaults without a file
     // that can be understood, which stays as it is. What came from an older version is written
-    // back. A change that could not be written holds all the same, and is tried again. Reads the
-    // disk: the start and background threads only.
+    // back. A change that could not be written holds all the same: it is made to what the file
+    // holds, and tried again. Reads the disk: the start and background threads only.
     OstrelleConfig snapshot();
 
     // What was read or written last, without looking at the disk.
@@ -55,6 +55,7 @@ Q_SIGNALS:
     void changed();
 
 private:
+    explicit ConfigStore(QString file);
     std::expected<void, FileProblem> write(const OstrelleConfig &config);
     void remember(const OstrelleConfig &config);
     Changed changeNow(const Change &apply, Write mode);
@@ -63,14 +64,10 @@ private:
 
     std::mutex m_diskMutex; // one reads or writes at a time
     // Protected by the one above.
-    bool m_isUnwritten = false; // m_current still has to be written
+    QList<Change> m_unwritten; // in their order
     bool m_toldFailure = false;
 
     mutable std::mutex m_mutex; // never held while the disk is used
     OstrelleConfig m_current;   // protected by it
 };
-
-// May be given up by any thread.
-std::shared_ptr<ConfigStore> makeConfigStore(const QString &file);
-
 } // namespace ostrelle

@@ -40,4 +40,36 @@ KeychainHelper::saveToken(SecretStore &store, const QString &token, const QStrin
     return store.write(accountOf(key), token.toUtf8());
 }
 
+std::expected<void, SecretProblem> KeychainHelper::migrateFromConfig(SecretStore &store,
+                                                                     OstrelleConfig &config,
+                                                                     const QSet<QString> &newer)
+{
+    std::optional<SecretProblem> problem;
+    const auto move = [&](std::optional<QString> &token, const QStringList &keys) {
+        if (token.value_or(QString()).isEmpty()) {
+            return;
+        }
+        for (const QString &key : keys) {
+            if (newer.contains(key)) {
+                continue;
+            }
+            if (const auto saved = saveToken(store, *token, key); !saved) {
+                problem = problem.value_or(saved.error());
+                return;
+            }
+        }
+        token.reset();
+    };
+    move(config.gateway.token, {activeKey, config.gateway.url});
+    if (config.gateway.saved) {
+        for (SavedGateway &entry : *config.gateway.saved) {
+            move(entry.token, {entry.url});
+        }
+    }
+    if (problem) {
+        return std::unexpected(*problem);
+    }
+    return {};
+}
+
 } // namespace ostrelle

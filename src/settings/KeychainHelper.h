@@ -1,14 +1,15 @@
 #pragma once
 
 #include "platform/SecretStore.h"
+#include "settings/OstrelleConfig.h"
 
-#include <QString>
+#include <QSet>
 
 namespace ostrelle
 {
 
 // Gateway tokens in a secret store, each under a key: the gateway's base URL exactly as the
-// configuration has it, or `activeKey` for the gateway in use. Both may wait for the store:
+// configuration has it, or `activeKey` for the gateway in use. All of it may wait for the store:
 // background threads only.
 class KeychainHelper
 {
@@ -24,6 +25,12 @@ public:
     // Stores or replaces.
     static std::expected<void, SecretProblem> saveToken(SecretStore &store, const QString &token,
                                                         const QString &key);
+
+    // Moves the configuration's plain-text tokens into the store, but for those under keys that
+    // hold a newer one, which are only removed. What the store does not take stays; the first
+    // problem is returned.
+    static std::expected<void, SecretProblem>
+    migrateFromConfig(SecretStore &store, OstrelleConfig &config, const QSet<QString> &newer = {});
 };
 
 } // namespace ostrelle

@@ -247,7 +247,10 @@ void OstrelleConfig::useGateway(const QString &url)
         if (entry == saved.end()) {
             entry = saved.insert(saved.end(), {.name = gateway.url, .url = gateway.url});
         }
-        entry->token = std::exchange(gateway.token, std::nullopt);
+        if (entry->token.value_or(QString()).isEmpty()) {
+            entry->token = gateway.token;
+        }
+        gateway.token.reset();
     }
     gateway.url = url;
 }

@@ -3,10 +3,12 @@
 #include "platform/Files.h"
 #include "settings/SettingsQueues.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
+#include <QTimer>
 
 #include <algorithm>
 #include <atomic>
@@ -23,6 +25,8 @@ namespace
 
 // Far beyond what a person's preferences need; a larger file is taken as broken, not read.
 constexpr std::size_t maxPreferenceBytes = std::size_t{1024} * 1024;
+
+constexpr std::chrono::seconds nextAttempt(30); // after one that failed
 
 bool isWellFormed(QByteArrayView line)
 {
@@ -158,6 +162,12 @@ void Preferences::change(const QString &key, const std::optional<QString> &value
         m_content.values.remove(key);
     }
     m_content.unwritten.insert(key, value);
+    queueWrite();
+}
+
+// With the mutex locked.
+void Preferences::queueWrite()
+{
     if (!std::exchange(m_content.isWriteQueued, true)) {
         settingsQueue().start([self = shared_from_this()] { self->write(); });
     }
@@ -185,12 +195,29 @@ void Preferences::write()
         return m_content.unwritten;
     }();
     if (!rewrite(changes)) {
-        return; // the next change tries again
+        writeLater();
+        return;
     }
     const std::scoped_lock lock(m_mutex);
     m_content.unwritten.removeIf([&](const Changes::iterator &change) {
         return changes.contains(change.key()) && changes[change.key()] == change.value();
     });
+}
+
+// There is a timer on the main thread only.
+void Preferences::writeLater()
+{
+    const auto again = [waiting = weak_from_this()] {
+        if (const auto self = waiting.lock()) {
+            const std::scoped_lock lock(self->m_mutex);
+            self->queueWrite();
+        }
+    };
+    if (QCoreApplication *const application = QCoreApplication::instance()) {
+        QMetaObject::invokeMethod(application, [application, again] {
+            QTimer::singleShot(nextAttempt, application, again);
+        });
+    }
 }
 
 // QSettings reports success on a full disk and leaves a cut file. So the new content is written

@@ -56,7 +56,8 @@ public:
     QString value(const TextPreference &preference) const;
 
     // A change holds at once and is written in the settings queue. A failure to write is silent:
-    // the file keeps what it held, and the next change tries again.
+    // the file keeps what it held, and half a minute later, or with the next change, it is tried
+    // again.
     void set(const BooleanPreference &preference, bool value);
     void set(const TextPreference &preference, const QString &value);
     void remove(const TextPreference &preference);
@@ -74,7 +75,9 @@ private:
     static Content read(const QString &file);
     QVariant valueOf(const QString &key) const;
     void change(const QString &key, const std::optional<QString> &value);
+    void queueWrite();
     void write();
+    void writeLater();
     bool rewrite(const Changes &changes) const;
 
     const QString m_file;

@@ -65,15 +65,17 @@ PreferredSecretStore::readService(const QString &account)
     // somebody has set up, the service answers and keeps nothing.
     const bool tells = m_place == Place::Unknown || (secret && *secret);
     if (isAnswer(secret)) {
-        m_serviceWasThere = true;
         if (tells) {
             tellWhere(Place::Service);
+        }
+        if (secret && *secret) {
+            m_file.setServiceUsed(true);
         }
         if (!m_file.accounts().isEmpty()) {
             moveToService();
         }
     } else if (hasProblem(secret, SecretProblem::Unreachable)) {
-        if (m_serviceWasThere) {
+        if (m_file.isServiceUsed()) {
             return std::unexpected(SecretProblem::NoAnswer);
         }
         if (tells) {
@@ -91,14 +93,19 @@ std::expected<void, SecretProblem> PreferredSecretStore::write(const QString &ac
         askService([&](SecretStore &service) { return service.write(account, secret); });
     if (!isAnswer(written)) {
         tellWhere(Place::File);
+        if (hasProblem(written, SecretProblem::Unreachable)) {
+            m_file.setServiceUsed(false); // from now on the file says what there is
+        }
         return m_file.write(account, secret);
     }
     tellWhere(Place::Service);
-    m_serviceWasThere = true;
-    if (written) {
-        static_cast<void>(m_file.remove(account));
+    if (!written) {
+        return written;
     }
-    return written;
+    m_file.setServiceUsed(true);
+    // An older one that stays there would count as the newer one.
+    const auto removed = m_file.remove(account);
+    return removed || !m_file.accounts().contains(account) ? written : removed;
 }
 
 std::expected<void, SecretProblem> PreferredSecretStore::remove(const QString &account)
@@ -128,7 +135,7 @@ void PreferredSecretStore::moveToService()
         }
         static_cast<void>(m_file.remove(account));
         tellWhere(Place::Service);
-        m_serviceWasThere = true;
+        m_file.setServiceUsed(true);
     }
 }
 

@@ -17,7 +17,8 @@ public:
     explicit PreferredSecretStore(const QString &file);
 
     // Nothing is only what the service, or the file where there is none, has said: a service that
-    // was there and is not, or a file that cannot be read, is a problem.
+    // has kept secrets, if only in an earlier run, and is not there, or a file that cannot be read,
+    // is a problem.
     std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override;
 
     // To the file where the service does not answer, so that the secret is not lost.
@@ -37,7 +38,6 @@ private:
     SecretFile m_file;
     std::mutex m_writing; // a move to the service and a write must not cross
     std::atomic<Place> m_place = Place::Unknown;
-    std::atomic<bool> m_serviceWasThere = false;
 };
 
 } // namespace ostrelle

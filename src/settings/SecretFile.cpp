@@ -17,6 +17,8 @@ namespace
 
 constexpr std::size_t maxSecretBytes = std::size_t{4} * 1024 * 1024;
 
+constexpr QLatin1StringView serviceUsedKey("usesSecretService");
+
 } // namespace
 
 std::expected<QJsonObject, SecretFile::LoadProblem> SecretFile::load() const
@@ -98,7 +100,27 @@ std::expected<void, SecretProblem> SecretFile::remove(const QString &account)
 QStringList SecretFile::accounts()
 {
     const std::scoped_lock lock(m_mutex);
-    return load().value_or(QJsonObject()).keys();
+    const QJsonObject secrets = load().value_or(QJsonObject());
+    QStringList accounts = secrets.keys();
+    accounts.removeIf([&](const QString &account) { return !secrets[account].isString(); });
+    return accounts;
+}
+
+bool SecretFile::isServiceUsed()
+{
+    const std::scoped_lock lock(m_mutex);
+    return load().value_or(QJsonObject()).value(serviceUsedKey).toBool();
+}
+
+void SecretFile::setServiceUsed(bool used)
+{
+    const std::scoped_lock lock(m_mutex);
+    auto secrets = load();
+    if (!secrets || secrets->value(serviceUsedKey).toBool() == used) {
+        return;
+    }
+    secrets->insert(serviceUsedKey, used);
+    static_cast<void>(save(*secrets)); // the next secret from the service tries again
 }
 
 } // namespace ostrelle

@@ -12,8 +12,8 @@ namespace ostrelle
 {
 
 // Secrets in one JSON object of account names and texts, in a file of mode 0600 from the moment it
-// is created. A file that cannot be understood is set aside as "<name>.broken", or the next
-// free name after it, never overwritten.
+// is created. A member that is no text is none of them. A file that cannot be understood is set
+// aside as "<name>.broken", or the next free name after it, never overwritten.
 class SecretFile final : public SecretStore
 {
 public:
@@ -29,6 +29,10 @@ public:
 
     // All that have a secret here; none while the file cannot be read.
     QStringList accounts();
+
+    // Whether secrets are known to be kept in the Secret Service; outlives the program.
+    bool isServiceUsed();
+    void setServiceUsed(bool used);
 
 private:
     enum class LoadProblem { Unreadable, NotUnderstood };

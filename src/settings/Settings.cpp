@@ -19,7 +19,7 @@ SettingsPlaces SettingsPlaces::ofUser()
 }
 
 Settings::Settings(const SettingsPlaces &places)
-    : config(makeConfigStore(places.config))
+    : config(ConfigStore::open(places.config))
     , tokens(
           std::make_shared<Tokens>(std::make_shared<PreferredSecretStore>(places.secrets), config))
     , preferences(std::make_shared<Preferences>(places.preferences))

@@ -2,8 +2,6 @@
 
 #include "platform/NeverDestroyed.h"
 
-#include <QDeadlineTimer>
-
 #include <cstdlib>
 
 namespace ostrelle
@@ -12,7 +10,7 @@ namespace ostrelle
 namespace
 {
 
-constexpr int patienceAtTheEnd = 350; // in milliseconds
+constexpr int patienceAtTheEnd = 175; // in milliseconds, for each of the two
 
 struct Queues {
     Queues()
@@ -33,9 +31,8 @@ struct Queues {
 
     static void finish()
     {
-        const QDeadlineTimer deadline(patienceAtTheEnd);
-        instance().settings.waitForDone(static_cast<int>(deadline.remainingTime()));
-        instance().tokens.waitForDone(static_cast<int>(deadline.remainingTime()));
+        instance().settings.waitForDone(patienceAtTheEnd);
+        instance().tokens.waitForDone(patienceAtTheEnd);
     }
 
     QThreadPool settings;

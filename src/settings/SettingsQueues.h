@@ -11,8 +11,8 @@ namespace ostrelle
 {
 
 // One piece of work after the other, in the order in which it was given. When the program quits, or
-// a library ends it, what was given is still done, unless that takes longer than a third of a
-// second for both queues together. Any thread.
+// a library ends it, what was given is still done, unless that takes longer than a sixth of a
+// second for one of the queues. Any thread.
 
 // Where the configuration, the preferences and the login item are written.
 QThreadPool &settingsQueue();

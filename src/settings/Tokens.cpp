@@ -8,7 +8,6 @@
 
 #include <QJsonDocument>
 
-#include <algorithm>
 #include <utility>
 
 namespace ostrelle
@@ -35,21 +34,34 @@ void logNotSaved(SecretProblem problem)
     logLine(u"[Ostrelle] Token not saved: "_s + toString(problem));
 }
 
-// What a store has taken out of the configuration.
-struct Taken {
-    std::optional<QString> active = std::nullopt;
-    QList<SavedGateway> saved = {};
-};
-
-// Removes what was taken, and nothing that appeared since.
-void removeTaken(OstrelleConfig &config, const Taken &taken)
+// Removes the plain-text tokens that `before` has and `after` has not, and nothing that appeared
+// since.
+void removeMoved(OstrelleConfig &config, const OstrelleConfig &before, const OstrelleConfig &after)
 {
-    if (taken.active && config.gateway.token == taken.active) {
+    if (before.gateway.token != after.gateway.token &&
+        config.gateway.token == before.gateway.token) {
+        config.gateway.token.reset();
+    }
+    const auto savedBefore = before.gateway.saved.value_or(QList<SavedGateway>());
+    const auto savedAfter = after.gateway.saved.value_or(QList<SavedGateway>());
+    if (config.gateway.saved) {
+        for (SavedGateway &entry : *config.gateway.saved) {
+            if (savedBefore.contains(entry) && !savedAfter.contains(entry)) {
+                entry.token.reset();
+            }
+        }
+    }
+}
+
+// Removes the plain-text tokens of a gateway for which a newer one is stored.
+void removeOutdated(OstrelleConfig &config, const QString &gatewayURL)
+{
+    if (config.gateway.url == gatewayURL) {
         config.gateway.token.reset();
     }
     if (config.gateway.saved) {
         for (SavedGateway &entry : *config.gateway.saved) {
-            if (taken.saved.contains(entry)) {
+            if (entry.url == gatewayURL) {
                 entry.token.reset();
             }
         }
@@ -102,7 +114,6 @@ std::expected<QString, SecretProblem> Tokens::resolve(const OstrelleConfig &conf
 
 QString Tokens::tokenFor(const QString &gatewayURL, const OstrelleConfig &config) const
 {
-    const QString inUseBefore = m_config->current().gateway.url;
     const QString own = stored(gatewayURL).value_or(QString());
     const QString name = [this] {
         const std::scoped_lock lock(m_mutex);
@@ -113,7 +124,7 @@ QString Tokens::tokenFor(const QString &gatewayURL, const OstrelleConfig &config
     }
     const QString token = resolve(config).value_or(QString());
     // A switch names the other gateway there before it makes that one's token the active one.
-    return m_config->current().gateway.url == inUseBefore ? token : QString();
+    return m_config->current().gateway.url == gatewayURL ? token : QString();
 }
 
 QString Tokens::tokenFor(const QString &gatewayURL) const
@@ -157,6 +168,10 @@ Tokens::Saved Tokens::save(const QString &token, const QString &key)
 Tokens::Saved Tokens::saveForNow(const QString &gatewayURL, const QString &token)
 {
     auto saved = save(token, gatewayURL);
+    if (saved && m_config->current().holdsTokens()) {
+        m_config->change([gatewayURL](OstrelleConfig &it) { removeOutdated(it, gatewayURL); },
+                         ConfigStore::Write::IfUnderstood);
+    }
     if (saved && m_config->current().gateway.url == gatewayURL) {
         saved = save(token, KeychainHelper::activeKey);
     }
@@ -177,53 +192,29 @@ void Tokens::activateNow(const QString &gatewayURL)
     }
 }
 
-bool Tokens::take(const QString &gatewayURL, const QString &token, bool isActive)
-{
-    QStringList keys{gatewayURL};
-    if (isActive) {
-        keys.append(KeychainHelper::activeKey);
-    }
-    keys.removeIf([this](const QString &key) { return m_savedKeys.contains(key); }); // with a newer
-    for (const QString &key : keys) {
-        const auto saved = KeychainHelper::saveToken(*m_store, token, key);
-        if (!saved) {
-            if (!std::exchange(m_toldMigrationFails, true)) {
-                logNotSaved(saved.error());
-            }
-            return false;
-        }
-    }
-    return true;
-}
-
 bool Tokens::migrateNow()
 {
-    const OstrelleConfig config = m_config->current();
-    if (!config.holdsTokens()) {
+    const OstrelleConfig before = m_config->current();
+    if (!before.holdsTokens()) {
         return false;
     }
-    Taken taken;
-    const auto holdsToken = [](const std::optional<QString> &token) {
-        return token && !token->isEmpty();
-    };
-    if (holdsToken(config.gateway.token) && take(config.gateway.url, *config.gateway.token, true)) {
-        taken.active = config.gateway.token;
+    OstrelleConfig after = before;
+    const auto migrated = KeychainHelper::migrateFromConfig(*m_store, after, m_savedKeys);
+    if (!migrated && !std::exchange(m_toldMigrationFails, true)) {
+        logNotSaved(migrated.error());
     }
-    for (const SavedGateway &entry : config.gateway.saved.value_or(QList<SavedGateway>())) {
-        if (holdsToken(entry.token) && take(entry.url, *entry.token, false)) {
-            taken.saved.append(entry);
-        }
+    if (after != before) {
+        // Not waited for: a disk that hangs must not keep tokens from being stored.
+        m_config
+            ->change([before, after](OstrelleConfig &it) { removeMoved(it, before, after); },
+                     ConfigStore::Write::IfUnderstood)
+            .then([](const ConfigStore::Changed &changed) {
+                if (changed.written) {
+                    logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
+                }
+            });
     }
-    if (taken.active || !taken.saved.isEmpty()) {
-        const auto changed = m_config
-                                 ->change([taken](OstrelleConfig &it) { removeTaken(it, taken); },
-                                          ConfigStore::Write::IfUnderstood)
-                                 .result();
-        if (changed.written) {
-            logLine(u"[Ostrelle] Migrated tokens to Keychain"_s);
-        }
-    }
-    return m_config->current().holdsTokens();
+    return after.holdsTokens();
 }
 
 QString OstrelleConfig::resolveToken(const Tokens &tokens) const

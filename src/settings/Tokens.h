@@ -41,8 +41,8 @@ public:
     // This machine's name in the tailnet. Any thread.
     void setMagicDNSName(const QString &name);
 
-    // Stores the token for the gateway, and as the active one while that gateway is in use. A
-    // failure has also been logged. Any thread.
+    // Stores the token for the gateway, and as the active one while that gateway is in use; an
+    // older one leaves the configuration file. A failure has also been logged. Any thread.
     QFuture<Saved> saveFor(const QString &gatewayURL, const QString &token);
 
     // Makes the token that is stored for the gateway, if there is one, the active one, if it is
@@ -60,7 +60,6 @@ private:
     Saved saveForNow(const QString &gatewayURL, const QString &token);
     void activateNow(const QString &gatewayURL);
     bool migrateNow();
-    bool take(const QString &gatewayURL, const QString &token, bool isActive);
 
     const std::shared_ptr<SecretStore> m_store;
     const std::shared_ptr<ConfigStore> m_config;

@@ -6,7 +6,6 @@
 #include "platform/Files.h"
 #include "platform/Terminal.h"
 #include "settings/KeychainHelper.h"
-#include "settings/SettingsQueue.h"
 #include "setup/AskpassFile.h"
 #include "setup/InstallerOutput.h"
 #include "setup/ModelFile.h"

@@ -1,5 +1,6 @@
 #include "statusserver/Document.h"
 
+#include "platform/Files.h"
 #include "statusserver/FileReading.h"
 
 #include <algorithm>
@@ -45,6 +46,7 @@ std::optional<LoadedDocument> loadDocument(const std::string &path, std::size_t 
     if (!file) {
         return std::nullopt;
     }
+    const ReadTurn turn(file->descriptor.get());
     LoadedDocument document{.response = {}, .version = settledVersion(file->descriptor.get())};
     Response &response = document.response;
     // A file that grows while it is read is read again.

@@ -57,7 +57,11 @@ std::expected<QByteArray, FetchError>
 RemoteDataSource::fetchRemoteData(const QString &base, const QString &endpoint,
                                   const OstrelleConfig &config, const Tokens &tokens)
 {
-    const QString token = tokens.tokenFor(config.gateway.url, config);
+    // The base is cut from the gateway's text, and what the cut leaves may be another host.
+    const QString gatewayURL = config.gateway.url;
+    const bool isSameHost = QUrl(base).host() == QUrl(gatewayURL).host();
+    const QString token = isSameHost ? tokens.tokenFor(gatewayURL, config)
+                                     : tokens.getToken(gatewayURL).value_or(QString());
     if (token.isEmpty()) {
         return std::unexpected(FetchError::authRejected());
     }

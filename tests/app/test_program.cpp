@@ -169,7 +169,7 @@ private Q_SLOTS:
         QCOMPARE(home.storedToken(OstrelleConfig::defaults().gateway.url), std::nullopt);
         QCOMPARE(first.endWith(SIGTERM), 0);
         QVERIFY(!first.output().contains("s%26t"));
-        QVERIFY(!home.exists(u".ostrelle/secrets.json"_s));
+        QVERIFY(!home.read(u".ostrelle/secrets.json"_s).contains("s%26t"));
     }
 
     // Everybody may read the command line of a program that has not got far yet.

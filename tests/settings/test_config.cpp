@@ -131,10 +131,12 @@ private Q_SLOTS:
             QVERIFY(!store->change(put).result().written);
             QCOMPARE(store->snapshot().gateway.url, url);
             QCOMPARE(home.read(configFile), before);
+            home.write(configFile, with(before, "18794", "18700")); // an edit counts all the same
         }
         QCOMPARE(printed.text().count(" not saved: File too large\n"), 1);
         store->snapshot(); // which every poll takes
         QCOMPARE(OstrelleConfig::load().gateway.url, url);
+        QCOMPARE(OstrelleConfig::load().ports.status, 18700);
     }
 
     void followsEditsFromOutside()

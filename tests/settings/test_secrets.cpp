@@ -116,6 +116,9 @@ private Q_SLOTS:
         QVERIFY(!m_home.read(keptIn).contains(account.toUtf8()));
 
         endKeyring();
+        // Also in the next run nobody says that there is none.
+        QCOMPARE(outcome(PreferredSecretStore(m_home.path(keptIn)).read(account)),
+                 toString(SecretProblem::NoAnswer));
         m_keyring = &m_session->startKeyring();
         QCOMPARE(outcome(m_preferred.read(account)), u"\"with a service\""_s);
     }

@@ -1,4 +1,5 @@
 #include "settings/OwnMachine.h"
+#include "settings/SettingsQueues.h"
 #include "support/PrintedLines.h"
 #include "support/ScratchHome.h"
 
@@ -130,7 +131,8 @@ private Q_SLOTS:
         changed.gateway.saved->first().token = u"new"_s;
         changed.save();
         const PrintedLines printed;
-        QVERIFY(m_tokens->migrateFromConfig().result()); // the new one is left
+        QVERIFY(!m_tokens->migrateFromConfig().result());
+        settingsQueue().waitForDone();
         QVERIFY(printed.text().endsWith("[Ostrelle] Migrated tokens to Keychain\n"));
         const OstrelleConfig after = OstrelleConfig::load();
         QCOMPARE(after.gateway.token, std::nullopt);
@@ -163,9 +165,10 @@ private Q_SLOTS:
         QCOMPARE(OstrelleConfig::load().gateway.saved->first().token, u"old"_s);
         setStoreRefuses(false);
         QVERIFY(m_tokens->saveFor(local, u"newer"_s).result());
+        settingsQueue().waitForDone();
+        QVERIFY(!OstrelleConfig::load().holdsTokens()); // for the next start to bring back
         QVERIFY(!m_tokens->migrateFromConfig().result());
         QCOMPARE(m_tokens->getToken(local), u"newer"_s);
-        QVERIFY(!OstrelleConfig::load().holdsTokens());
     }
 
     void leavesAFileAloneThatCannotBeRead()
@@ -178,6 +181,7 @@ private Q_SLOTS:
         QVERIFY(!m_tokens->migrateFromConfig().result());
         QCOMPARE(m_tokens->getToken(local), u"abc"_s);
         QCOMPARE(m_home->read(u".ostrelle/config.json"_s), "{");
+        settingsQueue().waitForDone();
         QVERIFY(!m_config->current().holdsTokens()); // and never writes it back
     }
 

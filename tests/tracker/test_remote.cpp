@@ -111,6 +111,22 @@ private Q_SLOTS:
         QCOMPARE(server.requestCount(), 0);
     }
 
+    // What is asked is cut from the text of the address, whose host is this machine.
+    void sendsNoTokenToAUserPart()
+    {
+        StandInGateway server(QHostAddress(u"127.94.18.9"_s), 18794);
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.gateway.url = u"http://127.94.18.9:x@[::1]:18789"_s;
+        config.save();
+        m_home.write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"secret"}}})");
+        const QString base = RemoteDataSource::statusBaseURL(config).value();
+        QCOMPARE(base, u"http://127.94.18.9:18794"_s);
+        QCOMPARE(RemoteDataSource::fetchRemoteData(base, u"/status"_s, config,
+                                                   *m_home.settings().tokens),
+                 authRejected());
+        QCOMPARE(server.requestCount(), 0);
+    }
+
     void eachLimitHolds()
     {
         StandInGateway peer;

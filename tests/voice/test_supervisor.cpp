@@ -219,7 +219,8 @@ private Q_SLOTS:
                            "(trap '' TERM; while :; do sleep 1; done) & echo $! >~/stubborn;" +
                            end);
         ManualTime time;
-        ServiceManager manager(home.config(), home.surroundings(time.asTime()));
+        ServiceManager manager(home.config(), home.settings().preferences,
+                               home.surroundings(time.asTime()));
         const PrintedLines silence;
         manager.startVoice();
         QTRY_VERIFY(home.read(u"stubborn"_s).endsWith('\n'));
