@@ -89,7 +89,7 @@ private Q_SLOTS:
         QFETCH(const std::size_t, slowestReading);
         QFETCH(const bool, arrives);
         constexpr qsizetype bytes = 30'000'000;
-        const ServerFixture fixture({.untilReading = 300ms, .slowestReading = slowestReading});
+        const ServerFixture fixture({.untilReading = 600ms, .slowestReading = slowestReading});
         fixture.home.write(agentTrackerFile, QByteArray(bytes, 'x'));
         RawClient client(fixture.server->port());
         QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));
