@@ -291,7 +291,7 @@ private Q_SLOTS:
                      "sleep 0.1; echo enable $PATH >> \"$HOME/calls\"");
         m_home.write(u"duskrell.out"_s,
                      R"({"jobs":[{"id":"1","name":"Other"},{"id":"it\u0027s 2","name":)"
-                     R"("OSTRELLE Project Tracker"},{"id":"--all","name":"OSTRELLE Project Tracker"}]})");
+                     R"("OSTRELLE Project Tracker"},{"id":3,"name":"OSTRELLE Project Tracker"}]})");
         GatewaySettings settings({m_home.path(u"none"_s), m_duskrell});
         QVERIFY(finishBackgroundWork(10s));
         QFile::remove(m_home.path(u"calls"_s));

@@ -195,6 +195,18 @@ private Q_SLOTS:
         QTRY_COMPARE(states, QStringList({u"dormant"_s, u"listening"_s}));
         QCOMPARE(agent.questions, 11);
     }
+
+    void stopWithoutSupervisor()
+    {
+        const AgentHome home;
+        home.writeScript(u"bin/pkill"_s, "echo \"$@\" > ~/told");
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
+        VoiceViewModel model(nullptr);
+        model.stop();
+        QTRY_COMPARE(home.read(u"told"_s), QByteArray("-f voice_agent.py\n"));
+        qputenv("PATH", path);
+    }
 };
 
 QTEST_GUILESS_MAIN(ControlTest)
