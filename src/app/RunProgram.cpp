@@ -24,10 +24,13 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+// Nobody may be there to take the last lines.
+constexpr std::chrono::milliseconds patienceForLog{200};
+
 // Without destroying what a thread that hangs in the background may still use.
 [[noreturn]] void endProcess(int status)
 {
-    static_cast<void>(finishLog(std::chrono::milliseconds(100)));
+    static_cast<void>(finishLog(patienceForLog));
 #ifdef __SANITIZE_ADDRESS__
     __lsan_do_leak_check();
 #endif
@@ -82,7 +85,7 @@ int runProgram(const QByteArray &link, MakeFace makeFace)
         return EXIT_SUCCESS;
     case SingleInstance::Role::Refused:
         logLine(u"[Ostrelle] Already running, but the running program does not answer"_s);
-        static_cast<void>(finishLog(std::chrono::milliseconds(100)));
+        static_cast<void>(finishLog(patienceForLog));
         return EXIT_FAILURE;
     case SingleInstance::Role::First:
         run(instance, link, makeFace);

@@ -88,7 +88,7 @@ private:
             std::thread([this] { run(); }).detach();
             m_hasThread = true;
         } catch (const std::system_error &) {
-            // The next line tries again.
+            m_hasThread = false; // the next line tries again
         }
         ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
         return m_hasThread;

@@ -100,8 +100,11 @@ bool SingleInstance::becomeFirst()
     const QString socket = socketName();
     QLocalServer::removeServer(socket);
     m_server.listen(socket);
-    if (lock) {
-        static_cast<void>(writeInPlace(m_lockFile, QFile::encodeName(socket), ownerOnly));
+    const QByteArray path = QFile::encodeName(socket);
+    if (lock && ::ftruncate(lock.get(), 0) == 0) {
+        // Where there is no room, later starts of the same session still know the socket.
+        static_cast<void>(
+            ::pwrite(lock.get(), path.constData(), static_cast<std::size_t>(path.size()), 0) < 0);
     }
     m_lock = std::move(lock);
     return true;

@@ -29,38 +29,6 @@ private Q_SLOTS:
             u"[it's][][a b][$HOME `id` \\][two\nlines][']"_s);
     }
 
-    void environmentIsFixed()
-    {
-        const QString script = u"env -u PWD -u OLDPWD -u SHLVL -u _ | sort"_s; // what shells add
-        QCOMPARE(NetworkHelpers::runProcess(u"/bin/sh"_s, {u"-c"_s, script}),
-                 u"HOME=%1\nPATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin\n"
-                 "__CFBundleIdentifier=\n"_s.arg(m_home.path()));
-    }
-
-    void outputIsReturnedUnchanged_data()
-    {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("output");
-        QTest::newRow("of a failing command")
-            << u"echo a >&2; printf ' b \\n\\n'; exit 3"_s << u" b \n\n"_s;
-        QTest::newRow("not UTF-8") << u"printf 'a\\377'"_s << u""_s;
-        QTest::newRow("no program") << u"exec /nowhere/tool"_s << u""_s;
-    }
-    void outputIsReturnedUnchanged()
-    {
-        QFETCH(QString, script);
-        QTEST(NetworkHelpers::runProcess(u"/bin/sh"_s, {u"-c"_s, script}), "output");
-    }
-
-    void applicationIsLookedForInTwoWays()
-    {
-        const TailscalePlaces application{.tools = {m_home.path(u"none"_s)},
-                                          .application = m_home.path(),
-                                          .applicationTool = m_home.write(u"inner"_s, "")};
-        QVERIFY(NetworkHelpers::isTailscaleInstalled(application));
-        QCOMPARE(NetworkHelpers::tailscaleCLI(application), m_home.path(u"inner"_s));
-    }
-
     void readsAddressAndServeLine_data()
     {
         QTest::addColumn<QByteArray>("printed");

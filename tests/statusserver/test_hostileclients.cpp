@@ -76,20 +76,6 @@ private Q_SLOTS:
         QCOMPARE(fixture.get("/health"), healthy);
     }
 
-    void clientThatDoesNotReadIsDropped()
-    {
-        const ServerFixture fixture({.untilReading = 50ms});
-        fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
-        utilityPool().waitForDone(); // whose tasks open files
-        const qsizetype before = openDescriptors();
-        RawClient client(fixture.server->port(), 4096);
-        QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));
-        QVERIFY(!client.read(1).isEmpty());
-        QTRY_COMPARE(openDescriptors(), before + 1); // the client's own end
-        const auto all = client.readAll();
-        QVERIFY(all && all->size() < 30'000'000);
-    }
-
     void slowReader_data()
     {
         QTest::addColumn<std::size_t>("slowestReading");
@@ -103,7 +89,7 @@ private Q_SLOTS:
         QFETCH(const std::size_t, slowestReading);
         QFETCH(const bool, arrives);
         constexpr qsizetype bytes = 30'000'000;
-        const ServerFixture fixture({.untilReading = 300ms, .slowestReading = slowestReading});
+        const ServerFixture fixture({.untilReading = 600ms, .slowestReading = slowestReading});
         fixture.home.write(agentTrackerFile, QByteArray(bytes, 'x'));
         RawClient client(fixture.server->port());
         QVERIFY(client.send("GET /status HTTP/1.1\r\n\r\n"));

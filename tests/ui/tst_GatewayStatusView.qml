@@ -54,6 +54,9 @@ TestCase {
         verify(Items.symbol(view, "lock.open.fill") && Items.symbol(view, "link"));
         verify(Qt.colorEqual(dot(view, "Gateway"), Theme.red));
         verify(Qt.colorEqual(dot(view, "Status"), Theme.green));
+        view.statusServerRunning = false;
+        view.statusPortTaken = true;
+        verify(Items.visibleItems(view).find(item => item.label === "Status").meaning.includes("port"));
     }
 
     function test_connected() {

@@ -9,6 +9,7 @@ Item {
     required property ServiceManager serviceManager
     property VoiceViewModel voiceVM: null
     required property bool statusServerRunning
+    property bool statusPortTaken: false
 
     readonly property bool voiceRunning: view.voiceVM ? view.voiceVM.voiceRunning
         : view.serviceManager.voiceRunning
@@ -71,7 +72,9 @@ Item {
                         LabelledDot {
                             label: "Status"
                             color: view.statusServerRunning ? Theme.green : Theme.red
-                            meaning: view.statusServerRunning ? "running" : "not running"
+                            meaning: view.statusServerRunning ? "running"
+                                : view.statusPortTaken ? "waiting for its port, which another program uses"
+                                : "not running"
                         }
                     }
 

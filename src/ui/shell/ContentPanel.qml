@@ -12,6 +12,7 @@ FocusScope {
     required property ServiceManager serviceManager
     required property SetupManager setupManager
     required property bool statusServerRunning
+    property bool statusPortTaken: false
     property bool projectTrackingEnabled: true
     property int selectedTab: 0
     // While this is false the selected tab has no content. The selection and the chat stay.

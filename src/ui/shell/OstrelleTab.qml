@@ -66,6 +66,7 @@ ScrollPane {
         serviceManager: tab.panel.serviceManager
         voiceVM: tab.panel.voiceVM
         statusServerRunning: tab.panel.statusServerRunning
+        statusPortTaken: tab.panel.statusPortTaken
     }
 
     Item {

@@ -65,6 +65,7 @@ FocusScope {
         serviceManager: root.serviceManager
         setupManager: root.setupManager
         statusServerRunning: root.statusServer.running
+        statusPortTaken: root.statusServer.portTaken
         projectTrackingEnabled: root.projectTrackingEnabled
     }
 
