@@ -1,7 +1,8 @@
+#include "desktop/Desk.h"
 #include "settings/KeychainHelper.h"
 #include "settings/OstrelleConfig.h"
-#include "desktop/Desk.h"
 
+#include <QImage>
 #include <QScopeGuard>
 #include <QTest>
 
@@ -27,7 +28,7 @@ private Q_SLOTS:
         XSession::click(XSession::icon()->center());
         QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds);
         const QRect panel = *XSession::panel();
-        QVERIFY(QRect(0, 0, 1280, 800).contains(panel));
+        QVERIFY(QRect(0, 0, 1280, 1600).contains(panel));
         QVERIFY(panel.top() >= XSession::icon()->bottom());
 
         XSession::press(u"Escape"_s);
@@ -128,20 +129,44 @@ private Q_SLOTS:
         QVERIFY(desk.home.voiceStatus().isEmpty());
     }
 
-    void walksTheTabs()
+    void everyScaleShowsTheSame_data()
     {
-        Desk desk;
-        QProcess &notifications = desk.bus.startNotificationDaemon();
+        QTest::addColumn<qreal>("scale");
+        for (const qreal scale : {1.0, 1.25, 1.5, 2.0}) {
+            QTest::addRow("%g", scale) << scale;
+        }
+    }
+
+    void everyScaleShowsTheSame()
+    {
+        QFETCH(const qreal, scale);
+        Desk desk(scale);
+        const auto showsTheSame = [&](const QString &name) {
+            const QString first = scale == 1 ? Desk::screenshot(name) : Desk::pictureFile(name);
+            const QString again = scale == 1 ? name : u"%1@%2"_s.arg(name).arg(scale);
+            return QTest::qWaitFor([&] { return difference(first, Desk::screenshot(again)) < 40; },
+                                   patienceMilliseconds);
+        };
+        QVERIFY(showsTheSame(u"setup"_s));
         QVERIFY(desk.press(u"Skip"_s));
-        const QList<std::pair<QString, QString>> tabs{{u"Projects"_s, u"Project Board"_s},
+        const QList<std::pair<QString, QString>> tabs{{u"Ostrelle"_s, u"Mute"_s},
+                                                      {u"Projects"_s, u"Project Board"_s},
                                                       {u"Agents"_s, u"Spinal Map"_s},
                                                       {u"Cron"_s, u"Scheduled Jobs"_s},
                                                       {u"Settings"_s, u"CONNECTED TO"_s}};
         for (const auto &[tab, heading] : tabs) {
             QVERIFY(desk.press(tab, u"page tab"_s));
             QVERIFY(desk.shows(heading));
-            Desk::screenshot(tab.toLower());
+            QVERIFY2(showsTheSame(tab.toLower()), qPrintable(tab));
         }
+    }
+
+    void followsALink()
+    {
+        Desk desk;
+        QProcess &notifications = desk.bus.startNotificationDaemon();
+        QVERIFY(desk.press(u"Skip"_s));
+        QVERIFY(desk.press(u"Settings"_s, u"page tab"_s));
         const QString link = u"ostrelle://config?gatewayBaseURL=http://127.0.0.3:9"_s;
         QCOMPARE(Program({link}).waitForEnd(), 0);
         QVERIFY(desk.shows(u"http://127.0.0.3:9"_s));
@@ -194,6 +219,27 @@ private Q_SLOTS:
     }
 
 private:
+    // How much two pictures of the panel differ where they do so most, seen from so far away that
+    // only what is as large as a symbol counts: from 0 to 765.
+    static int difference(const QString &one, const QString &other)
+    {
+        const auto fromAfar = [](const QString &file) {
+            return QImage(file)
+                .scaled(19, 35, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                .convertToFormat(QImage::Format_RGB32);
+        };
+        const QImage left = fromAfar(one);
+        const QImage right = fromAfar(other);
+        int most = left.isNull() || right.isNull() ? 765 : 0;
+        for (int i = 0; i < left.width() * left.height(); ++i) {
+            const QColor a = left.pixelColor(i % left.width(), i / left.width());
+            const QColor b = right.pixelColor(i % left.width(), i / left.width());
+            most = std::max(most, std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) +
+                                      std::abs(a.blue() - b.blue()));
+        }
+        return most;
+    }
+
     static QByteArray run(const QString &tool, const QStringList &arguments)
     {
         QProcess process;

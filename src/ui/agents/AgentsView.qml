@@ -136,9 +136,12 @@ FocusScope {
             AgentBubble {
                 id: bubble
 
+                required property int index
+
                 readonly property bool moves: bubble.node.isWorking
                     && map.moves(bubble.center.y, bubble.radius + Theme.bubbleHalo)
 
+                z: bubbles.count - bubble.index // its texts stand before the next one's halo
                 pulse: bubble.moves ? clock.pulse : 0
                 processingRing: bubble.moves ? clock.ring : 0
                 refreshKey: view.refreshKey

@@ -72,7 +72,8 @@ BaseButton {
         color: button.kind === PushButton.Prominent
             ? (button.pressed ? Qt.darker(rest, 1.2) : button.hovered ? Qt.lighter(rest, 1.08) : rest)
             : (button.pressed ? Theme.surfacePressed : button.hovered ? Theme.surfaceHovered : rest)
-        border.width: button.visualFocus ? 2 : button.kind === PushButton.Plain ? 0 : 1
+        border.width: button.visualFocus ? 2
+            : button.kind === PushButton.Plain || button.kind === PushButton.Prominent ? 0 : 1
         border.color: button.visualFocus ? Theme.focusRing
             : button.kind === PushButton.Destructive ? Theme.faded(Theme.red, 0.4) : Theme.hairline
 

@@ -40,6 +40,7 @@ FocusScope {
         anchors.fill: parent
         color: Theme.sheet
         radius: Theme.radius
+        border.color: Theme.hairline
     }
 
     ScrollPane {
