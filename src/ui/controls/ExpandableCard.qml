@@ -22,12 +22,18 @@ BaseButton {
     Accessible.description: card.more
     Accessible.checkable: true
     Accessible.checked: card.expanded
-    Keys.onTabPressed: event => event.accepted = card.page.focusCard(card.index + 1, Qt.TabFocusReason)
-    Keys.onBacktabPressed: event => event.accepted = card.page.focusCard(card.index - 1, Qt.BacktabFocusReason)
+    Keys.onPressed: event => event.accepted = card.page.walk(card, event.key)
     onClicked: card.page.toggle(card.key)
-    onVisualFocusChanged: {
-        if (card.visualFocus) {
+    // The card at the keyboard stays in view, also while it unfolds, and exists wherever the user
+    // scrolls to.
+    onHeightChanged: {
+        if (card.activeFocus) {
             card.page.reveal(card.index);
+        }
+    }
+    onActiveFocusChanged: {
+        if (card.activeFocus) {
+            card.ListView.view.currentIndex = card.index;
         }
     }
 
