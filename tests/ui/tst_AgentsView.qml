@@ -122,7 +122,7 @@ TestCase {
         alpha.forceActiveFocus();
         keyClick(Qt.Key_Return);
         for (const text of ["Customize Bubble", "Agent Details", "Activity", "Counting", "Progress", "7%",
-                            "Agent ID", "alpha", "Model", "m-1",
+                            "Agent ID", "alpha", "Model", "m-1", "Display name", "Emoji",
                             "Tip: use a single emoji for the cleanest circle rendering."]) {
             verify(Items.withText(view, text), text);
         }
@@ -136,7 +136,7 @@ TestCase {
         mouseClick(Items.withText(view, "Save"));
         tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Counter");
-        verify(Items.withText(view, emoji));
+        verify(Items.visibleItems(view).find(each => each.emoji === emoji));
 
         mouseClick(alpha);
         mouseClick(Items.withText(view, "Reset"));

@@ -112,23 +112,43 @@ FocusScope {
             }
         }
 
-        LineField {
-            id: name
-
+        Column {
             width: parent.width
-            focus: true
-            placeholderText: "Display name"
-            text: appearance.name
-            onAccepted: sheet.store()
+            spacing: Theme.smallGap
+
+            FieldLabel {
+                width: parent.width
+                field: name
+            }
+
+            LineField {
+                id: name
+
+                width: parent.width
+                focus: true
+                placeholderText: "Display name"
+                text: appearance.name
+                onAccepted: sheet.store()
+            }
         }
 
-        LineField {
-            id: emoji
-
+        Column {
             width: parent.width
-            placeholderText: "Emoji"
-            text: appearance.emoji
-            onAccepted: sheet.store()
+            spacing: Theme.smallGap
+
+            FieldLabel {
+                width: parent.width
+                field: emoji
+            }
+
+            LineField {
+                id: emoji
+
+                width: parent.width
+                placeholderText: "Emoji"
+                text: appearance.emoji
+                onAccepted: sheet.store()
+            }
         }
 
         Label {

@@ -2,13 +2,15 @@ import QtQuick
 import QtQuick.Templates as T
 import Ostrelle
 
-// A field for one line of text: what is pasted loses its line breaks, such as the one that ends what
-// a terminal printed. Return is `accepted`.
+// A field for one line of text. Return is `accepted`.
 T.TextField {
     id: field
 
     // What those call it who do not see it.
     property string accessibleName: field.placeholderText
+    // What is pasted keeps its line breaks, seen as spaces. Else it loses them, such as the one that
+    // ends what a terminal printed.
+    property bool keepsLineBreaks: false
 
     implicitWidth: 160
     implicitHeight: Math.max(Theme.hitArea, contentHeight + topPadding + bottomPadding)
@@ -29,7 +31,7 @@ T.TextField {
     // Not by an assignment, which would break the owner's binding.
     function dropLineBreaks() {
         const line = field.text.replace(/[\r\n]+/g, "");
-        if (line.length < field.text.length) {
+        if (!field.keepsLineBreaks && line.length < field.text.length) {
             field.remove(0, field.text.length);
             field.insert(0, line);
         }

@@ -80,6 +80,7 @@ Item {
             anchors.rightMargin: Theme.gap
             anchors.verticalCenter: parent.verticalCenter
             placeholderText: "Ask something…"
+            keepsLineBreaks: true
             text: panel.chatVM.input
             onTextEdited: panel.chatVM.input = field.text
             onAccepted: panel.send()
