@@ -115,7 +115,6 @@ int CronViewModel::activeJobCount() const
 
 void CronViewModel::load()
 {
-    setErrorMessage({});
     startLoad([path = m_cronFilePath] { return read(path); },
               [this](const auto &load) { publish(*load); });
 }

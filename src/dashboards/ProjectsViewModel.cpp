@@ -124,7 +124,6 @@ int ProjectsViewModel::healthyProjectCount() const
 
 void ProjectsViewModel::load()
 {
-    setErrorMessage({});
     startLoad(
         [status = m_statusFilePath, tracker = m_trackerFilePath] { return read(status, tracker); },
         [this](const auto &load) { publish(load); });

@@ -163,18 +163,18 @@ TestCase {
         compare(fixture.storedToken("_active_"), "pasted");
 
         press(view, "Change Token");
-        keyClick(Qt.Key_Return); // an empty one takes the stored one away
-        verify(!secretField(view));
-        tryVerify(() => Items.withText(view, "Add Token"));
-    }
-
-    function test_typedTokenDoesNotWaitBehindAClosedPanel() {
-        const view = makeView([test.near]);
-        press(view, "Add Token");
         keyClick(Qt.Key_A);
-        view.visible = false;
+        view.visible = false; // no typed token waits behind a closed panel
         view.visible = true;
         compare(secretField(view).text, "");
+        keyClick(Qt.Key_Return); // saves nothing
+        verify(!secretField(view));
+        press(view, "Change Token");
+        keyClick(Qt.Key_A);
+        keyClick(Qt.Key_Backspace);
+        keyClick(Qt.Key_Return); // what the user has emptied takes the stored one away
+        tryVerify(() => Items.withText(view, "Add Token"));
+        compare(fixture.storedToken(test.near), "");
     }
 
     function test_rejectedToken_data() {
@@ -263,8 +263,11 @@ TestCase {
         verify(Items.withText(row(view, "192.168.1.20"), "http://192.168.1.20:18789"));
 
         verify(Qt.colorEqual(Items.withText(view, "Remove 127.0.0.2").color, Theme.red));
+        choice(view, "127.0.0.2").clicked();
+        press(view, "Token of 127.0.0.2");
         press(view, "Remove 127.0.0.2");
         tryVerify(() => !row(view, "127.0.0.2"));
+        verify(!view.closeQuestion()); // they went with it
         compare(config().saved.map(gateway => gateway.name), ["192.168.1.20"]);
         compare(config().url, test.near);
     }

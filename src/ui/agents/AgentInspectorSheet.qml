@@ -15,6 +15,15 @@ FocusScope {
     Accessible.name: title.text
     Keys.onEscapePressed: sheet.dismiss()
 
+    function typed(): var {
+        return {name: name.text, emoji: emoji.text};
+    }
+
+    function type(texts: var) {
+        name.text = texts.name;
+        emoji.text = texts.emoji;
+    }
+
     function store() {
         appearance.save(name.text, emoji.text);
         sheet.save();

@@ -24,6 +24,17 @@ FocusScope {
         bubble.forceActiveFocus();
     }
 
+    // What is to be had again when the view is made anew.
+    function keepsake(): var {
+        return {y: map.contentY, node: view.selectedNode, typed: inspector.item?.typed()};
+    }
+
+    function restore(kept: var) {
+        returnTo.wantedY = kept.y;
+        view.selectedNode = kept.node;
+        inspector.item?.type(kept.typed);
+    }
+
     // Closes the inspector; false when there is none.
     function closeQuestion(): bool {
         const isAsked = view.selectedNode !== null;
@@ -46,6 +57,12 @@ FocusScope {
         id: clock
 
         running: map.visible && Theme.motion && canvas.activeAgentColors.length > 0
+    }
+
+    ReturnTo {
+        id: returnTo
+
+        page: map
     }
 
     FontMetrics {

@@ -21,8 +21,34 @@ FocusScope {
 
     // The keys of the open cards.
     property var open: []
+    // False until the first load has ended.
+    property bool hasAnswer: false
+    // The uppermost card that shall be in view once there are cards, and how much of it is above.
+    property var wantedPlace: undefined
 
     signal refreshRequested
+
+    onIsLoadingChanged: page.hasAnswer = page.hasAnswer || !page.isLoading
+    Component.onCompleted: page.hasAnswer = page.hasAnswer || !page.isLoading
+
+    // What is to be had again when the page is made anew.
+    function keepsake(): var {
+        const index = list.indexAt(Theme.pagePadding, list.contentY + list.spacing);
+        return {open: page.open, index: index, above: list.contentY - (list.itemAtIndex(index)?.y ?? 0)};
+    }
+
+    function restore(kept: var) {
+        page.open = kept.open;
+        page.wantedPlace = kept.index >= 0 ? kept : undefined;
+    }
+
+    function takePlace() {
+        if (page.wantedPlace && list.count > page.wantedPlace.index) {
+            list.positionViewAtIndex(page.wantedPlace.index, ListView.Beginning);
+            list.contentY += page.wantedPlace.above;
+            page.wantedPlace = undefined;
+        }
+    }
 
     function toggle(key: string) {
         page.open = page.open.includes(key) ? page.open.filter(each => each !== key)
@@ -107,6 +133,7 @@ FocusScope {
         model: page.cards
         delegate: page.delegate
         cacheBuffer: list.height
+        onCountChanged: page.takePlace()
         T.ScrollBar.vertical: ThinScrollBar {
         }
 
@@ -124,7 +151,7 @@ FocusScope {
             MinimalEmptyCard {
                 width: parent.width
                 visible: page.isEmpty
-                message: page.emptyMessage
+                message: page.hasAnswer ? page.emptyMessage : "Loading…"
             }
         }
     }

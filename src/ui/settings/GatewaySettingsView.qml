@@ -12,6 +12,9 @@ FocusScope {
     required property SetupManager setupManager
     required property bool projectTrackingEnabled
 
+    property bool showProfiles: false
+    property bool showAdvanced: false
+
     readonly property bool isShown: view.visible && Window.visibility !== Window.Hidden
 
     // The user switched project tracking; the owner of the flag follows.
@@ -23,6 +26,27 @@ FocusScope {
         }
     }
     Keys.onEscapePressed: event => event.accepted = view.closeQuestion()
+
+    // What is to be had again when the view is made anew.
+    function keepsake(): var {
+        return {
+            y: page.item?.contentY ?? 0,
+            showProfiles: view.showProfiles,
+            showAdvanced: view.showAdvanced,
+            manualURL: models.profiles?.manualURL ?? "",
+            showTokenField: models.profiles?.showTokenField ?? false,
+            editingProfileId: models.profiles?.editingProfileId ?? ""
+        };
+    }
+
+    function restore(kept: var) {
+        view.showProfiles = kept.showProfiles;
+        view.showAdvanced = kept.showAdvanced;
+        models.profiles.manualURL = kept.manualURL;
+        models.profiles.showTokenField = kept.showTokenField;
+        models.profiles.editingProfileId = kept.editingProfileId;
+        page.item.restore(kept);
+    }
 
     // No typed token and no code that holds one waits behind a closed panel.
     function hideSecrets() {
@@ -55,6 +79,8 @@ FocusScope {
     }
 
     Lazy {
+        id: page
+
         anchors.fill: parent
         focus: true
         active: models.areMade
@@ -83,6 +109,8 @@ FocusScope {
 
                 SavedProfiles {
                     width: parent.width
+                    showProfiles: view.showProfiles
+                    onShowProfilesChanged: view.showProfiles = showProfiles
                     profiles: models.profiles
                     settings: models.settings
                 }
@@ -94,6 +122,8 @@ FocusScope {
                     setupManager: view.setupManager
                     settings: models.settings
                     projectTrackingEnabled: view.projectTrackingEnabled
+                    showAdvanced: view.showAdvanced
+                    onShowAdvancedChanged: view.showAdvanced = showAdvanced
                     onProjectTrackingToggled: enabled => view.projectTrackingToggled(enabled)
                 }
             }
