@@ -1,7 +1,7 @@
 #pragma once
 
-#include "settings/OstrelleConfig.h"
 #include "platform/Paths.h"
+#include "settings/OstrelleConfig.h"
 
 #include <QObject>
 #include <QProperty>
@@ -65,6 +65,9 @@ public:
     // goes wrong is told in the log.
     Q_INVOKABLE void startVoice();
 
+    // What the last start lacked, for people; empty when it lacked nothing.
+    const QString &startProblem() const { return m_startProblem; }
+
     // Asks the agent to end and kills it after 3 seconds. Returns at once; `voiceRunning` tells
     // when it has ended.
     Q_INVOKABLE void stopVoice();
@@ -118,6 +121,7 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ServiceManager, bool, m_userStoppedVoice, false,
                                          &ServiceManager::userStoppedVoiceChanged)
 
+    QString m_startProblem;
     QProcess *m_voiceProcess = nullptr; // a child object; set from the launch to the end
     qint64 m_restartCount = 0;          // crashes in a row, each within a minute of the one before
     std::optional<SupervisorTime::Clock::time_point> m_lastCrashTime;

@@ -161,6 +161,42 @@ private Q_SLOTS:
         }
     }
 
+    void theKeyboardReachesEverything_data()
+    {
+        QTest::addColumn<QStringList>("opened");
+        QTest::newRow("Setup") << QStringList{u"Mac password"_s};
+        for (const QString &tab : {u"Ostrelle"_s, u"Projects"_s, u"Agents"_s, u"Cron"_s}) {
+            QTest::newRow(qPrintable(tab)) << QStringList{u"Skip"_s, tab};
+        }
+        QTest::newRow("Settings") << QStringList{u"Skip"_s,         u"Settings"_s,
+                                                 u"Change Token"_s, u"ADVANCED"_s,
+                                                 u"PROFILES"_s,     u"Add Gateway Manually"_s};
+    }
+
+    void theKeyboardReachesEverything()
+    {
+        QFETCH(const QStringList, opened);
+        Desk desk;
+        for (const QString &name : opened) {
+            QVERIFY(desk.press(name));
+            QVERIFY(name != "Skip"_L1 || desk.shows(u"Mute"_s)); // the agent has started
+        }
+        XSession::type(u"x"_s); // what needs a text to be of use is enabled then
+        const QStringList forwards = walk(desk, u"Tab"_s);
+        QStringList backwards = walk(desk, u"shift+Tab"_s);
+        std::reverse(backwards.begin(), backwards.end());
+        QCOMPARE(backwards, forwards);
+        for (const auto &control : desk.reader.controls()) {
+            const QString said = control.role + u' ' + control.name;
+            const bool isText = control.role == "label"_L1; // Qt says that they take the focus
+            QVERIFY2(isText || !control.isFocusable() || forwards.contains(said), qPrintable(said));
+        }
+        for (const QString &announced : forwards) {
+            QVERIFY2(!announced.startsWith(u' ') && !announced.endsWith(u' '),
+                     qPrintable(announced));
+        }
+    }
+
     void followsALink()
     {
         Desk desk;
@@ -219,6 +255,29 @@ private Q_SLOTS:
     }
 
 private:
+    // What a screen reader says on the way once around with that key, from where it first leads to.
+    static QStringList walk(const Desk &desk, const QString &key)
+    {
+        QStringList said;
+        QString first;
+        QString here;
+        while (said.size() < 60) {
+            XSession::press(key);
+            std::optional<AccessibilityBus::Control> control;
+            static_cast<void>(QTest::qWaitFor([&] {
+                control = desk.reader.focused();
+                return control && control->path != here;
+            }));
+            here = control ? control->path : QString();
+            if (here == first) {
+                return said;
+            }
+            first = first.isEmpty() ? here : first;
+            said.append(control->role + u' ' + control->name);
+        }
+        return said;
+    }
+
     // How much two pictures of the panel differ where they do so most, seen from so far away that
     // only what is as large as a symbol counts: from 0 to 765.
     static int difference(const QString &one, const QString &other)

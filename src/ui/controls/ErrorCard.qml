@@ -34,6 +34,7 @@ Card {
             anchors.verticalCenter: parent.verticalCenter
             text: card.message
             wrapMode: Text.Wrap
+            Accessible.ignored: true
         }
     }
 }

@@ -55,6 +55,29 @@ Item {
         anchors.bottomMargin: Theme.gap
         width: panel.width
         chatVM: panel.chatVM
+        onReplied: text => {
+            news.visible = false;
+            news.text = text;
+            news.visible = true;
+        }
+    }
+
+    // A screen reader speaks a notification when it appears.
+    Item {
+        id: news
+
+        property string text: ""
+
+        anchors.fill: messages
+        visible: false
+        Accessible.role: Accessible.Notification
+        Accessible.name: news.text
+
+        Timer {
+            interval: Theme.answerTime
+            running: news.visible
+            onTriggered: news.visible = false
+        }
     }
 
     Label {

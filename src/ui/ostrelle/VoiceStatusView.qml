@@ -106,7 +106,7 @@ Item {
                         Label {
                             width: Math.min(implicitWidth, place.width - spinner.width - parent.spacing)
                             secondary: !launching.visualFocus
-                            text: "Starting voice agent…"
+                            text: view.viewModel.startProblem || "Starting voice agent…"
                         }
                     }
                 }

@@ -22,6 +22,7 @@ T.TabButton {
     Keys.forwardTo: [keys]
     Accessible.name: button.label
     Accessible.selected: button.selected
+    Accessible.onPressAction: button.clicked()
 
     ButtonKeys {
         id: keys

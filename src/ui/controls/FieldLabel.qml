@@ -9,5 +9,6 @@ Label {
     text: field.accessibleName
     secondary: true
     font.pixelSize: Theme.smallSize
+    wrapMode: Text.Wrap
     Accessible.ignored: true
 }
