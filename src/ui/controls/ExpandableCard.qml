@@ -49,7 +49,7 @@ BaseButton {
     background: Rectangle {
         radius: Theme.radius
         color: card.hovered ? Theme.surfaceHovered : Theme.surface
-        border.width: card.visualFocus ? 2 : 1
+        border.width: card.visualFocus ? Theme.focusWidth : 1
         border.color: card.visualFocus ? Theme.focusRing : Theme.hairline
 
         Behavior on color {

@@ -12,16 +12,16 @@ T.TextField {
     // ends what a terminal printed.
     property bool keepsLineBreaks: false
 
-    implicitWidth: 160
+    implicitWidth: Theme.fieldWidth
     implicitHeight: Math.max(Theme.hitArea, contentHeight + topPadding + bottomPadding)
-    leftPadding: Theme.gap + 2
-    rightPadding: Theme.gap + 2
-    topPadding: 6
-    bottomPadding: 6
+    leftPadding: Theme.fieldPadding
+    rightPadding: Theme.fieldPadding
+    topPadding: Theme.fieldVerticalPadding
+    bottomPadding: Theme.fieldVerticalPadding
     font.pixelSize: Theme.bodySize
     color: Theme.textPrimary
     placeholderTextColor: Theme.textDisabled
-    selectionColor: Theme.faded(Theme.tiffanyBlue, 0.4)
+    selectionColor: Theme.selection
     selectedTextColor: Theme.textPrimary
     verticalAlignment: TextInput.AlignVCenter
     selectByMouse: true
@@ -40,7 +40,7 @@ T.TextField {
     background: Rectangle {
         radius: Theme.smallRadius
         color: Theme.field
-        border.width: field.activeFocus ? 2 : 1
+        border.width: field.activeFocus ? Theme.focusWidth : 1
         border.color: field.activeFocus ? Theme.faded(Theme.focusRing, 0.8) : Theme.hairline
     }
 

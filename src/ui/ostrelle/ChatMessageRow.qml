@@ -16,7 +16,7 @@ Item {
         id: icon
 
         anchors.left: parent.left
-        width: Theme.scaled(14)
+        width: Theme.chatIconWidth
         height: firstLine.height
 
         Symbol {

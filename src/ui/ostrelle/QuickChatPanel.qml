@@ -9,7 +9,6 @@ Item {
     // The base URL of the configured gateway.
     required property string gatewayURL
 
-    implicitWidth: Theme.pageWidth
     implicitHeight: header.height + 6 * Theme.bodySize + input.height + 2 * Theme.gap
 
     function send() {

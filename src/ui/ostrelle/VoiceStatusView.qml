@@ -8,7 +8,6 @@ Item {
 
     required property VoiceViewModel viewModel
 
-    implicitWidth: Theme.pageWidth
     implicitHeight: card.implicitHeight
 
     Card {

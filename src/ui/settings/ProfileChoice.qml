@@ -42,7 +42,7 @@ T.RadioButton {
         radius: Theme.smallRadius
         color: choice.pressed ? Theme.surfacePressed
             : choice.hovered ? Theme.surfaceHovered : "transparent"
-        border.width: choice.visualFocus ? 2 : 0
+        border.width: choice.visualFocus ? Theme.focusWidth : 0
         border.color: Theme.focusRing
     }
 }

@@ -24,8 +24,6 @@ FocusScope {
     signal done
 
     focus: true
-    implicitWidth: Theme.panelWidth
-    implicitHeight: Theme.panelHeight
     Accessible.role: Accessible.Dialog
     Accessible.name: title.text
 
