@@ -45,9 +45,6 @@ DesktopHome::DesktopHome()
     QFile::link(QStringLiteral(DEMO_VOICE_AGENT), path(u".ostrelle/voice_agent.py"_s));
     write(u".ostrelle/data/demo-agent.json"_s, R"({"step_seconds": 3600})"); // it stays as it is
     writeTrackers();
-    // The setup's downloads come from nowhere.
-    write(u".bash_profile"_s, "PATH=$HOME/bin:$PATH");
-    writeScript(u"bin/curl"_s, "touch \"$3\"");
     write(u".config/ai.duskrell.ostrelle.conf"_s, "[General]\nautoStartVoice=true\n");
 }
 
@@ -72,14 +69,10 @@ void DesktopHome::writeTrackers() const
         card.insert(u"workstreams"_s, QJsonArray{card});
         projects.append(card);
     }
-    write(
-        u".ostrelle/ostrelle-cron-tracker.json"_s,
-        QJsonDocument(QJsonObject{{u"version"_s, 1}, {u"updated"_s, QString()}, {u"jobs"_s, jobs}})
-            .toJson());
-    write(u".ostrelle/ostrelle-project-tracker.json"_s,
-          QJsonDocument(
-              QJsonObject{{u"version"_s, 1}, {u"updated"_s, QString()}, {u"projects"_s, projects}})
-              .toJson());
+    QJsonObject document{{u"version"_s, 1}, {u"updated"_s, QString()}, {u"jobs"_s, jobs}};
+    write(u".ostrelle/ostrelle-cron-tracker.json"_s, QJsonDocument(document).toJson());
+    document.insert(u"projects"_s, projects);
+    write(u".ostrelle/ostrelle-project-tracker.json"_s, QJsonDocument(document).toJson());
 }
 
 QByteArray DesktopHome::voiceStatus() const

@@ -99,18 +99,6 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
-    void setsUp()
-    {
-        Desk desk;
-        QVERIFY(desk.isOpen);
-        QVERIFY(desk.press(u"Install Voice + Finish"_s));
-        QVERIFY(desk.shows(u"Setup complete!"_s));
-        Desk::screenshot(u"setup"_s);
-        QVERIFY(desk.press(u"Done"_s));
-        QVERIFY(desk.shows(u"Quick Chat"_s));
-        QVERIFY(desk.home.exists(u".ostrelle/data/models/kokoro-v1.0.onnx"_s));
-    }
-
     void chatsMutesAndQuits()
     {
         Desk desk;
@@ -238,20 +226,6 @@ private Q_SLOTS:
         QVERIFY(desk.press(u"Switch"_s));
         QTRY_COMPARE_WITH_TIMEOUT(OstrelleConfig::load().gateway.url, u"http://127.0.0.2:9"_s,
                                   patienceMilliseconds);
-    }
-
-    void renamesAnAgent()
-    {
-        Desk desk;
-        QVERIFY(desk.press(u"Skip"_s));
-        QVERIFY(desk.press(u"Agents"_s, u"page tab"_s));
-        QVERIFY(desk.press(u"Main"_s));
-        QVERIFY(desk.press(u"Display name"_s));
-        XSession::press(u"ctrl+a"_s);
-        XSession::type(u"Captain"_s);
-        Desk::screenshot(u"inspector"_s);
-        QVERIFY(desk.press(u"Save"_s));
-        QVERIFY(desk.shows(u"Captain"_s));
     }
 
 private:

@@ -1,8 +1,8 @@
 #include "ui/Fixture.h"
 
-#include "settings/KeychainHelper.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
+#include "settings/KeychainHelper.h"
 #include "settings/PreferredSecretStore.h"
 #include "ui/FieldAccessibility.h"
 
@@ -154,11 +154,7 @@ QString Fixture::startPeer(int status)
 
 void Fixture::rejectTokens()
 {
-    for (StandInGateway *gateway : {m_gateway.get(), m_peer.get()}) {
-        if (gateway != nullptr) {
-            gateway->answer("/v1/models", StandInGateway::response(401));
-        }
-    }
+    m_gateway->answer("/v1/models", StandInGateway::response(401));
 }
 
 QString Fixture::storedToken(const QString &key)

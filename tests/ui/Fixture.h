@@ -19,7 +19,6 @@ class Fixture : public QObject
     Q_PROPERTY(ostrelle::VoiceViewModel *voiceVM READ voiceVM NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::SetupManager *setupManager READ setupManager NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::StatusServer *statusServer READ statusServer NOTIFY madeAnew)
-    Q_PROPERTY(ostrelle::GatewayProfiles *profiles READ profiles NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::GatewaySettings *settings READ settings NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers NOTIFY madeAnew)
 
@@ -60,7 +59,7 @@ public:
     // A gateway answers its health check with this status on the address that it returns.
     Q_INVOKABLE QString startPeer(int status);
 
-    // Whoever answers as a gateway takes no token any more.
+    // The configured gateway takes no token any more.
     Q_INVOKABLE void rejectTokens();
 
     // The token under a gateway's URL or "_active_"; null when there is none.
@@ -83,7 +82,6 @@ public:
     ostrelle::VoiceViewModel *voiceVM() const { return m_models->voiceVM.get(); }
     ostrelle::SetupManager *setupManager() const { return m_models->setupManager.get(); }
     ostrelle::StatusServer *statusServer() const { return m_models->statusServer.get(); }
-    ostrelle::GatewayProfiles *profiles() const { return m_models->profiles.get(); }
     ostrelle::GatewaySettings *settings() const { return m_models->settings.get(); }
     ostrelle::TailscalePeersModel *peers() const { return m_models->peers.get(); }
 

@@ -66,24 +66,6 @@ TestCase {
         });
     }
 
-    function test_liveAndPlaceholder() {
-        const view = loadedView({});
-        verify(Items.withText(view, "Mock layout — live data will replace this"));
-        verify(Items.withText(view, "Main"));
-        writeAgents({"code-reviewer": {status: "working", progressText: "42%"}});
-        mouseClick(Items.withText(view, "Refresh"));
-        tryVerify(() => Items.withText(view, "Live data from status.json"));
-        tryVerify(() => Items.withText(view, "working · 42%"));
-        verify(bubble(view, "Code-Reviewer").node.isWorking);
-    }
-
-    function test_anErrorIsShownBelow() {
-        fixture.write(test.statusFile, "noise");
-        const view = createTemporaryObject(agentsView, test);
-        tryVerify(() => Items.texts(view).some(text => text.startsWith("Agent data unreadable: ")));
-        verify(Items.withText(view, "Main"));
-    }
-
     function test_movesOnlyWhileSeen() {
         const view = loadedView({alpha: {status: "busy"}, beta: {status: "idle"}});
         const alpha = bubble(view, "Alpha");
@@ -105,15 +87,6 @@ TestCase {
         verify(bubble(view, "A39")?.activeFocus && !bubble(view, "Main"));
         names.forEach(() => keyClick(Qt.Key_Backtab));
         verify(bubble(view, "Main")?.activeFocus);
-    }
-
-    function test_aPollKeepsWhatDidNotChange() {
-        const view = loadedView({alpha: {status: "busy"}, beta: {status: "busy"}});
-        const alpha = bubble(view, "Alpha");
-        writeAgents({alpha: {status: "busy"}, beta: {status: "working"}});
-        mouseClick(Items.withText(view, "Refresh"));
-        tryVerify(() => Items.withText(view, "working"));
-        compare(bubble(view, "Alpha"), alpha);
     }
 
     function test_inspector() {

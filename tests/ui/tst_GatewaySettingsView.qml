@@ -101,26 +101,6 @@ TestCase {
         return JSON.parse(fixture.read(".ostrelle/config.json")).gateway;
     }
 
-    function test_nothingThere() {
-        const view = createTemporaryObject(settingsView, test);
-        verify(Items.withText(view, "127") && Items.withText(view, "http://127.0.0.1:9"));
-        tryVerify(() => Items.withText(view, "No token — chat won't auth"));
-        verify(!Items.withText(view, "No saved profiles"));
-        press(view, "PROFILES");
-        tryVerify(() => Items.symbol(view, "xmark"));
-        settle(view);
-        mouseClick(Items.symbol(view, "xmark"));
-        tryVerify(() => Items.withText(view, "No saved profiles"));
-        verify(Items.withText(view, "Get a key at https://aistudio.google.com/apikey"));
-    }
-
-    function test_addressIsCopied() {
-        const view = makeView([test.far]);
-        verify(Items.symbol(view, "lock.fill"));
-        press(view, "Copy");
-        compare(fixture.clipboard(), test.far);
-    }
-
     function test_cameraReadsTheCode() {
         fixture.storeToken("to+ken&1", test.near);
         fixture.settings.geminiAPIKey = "gem=1";
@@ -177,36 +157,20 @@ TestCase {
         compare(fixture.storedToken(test.near), "");
     }
 
-    function test_rejectedToken_data() {
-        return [
-            {tag: "local", isLocal: true, text: "Gateway is rejecting this token."},
-            {tag: "remote", isLocal: false,
-             text: "Remote gateway rejected token — ask the owner for the correct token."}
-        ];
-    }
-
-    function test_rejectedToken(data) {
+    function test_rejectedToken() {
         fixture.tool("duskrell", "while [ ! -e \"$HOME/go\" ]; do sleep 0.02; done");
         fixture.storeToken("old", "_active_");
-        if (data.isLocal) {
-            fixture.startGateway();
-        } else {
-            fixture.saveGateways(["http://" + fixture.startPeer(200) + ":18789"]);
-        }
+        fixture.startGateway();
         fixture.rejectTokens();
         fixture.restart();
         const view = createTemporaryObject(settingsView, test);
-        tryVerify(() => Items.withText(view, data.text));
+        tryVerify(() => Items.withText(view, "Gateway is rejecting this token."));
         const reset = Items.withText(view, "Reset Token");
-        compare(reset !== undefined, data.isLocal);
-        if (data.isLocal) {
-            compare(reset.kind, PushButton.Destructive);
-            settle(view);
-            mouseClick(reset);
-            verify(!reset.visible && Items.symbol(view, "spinner"));
-            fixture.write("go", "");
-            tryVerify(() => !Items.symbol(view, "spinner"));
-        }
+        settle(view);
+        mouseClick(reset);
+        verify(!reset.visible && Items.symbol(view, "spinner"));
+        fixture.write("go", "");
+        tryVerify(() => !Items.symbol(view, "spinner"));
     }
 
     function test_switching() {
@@ -285,16 +249,6 @@ TestCase {
         tryVerify(() => fixture.read(".config/autostart/ai.duskrell.ostrelle.desktop") !== "");
         press(view, "Run Setup Again…");
         verify(fixture.setupManager.showSetup);
-    }
-
-    function test_voiceSwitches() {
-        const view = createTemporaryObject(advancedSettings, test);
-        press(view, "Start Voice Agent on Launch");
-        verify(fixture.settings.autoStartVoice);
-        press(view, "Voice Agent");
-        verify(!fixture.serviceManager.voiceEnabled && fixture.serviceManager.userStoppedVoice);
-        verify(!fixture.settings.autoStartVoice);
-        verify(!Items.withText(view, "Start Voice Agent on Launch"));
     }
 
     function test_projectTracking() {

@@ -45,25 +45,6 @@ TestCase {
         compare(view.implicitHeight, height);
     }
 
-    function test_running_data() {
-        return [
-            {tag: "local", status: {state: "listening", tier: "local"}, texts: ["Listening", "LOCAL", "Mute"],
-             symbols: ["mic.fill", "stop.fill", "arrow.clockwise"], tint: Theme.green},
-            {tag: "another tier", status: {state: "speaking", tier: "cloud"}, texts: ["Speaking", "CLOUD", "Mute"],
-             symbols: ["speaker.wave.2.fill", "mic.fill"], tint: Theme.purple},
-            {tag: "muted", status: {state: "listening", muted: true}, texts: ["Muted", "LOCAL", "Unmute"],
-             symbols: ["mic.slash.fill"], tint: Theme.green}
-        ];
-    }
-
-    function test_running(row) {
-        const view = viewOf(JSON.stringify(row.status));
-        row.texts.concat("Stop", "Restart").forEach(text => verify(Items.withText(view, text), text));
-        row.symbols.forEach(name => verify(Items.symbol(view, name), name));
-        verify(Qt.colorEqual(Items.withText(view, row.texts[1]).tint, row.tint));
-        verify(!Items.withText(view, "Start Voice Agent"));
-    }
-
     function test_muteShowsAtOnce() {
         const view = viewOf('{"state": "listening"}');
         Items.withText(view, "Mute").forceActiveFocus();
