@@ -117,7 +117,6 @@ int CronViewModel::activeJobCount() const
 
 void CronViewModel::load()
 {
-    setErrorMessage({});
     startLoad([path = m_cronFilePath, settings = m_settings] { return read(path, settings); },
               [this](const auto &load) { publish(*load); });
 }

@@ -125,7 +125,6 @@ int ProjectsViewModel::healthyProjectCount() const
 
 void ProjectsViewModel::load()
 {
-    setErrorMessage({});
     startLoad([status = m_statusFilePath, tracker = m_trackerFilePath,
                settings = m_settings] { return read(status, tracker, settings); },
               [this](const auto &load) { publish(load); });

@@ -5,6 +5,7 @@
 #include <QDBusArgument>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QGuiApplication>
 
 #include <algorithm>
 
@@ -24,8 +25,20 @@ const QString gtkInterface = u"org.gtk.Settings"_s;
 const QString freedesktopGroup = u"org.freedesktop.appearance"_s;
 const QString gnomeGroup = u"org.gnome.desktop.interface"_s;
 const QString kdeGroup = u"org.kde.kdeglobals.KDE"_s;
+const QString kdeFontGroup = u"org.kde.kdeglobals.General"_s;
+
+// In points, as long as the user has changed nothing.
+constexpr double gnomeFontSize = 11;
+constexpr double kdeFontSize = 10;
 
 using Groups = QMap<QString, QVariantMap>;
+
+// How much larger than usual a font of that size is; 1 for a size that is none.
+double fontFactor(const QString &size, double usualSize)
+{
+    const double points = size.toDouble();
+    return points > 0 ? points / usualSize : 1;
+}
 
 } // namespace
 
@@ -57,7 +70,7 @@ void DesktopAppearance::askPortal()
 {
     auto question =
         QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, u"ReadAll"_s);
-    question << QStringList{freedesktopGroup, gnomeGroup, kdeGroup};
+    question << QStringList{freedesktopGroup, gnomeGroup, kdeGroup, kdeFontGroup};
     ask(question, [this](const QDBusPendingReply<> &reply) {
         if (reply.isError()) {
             askGtk();
@@ -95,8 +108,22 @@ void DesktopAppearance::adopt(const QString &group, const QString &key, const QD
     } else if (group == freedesktopGroup && key == "reduced-motion"_L1) {
         m_motion = setting.toUInt() != 1;
     } else if (group == gnomeGroup && key == "text-scaling-factor"_L1 && setting.toDouble() > 0) {
-        m_textScale = std::clamp(setting.toDouble(), 0.5, 4.0);
+        m_textFactor = setting.toDouble();
+    } else if (group == gnomeGroup && key == "font-name"_L1) { // as "Cantarell 11"
+        m_fontFactor = fontFactor(setting.toString().section(u' ', -1), gnomeFontSize);
+    } else if (group == kdeFontGroup && key == "font"_L1) { // as "Noto Sans,10,-1,5,50,0,0,0,0,0"
+        m_fontFactor = fontFactor(setting.toString().section(u',', 1, 1), kdeFontSize);
     }
+    showTextScale();
+}
+
+// On X11 the desktop also tells the factor as a resolution, by which Qt scales all of the panel.
+void DesktopAppearance::showTextScale()
+{
+    const bool isX11 = QGuiApplication::platformName() == "xcb"_L1;
+    const auto [least, most] = std::minmax({1.0, m_textFactor});
+    const double scaledAlready = isX11 ? std::clamp(qGuiApp->devicePixelRatio(), least, most) : 1;
+    m_textScale = std::clamp(m_textFactor / scaledAlready * m_fontFactor, 0.5, 4.0);
 }
 
 } // namespace ostrelle

@@ -35,8 +35,13 @@ private:
     void askPortal();
     void askGtk();
 
+    void showTextScale();
+
     template<typename Answer>
     void ask(const QDBusMessage &question, Answer answer);
+
+    double m_textFactor = 1;
+    double m_fontFactor = 1; // how much larger the desktop's font is than it is by default
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(DesktopAppearance, bool, m_motion, true,
                                          &DesktopAppearance::changed)

@@ -117,8 +117,9 @@ void ServiceManager::startVoice()
         return;
     }
     const auto command = voiceAgentCommand(m_config.voice.venvPath, m_surroundings.resources);
+    m_startProblem = command ? QString() : command.error();
     if (!command) {
-        log(command.error());
+        log(m_startProblem);
         return;
     }
     m_voiceProcess = new QProcess(this);

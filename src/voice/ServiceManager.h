@@ -68,6 +68,9 @@ public:
     // goes wrong is told in the log.
     Q_INVOKABLE void startVoice();
 
+    // What the last start lacked, for people; empty when it lacked nothing.
+    const QString &startProblem() const { return m_startProblem; }
+
     // Asks the agent and what it has started to end and kills them after 3 seconds. Returns at
     // once; `voiceRunning` tells when it has ended.
     Q_INVOKABLE void stopVoice();
@@ -123,6 +126,7 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ServiceManager, bool, m_userStoppedVoice, false,
                                          &ServiceManager::userStoppedVoiceChanged)
 
+    QString m_startProblem;
     QProcess *m_voiceProcess = nullptr; // a child object; set from the launch to the end
     qint64 m_restartCount = 0;          // crashes in a row, each within a minute of the one before
     std::optional<SupervisorTime::Clock::time_point> m_lastCrashTime;

@@ -93,6 +93,7 @@ void VoiceViewModel::start()
         m_controlPort.postAction(u"start"_s);
     } else if (m_serviceManager) {
         m_serviceManager->startVoice();
+        m_startProblem = m_serviceManager->startProblem();
     }
 }
 

@@ -27,6 +27,9 @@ class VoiceViewModel : public QObject
     Q_OBJECT
     Q_PROPERTY(bool voiceRunning READ voiceRunning NOTIFY voiceRunningChanged)
     Q_PROPERTY(bool isLaunching READ isLaunching NOTIFY isLaunchingChanged)
+    // What the start that is under way waits for in vain; empty when nothing is known to be
+    // missing.
+    Q_PROPERTY(QString startProblem READ startProblem NOTIFY startProblemChanged)
     Q_PROPERTY(QString state READ state NOTIFY stateChanged)
     Q_PROPERTY(bool isMuted READ isMuted NOTIFY isMutedChanged)
     Q_PROPERTY(QString tier READ tier NOTIFY tierChanged)
@@ -49,7 +52,8 @@ public:
 
     bool voiceRunning() const { return m_voiceRunning; } // the agent answered the last poll
     bool isLaunching() const { return m_isLaunching; }   // a start waits for the agent's answer
-    QString state() const { return m_state; }            // the agent's own word
+    QString startProblem() const { return m_startProblem; }
+    QString state() const { return m_state; } // the agent's own word
     bool isMuted() const { return m_isMuted; }
     QString tier() const { return m_tier; }
     bool wakeWordEnabled() const { return m_wakeWordEnabled; }
@@ -63,6 +67,7 @@ public:
 Q_SIGNALS:
     void voiceRunningChanged();
     void isLaunchingChanged();
+    void startProblemChanged();
     void stateChanged();
     void isMutedChanged();
     void tierChanged();
@@ -96,6 +101,8 @@ private:
                                          &VoiceViewModel::voiceRunningChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(VoiceViewModel, bool, m_isLaunching, false,
                                          &VoiceViewModel::isLaunchingChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(VoiceViewModel, QString, m_startProblem,
+                               &VoiceViewModel::startProblemChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(VoiceViewModel, QString, m_state,
                                          QStringLiteral("unknown"), &VoiceViewModel::stateChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(VoiceViewModel, bool, m_isMuted, false,

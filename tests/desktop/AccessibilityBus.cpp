@@ -15,7 +15,6 @@ namespace
 {
 
 const QString accessibleInterface = u"org.a11y.atspi.Accessible"_s;
-constexpr int showingState = 25; // ATSPI_STATE_SHOWING
 constexpr int deepest = 40;
 
 } // namespace
@@ -56,10 +55,9 @@ AccessibilityBus::~AccessibilityBus()
 QList<AccessibilityBus::Control> AccessibilityBus::controls() const
 {
     QList<Control> found;
-    const Control desktop{.role = {},
-                          .name = {},
-                          .service = u"org.a11y.atspi.Registry"_s,
-                          .path = u"/org/a11y/atspi/accessible/root"_s};
+    Control desktop;
+    desktop.service = u"org.a11y.atspi.Registry"_s;
+    desktop.path = u"/org/a11y/atspi/accessible/root"_s;
     for (const Control &application : children(desktop)) {
         collect(application, found, 0);
     }
@@ -72,7 +70,8 @@ void AccessibilityBus::collect(const Control &parent, QList<Control> &found, int
         return;
     }
     for (Control control : children(parent)) {
-        if (!isShowing(control)) {
+        control.states = states(control);
+        if (!control.isShowing()) {
             continue;
         }
         control.role =
@@ -81,6 +80,17 @@ void AccessibilityBus::collect(const Control &parent, QList<Control> &found, int
         found.append(control);
         collect(control, found, depth + 1);
     }
+}
+
+std::optional<AccessibilityBus::Control> AccessibilityBus::focused() const
+{
+    std::optional<Control> found; // of those within one another the innermost
+    for (const Control &control : controls()) {
+        if (control.hasFocus()) {
+            found = control;
+        }
+    }
+    return found;
 }
 
 std::optional<QRect> AccessibilityBus::waitFor(const QString &name, const QString &role) const
@@ -145,15 +155,14 @@ QList<AccessibilityBus::Control> AccessibilityBus::children(const Control &paren
     return found;
 }
 
-bool AccessibilityBus::isShowing(const Control &control) const
+uint AccessibilityBus::states(const Control &control) const
 {
     const QVariant answer = call(control, accessibleInterface, u"GetState"_s).arguments().value(0);
-    if (!answer.canConvert<QDBusArgument>()) {
-        return false;
+    QList<uint> words{0};
+    if (answer.canConvert<QDBusArgument>()) {
+        answer.value<QDBusArgument>() >> words;
     }
-    QList<uint> states;
-    answer.value<QDBusArgument>() >> states;
-    return !states.isEmpty() && (states.first() >> showingState & 1U) != 0;
+    return words.value(0);
 }
 
 QRect AccessibilityBus::place(const Control &control) const

@@ -22,10 +22,19 @@ public:
         QString name;
         QString service;
         QString path;
+        uint states = 0; // those that AT-SPI numbers from 0 to 31, a bit each
+
+        bool has(int state) const { return (states >> state & 1U) != 0; }
+        bool isFocusable() const { return has(11); }
+        bool hasFocus() const { return has(12); }
+        bool isShowing() const { return has(25); }
     };
 
     // Every control of the running program that is shown.
     QList<Control> controls() const;
+
+    // The control that the keyboard is at.
+    std::optional<Control> focused() const;
 
     // Where the control with that name stands on the screen, once it is shown.
     std::optional<QRect> waitFor(const QString &name, const QString &role = {}) const;
@@ -38,7 +47,7 @@ private:
     void collect(const Control &parent, QList<Control> &found, int depth) const;
     QVariant property(const Control &control, const QString &interface, const QString &name) const;
     QList<Control> children(const Control &parent) const;
-    bool isShowing(const Control &control) const;
+    uint states(const Control &control) const;
     QRect place(const Control &control) const;
     QDBusMessage call(const Control &control, const QString &interface, const QString &method,
                       const QVariantList &arguments = {}) const;

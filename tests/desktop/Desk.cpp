@@ -3,6 +3,8 @@
 #include "settings/OstrelleConfig.h"
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -41,10 +43,36 @@ DesktopHome::DesktopHome()
     QDir().mkpath(path(u".ostrelle/venv/bin"_s));
     QFile::link(u"/usr/bin/python3"_s, path(u".ostrelle/venv/bin/python"_s));
     QFile::link(QStringLiteral(DEMO_VOICE_AGENT), path(u".ostrelle/voice_agent.py"_s));
-    // The setup's downloads come from nowhere.
-    write(u".bash_profile"_s, "PATH=$HOME/bin:$PATH");
-    writeScript(u"bin/curl"_s, "touch \"$3\"");
+    write(u".ostrelle/data/demo-agent.json"_s, R"({"step_seconds": 3600})"); // it stays as it is
+    writeTrackers();
     write(u".config/ai.duskrell.ostrelle.conf"_s, "[General]\nautoStartVoice=true\n");
+}
+
+void DesktopHome::writeTrackers() const
+{
+    write(u".ostrelle/ostrelle-agent-tracker.json"_s, R"({"completions": [], "agents": {
+        "main": {"status": "working", "progress": 42, "model": "atlas-large"},
+        "code-reviewer": {"status": "busy", "progress": 80}, "research": {"status": "idle"},
+        "writer": {"status": "error"}, "mail": {"status": "idle"}}})");
+    QJsonArray jobs;
+    QJsonArray projects;
+    for (int i = 1; i <= 12; ++i) {
+        QJsonObject card{{u"id"_s, QString::number(i)},
+                         {u"name"_s, u"Card %1"_s.arg(i)},
+                         {u"status"_s, i % 3 == 0 ? u"red"_s : u"green"_s},
+                         {u"schedule"_s, u"every 5m"_s},
+                         {u"enabled"_s, true},
+                         {u"payload"_s, u"Sort new mail."_s},
+                         {u"description"_s, u"All that the house needs."_s},
+                         {u"progress"_s, 60}};
+        jobs.append(card);
+        card.insert(u"workstreams"_s, QJsonArray{card});
+        projects.append(card);
+    }
+    QJsonObject document{{u"version"_s, 1}, {u"updated"_s, QString()}, {u"jobs"_s, jobs}};
+    write(u".ostrelle/ostrelle-cron-tracker.json"_s, QJsonDocument(document).toJson());
+    document.insert(u"projects"_s, projects);
+    write(u".ostrelle/ostrelle-project-tracker.json"_s, QJsonDocument(document).toJson());
 }
 
 QByteArray DesktopHome::voiceStatus() const
@@ -69,8 +97,10 @@ bool DesktopHome::wasAsked(const QString &target) const
     });
 }
 
-Desk::Desk()
+Desk::Desk(qreal scale)
+    : m_scale(scale)
 {
+    qputenv("QT_SCALE_FACTOR", QByteArray::number(scale));
     bus.startKeyring();
     session.startTrayHost();
     program.emplace();
@@ -81,20 +111,35 @@ Desk::Desk()
     }
 }
 
+Desk::~Desk()
+{
+    qunsetenv("QT_SCALE_FACTOR");
+}
+
 bool Desk::press(const QString &name, const QString &role) const
 {
     const auto place = reader.waitFor(name, role);
     if (place) {
-        XSession::click(place->center());
+        XSession::click((QPointF(place->center()) * m_scale).toPoint());
     }
     return place.has_value();
 }
 
-QString Desk::screenshot(const QString &name)
+QString Desk::pictureFile(const QString &name)
 {
     const QDir directory(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/screenshots"_s);
     directory.mkpath(u"."_s);
-    const QString file = directory.filePath(name + u".png"_s);
-    QProcess::execute(u"import"_s, {u"-window"_s, u"root"_s, file});
+    return directory.filePath(name + u".png"_s);
+}
+
+QString Desk::screenshot(const QString &name)
+{
+    const QRect panel = XSession::panel().value_or(QRect());
+    const QString file = pictureFile(name);
+    QProcess::execute(
+        u"import"_s,
+        {u"-window"_s, u"root"_s, u"-crop"_s,
+         u"%1x%2+%3+%4"_s.arg(panel.width()).arg(panel.height()).arg(panel.x()).arg(panel.y()),
+         u"+repage"_s, file});
     return file;
 }

@@ -23,6 +23,10 @@ public:
 
     const SimulatedGateway gateway{*this};
     const quint16 voicePort;
+
+private:
+    // More cards than the panel has room for, and agents at work and at rest.
+    void writeTrackers() const;
 };
 
 // A user before a whole desktop, who has the panel open: the controls are found as a screen reader
@@ -30,14 +34,18 @@ public:
 class Desk
 {
 public:
-    Desk();
+    explicit Desk(qreal scale = 1);
+    ~Desk();
+    Desk(const Desk &) = delete;
+    Desk &operator=(const Desk &) = delete;
 
     // Clicks the control once it rests; false when it does not come.
     bool press(const QString &name, const QString &role = {}) const;
     bool shows(const QString &name) const { return reader.waitFor(name).has_value(); }
 
-    // Kept beside the test program; returns the file.
+    // A picture of the panel, kept beside the test program; returns its file.
     static QString screenshot(const QString &name);
+    static QString pictureFile(const QString &name);
 
     const DesktopHome home;
     PrivateSession bus;
@@ -45,4 +53,7 @@ public:
     XSession session;
     std::optional<Program> program;
     bool isOpen = false;
+
+private:
+    const qreal m_scale; // of the screen's pixels to those in which a screen reader is told places
 };

@@ -59,7 +59,7 @@ std::optional<QRect> windowWhere(bool (*fits)(const QRect &place))
 XSession::XSession()
 {
     // Without -noreset the server begins anew, deaf for a while, whenever its last client goes.
-    m_server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s,
+    m_server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x1600x24"_s,
                                u"-noreset"_s});
     if (!m_server.waitForReadyRead(20000)) {
         qFatal("no X server");
@@ -120,7 +120,11 @@ std::optional<QRect> XSession::waitForIcon()
 
 std::optional<QRect> XSession::panel()
 {
-    return windowWhere([](const QRect &place) { return place.size() == QSize(380, 700); });
+    return windowWhere([](const QRect &place) {
+        bool isScaled = false;
+        const qreal scale = qEnvironmentVariable("QT_SCALE_FACTOR").toDouble(&isScaled);
+        return place.size() == QSize(380, 700) * (isScaled ? scale : 1);
+    });
 }
 
 void XSession::click(QPoint place)

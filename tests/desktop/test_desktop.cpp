@@ -1,6 +1,7 @@
 #include "desktop/Desk.h"
 #include "settings/OstrelleConfig.h"
 
+#include <QImage>
 #include <QScopeGuard>
 #include <QTest>
 
@@ -26,7 +27,7 @@ private Q_SLOTS:
         XSession::click(XSession::icon()->center());
         QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds);
         const QRect panel = *XSession::panel();
-        QVERIFY(QRect(0, 0, 1280, 800).contains(panel));
+        QVERIFY(QRect(0, 0, 1280, 1600).contains(panel));
         QVERIFY(panel.top() >= XSession::icon()->bottom());
 
         XSession::press(u"Escape"_s);
@@ -97,18 +98,6 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
-    void setsUp()
-    {
-        Desk desk;
-        QVERIFY(desk.isOpen);
-        QVERIFY(desk.press(u"Install Voice + Finish"_s));
-        QVERIFY(desk.shows(u"Setup complete!"_s));
-        Desk::screenshot(u"setup"_s);
-        QVERIFY(desk.press(u"Done"_s));
-        QVERIFY(desk.shows(u"Quick Chat"_s));
-        QVERIFY(desk.home.exists(u".ostrelle/data/models/kokoro-v1.0.onnx"_s));
-    }
-
     void chatsMutesAndQuits()
     {
         Desk desk;
@@ -127,20 +116,80 @@ private Q_SLOTS:
         QVERIFY(desk.home.voiceStatus().isEmpty());
     }
 
-    void walksTheTabs()
+    void everyScaleShowsTheSame_data()
     {
-        Desk desk;
-        QProcess &notifications = desk.bus.startNotificationDaemon();
+        QTest::addColumn<qreal>("scale");
+        for (const qreal scale : {1.0, 1.25, 1.5, 2.0}) {
+            QTest::addRow("%g", scale) << scale;
+        }
+    }
+
+    void everyScaleShowsTheSame()
+    {
+        QFETCH(const qreal, scale);
+        Desk desk(scale);
+        const auto showsTheSame = [&](const QString &name) {
+            const QString first = scale == 1 ? Desk::screenshot(name) : Desk::pictureFile(name);
+            const QString again = scale == 1 ? name : u"%1@%2"_s.arg(name).arg(scale);
+            return QTest::qWaitFor([&] { return difference(first, Desk::screenshot(again)) < 40; },
+                                   patienceMilliseconds);
+        };
+        QVERIFY(showsTheSame(u"setup"_s));
         QVERIFY(desk.press(u"Skip"_s));
-        const QList<std::pair<QString, QString>> tabs{{u"Projects"_s, u"Project Board"_s},
+        const QList<std::pair<QString, QString>> tabs{{u"Ostrelle"_s, u"Mute"_s},
+                                                      {u"Projects"_s, u"Project Board"_s},
                                                       {u"Agents"_s, u"Spinal Map"_s},
                                                       {u"Cron"_s, u"Scheduled Jobs"_s},
                                                       {u"Settings"_s, u"CONNECTED TO"_s}};
         for (const auto &[tab, heading] : tabs) {
             QVERIFY(desk.press(tab, u"page tab"_s));
             QVERIFY(desk.shows(heading));
-            Desk::screenshot(tab.toLower());
+            QVERIFY2(showsTheSame(tab.toLower()), qPrintable(tab));
         }
+    }
+
+    void theKeyboardReachesEverything_data()
+    {
+        QTest::addColumn<QStringList>("opened");
+        QTest::newRow("Setup") << QStringList{u"Mac password"_s};
+        for (const QString &tab : {u"Ostrelle"_s, u"Projects"_s, u"Agents"_s, u"Cron"_s}) {
+            QTest::newRow(qPrintable(tab)) << QStringList{u"Skip"_s, tab};
+        }
+        QTest::newRow("Settings") << QStringList{u"Skip"_s,         u"Settings"_s,
+                                                 u"Change Token"_s, u"ADVANCED"_s,
+                                                 u"PROFILES"_s,     u"Add Gateway Manually"_s};
+    }
+
+    void theKeyboardReachesEverything()
+    {
+        QFETCH(const QStringList, opened);
+        Desk desk;
+        for (const QString &name : opened) {
+            QVERIFY(desk.press(name));
+            QVERIFY(name != "Skip"_L1 || desk.shows(u"Mute"_s)); // the agent has started
+        }
+        XSession::type(u"x"_s); // what needs a text to be of use is enabled then
+        const QStringList forwards = walk(desk, u"Tab"_s);
+        QStringList backwards = walk(desk, u"shift+Tab"_s);
+        std::reverse(backwards.begin(), backwards.end());
+        QCOMPARE(backwards, forwards);
+        for (const auto &control : desk.reader.controls()) {
+            const QString said = control.role + u' ' + control.name;
+            const bool isText = control.role == "label"_L1; // Qt says that they take the focus
+            QVERIFY2(isText || !control.isFocusable() || forwards.contains(said), qPrintable(said));
+        }
+        for (const QString &announced : forwards) {
+            QVERIFY2(!announced.startsWith(u' ') && !announced.endsWith(u' '),
+                     qPrintable(announced));
+        }
+    }
+
+    void followsALink()
+    {
+        Desk desk;
+        QProcess &notifications = desk.bus.startNotificationDaemon();
+        QVERIFY(desk.press(u"Skip"_s));
+        QVERIFY(desk.press(u"Settings"_s, u"page tab"_s));
         const QString link = u"ostrelle://config?gatewayBaseURL=http://127.0.0.3:9"_s;
         QCOMPARE(Program({link}).waitForEnd(), 0);
         QVERIFY(desk.shows(u"http://127.0.0.3:9"_s));
@@ -178,21 +227,51 @@ private Q_SLOTS:
                                   patienceMilliseconds);
     }
 
-    void renamesAnAgent()
+private:
+    // What a screen reader says on the way once around with that key, from where it first leads to.
+    static QStringList walk(const Desk &desk, const QString &key)
     {
-        Desk desk;
-        QVERIFY(desk.press(u"Skip"_s));
-        QVERIFY(desk.press(u"Agents"_s, u"page tab"_s));
-        QVERIFY(desk.press(u"Main"_s));
-        QVERIFY(desk.press(u"Display name"_s));
-        XSession::press(u"ctrl+a"_s);
-        XSession::type(u"Captain"_s);
-        Desk::screenshot(u"inspector"_s);
-        QVERIFY(desk.press(u"Save"_s));
-        QVERIFY(desk.shows(u"Captain"_s));
+        QStringList said;
+        QString first;
+        QString here;
+        while (said.size() < 60) {
+            XSession::press(key);
+            std::optional<AccessibilityBus::Control> control;
+            static_cast<void>(QTest::qWaitFor([&] {
+                control = desk.reader.focused();
+                return control && control->path != here;
+            }));
+            here = control ? control->path : QString();
+            if (here == first) {
+                return said;
+            }
+            first = first.isEmpty() ? here : first;
+            said.append(control->role + u' ' + control->name);
+        }
+        return said;
     }
 
-private:
+    // How much two pictures of the panel differ where they do so most, seen from so far away that
+    // only what is as large as a symbol counts: from 0 to 765.
+    static int difference(const QString &one, const QString &other)
+    {
+        const auto fromAfar = [](const QString &file) {
+            return QImage(file)
+                .scaled(19, 35, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                .convertToFormat(QImage::Format_RGB32);
+        };
+        const QImage left = fromAfar(one);
+        const QImage right = fromAfar(other);
+        int most = left.isNull() || right.isNull() ? 765 : 0;
+        for (int i = 0; i < left.width() * left.height(); ++i) {
+            const QColor a = left.pixelColor(i % left.width(), i / left.width());
+            const QColor b = right.pixelColor(i % left.width(), i / left.width());
+            most = std::max(most, std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) +
+                                      std::abs(a.blue() - b.blue()));
+        }
+        return most;
+    }
+
     static QByteArray run(const QString &tool, const QStringList &arguments)
     {
         QProcess process;

@@ -165,11 +165,7 @@ QString Fixture::startPeer(int status)
 
 void Fixture::rejectTokens()
 {
-    for (StandInGateway *gateway : {m_gateway.get(), m_peer.get()}) {
-        if (gateway != nullptr) {
-            gateway->answer("/v1/models", StandInGateway::response(401));
-        }
-    }
+    m_gateway->answer("/v1/models", StandInGateway::response(401));
 }
 
 QString Fixture::storedToken(const QString &key) const

@@ -21,7 +21,6 @@ class Fixture : public QObject
     Q_PROPERTY(ostrelle::SetupManager *setupManager READ setupManager NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::StatusServer *statusServer READ statusServer NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::PanelModels *models READ models NOTIFY madeAnew)
-    Q_PROPERTY(ostrelle::GatewayProfiles *profiles READ profiles NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::GatewaySettings *settings READ settings NOTIFY madeAnew)
     Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers NOTIFY madeAnew)
 
@@ -64,7 +63,7 @@ public:
     // A gateway answers its health check with this status on the address that it returns.
     Q_INVOKABLE QString startPeer(int status);
 
-    // Whoever answers as a gateway takes no token any more.
+    // The configured gateway takes no token any more.
     Q_INVOKABLE void rejectTokens();
 
     // The token under a gateway's URL or "_active_"; null when there is none.
@@ -88,7 +87,6 @@ public:
     ostrelle::SetupManager *setupManager() const { return m_models->setupManager.get(); }
     ostrelle::StatusServer *statusServer() const { return m_models->statusServer.get(); }
     ostrelle::PanelModels *models() const { return m_models->panel.get(); }
-    ostrelle::GatewayProfiles *profiles() const { return m_models->profiles.get(); }
     ostrelle::GatewaySettings *settings() const { return m_models->settingsModel.get(); }
     ostrelle::TailscalePeersModel *peers() const { return m_models->peers.get(); }
 

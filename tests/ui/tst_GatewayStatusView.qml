@@ -33,10 +33,6 @@ TestCase {
         fixture.reset();
     }
 
-    function dot(view: Item, label: string): color {
-        return Items.visibleItems(view).find(item => item.label === label).color;
-    }
-
     // The view of a gateway that answers and is not encrypted.
     function insecureView(): Item {
         fixture.startGateway();
@@ -45,18 +41,6 @@ TestCase {
         fixture.gatewayVM.pollHealth();
         tryCompare(fixture.gatewayVM, "showSecurityWarning", true);
         return createTemporaryObject(statusView, test);
-    }
-
-    function test_nothingThere() {
-        const view = createTemporaryObject(statusView, test);
-        compare(Items.texts(view)[0], "Gateway");
-        verify(Items.withText(view, "Tailscale not running — remote access unavailable"));
-        verify(Items.symbol(view, "lock.open.fill") && Items.symbol(view, "link"));
-        verify(Qt.colorEqual(dot(view, "Gateway"), Theme.red));
-        verify(Qt.colorEqual(dot(view, "Status"), Theme.green));
-        view.statusServerRunning = false;
-        view.statusPortTaken = true;
-        verify(Items.visibleItems(view).find(item => item.label === "Status").meaning.includes("port"));
     }
 
     function test_connected() {
@@ -70,39 +54,6 @@ TestCase {
         verify(Items.symbol(view, "lock.fill") && !Items.symbol(view, "exclamationmark.triangle.fill"));
         mouseClick(Items.withText(view, "Copy"));
         compare(fixture.clipboard(), "https://studio.ts.net");
-    }
-
-    function test_noName() {
-        fixture.tool("tailscale", "true");
-        fixture.gatewayVM.pollHealth();
-        tryCompare(fixture.gatewayVM, "tailscaleInstalled", true);
-        const view = createTemporaryObject(statusView, test);
-        verify(Items.withText(view, "Tailscale connected but HTTPS not configured"));
-        verify(Items.withText(view, fixture.gatewayVM.preferredURL));
-    }
-
-    function test_voiceDot_data() {
-        return [
-            {tag: "switched off", enabled: false, model: true, running: true, color: Theme.grey},
-            {tag: "running", enabled: true, model: true, running: true, color: Theme.green},
-            {tag: "not running", enabled: true, model: true, running: false, color: Theme.red},
-            {tag: "supervisor's word", enabled: true, model: false, running: true, color: Theme.green},
-            {tag: "supervisor's no", enabled: true, model: false, running: false, color: Theme.red}
-        ];
-    }
-
-    function test_voiceDot(row) {
-        if (row.running && row.model) {
-            fixture.startVoiceAgent("{}");
-            fixture.restart();
-            tryCompare(fixture.voiceVM, "voiceRunning", true);
-        }
-        const voiceVM = row.model ? fixture.voiceVM : null;
-        const view = createTemporaryObject(statusView, test, {voiceVM: voiceVM});
-        // What the supervisor believes is the opposite of what the model knows, if there is one.
-        fixture.serviceManager.voiceRunning = row.model ? !row.running : row.running;
-        fixture.serviceManager.voiceEnabled = row.enabled;
-        verify(Qt.colorEqual(dot(view, "Voice"), row.color));
     }
 
     function test_warningWithoutTailscale() {

@@ -69,13 +69,13 @@ TestCase {
         compare(panel.chatVM.messages.count, 1);
     }
 
-    function test_blankIsKept() {
+    function test_lineBreaksAreSentAsTheyAre() {
         const panel = createTemporaryObject(chatPanel, test);
+        Desktop.copy("one\ntwo");
         fieldOf(panel).forceActiveFocus();
-        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_V, Qt.ControlModifier);
         keyClick(Qt.Key_Return);
-        compare(fieldOf(panel).text, " ");
-        compare(panel.chatVM.messages.count, 0);
+        verify(Items.withText(panel, "one\ntwo"));
     }
 
     function test_lastMessageComesIntoView() {
@@ -100,5 +100,7 @@ TestCase {
         const panel = createTemporaryObject(chatPanel, test);
         ask(panel, "x".repeat(20000));
         verify(Items.texts(panel).includes("x".repeat(10000) + "…"));
+        Items.withText(panel, "Copy").clicked();
+        compare(fixture.clipboard(), "x".repeat(20000));
     }
 }

@@ -22,15 +22,6 @@ TestCase {
         }
     }
 
-    Component {
-        id: checkRow
-
-        CheckRow {
-            width: 300
-            optional: true
-        }
-    }
-
     SignalSpy {
         id: doneSpy
 
@@ -105,23 +96,6 @@ TestCase {
         row.hidden.forEach(text => verify(!Items.withText(sheet, text), text));
     }
 
-    function test_optionalRow() {
-        const row = createTemporaryObject(checkRow, test, {label: "Extras", ok: false});
-        compare(marks(row, ["Extras"]), ["minus.circle"]);
-        verify(Items.withText(row, "(optional)"));
-        row.ok = true;
-        verify(!Items.withText(row, "(optional)"));
-    }
-
-    function test_rightToLeft() {
-        const sheet = sheetAfterChecks();
-        sheet.LayoutMirroring.enabled = true;
-        sheet.LayoutMirroring.childrenInherit = true;
-        compare(Items.withText(sheet, "OSTRELLE Setup").mapToItem(sheet, 0, 0).x, Theme.pagePadding);
-        const field = Items.visibleItems(sheet).find(item => item.placeholderText === "Mac password");
-        verify(field.rightPadding > field.leftPadding); // the lock is there
-    }
-
     function test_passwordOfBlanksIsAskedForAgain() {
         const sheet = sheetAfterChecks();
         const install = Items.withText(sheet, "Install Everything");
@@ -165,14 +139,6 @@ TestCase {
         tryCompare(sheet, "currentStep", 4);
         compare(marks(sheet, ["Token configured"]), ["checkmark.circle.fill"]);
         tryVerify(() => !field.activeFocus && Window.activeFocusItem.visible);
-    }
-
-    function test_copiedLink() {
-        prepare(loggedIn, true);
-        const sheet = sheetAfterChecks();
-        mouseClick(Items.withText(sheet, "Copy Link"));
-        compare(fixture.clipboard(), "https://login.tailscale.com/admin/dns");
-        verify(Items.symbol(sheet, "checkmark"));
     }
 
     function test_opensOnlyWhatIsThere() {

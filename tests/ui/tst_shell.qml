@@ -108,6 +108,37 @@ TestCase {
         compare(closings.count, 1);
     }
 
+    function test_whatWasLetGoComesBackAsItWas() {
+        fixture.write(".ostrelle/ostrelle-project-tracker.json", JSON.stringify({
+            version: 1, updated: "", projects: Array.from({length: 40}, (_, i) => (
+                {id: String(i), name: "P" + i, description: "", status: "green", progress: 7, workstreams: []}))}));
+        const root = panelWith("Projects", {height: 400});
+        const top = () => Items.visibleItems(root).find(each => each.contentY !== undefined).contentY;
+        const reopen = () => {
+            root.active = false;
+            tryVerify(() => !Items.withText(root, "Quit"));
+            root.active = true;
+        };
+        tryVerify(() => Items.withText(root, "P0"));
+        Items.visibleItems(root).find(each => each.contentY !== undefined).positionViewAtIndex(20, 0);
+        const place = () => Items.withText(root, "P20")?.mapToItem(root, 0, 0).y;
+        const before = place();
+        verify(before < 300);
+        reopen();
+        tryVerify(() => place() === before);
+
+        Items.visibleItems(root).find(each => each.label === "Settings").clicked();
+        Items.withText(root, "PROFILES").clicked();
+        const field = () => Items.visibleItems(root).find(each => each.placeholderText === "http://ip:18789");
+        field().forceActiveFocus();
+        keyClick(Qt.Key_1);
+        tryVerify(() => top() > 0);
+        const middle = top();
+        reopen();
+        compare(field().text, "1");
+        tryVerify(() => top() === middle);
+    }
+
     function test_largeTextsFromRightToLeftStayInThePanel_data() {
         return ["Ostrelle", "Projects", "Agents", "Cron", "Settings", "Setup"]
             .map((tag, tab) => ({tag: tag, hasWord: tab > 0 && tab < 5}));

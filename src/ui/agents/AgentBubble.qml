@@ -55,40 +55,19 @@ BaseButton {
             opacity: 1 - 0.65 * bubble.pulse
         }
 
-        Rectangle {
+        AgentDisc {
             id: disc
 
             x: Math.round((bubble.width - width) / 2)
             width: bubble.size
             height: width
-            radius: width / 2
-            layer.enabled: true // drawn once, for what moves around it has it shown again and again
-            border.width: bubble.visualFocus ? 3 : bubble.node.isWorking ? 2 : 1
-            border.color: bubble.visualFocus ? Theme.textPrimary : bubble.color
-            gradient: Gradient {
-                GradientStop {
-                    position: 0
-                    color: Qt.tint(Theme.background, Theme.faded(bubble.color, 0.22))
-                }
-                GradientStop {
-                    position: 1
-                    color: Qt.tint(Theme.background, Theme.faded(bubble.color, 0.40))
-                }
-            }
-
-            Text {
-                anchors.centerIn: parent
-                text: appearance.emoji
-                textFormat: Text.PlainText
-                font.family: Theme.emojiFont
-                font.pixelSize: Math.round(bubble.radius * 0.72)
-                width: Math.min(implicitWidth, parent.width * 0.86)
-                fontSizeMode: Text.HorizontalFit
-                minimumPixelSize: 6
-                horizontalAlignment: Text.AlignHCenter
-                color: Theme.textPrimary
-                Accessible.ignored: true
-            }
+            upperColor: Qt.tint(Theme.background, Theme.faded(bubble.color, 0.22))
+            lowerColor: Qt.tint(Theme.background, Theme.faded(bubble.color, 0.40))
+            rimColor: bubble.visualFocus ? Theme.textPrimary : bubble.color
+            rimWidth: bubble.visualFocus ? 3 : bubble.node.isWorking ? 2 : 1
+            emoji: appearance.emoji
+            emojiFont: Theme.emojiFont
+            textColor: Theme.textPrimary
         }
 
         Lazy {

@@ -16,6 +16,15 @@ FocusScope {
     Accessible.name: title.text
     Keys.onEscapePressed: sheet.dismiss()
 
+    function typed(): var {
+        return {name: name.text, emoji: emoji.text};
+    }
+
+    function type(texts: var) {
+        name.text = texts.name;
+        emoji.text = texts.emoji;
+    }
+
     function store() {
         appearance.save(name.text, emoji.text);
         sheet.save();
@@ -114,23 +123,43 @@ FocusScope {
             }
         }
 
-        LineField {
-            id: name
-
+        Column {
             width: parent.width
-            focus: true
-            placeholderText: "Display name"
-            text: appearance.name
-            onAccepted: sheet.store()
+            spacing: Theme.smallGap
+
+            FieldLabel {
+                width: parent.width
+                field: name
+            }
+
+            LineField {
+                id: name
+
+                width: parent.width
+                focus: true
+                placeholderText: "Display name"
+                text: appearance.name
+                onAccepted: sheet.store()
+            }
         }
 
-        LineField {
-            id: emoji
-
+        Column {
             width: parent.width
-            placeholderText: "Emoji"
-            text: appearance.emoji
-            onAccepted: sheet.store()
+            spacing: Theme.smallGap
+
+            FieldLabel {
+                width: parent.width
+                field: emoji
+            }
+
+            LineField {
+                id: emoji
+
+                width: parent.width
+                placeholderText: "Emoji"
+                text: appearance.emoji
+                onAccepted: sheet.store()
+            }
         }
 
         Label {

@@ -23,6 +23,17 @@ FocusScope {
         bubble.forceActiveFocus();
     }
 
+    // What is to be had again when the view is made anew.
+    function keepsake(): var {
+        return {y: map.contentY, node: view.selectedNode, typed: inspector.item?.typed()};
+    }
+
+    function restore(kept: var) {
+        returnTo.wantedY = kept.y;
+        view.selectedNode = kept.node;
+        inspector.item?.type(kept.typed);
+    }
+
     // Closes the inspector; false when there is none.
     function closeQuestion(): bool {
         const isAsked = view.selectedNode !== null;
@@ -45,6 +56,12 @@ FocusScope {
         id: clock
 
         running: map.visible && Theme.motion && canvas.activeAgentColors.length > 0
+    }
+
+    ReturnTo {
+        id: returnTo
+
+        page: map
     }
 
     FontMetrics {
@@ -135,9 +152,12 @@ FocusScope {
             AgentBubble {
                 id: bubble
 
+                required property int index
+
                 readonly property bool moves: bubble.node.isWorking
                     && map.moves(bubble.center.y, bubble.radius + Theme.bubbleHalo)
 
+                z: bubbles.count - bubble.index // its texts stand before the next one's halo
                 pulse: bubble.moves ? clock.pulse : 0
                 processingRing: bubble.moves ? clock.ring : 0
                 viewModel: view.viewModel

@@ -5,7 +5,7 @@ import Ostrelle
 Rectangle {
     id: light
 
-    width: Theme.dotSize - 2
+    width: Theme.lightSize
     height: width
     radius: width / 2
     border.color: Theme.faded(light.color, 0.4)

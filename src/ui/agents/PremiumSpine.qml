@@ -16,7 +16,7 @@ Item {
     readonly property color lastColor: spine.colors[spine.colors.length - 1]
     readonly property var stops: [...spine.colors, spine.lastColor, Theme.faded(spine.lastColor, 0)]
 
-    width: 12
+    width: Theme.spineWidth
     visible: height > 0
 
     function stopAt(index: int): int {

@@ -7,6 +7,8 @@ Rectangle {
 
     required property string text
     required property color tint
+    // A screen reader hears it; false where what it stands on says the word.
+    property bool isHeard: true
 
     implicitWidth: label.implicitWidth + 2 * Theme.gap
     implicitHeight: label.implicitHeight + Theme.smallGap
@@ -22,5 +24,6 @@ Rectangle {
         color: capsule.tint
         font.pixelSize: Theme.captionSize
         font.weight: Font.DemiBold
+        Accessible.ignored: !capsule.isHeard
     }
 }

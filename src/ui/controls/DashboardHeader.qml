@@ -24,7 +24,7 @@ Item {
         anchors.left: parent.left
         anchors.right: tools.left
         anchors.rightMargin: Theme.gap
-        spacing: 2
+        spacing: Theme.lineGap
 
         Label {
             width: parent.width

@@ -21,8 +21,34 @@ FocusScope {
 
     // The keys of the open cards.
     property var open: []
+    // False until the first load has ended.
+    property bool hasAnswer: false
+    // The uppermost card that shall be in view once there are cards, and how much of it is above.
+    property var wantedPlace: undefined
 
     signal refreshRequested
+
+    onIsLoadingChanged: page.hasAnswer = page.hasAnswer || !page.isLoading
+    Component.onCompleted: page.hasAnswer = page.hasAnswer || !page.isLoading
+
+    // What is to be had again when the page is made anew.
+    function keepsake(): var {
+        const index = list.indexAt(Theme.pagePadding, list.contentY + list.spacing);
+        return {open: page.open, index: index, above: list.contentY - (list.itemAtIndex(index)?.y ?? 0)};
+    }
+
+    function restore(kept: var) {
+        page.open = kept.open;
+        page.wantedPlace = kept.index >= 0 ? kept : undefined;
+    }
+
+    function takePlace() {
+        if (page.wantedPlace && list.count > page.wantedPlace.index) {
+            list.positionViewAtIndex(page.wantedPlace.index, ListView.Beginning);
+            list.contentY += page.wantedPlace.above;
+            page.wantedPlace = undefined;
+        }
+    }
 
     function toggle(key: string) {
         page.open = page.open.includes(key) ? page.open.filter(each => each !== key)
@@ -33,13 +59,33 @@ FocusScope {
         list.positionViewAtIndex(index, ListView.Contain);
     }
 
-    // Gives the keyboard to that card; false if there is none. The keyboard cannot find it by
-    // itself: cards out of view are not made, and they stand in the order of their making.
-    function focusCard(index: int, reason: int): bool {
+    // Gives the keyboard to that card. Qt's own order would be that in which the cards were made, and
+    // those out of view are not.
+    function focusCard(index: int, reason: int) {
         page.reveal(index);
-        const card = list.itemAtIndex(index);
-        card?.forceActiveFocus(reason);
-        return card !== null;
+        list.itemAtIndex(index)?.forceActiveFocus(reason);
+    }
+
+    // Goes from that card to another one as the key says, with Tab also out of the list; false for
+    // other keys.
+    function walk(card: Item, key: int): bool {
+        const perPage = Math.max(1, Math.floor(list.height / (card.height + list.spacing)));
+        const step = {
+            [Qt.Key_Tab]: 1, [Qt.Key_Backtab]: -1, [Qt.Key_Down]: 1, [Qt.Key_Up]: -1,
+            [Qt.Key_PageDown]: perPage, [Qt.Key_PageUp]: -perPage,
+            [Qt.Key_End]: list.count, [Qt.Key_Home]: -list.count
+        }[key] ?? 0;
+        const goal = card.index + step;
+        const isForward = step > 0;
+        const reason = isForward ? Qt.TabFocusReason : Qt.BacktabFocusReason;
+        const isTab = key === Qt.Key_Tab || key === Qt.Key_Backtab;
+        if (isTab && (goal < 0 || goal === list.count)) {
+            const edge = isForward ? afterCards : beforeCards;
+            edge.nextItemInFocusChain(isForward).forceActiveFocus(reason);
+        } else if (step !== 0) {
+            page.focusCard(Math.max(0, Math.min(goal, list.count - 1)), reason);
+        }
+        return step !== 0;
     }
 
     DashboardHeader {
@@ -57,6 +103,18 @@ FocusScope {
         onRefreshRequested: page.refreshRequested()
     }
 
+    // Whoever comes to the cards with Tab comes to the first one, and with Shift+Tab to the last one.
+    Item {
+        id: beforeCards
+
+        activeFocusOnTab: list.count > 0
+        onActiveFocusChanged: {
+            if (beforeCards.activeFocus) {
+                page.focusCard(0, Qt.TabFocusReason);
+            }
+        }
+    }
+
     ListView {
         id: list
 
@@ -70,9 +128,12 @@ FocusScope {
         spacing: Theme.gap
         clip: true
         boundsBehavior: Flickable.StopAtBounds
+        keyNavigationEnabled: false
+        highlightFollowsCurrentItem: false
         model: page.cards
         delegate: page.delegate
-        cacheBuffer: Theme.panelHeight
+        cacheBuffer: list.height
+        onCountChanged: page.takePlace()
         T.ScrollBar.vertical: ThinScrollBar {
         }
 
@@ -90,7 +151,18 @@ FocusScope {
             MinimalEmptyCard {
                 width: parent.width
                 visible: page.isEmpty
-                message: page.emptyMessage
+                message: page.hasAnswer ? page.emptyMessage : "Loading…"
+            }
+        }
+    }
+
+    Item {
+        id: afterCards
+
+        activeFocusOnTab: list.count > 0
+        onActiveFocusChanged: {
+            if (afterCards.activeFocus) {
+                page.focusCard(list.count - 1, Qt.BacktabFocusReason);
             }
         }
     }

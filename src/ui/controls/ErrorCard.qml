@@ -7,8 +7,8 @@ Card {
 
     required property string message
 
-    tint: Theme.faded(Theme.red, 0.10)
-    outline: Theme.faded(Theme.red, 0.30)
+    tint: Theme.faded(Theme.red, Theme.washOpacity)
+    outline: Theme.faded(Theme.red, Theme.outlineOpacity)
     Accessible.role: Accessible.AlertMessage
     Accessible.name: card.message
 
@@ -34,6 +34,7 @@ Card {
             anchors.verticalCenter: parent.verticalCenter
             text: card.message
             wrapMode: Text.Wrap
+            Accessible.ignored: true
         }
     }
 }

@@ -2,7 +2,8 @@ import QtQuick
 import Ostrelle
 
 // A dashboard's card, all of which is one button, that shows more of itself after a tap. The page
-// keeps which ones are open, because cards are made anew when they are scrolled back into view.
+// keeps which ones are open, because cards are made anew when they are scrolled back into view. A
+// screen reader hears the card's name and details, so its summary says nothing to one.
 BaseButton {
     id: card
 
@@ -14,27 +15,41 @@ BaseButton {
     property alias summary: summary.data
     // Beside the chevron.
     property string more: ""
-    readonly property bool expanded: card.page.open.includes(card.key)
+    // What the summary says beyond the card's name.
+    property string details: ""
+    // There is something to unfold.
+    property bool opens: true
+    readonly property bool expanded: card.opens && card.page.open.includes(card.key)
     default property alias content: fold.content
 
     width: card.page.cardWidth
     implicitHeight: column.implicitHeight + 2 * Theme.padding
-    Accessible.description: card.more
-    Accessible.checkable: true
-    Accessible.checked: card.expanded
-    Keys.onTabPressed: event => event.accepted = card.page.focusCard(card.index + 1, Qt.TabFocusReason)
-    Keys.onBacktabPressed: event => event.accepted = card.page.focusCard(card.index - 1, Qt.BacktabFocusReason)
-    onClicked: card.page.toggle(card.key)
-    onVisualFocusChanged: {
-        if (card.visualFocus) {
+    Accessible.role: card.opens ? Accessible.Button : Accessible.ListItem
+    Accessible.description: [card.details, card.more, !card.opens ? "" : card.expanded ? "expanded"
+        : "collapsed"].filter(each => each !== "").join(", ")
+    Keys.onPressed: event => event.accepted = card.page.walk(card, event.key)
+    onClicked: {
+        if (card.opens) {
+            card.page.toggle(card.key);
+        }
+    }
+    // The card at the keyboard stays in view, also while it unfolds, and exists wherever the user
+    // scrolls to.
+    onHeightChanged: {
+        if (card.activeFocus) {
             card.page.reveal(card.index);
+        }
+    }
+    onActiveFocusChanged: {
+        if (card.activeFocus) {
+            card.ListView.view.currentIndex = card.index;
         }
     }
 
     background: Rectangle {
         radius: Theme.radius
         color: card.hovered ? Theme.surfaceHovered : Theme.surface
-        border.width: card.visualFocus ? 2 : 1
+        border.width: card.visualFocus ? Theme.focusWidth : 1
         border.color: card.visualFocus ? Theme.focusRing : Theme.hairline
 
         Behavior on color {
@@ -62,6 +77,7 @@ BaseButton {
             Item {
                 width: parent.width
                 height: chevron.height + Theme.gap
+                visible: card.opens || card.more !== ""
 
                 Symbol {
                     id: chevron
@@ -69,13 +85,15 @@ BaseButton {
                     anchors.left: parent.left
                     anchors.bottom: parent.bottom
                     name: card.expanded ? "chevron.down" : "chevron.right"
+                    mirror: card.mirrored
+                    visible: card.opens
                     color: Theme.textSecondary
                     size: Theme.smallSize
                 }
 
                 Label {
-                    anchors.left: chevron.right
-                    anchors.leftMargin: Theme.smallGap
+                    anchors.left: card.opens ? chevron.right : parent.left
+                    anchors.leftMargin: card.opens ? Theme.smallGap : 0
                     anchors.right: parent.right
                     anchors.verticalCenter: chevron.verticalCenter
                     text: card.more

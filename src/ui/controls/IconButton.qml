@@ -14,7 +14,7 @@ BaseButton {
 
     implicitWidth: Math.max(Theme.hitArea, button.symbolSize + Theme.gap)
     implicitHeight: implicitWidth
-    opacity: button.enabled ? 1 : 0.4
+    opacity: button.enabled ? 1 : Theme.disabledOpacity
 
     HoverHelp {
         text: button.text
@@ -35,7 +35,7 @@ BaseButton {
         color: button.pressed ? Theme.surfacePressed
             : button.hovered ? Theme.surfaceHovered
             : button.raised ? Theme.surface : "transparent"
-        border.width: button.visualFocus ? 2 : 0
+        border.width: button.visualFocus ? Theme.focusWidth : 0
         border.color: Theme.focusRing
 
         Behavior on color {

@@ -2,24 +2,26 @@ import QtQuick
 import QtQuick.Templates as T
 import Ostrelle
 
-// A field for one line of text: what is pasted loses its line breaks, such as the one that ends what
-// a terminal printed. Return is `accepted`.
+// A field for one line of text. Return is `accepted`.
 T.TextField {
     id: field
 
     // What those call it who do not see it.
     property string accessibleName: field.placeholderText
+    // What is pasted keeps its line breaks, seen as spaces. Else it loses them, such as the one that
+    // ends what a terminal printed.
+    property bool keepsLineBreaks: false
 
-    implicitWidth: 160
+    implicitWidth: Theme.fieldWidth
     implicitHeight: Math.max(Theme.hitArea, contentHeight + topPadding + bottomPadding)
-    leftPadding: Theme.gap + 2
-    rightPadding: Theme.gap + 2
-    topPadding: 6
-    bottomPadding: 6
+    leftPadding: Theme.fieldPadding
+    rightPadding: Theme.fieldPadding
+    topPadding: Theme.fieldVerticalPadding
+    bottomPadding: Theme.fieldVerticalPadding
     font.pixelSize: Theme.bodySize
     color: Theme.textPrimary
     placeholderTextColor: Theme.textDisabled
-    selectionColor: Theme.faded(Theme.tiffanyBlue, 0.4)
+    selectionColor: Theme.selection
     selectedTextColor: Theme.textPrimary
     verticalAlignment: TextInput.AlignVCenter
     selectByMouse: true
@@ -29,7 +31,7 @@ T.TextField {
     // Not by an assignment, which would break the owner's binding.
     function dropLineBreaks() {
         const line = field.text.replace(/[\r\n]+/g, "");
-        if (line.length < field.text.length) {
+        if (!field.keepsLineBreaks && line.length < field.text.length) {
             field.remove(0, field.text.length);
             field.insert(0, line);
         }
@@ -38,7 +40,7 @@ T.TextField {
     background: Rectangle {
         radius: Theme.smallRadius
         color: Theme.field
-        border.width: field.activeFocus ? 2 : 1
+        border.width: field.activeFocus ? Theme.focusWidth : 1
         border.color: field.activeFocus ? Theme.faded(Theme.focusRing, 0.8) : Theme.hairline
     }
 

@@ -21,7 +21,7 @@ BaseButton {
     verticalPadding: Theme.smallGap
     font.pixelSize: Theme.bodySize
     font.weight: button.kind === PushButton.Prominent ? Font.DemiBold : Font.Medium
-    opacity: button.enabled ? 1 : 0.45
+    opacity: button.enabled ? 1 : Theme.disabledOpacity
 
     contentItem: Item {
         implicitWidth: row.symbolSpace + label.implicitWidth
@@ -34,7 +34,7 @@ BaseButton {
                 ? Theme.controlSize + row.spacing : 0
 
             anchors.centerIn: parent
-            spacing: Theme.smallGap + 2
+            spacing: Theme.symbolGap
 
             Spinner {
                 anchors.verticalCenter: parent.verticalCenter
@@ -65,16 +65,17 @@ BaseButton {
 
     background: Rectangle {
         readonly property color rest: button.kind === PushButton.Prominent ? Theme.tiffanyBlue
-            : button.kind === PushButton.Destructive ? Theme.faded(Theme.red, 0.14)
+            : button.kind === PushButton.Destructive ? Theme.faded(Theme.red, Theme.washOpacity)
             : button.kind === PushButton.Plain ? "transparent" : Theme.surface
 
         radius: Theme.smallRadius
         color: button.kind === PushButton.Prominent
             ? (button.pressed ? Qt.darker(rest, 1.2) : button.hovered ? Qt.lighter(rest, 1.08) : rest)
             : (button.pressed ? Theme.surfacePressed : button.hovered ? Theme.surfaceHovered : rest)
-        border.width: button.visualFocus ? 2 : button.kind === PushButton.Plain ? 0 : 1
+        border.width: button.visualFocus ? Theme.focusWidth
+            : button.kind === PushButton.Plain || button.kind === PushButton.Prominent ? 0 : 1
         border.color: button.visualFocus ? Theme.focusRing
-            : button.kind === PushButton.Destructive ? Theme.faded(Theme.red, 0.4) : Theme.hairline
+            : button.kind === PushButton.Destructive ? Theme.faded(Theme.red, Theme.outlineOpacity) : Theme.hairline
 
         Behavior on color {
             ColorAnimation {

@@ -20,6 +20,15 @@ Flickable {
     onMovementStarted: pane.followed = null
     onContentHeightChanged: pane.follow()
 
+    // What is to be had again when the page is made anew.
+    function keepsake(): var {
+        return {y: pane.contentY};
+    }
+
+    function restore(kept: var) {
+        returnTo.wantedY = kept.y;
+    }
+
     function reveal(item: Item) {
         const top = item.mapToItem(column, 0, 0).y;
         if (top < pane.contentY) {
@@ -47,6 +56,12 @@ Flickable {
             }
         }
         return false;
+    }
+
+    ReturnTo {
+        id: returnTo
+
+        page: pane
     }
 
     Connections {

@@ -10,7 +10,7 @@ TextEdit {
 
     text: Theme.shortened(text.content)
     color: Theme.textPrimary
-    selectionColor: Theme.faded(Theme.tiffanyBlue, 0.4)
+    selectionColor: Theme.selection
     selectedTextColor: text.color
     font.pixelSize: Theme.bodySize
     textFormat: TextEdit.PlainText

@@ -24,7 +24,7 @@ Item {
         RotationAnimator on rotation {
             from: 0
             to: 360
-            duration: 1200
+            duration: Theme.spinnerTurn
             loops: Animation.Infinite
             running: spinner.running && spinner.visible && Theme.motion
         }

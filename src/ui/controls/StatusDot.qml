@@ -8,6 +8,6 @@ GlowDot {
     required property string status
 
     tint: Theme.statusColor(dot.status)
-    Accessible.role: Accessible.Indicator
+    Accessible.role: Accessible.Graphic
     Accessible.name: dot.status
 }

@@ -16,7 +16,7 @@ T.Switch {
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     font.pixelSize: Theme.bodySize
-    opacity: control.enabled ? 1 : 0.45
+    opacity: control.enabled ? 1 : Theme.disabledOpacity
     Accessible.name: control.text
     Accessible.description: control.caption
     Keys.forwardTo: [keys]
@@ -32,7 +32,7 @@ T.Switch {
     }
 
     contentItem: Column {
-        spacing: 2
+        spacing: Theme.lineGap
 
         Label {
             width: parent.width
@@ -56,11 +56,11 @@ T.Switch {
     indicator: Rectangle {
         x: control.mirrored ? 0 : control.width - width
         anchors.verticalCenter: parent ? parent.verticalCenter : undefined
-        width: 34
-        height: 20
+        width: Theme.switchWidth
+        height: Theme.switchHeight
         radius: height / 2
         color: control.checked ? Theme.tiffanyBlue : Theme.surfacePressed
-        border.width: control.visualFocus ? 2 : 0
+        border.width: control.visualFocus ? Theme.focusWidth : 0
         border.color: Theme.textPrimary
 
         Behavior on color {
@@ -70,11 +70,11 @@ T.Switch {
         }
 
         Rectangle {
-            x: control.checked !== control.mirrored ? parent.width - width - 2 : 2
-            y: 2
-            width: 16
-            height: 16
-            radius: 8
+            x: control.checked !== control.mirrored ? parent.width - width - y : y
+            y: Theme.switchMargin
+            width: height
+            height: parent.height - 2 * y
+            radius: height / 2
             color: Theme.textPrimary
 
             Behavior on x {

@@ -42,6 +42,12 @@ QtObject {
     readonly property color cyan: "#64D2FF"
     readonly property color grey: "#98989D"
     readonly property color focusRing: tiffanyBlue
+    readonly property color selection: faded(tiffanyBlue, 0.4)
+
+    // How opaque: a surface in an accent, its outline, and what cannot be used now
+    readonly property real washOpacity: 0.14
+    readonly property real outlineOpacity: 0.3
+    readonly property real disabledOpacity: 0.45
 
     // Text sizes, in pixels
     readonly property int captionSize: scaled(10)
@@ -57,6 +63,8 @@ QtObject {
     // Distances, on a grid of eight
     readonly property int gap: 8
     readonly property int smallGap: 4
+    readonly property int lineGap: 2 // between lines that belong together
+    readonly property int symbolGap: 6 // between a symbol and its text
     readonly property int padding: 12
     readonly property int pagePadding: 12
     readonly property int sectionGap: 20 // between two parts of a page
@@ -65,16 +73,29 @@ QtObject {
     readonly property int hitArea: 28
     readonly property int dotSize: 8
     readonly property int lineWidth: 3 // of a line that shows progress
+    readonly property int focusWidth: 2 // of the ring around what the keyboard is at
+    readonly property int fieldWidth: 160
+    readonly property int fieldPadding: 10
+    readonly property int fieldVerticalPadding: 6
+    readonly property int switchWidth: 34
+    readonly property int switchHeight: 20
+    readonly property int switchMargin: 2 // around the knob
+    readonly property int scrollBarWidth: 8
+    readonly property int scrollBarMargin: 2 // around what shows the place
     readonly property int qrSize: 288
     readonly property int helpWidth: 280
 
     // The panel
-    readonly property int panelWidth: 380
-    readonly property int panelHeight: 700
-    readonly property int pageWidth: panelWidth - 2 * pagePadding
+    readonly property int tabGap: 3 // between a tab's symbol and its name
+    readonly property int actionsPadding: 14 // beside the actions at the bottom
+    readonly property int chatIconWidth: scaled(14)
+    readonly property int setupPadding: 10
+    readonly property int setupIndent: scaled(19) // of a step below its title
 
     // The agents' canvas
     readonly property int bubbleHalo: 8 // around a bubble
+    readonly property int lightSize: 6 // of what travels along a line
+    readonly property int spineWidth: 12
     readonly property int bubblePulse: 3200 // one way
     readonly property int bubbleRing: 2000 // one way
     readonly property int canvasStep: 40 // between two frames
@@ -86,6 +107,7 @@ QtObject {
     readonly property int quick: motion ? 120 : 0
     readonly property int calm: motion ? 200 : 0
     readonly property int slow: motion ? 250 : 0
+    readonly property int spinnerTurn: 1200
     readonly property int helpDelay: 500 // the pointer's rest before help appears
 
     // How long a control says that it did what it was asked for

@@ -6,12 +6,13 @@ import Ostrelle
 T.ScrollBar {
     id: bar
 
-    implicitWidth: 8
-    padding: 2
+    implicitWidth: Theme.scrollBarWidth
+    padding: Theme.scrollBarMargin
     visible: size < 1
+    Accessible.ignored: true // whatever it moves is reached without it
 
     contentItem: Rectangle {
-        implicitWidth: 4
+        implicitWidth: Theme.scrollBarWidth - 2 * Theme.scrollBarMargin
         radius: width / 2
         color: bar.pressed || bar.hovered ? Theme.textDisabled : Theme.surfacePressed
     }

@@ -13,9 +13,13 @@ ExpandableCard {
     required property var nextRun
     required property var payload
 
+    readonly property string lastText: card.lastRun === undefined ? "" : "Last: " + card.lastRun
+    readonly property string nextText: card.nextRun === undefined ? "" : "Next: " + card.nextRun
     readonly property string displayStatus: card.isEnabled ? card.status : "stopped"
 
     text: card.name
+    opens: (card.payload ?? "") !== ""
+    details: [card.schedule, card.lastText, card.nextText].filter(each => each !== "").join(", ")
     Accessible.name: card.name + ", " + pill.text
 
     summary: [
@@ -29,6 +33,7 @@ ExpandableCard {
                 anchors.left: parent.left
                 anchors.verticalCenter: parent.verticalCenter
                 status: card.displayStatus
+                Accessible.ignored: true
             }
 
             Label {
@@ -40,6 +45,7 @@ ExpandableCard {
                 anchors.rightMargin: Theme.gap
                 anchors.verticalCenter: parent.verticalCenter
                 text: card.name
+                Accessible.ignored: true
                 font.pixelSize: Theme.controlSize
                 font.weight: Font.DemiBold
             }
@@ -50,6 +56,7 @@ ExpandableCard {
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.min(implicitWidth, parent.width / 2)
+                isHeard: false
                 text: card.isEnabled ? card.status.toUpperCase() : "DISABLED"
                 tint: card.isEnabled ? Theme.statusColor(card.status) : Theme.grey
             }
@@ -61,14 +68,14 @@ ExpandableCard {
         },
         SymbolLine {
             width: parent.width
-            visible: card.lastRun !== undefined
-            content: "Last: " + card.lastRun
+            visible: content !== ""
+            content: card.lastText
         },
         SymbolLine {
             width: parent.width
-            visible: card.nextRun !== undefined
+            visible: content !== ""
             symbol: "clock"
-            content: "Next: " + card.nextRun
+            content: card.nextText
         }
     ]
 

@@ -29,6 +29,7 @@ Item {
         anchors.right: parent.right
         text: line.content
         secondary: true
+        Accessible.ignored: true
         font.pixelSize: Theme.smallSize
     }
 }

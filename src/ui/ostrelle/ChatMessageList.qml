@@ -13,6 +13,8 @@ ScrollPane {
     readonly property real end: Math.max(0, list.contentHeight - list.height)
     property bool staysAtEnd: true
 
+    signal replied(string text)
+
     onMovementStarted: {
         glide.stop();
         list.staysAtEnd = false;
@@ -45,7 +47,12 @@ ScrollPane {
 
     Repeater {
         model: list.chatVM.messages
-        onItemAdded: list.glideToEnd()
+        onItemAdded: (index, item) => {
+            list.glideToEnd();
+            if (list.chatVM.isLoading && !item.isUser && index === list.chatVM.messages.count - 1) {
+                list.replied(item.text);
+            }
+        }
         // What stays keeps its place while the oldest message goes.
         onItemRemoved: (index, item) => list.contentY -= item.height + list.spacing
 

@@ -10,13 +10,13 @@ Item {
 
     readonly property bool isUser: row.role === "user"
 
-    implicitHeight: words.height
+    implicitHeight: words.height + (copy.visible ? copy.height : 0)
 
     Item {
         id: icon
 
         anchors.left: parent.left
-        width: Theme.scaled(14)
+        width: Theme.chatIconWidth
         height: firstLine.height
 
         Symbol {
@@ -43,5 +43,16 @@ Item {
         content: row.text
         color: row.isUser ? Theme.textSecondary : Theme.textPrimary
         Accessible.name: (row.isUser ? "You: " : "Assistant: ") + words.text
+    }
+
+    // Of a text that is shown only in part, all is to be had.
+    CopyButton {
+        id: copy
+
+        anchors.top: words.bottom
+        anchors.left: words.left
+        visible: words.text !== row.text
+        copiedText: row.text
+        Accessible.description: "the whole text"
     }
 }

@@ -19,7 +19,6 @@ Item {
         ? "Tailscale not running — remote access unavailable"
         : view.viewModel.magicDNSURL === "" ? "Tailscale connected but HTTPS not configured" : ""
 
-    implicitWidth: Theme.pageWidth
     implicitHeight: column.implicitHeight
 
     Column {

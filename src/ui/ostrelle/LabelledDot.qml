@@ -10,7 +10,7 @@ Row {
     // What the colour says, for those who do not see it.
     required property string meaning
 
-    spacing: Theme.smallGap + 2
+    spacing: Theme.symbolGap
     Accessible.role: Accessible.StaticText
     Accessible.name: status.label
     Accessible.description: status.meaning

@@ -9,7 +9,6 @@ Item {
     // The base URL of the configured gateway.
     required property string gatewayURL
 
-    implicitWidth: Theme.pageWidth
     implicitHeight: header.height + 6 * Theme.bodySize + input.height + 2 * Theme.gap
 
     function send() {
@@ -55,6 +54,29 @@ Item {
         anchors.bottomMargin: Theme.gap
         width: panel.width
         chatVM: panel.chatVM
+        onReplied: text => {
+            news.visible = false;
+            news.text = text;
+            news.visible = true;
+        }
+    }
+
+    // A screen reader speaks a notification when it appears.
+    Item {
+        id: news
+
+        property string text: ""
+
+        anchors.fill: messages
+        visible: false
+        Accessible.role: Accessible.Notification
+        Accessible.name: news.text
+
+        Timer {
+            interval: Theme.answerTime
+            running: news.visible
+            onTriggered: news.visible = false
+        }
     }
 
     Label {
@@ -80,6 +102,7 @@ Item {
             anchors.rightMargin: Theme.gap
             anchors.verticalCenter: parent.verticalCenter
             placeholderText: "Ask something…"
+            keepsLineBreaks: true
             text: panel.chatVM.input
             onTextEdited: panel.chatVM.input = field.text
             onAccepted: panel.send()

@@ -7,8 +7,8 @@ Card {
 
     required property GatewayViewModel viewModel
 
-    tint: Theme.faded(Theme.yellow, 0.1)
-    outline: Theme.faded(Theme.yellow, 0.25)
+    tint: Theme.faded(Theme.yellow, Theme.washOpacity)
+    outline: Theme.faded(Theme.yellow, Theme.outlineOpacity)
 
     Column {
         width: banner.availableWidth

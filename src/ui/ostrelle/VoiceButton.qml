@@ -22,7 +22,7 @@ BaseButton {
             radius: width / 2
             color: button.pressed ? Theme.surfacePressed
                 : button.hovered ? Theme.surfaceHovered : Theme.surfaceRaised
-            border.width: button.visualFocus ? 2 : 0
+            border.width: button.visualFocus ? Theme.focusWidth : 0
             border.color: Theme.focusRing
 
             Behavior on color {

@@ -8,7 +8,6 @@ Item {
 
     required property VoiceViewModel viewModel
 
-    implicitWidth: Theme.pageWidth
     implicitHeight: card.implicitHeight
 
     Card {
@@ -106,7 +105,7 @@ Item {
                         Label {
                             width: Math.min(implicitWidth, place.width - spinner.width - parent.spacing)
                             secondary: !launching.visualFocus
-                            text: "Starting voice agent…"
+                            text: view.viewModel.startProblem || "Starting voice agent…"
                         }
                     }
                 }

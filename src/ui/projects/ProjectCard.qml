@@ -15,6 +15,8 @@ ExpandableCard {
     required property int workstreamCount
 
     more: card.workstreamCount + " workstreams"
+    opens: card.workstreamCount > 0
+    details: Theme.shortened(card.description)
     text: card.name
     Accessible.name: card.name + ", " + card.status + ", " + card.progress + "%"
 
@@ -29,6 +31,7 @@ ExpandableCard {
                 anchors.left: parent.left
                 anchors.verticalCenter: parent.verticalCenter
                 status: card.status
+                Accessible.ignored: true
             }
 
             Label {
@@ -40,6 +43,7 @@ ExpandableCard {
                 anchors.rightMargin: Theme.gap
                 anchors.verticalCenter: parent.verticalCenter
                 text: card.name
+                Accessible.ignored: true
                 font.pixelSize: Theme.controlSize
                 font.weight: Font.DemiBold
             }
@@ -51,13 +55,15 @@ ExpandableCard {
                 anchors.verticalCenter: parent.verticalCenter
                 text: card.progress + "%"
                 color: Theme.teal
+                Accessible.ignored: true
                 font.weight: Font.DemiBold
             }
         },
         Label {
             width: parent.width
             visible: text !== ""
-            text: Theme.shortened(card.description)
+            text: card.details
+            Accessible.ignored: true
             secondary: true
             wrapMode: Text.Wrap
         },

@@ -27,7 +27,7 @@ Item {
         anchors.leftMargin: Theme.gap
         anchors.right: progress.left
         anchors.rightMargin: Theme.gap
-        spacing: 2
+        spacing: Theme.lineGap
 
         Label {
             id: name

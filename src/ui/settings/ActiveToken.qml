@@ -86,6 +86,7 @@ FocusScope {
                     token: section.profiles.tokenInput
                     onEdited: token => section.profiles.tokenInput = token
                     onSaved: section.profiles.saveActiveToken()
+                    onDismissed: section.profiles.showTokenField = false
                 }
             }
         }

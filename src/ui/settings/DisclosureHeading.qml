@@ -25,7 +25,7 @@ BaseButton {
     background: Rectangle {
         radius: Theme.smallRadius
         color: "transparent"
-        border.width: heading.visualFocus ? 2 : 0
+        border.width: heading.visualFocus ? Theme.focusWidth : 0
         border.color: Theme.focusRing
     }
 

@@ -13,6 +13,9 @@ FocusScope {
     required property SetupManager setupManager
     required property bool projectTrackingEnabled
 
+    property bool showProfiles: false
+    property bool showAdvanced: false
+
     readonly property bool isShown: view.visible && Window.visibility !== Window.Hidden
 
     // The user switched project tracking; the owner of the flag follows.
@@ -24,6 +27,27 @@ FocusScope {
         }
     }
     Keys.onEscapePressed: event => event.accepted = view.closeQuestion()
+
+    // What is to be had again when the view is made anew.
+    function keepsake(): var {
+        return {
+            y: page.item?.contentY ?? 0,
+            showProfiles: view.showProfiles,
+            showAdvanced: view.showAdvanced,
+            manualURL: view.models?.profiles?.manualURL ?? "",
+            showTokenField: view.models?.profiles?.showTokenField ?? false,
+            editingProfileId: view.models?.profiles?.editingProfileId ?? ""
+        };
+    }
+
+    function restore(kept: var) {
+        view.showProfiles = kept.showProfiles;
+        view.showAdvanced = kept.showAdvanced;
+        view.models.profiles.manualURL = kept.manualURL;
+        view.models.profiles.showTokenField = kept.showTokenField;
+        view.models.profiles.editingProfileId = kept.editingProfileId;
+        page.item.restore(kept);
+    }
 
     // No typed token and no code that holds one waits behind a closed panel.
     function hideSecrets() {
@@ -47,6 +71,8 @@ FocusScope {
     }
 
     Lazy {
+        id: page
+
         anchors.fill: parent
         focus: true
         active: view.models !== null
@@ -75,6 +101,8 @@ FocusScope {
 
                 SavedProfiles {
                     width: parent.width
+                    showProfiles: view.showProfiles
+                    onShowProfilesChanged: view.showProfiles = showProfiles
                     profiles: view.models.profiles
                     settings: view.models.settings
                 }
@@ -86,6 +114,8 @@ FocusScope {
                     setupManager: view.setupManager
                     settings: view.models.settings
                     projectTrackingEnabled: view.projectTrackingEnabled
+                    showAdvanced: view.showAdvanced
+                    onShowAdvancedChanged: view.showAdvanced = showAdvanced
                     onProjectTrackingToggled: enabled => view.projectTrackingToggled(enabled)
                 }
             }

@@ -9,15 +9,14 @@ Column {
 
     spacing: Theme.smallGap
 
-    Label {
+    FieldLabel {
         width: parent.width
-        text: "Gemini API key"
-        secondary: true
-        font.pixelSize: Theme.smallSize
-        wrapMode: Text.Wrap
+        field: key
     }
 
     SecretField {
+        id: key
+
         width: parent.width
         text: section.settings.geminiAPIKey
         accessibleName: "Gemini API key"

@@ -9,20 +9,17 @@ Column {
 
     spacing: Theme.smallGap
 
-    Label {
+    FieldLabel {
         width: parent.width
-        text: "Add Gateway Manually"
-        secondary: true
-        font.pixelSize: Theme.smallSize
-        wrapMode: Text.Wrap
+        field: address
     }
 
     Item {
         width: parent.width
-        height: field.implicitHeight
+        height: address.implicitHeight
 
         LineField {
-            id: field
+            id: address
 
             anchors.left: parent.left
             anchors.right: add.left

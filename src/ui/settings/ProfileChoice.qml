@@ -13,15 +13,14 @@ T.RadioButton {
 
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
     padding: Theme.smallGap
-    // Only the template's kind decides what a screen reader takes the control for.
-    checkable: false
     autoExclusive: false
+    checked: choice.isActive
+    // Only a switch that was confirmed changes what is checked.
+    onToggled: choice.checked = Qt.binding(() => choice.isActive)
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Keys.forwardTo: [keys]
     Accessible.name: [choice.name, choice.address, summary.tokenText].filter(each => each !== "").join(", ")
-    Accessible.checkable: true
-    Accessible.checked: choice.isActive
 
     ButtonKeys {
         id: keys
@@ -43,7 +42,7 @@ T.RadioButton {
         radius: Theme.smallRadius
         color: choice.pressed ? Theme.surfacePressed
             : choice.hovered ? Theme.surfaceHovered : "transparent"
-        border.width: choice.visualFocus ? 2 : 0
+        border.width: choice.visualFocus ? Theme.focusWidth : 0
         border.color: Theme.focusRing
     }
 }

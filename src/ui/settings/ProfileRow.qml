@@ -22,6 +22,16 @@ FocusScope {
 
     implicitHeight: column.implicitHeight
 
+    // Nobody can answer them once the row is gone.
+    function takeQuestionsAlong() {
+        if (row.isEditing) {
+            row.profiles.editingProfileId = "";
+        }
+        if (row.isPending) {
+            row.profiles.cancelSwitch();
+        }
+    }
+
     function takeFocusBack(isOpen: bool, control: Item) {
         if (!isOpen && row.activeFocus) {
             control.forceActiveFocus();
@@ -84,6 +94,7 @@ FocusScope {
                 token: row.profiles.profileTokenInput
                 onEdited: token => row.profiles.profileTokenInput = token
                 onSaved: row.profiles.saveProfileToken()
+                onDismissed: row.profiles.editingProfileId = ""
             }
         }
 

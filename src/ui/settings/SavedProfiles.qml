@@ -13,6 +13,12 @@ FocusScope {
     property bool showProfiles: false
 
     implicitHeight: column.implicitHeight
+    onShowProfilesChanged: {
+        if (!section.showProfiles) {
+            section.profiles.cancelSwitch();
+            section.profiles.editingProfileId = "";
+        }
+    }
 
     Column {
         id: column
@@ -51,6 +57,7 @@ FocusScope {
                         id: rows
 
                         model: section.profiles.saved
+                        onItemRemoved: (index, item) => item.takeQuestionsAlong()
 
                         delegate: ProfileRow {
                             width: parent?.width ?? 0

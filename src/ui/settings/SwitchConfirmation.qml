@@ -17,7 +17,7 @@ FocusScope {
         id: card
 
         width: parent.width
-        outline: Theme.faded(Theme.tiffanyBlue, 0.4)
+        outline: Theme.faded(Theme.tiffanyBlue, Theme.outlineOpacity)
         padding: Theme.gap
 
         Column {

@@ -26,7 +26,7 @@ Item {
         id: label
 
         anchors.left: mark.right
-        anchors.leftMargin: Theme.smallGap + 2
+        anchors.leftMargin: Theme.symbolGap
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
         text: row.text

@@ -1,18 +1,30 @@
 import QtQuick
 import Ostrelle
 
-// Where a gateway's token is pasted; saved empty, it takes the stored one away. What is typed lives
-// with its owner, which clears it when the editor closes.
+// Where a gateway's token is pasted. What is typed lives with its owner, which clears it when the
+// panel or the editor closes. Only a field that the user has emptied takes the stored token away.
 FocusScope {
     id: editor
 
     required property string token
 
+    property bool isCleared: false // by the user
+
     signal edited(string token)
     signal saved()
+    signal dismissed() // there is nothing to save
 
     implicitHeight: field.implicitHeight
     Component.onCompleted: field.forceActiveFocus()
+    onVisibleChanged: editor.isCleared = false
+
+    function finish() {
+        if (editor.token !== "" || editor.isCleared) {
+            editor.saved();
+        } else {
+            editor.dismissed();
+        }
+    }
 
     SecretField {
         id: field
@@ -23,8 +35,11 @@ FocusScope {
         focus: true
         placeholderText: "Paste gateway token"
         text: editor.token
-        onTextEdited: editor.edited(text)
-        onAccepted: editor.saved()
+        onTextEdited: {
+            editor.isCleared = field.text === "";
+            editor.edited(field.text);
+        }
+        onAccepted: editor.finish()
     }
 
     PushButton {
@@ -34,6 +49,6 @@ FocusScope {
         anchors.verticalCenter: field.verticalCenter
         kind: PushButton.Prominent
         text: "Save"
-        onClicked: editor.saved()
+        onClicked: editor.finish()
     }
 }

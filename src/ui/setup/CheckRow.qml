@@ -12,7 +12,7 @@ Row {
 
     readonly property string remark: !row.ok && row.optional ? "(optional)" : row.note
 
-    spacing: 8
+    spacing: Theme.gap
     Accessible.role: Accessible.StaticText
     Accessible.name: row.label + (row.remark === "" ? "" : " " + row.remark)
     Accessible.description: row.ok ? "there" : "missing"

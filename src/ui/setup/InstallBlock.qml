@@ -41,8 +41,8 @@ Column {
         readonly property bool isMirrored: field.LayoutMirroring.enabled
 
         width: parent.width
-        leftPadding: field.isMirrored ? Theme.gap + 2 : field.lockSpace
-        rightPadding: field.isMirrored ? field.lockSpace : Theme.gap + 2
+        leftPadding: field.isMirrored ? Theme.fieldPadding : field.lockSpace
+        rightPadding: field.isMirrored ? field.lockSpace : Theme.fieldPadding
         placeholderText: "Mac password"
         text: block.setupManager.sudoPassword
         onTextEdited: block.setupManager.sudoPassword = field.text

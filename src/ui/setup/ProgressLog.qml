@@ -25,7 +25,7 @@ Card {
         height: log.availableHeight
         clip: true
         model: log.setupManager.statusMessages
-        spacing: 2
+        spacing: Theme.lineGap
         boundsBehavior: Flickable.StopAtBounds
         activeFocusOnTab: true
         keyNavigationEnabled: false

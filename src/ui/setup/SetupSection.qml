@@ -14,11 +14,10 @@ Rectangle {
     readonly property bool isCurrent: section.step === section.currentStep
     readonly property bool isLater: section.step > section.currentStep
 
-    readonly property int inset: 10
     readonly property color tint: section.isDone ? Theme.green
         : section.isCurrent ? Theme.teal : Theme.faded(Theme.textSecondary, 0.4)
 
-    implicitHeight: heading.height + (section.isLater ? 0 : Theme.gap + body.height) + 2 * section.inset
+    implicitHeight: heading.height + (section.isLater ? 0 : Theme.gap + body.height) + 2 * Theme.setupPadding
     radius: Theme.smallRadius
     color: section.isLater ? "transparent" : Theme.faded(section.tint, 0.06)
 
@@ -26,7 +25,7 @@ Rectangle {
         id: icon
 
         anchors.left: parent.left
-        anchors.leftMargin: section.inset
+        anchors.leftMargin: Theme.setupPadding
         anchors.verticalCenter: heading.verticalCenter
         name: section.isDone ? "checkmark.circle.fill" : section.isCurrent ? "circle.dotted" : "circle"
         color: section.tint
@@ -38,7 +37,7 @@ Rectangle {
         anchors.left: body.left
         anchors.right: body.right
         anchors.top: parent.top
-        anchors.topMargin: section.inset
+        anchors.topMargin: Theme.setupPadding
         text: section.title
         color: section.isLater ? section.tint : Theme.textPrimary
         font.pixelSize: Theme.controlSize
@@ -52,9 +51,9 @@ Rectangle {
         id: body
 
         anchors.left: parent.left
-        anchors.leftMargin: section.inset + Theme.scaled(19)
+        anchors.leftMargin: Theme.setupPadding + Theme.setupIndent
         anchors.right: parent.right
-        anchors.rightMargin: section.inset
+        anchors.rightMargin: Theme.setupPadding
         anchors.top: heading.bottom
         anchors.topMargin: Theme.gap
         visible: !section.isLater

@@ -24,8 +24,6 @@ FocusScope {
     signal done
 
     focus: true
-    implicitWidth: Theme.panelWidth
-    implicitHeight: Theme.panelHeight
     Accessible.role: Accessible.Dialog
     Accessible.name: title.text
 
@@ -40,6 +38,7 @@ FocusScope {
         anchors.fill: parent
         color: Theme.sheet
         radius: Theme.radius
+        border.color: Theme.hairline
     }
 
     ScrollPane {

@@ -5,13 +5,13 @@ import Ostrelle
 Item {
     id: bar
 
-    implicitHeight: quit.height + 2 * 8
+    implicitHeight: quit.height + 2 * Theme.gap
 
     PushButton {
         id: quit
 
         anchors.right: parent.right
-        anchors.rightMargin: 14 - quit.rightPadding
+        anchors.rightMargin: Theme.actionsPadding - quit.rightPadding
         anchors.verticalCenter: parent.verticalCenter
         kind: PushButton.Plain
         text: "Quit"

@@ -19,6 +19,8 @@ FocusScope {
     property bool active: true
 
     readonly property QuickChatVM chatVM: panel.models.makeChat(panel)
+    // What the selected tab's content left when it went, for when it is made anew.
+    property var kept: undefined
 
     // By their files, so that only what the selected one shows is loaded. Each is given the panel.
     readonly property list<string> tabs: [
@@ -54,7 +56,16 @@ FocusScope {
         anchors.top: divider.bottom
         anchors.bottom: lowerDivider.top
         width: panel.width
-        onWantedChanged: content.setSource(content.wanted, {"panel": panel})
+        onWantedChanged: {
+            if (content.wanted === "") {
+                panel.kept = content.item?.keepsake?.();
+            }
+            content.setSource(content.wanted, {"panel": panel});
+            if (content.item && panel.kept) {
+                content.item.restore(panel.kept);
+                panel.kept = undefined;
+            }
+        }
     }
 
     Divider {

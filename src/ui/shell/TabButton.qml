@@ -22,6 +22,7 @@ T.TabButton {
     Keys.forwardTo: [keys]
     Accessible.name: button.label
     Accessible.selected: button.selected
+    Accessible.onPressAction: button.clicked()
 
     ButtonKeys {
         id: keys
@@ -36,7 +37,7 @@ T.TabButton {
         readonly property color foreground: button.selected ? Theme.teal
             : button.hovered ? Theme.textPrimary : Theme.textSecondary
 
-        spacing: 3
+        spacing: Theme.tabGap
 
         Symbol {
             anchors.horizontalCenter: parent.horizontalCenter
@@ -58,10 +59,10 @@ T.TabButton {
 
     background: Rectangle {
         radius: Theme.smallRadius
-        color: button.selected ? Theme.faded(Theme.teal, 0.14)
+        color: button.selected ? Theme.faded(Theme.teal, Theme.washOpacity)
             : button.pressed ? Theme.surfacePressed
             : button.hovered ? Theme.surface : "transparent"
-        border.width: button.visualFocus ? 2 : 0
+        border.width: button.visualFocus ? Theme.focusWidth : 0
         border.color: Theme.focusRing
 
         Behavior on color {
