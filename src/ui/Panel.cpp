@@ -27,7 +27,7 @@ constexpr int cornerRadius = 12;
 constexpr QColor background(0x0F, 0x0F, 0x1F); // until the first frame, and behind the corners
 constexpr QColor iconColor(0x00, 0xBF, 0xBF);  // the pearl's of the program's icon files
 
-// What window managers put around a window, and bars that nobody tells programs of.
+// What window managers put around a window, and bars, of which Wayland does not tell.
 constexpr QMargins usualFrame(8, 40, 8, 8);
 constexpr int usualBar = 48;
 
@@ -158,10 +158,8 @@ void Panel::setFixedSize(QSize size)
 // As designed, or what the screen has room for with a frame around it.
 QSize Panel::ordinarySize() const
 {
-    const QScreen *const screen = m_view.screen();
-    const bool tellsBars = screen->availableSize() != screen->size();
-    QSize room = screen->availableSize().shrunkBy(usualFrame);
-    if (!tellsBars) {
+    QSize room = m_view.screen()->availableSize().shrunkBy(usualFrame);
+    if (QGuiApplication::platformName() == "wayland"_L1) {
         room.rheight() -= usualBar;
     }
     return designedSize.boundedTo(room);
