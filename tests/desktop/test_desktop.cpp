@@ -34,7 +34,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!XSession::panel(), patienceMilliseconds);
         XSession::click(XSession::icon()->center(), 2); // a double click leaves it open
         QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds);
-        QTest::qWait(500);                           // longer than a double click
+        QTest::qWait(500); // longer than a double click
         XSession::click(XSession::icon()->center()); // closes it; would open it, were it not
         QTRY_VERIFY_WITH_TIMEOUT(!XSession::panel(), patienceMilliseconds);
         QCOMPARE(program.endWith(SIGTERM), 0);

@@ -1,16 +1,8 @@
-#include "gateway/GatewayViewModel.h"
-#include "gateway/StandInGateway.h"
-#include "support/ScratchHome.h"
 #include "tray/PanelPlacement.h"
-#include "tray/StateInWords.h"
-#include "voice/FakeControlPort.h"
-#include "voice/VoiceViewModel.h"
 
 #include <QTest>
 
 using namespace ostrelle;
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 class TestTray : public QObject
 {
@@ -55,37 +47,6 @@ private Q_SLOTS:
         const bool isPointer = icon.size() == QSize(1, 1);
         QTEST(placePanel(isPointer ? iconUnder(icon.topLeft(), screen) : icon, screen, {200, 300}),
               "panel");
-    }
-
-    void saysTheState_data()
-    {
-        QTest::addColumn<bool>("gatewayAnswers");
-        QTest::addColumn<QByteArray>("voice");
-        QTest::addColumn<QString>("words");
-        QTest::newRow("all there") << true << QByteArray(R"({"state":"listening"})")
-                                   << u"Gateway online, voice: Listening"_s;
-        QTest::newRow("muted") << false << QByteArray(R"({"state":"listening","muted":true})")
-                               << u"Gateway offline, voice: Muted"_s;
-    }
-
-    void saysTheState()
-    {
-        QFETCH(bool, gatewayAnswers);
-        QFETCH(QByteArray, voice);
-        QFETCH(QString, words);
-        const ScratchHome home;
-        const StandInGateway gateway;
-        FakeControlPort agent;
-        agent.body = voice;
-        OstrelleConfig config = OstrelleConfig::defaults();
-        config.gateway.url = gatewayAnswers ? gateway.url() : u"http://127.0.0.1:9"_s;
-        config.ports.voiceAgent = agent.serverPort();
-        config.save();
-        const GatewayViewModel gatewayVM({.tailscale = {}, .pollInterval = 20ms});
-        ServiceManager manager(config, {.resources = {}, .logFile = home.path(u"agent.log"_s)});
-        const VoiceViewModel voiceVM(&manager, {.interval = 20ms});
-        QTRY_COMPARE(stateInWords(gatewayVM, voiceVM), words);
-        QVERIFY(finishBackgroundWork(10s));
     }
 };
 
