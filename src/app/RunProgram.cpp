@@ -38,12 +38,12 @@ constexpr std::chrono::milliseconds patienceForLog{200};
 }
 
 // A later start of the program: with a link, or to see the panel.
-void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
+void handleStart(OstrelleApp &app, Face *face, const QByteArray &link)
 {
     if (!link.isEmpty()) {
         app.handleIncomingURL(QString::fromUtf8(link));
-    } else if (scene != nullptr) {
-        scene->openPanel();
+    } else if (face != nullptr) {
+        face->openPanel();
     }
 }
 
@@ -52,16 +52,17 @@ void handleStart(OstrelleApp &app, Scene *scene, const QByteArray &link)
     auto face = makeFace != nullptr ? makeFace() : nullptr;
     AppDelegate delegate;
     OstrelleApp app(delegate);
-    auto scene = face ? face->makeScene(app) : nullptr;
+    if (face) {
+        face->show(app);
+    }
     delegate.applicationDidFinishLaunching(face.get());
     QObject::connect(&instance, &SingleInstance::started, &app,
-                     [&](const QByteArray &message) { handleStart(app, scene.get(), message); });
+                     [&](const QByteArray &message) { handleStart(app, face.get(), message); });
     if (!link.isEmpty()) {
         app.handleIncomingURL(QString::fromUtf8(link));
     }
     const int status = QCoreApplication::exec();
     instance.release();
-    scene.reset();
     face.reset();
     static_cast<void>(finishBackgroundWork(std::chrono::milliseconds(350)));
     endProcess(status);

@@ -11,20 +11,6 @@ namespace ostrelle
 
 class OstrelleApp;
 
-// What is shown of the running program. Main thread only.
-class Scene
-{
-public:
-    virtual ~Scene() = default;
-    Scene(const Scene &) = delete;
-    Scene &operator=(const Scene &) = delete;
-
-    virtual void openPanel() = 0;
-
-protected:
-    Scene() = default;
-};
-
 // What a display adds to the program. Made before anything else is begun. Main thread only.
 class Face
 {
@@ -33,8 +19,11 @@ public:
     Face(const Face &) = delete;
     Face &operator=(const Face &) = delete;
 
-    // Goes before the application and the face.
-    virtual std::unique_ptr<Scene> makeScene(OstrelleApp &app) = 0;
+    // Shows the program from now on. The face goes before the application.
+    virtual void show(OstrelleApp &app) = 0;
+
+    // Only after show().
+    virtual void openPanel() = 0;
 
     // Calls `pressed` on every Super+Shift+M, whatever window has the focus, for as long as the
     // returned object lives.

@@ -15,36 +15,22 @@ namespace ostrelle
 namespace
 {
 
-class TrayScene : public Scene
-{
-public:
-    TrayScene(OstrelleApp &app, const TrayHostWatcher &hosts)
-        : m_extra(app.models(), hosts)
-    {
-        QObject::connect(&m_extra, &MenuBarExtra::panelAppeared, &app,
-                         &OstrelleApp::handOverServices);
-    }
-
-    const MenuBarExtra &extra() const { return m_extra; }
-    void openPanel() override { m_extra.openPanel(); }
-
-private:
-    MenuBarExtra m_extra;
-};
-
 // The icon comes first: background work waits for it, so that the tools which that starts do not
 // take the processor from it.
 class TrayFace : public Face
 {
 public:
-    std::unique_ptr<Scene> makeScene(OstrelleApp &app) override
+    void show(OstrelleApp &app) override
     {
-        auto scene = std::make_unique<TrayScene>(app, m_hosts);
-        QObject::connect(&scene->extra(), &MenuBarExtra::iconShown, &m_hosts,
+        m_extra.emplace(app.models(), m_hosts);
+        QObject::connect(&*m_extra, &MenuBarExtra::panelAppeared, &app,
+                         &OstrelleApp::handOverServices);
+        QObject::connect(&*m_extra, &MenuBarExtra::iconShown, &m_hosts,
                          [this] { endHold(hostTakesIconIn); });
         endHold(iconPatience);
-        return scene;
     }
+
+    void openPanel() override { m_extra->openPanel(); }
 
     std::unique_ptr<QObject> monitorShortcut(std::function<void()> pressed) override
     {
@@ -66,6 +52,7 @@ private:
 
     TrayHostWatcher m_hosts; // has asked the bus before background work is held
     std::optional<BackgroundHold> m_hold = std::make_optional<BackgroundHold>();
+    std::optional<MenuBarExtra> m_extra; // what is seen
 };
 
 std::unique_ptr<Face> makeTrayFace()

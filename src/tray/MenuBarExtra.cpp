@@ -7,6 +7,7 @@
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QStyleHints>
 #include <QTimer>
 
 namespace ostrelle
@@ -35,16 +36,40 @@ void loadFonts()
     static_cast<void>(QFontMetrics(QGuiApplication::font()).horizontalAdvance(u"Ostrelle"_s));
 }
 
-const QScreen *screenAt(QPoint place)
+ScreenPlace screenAt(QPoint place)
 {
     const QScreen *screen = QGuiApplication::screenAt(place);
-    return screen != nullptr ? screen : QGuiApplication::primaryScreen();
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    return {.whole = screen->geometry(), .available = screen->availableGeometry()};
+}
+
+bool isOnWayland()
+{
+    return QGuiApplication::platformName() == "wayland"_L1;
 }
 
 // Only X11 lets a program place its window and know where the pointer is.
 bool canPlaceWindows()
 {
     return QGuiApplication::platformName() == "xcb"_L1;
+}
+
+// The X server of a Wayland session hears of the pointer only over its own windows.
+bool hearsOfPointer()
+{
+    return qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+bool isWithin(const QElapsedTimer &since, std::chrono::milliseconds time)
+{
+    return since.isValid() && !since.hasExpired(time.count());
+}
+
+std::chrono::milliseconds doubleClick()
+{
+    return std::chrono::milliseconds(QGuiApplication::styleHints()->mouseDoubleClickInterval());
 }
 
 } // namespace
@@ -55,10 +80,20 @@ MenuBarExtra::MenuBarExtra(const Models &models, const TrayHostWatcher &hosts)
                .lostFocus = [this] { m_sinceLostFocus.start(); }}
     , m_hosts(hosts)
     , m_label(models.gatewayVM, models.voiceVM)
+    , m_seat(isOnWayland() ? WaylandSeat::watch() : nullptr)
 {
     connect(&hosts, &TrayHostWatcher::hostPresentChanged, this, &MenuBarExtra::showLabel);
-    connect(&m_label, &MenuBarLabel::clicked, this, &MenuBarExtra::togglePanel);
+    connect(&m_label, &MenuBarLabel::clicked, this, &MenuBarExtra::handleClick);
+    connect(&m_label, &MenuBarLabel::doubleClicked, this, &MenuBarExtra::handleDoubleClick);
+    connect(&m_label, &MenuBarLabel::menuOpens, this, &MenuBarExtra::handleMenu);
     connect(&m_label, &MenuBarLabel::openChosen, this, &MenuBarExtra::openPanel);
+    if (m_seat) {
+        connect(m_seat.get(), &WaylandSeat::appeared, this, [this] {
+            if (m_waitsForSeat) {
+                openPanel();
+            }
+        });
+    }
     QTimer::singleShot(hostPatience, this, &MenuBarExtra::openIfThereIsNoTray);
     QTimer::singleShot(whileNobodyWaits, this, &loadFonts);
 }
@@ -80,17 +115,38 @@ void MenuBarExtra::openIfThereIsNoTray()
     }
 }
 
-void MenuBarExtra::togglePanel()
+void MenuBarExtra::handleClick()
 {
-    if (m_panel && m_panel->isOpen()) {
+    m_lastPointer = QCursor::pos();
+    if (isWithin(m_sinceClickOpened, doubleClick())) {
+        openPanel(); // the second of two quick clicks may have taken its focus, and so closed it
+    } else if (m_panel && m_panel->isOpen()) {
         m_panel->close();
-    } else if (!m_sinceLostFocus.isValid() || m_sinceLostFocus.hasExpired(sameClick.count())) {
+    } else if (!isWithin(m_sinceLostFocus, sameClick)) {
         openPanel();
+        m_sinceClickOpened.start();
+    }
+}
+
+void MenuBarExtra::handleDoubleClick()
+{
+    m_lastPointer = QCursor::pos();
+    openPanel();
+}
+
+void MenuBarExtra::handleMenu()
+{
+    if (isAtEdge(QCursor::pos(), screenAt(QCursor::pos()))) {
+        m_lastPointer = QCursor::pos();
     }
 }
 
 void MenuBarExtra::openPanel()
 {
+    m_waitsForSeat = m_seat && !m_seat->isPresent();
+    if (m_waitsForSeat) {
+        return;
+    }
     if (PanelWindow *const window = panel()) {
         window->open(panelPlace());
     }
@@ -112,13 +168,21 @@ std::optional<QRect> MenuBarExtra::panelPlace() const
     if (!m_hosts.hostPresent() || !canPlaceWindows()) {
         return std::nullopt;
     }
-    QRect icon = m_label.geometry();
-    const QScreen *screen = screenAt(icon.isEmpty() ? QCursor::pos() : icon.center());
-    if (icon.isEmpty() && !screen->availableGeometry().contains(QCursor::pos())) {
-        icon = QRect(QCursor::pos(), QSize(1, 1)); // the pointer is on the bar: a click on the icon
+    const QRect icon = iconPlace();
+    const QPoint there = icon.isEmpty() ? QCursor::pos() : icon.center();
+    return placePanel(icon, screenAt(there), panelSize);
+}
+
+// As the tray tells it, or where the pointer was on it; empty where nobody knows.
+QRect MenuBarExtra::iconPlace() const
+{
+    const QRect told = m_label.geometry();
+    if (!told.isEmpty() || !m_lastPointer) {
+        return told;
     }
-    return placePanel(icon, {.whole = screen->geometry(), .available = screen->availableGeometry()},
-                      panelSize);
+    const ScreenPlace screen = screenAt(*m_lastPointer);
+    const bool isKnown = hearsOfPointer() || !screen.available.contains(*m_lastPointer);
+    return isKnown ? iconUnder(*m_lastPointer, screen) : QRect();
 }
 
 } // namespace ostrelle

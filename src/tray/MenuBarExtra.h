@@ -1,5 +1,6 @@
 #pragma once
 
+#include "displayserver/WaylandSeat.h"
 #include "tray/MenuBarLabel.h"
 #include "tray/PanelWindow.h"
 #include "tray/TrayHostWatcher.h"
@@ -21,6 +22,8 @@ public:
     MenuBarExtra(const Models &models, const TrayHostWatcher &hosts);
     ~MenuBarExtra() override;
 
+    // Beside the icon where the desktop lets programs place their windows; on a Wayland compositor
+    // that has no seat yet, once it has one.
     void openPanel();
 
 Q_SIGNALS:
@@ -29,17 +32,24 @@ Q_SIGNALS:
 
 private:
     void showLabel();
-    void togglePanel();
+    void handleClick();
+    void handleDoubleClick();
+    void handleMenu();
     void openIfThereIsNoTray();
     PanelWindow *panel();
     std::optional<QRect> panelPlace() const;
+    QRect iconPlace() const;
 
     const Models m_models;
     const PanelEvents m_events;
     const TrayHostWatcher &m_hosts;
     MenuBarLabel m_label;
+    std::unique_ptr<WaylandSeat> m_seat;  // null elsewhere than on Wayland
+    bool m_waitsForSeat = false;          // to open the panel
     std::unique_ptr<PanelWindow> m_panel; // null before it is first opened
+    std::optional<QPoint> m_lastPointer;  // when the icon was last clicked or its menu opened
     QElapsedTimer m_sinceLostFocus;       // of the panel
+    QElapsedTimer m_sinceClickOpened;     // the panel
 };
 
 } // namespace ostrelle

@@ -34,9 +34,10 @@ void MenuBarLabel::show()
     m_icon->setContextMenu(m_menu.get());
     connect(m_icon.get(), &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
-                // The second of two quick clicks is reported as a double click only.
-                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick) {
+                if (reason == QSystemTrayIcon::Trigger) {
                     Q_EMIT clicked();
+                } else if (reason == QSystemTrayIcon::DoubleClick) {
+                    Q_EMIT doubleClicked();
                 }
             });
     connect(m_gatewayVM, &GatewayViewModel::gatewayOnlineChanged, this, &MenuBarLabel::update);
@@ -56,6 +57,7 @@ QRect MenuBarLabel::geometry() const
 void MenuBarLabel::makeMenu()
 {
     m_menu = std::make_unique<QMenu>();
+    connect(m_menu.get(), &QMenu::aboutToShow, this, &MenuBarLabel::menuOpens);
     m_menu->addAction(u"Open Ostrelle"_s, this, &MenuBarLabel::openChosen);
     m_menu->addSeparator();
     m_stateLine = m_menu->addAction(QString());

@@ -36,7 +36,9 @@ public:
     QRect geometry() const;
 
 Q_SIGNALS:
-    void clicked();
+    void clicked();       // a host may report the second of two quick clicks so too
+    void doubleClicked(); // after the first click was reported
+    void menuOpens();     // or a host only asks for the menu, as some do when they start
     void openChosen();
 
 private:

@@ -10,8 +10,10 @@ namespace
 {
 
 constexpr int gap = 4; // between the icon and the panel
+constexpr int largestIcon = 48;
 
-// The edge of the monitor that the bar with the icon lies at.
+// The edge of the monitor that the bar with the icon lies at. In a corner of a monitor whose bars
+// take no room it is the upper or lower one, where more people have theirs.
 Qt::Edge edgeOf(const QRect &icon, const ScreenPlace &screen)
 {
     const QRect &inside = screen.available;
@@ -21,8 +23,10 @@ Qt::Edge edgeOf(const QRect &icon, const ScreenPlace &screen)
         std::pair(inside.left() - icon.right(), Qt::LeftEdge),
         std::pair(icon.left() - inside.right(), Qt::RightEdge),
     };
-    // Outside the available part, or else nearest to its end: a bar may take no room for itself.
-    return std::ranges::max(distances, {}, &std::pair<int, Qt::Edge>::first).second;
+    // Outside the available part, or else nearest to its end.
+    const auto nearest = std::ranges::max(distances, {}, &std::pair<int, Qt::Edge>::first);
+    const auto flat = std::max(distances[0], distances[1]);
+    return nearest.first <= 0 && flat.first > -largestIcon ? flat.second : nearest.second;
 }
 
 QPoint beside(const QRect &icon, Qt::Edge edge, QSize size)
@@ -54,6 +58,20 @@ QPoint cornerOfTrays(const ScreenPlace &screen, QSize size)
 }
 
 } // namespace
+
+QRect iconUnder(QPoint pointer, const ScreenPlace &screen)
+{
+    const bool onBar = !screen.available.contains(pointer);
+    QRect icon(QPoint(), onBar ? QSize(1, 1) : QSize(largestIcon, largestIcon));
+    icon.moveCenter(pointer);
+    return icon;
+}
+
+bool isAtEdge(QPoint pointer, const ScreenPlace &screen)
+{
+    constexpr QMargins bars(largestIcon, largestIcon, largestIcon, largestIcon);
+    return !screen.available.contains(pointer) || !(screen.whole - bars).contains(pointer);
+}
 
 QRect placePanel(const QRect &icon, const ScreenPlace &screen, QSize size)
 {

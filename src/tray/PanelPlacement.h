@@ -16,4 +16,11 @@ struct ScreenPlace {
 // an empty icon rectangle, of an icon whose place nobody knows, in the corner where trays are.
 QRect placePanel(const QRect &icon, const ScreenPlace &screen, QSize size);
 
+// The icon under a pointer that has clicked it. In a bar that takes no room for itself, because it
+// hides or because nobody tells its room, it is as large as icons get: the panel must not cover it.
+QRect iconUnder(QPoint pointer, const ScreenPlace &screen);
+
+// Whether a pointer there may be on a bar.
+bool isAtEdge(QPoint pointer, const ScreenPlace &screen);
+
 } // namespace ostrelle

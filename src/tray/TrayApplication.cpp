@@ -8,11 +8,26 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// X11 first: Wayland lets no program place its panel beside its icon. Without either display the
-// program does everything else.
+// Whether the desktop lets programs of its X server place their windows, as X11 always does and
+// Wayland never. Of the compositors for Wayland these two do.
+bool x11PlacesWindows()
+{
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        return true;
+    }
+    const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
+    return desktops.contains(u"GNOME"_s, Qt::CaseInsensitive) ||
+           desktops.contains(u"KDE"_s, Qt::CaseInsensitive);
+}
+
+// X11 first where the panel can then stand beside its icon. Without either display the program does
+// everything else.
 const char *platforms()
 {
-    return qEnvironmentVariableIsEmpty("DISPLAY") ? "wayland;offscreen" : "xcb;wayland;offscreen";
+    if (qEnvironmentVariableIsEmpty("DISPLAY")) {
+        return "wayland;offscreen";
+    }
+    return x11PlacesWindows() ? "xcb;wayland;offscreen" : "wayland;xcb;offscreen";
 }
 
 } // namespace
@@ -25,6 +40,8 @@ PlatformArguments::PlatformArguments(int argc, char **argv)
             m_values.push_back(const_cast<char *>(argument));
         }
     }
+    // Else the whole desktop counts as free of bars as soon as there is a second monitor.
+    qputenv("QT_RELY_ON_NET_WORKAREA_ATOM", "1");
     m_count = static_cast<int>(m_values.size());
     m_values.push_back(nullptr);
 }

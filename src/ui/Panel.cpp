@@ -1,5 +1,7 @@
 #include "ui/Panel.h"
 
+#include "displayserver/X11Windows.h"
+#include "tray/PearlIcon.h"
 #include "ui/FieldAccessibility.h"
 #include "ui/QmlTypes.h"
 #include "ui/SymbolProvider.h"
@@ -19,9 +21,17 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr QSize ordinarySize(380, 700);
+constexpr QSize designedSize(380, 700);
 constexpr int cornerRadius = 12;
 constexpr QColor background(0x0F, 0x0F, 0x1F); // until the first frame, and behind the corners
+constexpr QColor iconColor(0x00, 0xBF, 0xBF);  // the pearl's of the program's icon files
+
+// What window managers put around a window, and bars, of which Wayland does not tell.
+constexpr QMargins usualFrame(8, 40, 8, 8);
+constexpr int usualBar = 48;
+
+// The end of a focus from before the panel was opened may come late; the new one then follows.
+constexpr std::chrono::milliseconds focusReturnsIn{300};
 
 // The shape of the panel beside its icon. Cut, not seen through: that needs no compositor.
 QRegion roundedShape(QSize size)
@@ -40,6 +50,9 @@ Panel::Panel(const Models &models, PanelEvents events, std::chrono::milliseconds
     m_patience.setSingleShot(true);
     m_patience.setInterval(keptAfterClosing);
     connect(&m_patience, &QTimer::timeout, this, &Panel::letGo);
+    m_focusReturns.setSingleShot(true);
+    m_focusReturns.setInterval(focusReturnsIn);
+    connect(&m_focusReturns, &QTimer::timeout, this, &Panel::closeForLostFocus);
     load(models);
     connect(&m_view, &QWindow::activeChanged, this, &Panel::followActivity);
     connect(&m_view, &QWindow::visibleChanged, this, &Panel::followVisibility);
@@ -59,6 +72,7 @@ void Panel::load(const Models &models)
     engine->addImageProvider(QString::fromLatin1(SymbolProvider::name),
                              new SymbolProvider); // the engine owns it
     m_view.setTitle(u"Ostrelle"_s);
+    m_view.setIcon(pearlIcon(iconColor));
     m_view.setColor(background);
     m_view.setResizeMode(QQuickView::SizeRootObjectToView);
     m_view.setInitialProperties(
@@ -101,28 +115,72 @@ void Panel::open(const std::optional<QRect> &place)
 
 void Panel::beOrdinary()
 {
+    beTranslucent(false);
     m_view.setFlags(Qt::Window);
     m_view.setMask({});
-    const QSize size = ordinarySize.boundedTo(m_view.screen()->availableSize());
+    setFixedSize(ordinarySize());
+}
+
+void Panel::beBesideIcon(const QRect &place)
+{
+    const bool translucent = isComposited();
+    beTranslucent(translucent);
+    m_view.setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    setFixedSize(place.size());
+    m_view.setPosition(place.topLeft());
+    m_view.setMask(translucent ? QRegion() : roundedShape(place.size()));
+    m_view.create();
+    keepOutOfTaskbars(m_view);
+}
+
+// Whether a window has an alpha channel is settled when it is made.
+void Panel::beTranslucent(bool translucent)
+{
+    QSurfaceFormat format = m_view.format();
+    const int alphaBits = translucent ? 8 : 0;
+    if (m_view.handle() != nullptr && m_view.requestedFormat().alphaBufferSize() != alphaBits) {
+        m_view.destroy();
+    }
+    format.setAlphaBufferSize(alphaBits);
+    m_view.setFormat(format);
+    m_view.setColor(translucent ? QColor(Qt::transparent) : background);
+    if (QQuickItem *const root = m_view.rootObject()) {
+        root->setProperty("translucent", translucent);
+    }
+}
+
+void Panel::setFixedSize(QSize size)
+{
     m_view.setMinimumSize(size);
     m_view.setMaximumSize(size);
     m_view.resize(size);
 }
 
-void Panel::beBesideIcon(const QRect &place)
+// As designed, or what the screen has room for with a frame around it.
+QSize Panel::ordinarySize() const
 {
-    m_view.setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-    m_view.setMinimumSize(place.size());
-    m_view.setMaximumSize(place.size());
-    m_view.setGeometry(place);
-    m_view.setMask(roundedShape(place.size()));
+    QSize room = m_view.screen()->availableSize().shrunkBy(usualFrame);
+    if (QGuiApplication::platformName() == "wayland"_L1) {
+        room.rheight() -= usualBar;
+    }
+    return designedSize.boundedTo(room);
 }
 
 void Panel::followActivity()
 {
+    m_focusReturns.stop();
     if (m_view.isActive()) {
         m_hadFocus = true;
-    } else if (m_hadFocus && m_isBesideIcon && isOpen()) {
+    } else if (m_hadFocus) {
+        closeForLostFocus();
+    } else {
+        m_focusReturns.start();
+    }
+}
+
+void Panel::closeForLostFocus()
+{
+    if (m_isBesideIcon && isOpen()) {
         m_events.lostFocus();
         close();
     }

@@ -5,6 +5,7 @@
 #include "ui/PanelModels.h"
 
 #include <QQuickView>
+#include <QSize>
 #include <QTimer>
 
 #include <chrono>
@@ -33,7 +34,11 @@ private:
     void load(const Models &models);
     void beOrdinary();
     void beBesideIcon(const QRect &place);
+    void beTranslucent(bool translucent);
+    void setFixedSize(QSize size);
+    QSize ordinarySize() const;
     void followActivity();
+    void closeForLostFocus();
     void followVisibility();
     void letGo();
     void showAppearance();
@@ -44,7 +49,8 @@ private:
     QTimer m_patience;
     QQuickView m_view;
     bool m_isBesideIcon = false;
-    bool m_hadFocus = false; // since it was opened; the end of an earlier focus may come late
+    bool m_hadFocus = false; // since it was opened
+    QTimer m_focusReturns;   // or does not, and the panel closes
 };
 
 } // namespace ostrelle

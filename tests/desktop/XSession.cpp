@@ -127,10 +127,10 @@ std::optional<QRect> XSession::panel()
     });
 }
 
-void XSession::click(QPoint place)
+void XSession::click(QPoint place, int times)
 {
     run(u"xdotool"_s, {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()),
-                       u"click"_s, u"1"_s});
+                       u"click"_s, u"--repeat"_s, QString::number(times), u"1"_s});
 }
 
 void XSession::press(const QString &key)

@@ -27,7 +27,7 @@ public:
     // Where the program's panel stands; nothing while it is closed.
     static std::optional<QRect> panel();
 
-    static void click(QPoint place);
+    static void click(QPoint place, int times = 1);
     static void press(const QString &key); // for instance "Escape", "super+shift+m"
     static void type(const QString &text);
     // The keyboard's layouts, as "us,fr"; the first one is in use.

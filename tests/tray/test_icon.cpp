@@ -1,16 +1,8 @@
-#include "gateway/GatewayViewModel.h"
-#include "gateway/StandInGateway.h"
-#include "support/ScratchHome.h"
 #include "tray/PanelPlacement.h"
-#include "tray/StateInWords.h"
-#include "voice/FakeControlPort.h"
-#include "voice/VoiceViewModel.h"
 
 #include <QTest>
 
 using namespace ostrelle;
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 class TestTray : public QObject
 {
@@ -37,8 +29,12 @@ private Q_SLOTS:
             << QRect(975, 5, 20, 20) << besideTop << QRect(800, 30, 200, 300);
         QTest::newRow("on a screen that is too small")
             << QRect(100, 5, 20, 20) << QRect(0, 30, 150, 170) << QRect(0, 30, 150, 170);
-        QTest::newRow("of an icon that nobody finds, above a bar")
-            << QRect() << QRect(0, 0, 1000, 770) << QRect(796, 466, 200, 300);
+        QTest::newRow("under a pointer on a bar")
+            << QRect(500, 785, 1, 1) << QRect(0, 0, 1000, 770) << QRect(400, 470, 200, 300);
+        QTest::newRow("under a pointer on a bar that hides")
+            << QRect(500, 10, 1, 1) << QRect(0, 0, 1000, 800) << QRect(400, 39, 200, 300);
+        QTest::newRow("under a pointer in a corner of bars that hide")
+            << QRect(990, 10, 1, 1) << QRect(0, 0, 1000, 800) << QRect(800, 39, 200, 300);
         QTest::newRow("of an icon that nobody finds, below a bar")
             << QRect() << besideTop << QRect(796, 34, 200, 300);
     }
@@ -48,7 +44,9 @@ private Q_SLOTS:
         QFETCH(QRect, icon);
         QFETCH(QRect, available);
         const ScreenPlace screen{.whole = QRect(0, 0, 1000, 800), .available = available};
-        QTEST(placePanel(icon, screen, QSize(200, 300)), "panel");
+        const bool isPointer = icon.size() == QSize(1, 1);
+        QTEST(placePanel(isPointer ? iconUnder(icon.topLeft(), screen) : icon, screen, {200, 300}),
+              "panel");
     }
 
     void saysTheState_data()

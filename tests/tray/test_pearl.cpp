@@ -203,35 +203,6 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(pixelAt(0.75, 0.75)).alpha(), 0); // outside
     }
 
-    void fillsItsSquareAtEveryScale_data()
-    {
-        QTest::addColumn<QSizeF>("size");
-        QTest::addColumn<double>("ratio");
-        QTest::newRow("one and a half") << QSizeF(18, 18) << 1.5;
-        QTest::newRow("wider than high") << QSizeF(48, 24) << 1.0;
-    }
-
-    void fillsItsSquareAtEveryScale()
-    {
-        QFETCH(QSizeF, size);
-        QFETCH(double, ratio);
-        const QImage image = renderPearl(Qt::white, size, ratio);
-        QCOMPARE(image.deviceIndependentSize(), size);
-        const double radius = std::min(size.width(), size.height()) / 2 * 0.82 * ratio;
-        const auto alpha = [&](double x, double y) {
-            return image
-                .pixelColor(static_cast<int>(image.width() / 2.0 + x),
-                            static_cast<int>(image.height() / 2.0 + y))
-                .alpha();
-        };
-        for (const double side : {-1.0, 1.0}) {
-            QCOMPARE(alpha(side * (radius - 2), 0), 255);
-            QCOMPARE(alpha(0, side * (radius - 2)), 255);
-            QCOMPARE(alpha(side * (radius + 1), 0), 0);
-            QCOMPARE(alpha(0, side * (radius + 1)), 0);
-        }
-    }
-
     void isNothingWithoutASize() { QVERIFY(renderPearl(Qt::white, {0, 18}).isNull()); }
 
     void staysRoundInANarrowTray()

@@ -54,6 +54,9 @@ TestCase {
         verify(Items.symbol(view, "lock.fill") && !Items.symbol(view, "exclamationmark.triangle.fill"));
         mouseClick(Items.withText(view, "Copy"));
         compare(fixture.clipboard(), "https://studio.ts.net");
+        view.statusServerRunning = false;
+        view.statusPortTaken = true;
+        verify(Items.visibleItems(view).find(item => item.label === "Status").meaning.includes("port"));
     }
 
     function test_warningWithoutTailscale() {

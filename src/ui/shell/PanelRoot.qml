@@ -17,6 +17,8 @@ FocusScope {
     property bool active: true
     property bool motion: true
     property real textScale: 1
+    // Whether what is behind the window may shine through.
+    property bool translucent: false
 
     // The user wants the panel closed.
     signal closeRequested
@@ -47,7 +49,7 @@ FocusScope {
 
     Rectangle {
         anchors.fill: parent
-        color: Theme.background
+        color: root.translucent ? Theme.material : Theme.background
         radius: Theme.radius
         border.color: Theme.hairline
     }
