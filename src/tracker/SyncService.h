@@ -14,8 +14,8 @@ namespace ostrelle
 {
 
 // Runs a pass in the background, once at the start and then every 30 seconds. Passes may overlap
-// when the gateway tool is slow; when four run already, the oldest hangs and makes way for the next.
-// A running pass outlives the service. Main thread only.
+// when the gateway tool is slow; when four run already, the oldest hangs and makes way for the
+// next. A running pass outlives the service. Main thread only.
 class SyncService : public QObject
 {
     Q_OBJECT

@@ -17,8 +17,8 @@ class VoiceControlPort : public QObject
 
 public:
     // With a port number that no URL can have nothing is sent, and nobody answers. An action of the
-    // microphone waits until the one before it was answered, but not longer than `longestTurn`: sent
-    // at once, the two could arrive in the wrong order.
+    // microphone waits until the one before it was answered, but not longer than `longestTurn`:
+    // sent at once, the two could arrive in the wrong order.
     explicit VoiceControlPort(qint64 port,
                               std::chrono::milliseconds longestTurn = std::chrono::seconds(1),
                               QObject *parent = nullptr);

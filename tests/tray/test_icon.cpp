@@ -48,40 +48,6 @@ private Q_SLOTS:
         QTEST(placePanel(isPointer ? iconUnder(icon.topLeft(), screen) : icon, screen, {200, 300}),
               "panel");
     }
-
-    void saysTheState_data()
-    {
-        QTest::addColumn<bool>("gatewayAnswers");
-        QTest::addColumn<QByteArray>("voice");
-        QTest::addColumn<QString>("words");
-        QTest::newRow("nobody there")
-            << false << QByteArray() << u"Gateway offline, voice: Offline"_s;
-        QTest::newRow("all there") << true << QByteArray(R"({"state":"listening"})")
-                                   << u"Gateway online, voice: Listening"_s;
-        QTest::newRow("muted") << false << QByteArray(R"({"state":"listening","muted":true})")
-                               << u"Gateway offline, voice: Muted"_s;
-    }
-
-    void saysTheState()
-    {
-        QFETCH(bool, gatewayAnswers);
-        QFETCH(QByteArray, voice);
-        QFETCH(QString, words);
-        const ScratchHome home;
-        const StandInGateway gateway;
-        FakeControlPort agent;
-        agent.body = voice;
-        OstrelleConfig config = OstrelleConfig::defaults();
-        config.gateway.url = gatewayAnswers ? gateway.url() : u"http://127.0.0.1:9"_s;
-        config.ports.voiceAgent = agent.serverPort();
-        config.save();
-        const GatewayViewModel gatewayVM(home.settings(), {.tailscale = {}, .pollInterval = 20ms});
-        ServiceManager manager(config, home.settings().preferences,
-                               {.resources = {}, .logFile = home.path(u"agent.log"_s)});
-        const VoiceViewModel voiceVM(&manager, agent.serverPort(), {.interval = 20ms});
-        QTRY_COMPARE(stateInWords(gatewayVM, voiceVM), words);
-        QVERIFY(finishBackgroundWork(10s));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestTray)
