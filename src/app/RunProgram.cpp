@@ -89,6 +89,7 @@ int runProgram(const QByteArray &link, MakeFace makeFace)
         static_cast<void>(finishLog(patienceForLog));
         return EXIT_FAILURE;
     case SingleInstance::Role::First:
+        logLine(u"[Ostrelle] Version " OSTRELLE_VERSION ""_s);
         run(instance, link, makeFace);
     }
     Q_UNREACHABLE();
