@@ -1,18 +1,13 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     readonly property string statusFile: ".ostrelle/ostrelle-agent-tracker.json"
 
     name: "AgentsView"
-    when: windowShown
-    visible: true
-    width: 380
-    height: 600
 
     Component {
         id: agentsView
@@ -24,10 +19,6 @@ TestCase {
             height: 600
             viewModel: fixture.models.makeAgents(view)
         }
-    }
-
-    function init() {
-        fixture.reset();
     }
 
     function writeAgents(agents: var) {

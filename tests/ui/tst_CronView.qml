@@ -1,16 +1,11 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "CronView"
-    when: windowShown
-    visible: true
-    width: 380
-    height: 600
 
     Component {
         id: cronView
@@ -22,10 +17,6 @@ TestCase {
             height: 600
             viewModel: fixture.models.makeCron(view)
         }
-    }
-
-    function init() {
-        fixture.reset();
     }
 
     function loadedView(jobs: var): Item {

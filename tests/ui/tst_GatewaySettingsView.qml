@@ -3,13 +3,10 @@ import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "GatewaySettingsView"
-    when: windowShown
-    visible: true
-    width: 380
     height: 1400
 
     readonly property string preferences: ".config/ai.duskrell.ostrelle.conf"

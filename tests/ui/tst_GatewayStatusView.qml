@@ -1,15 +1,11 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "GatewayStatusView"
-    when: windowShown
-    visible: true
-    width: 380
     height: 400
 
     readonly property string connected: 'case "$1" in
@@ -27,10 +23,6 @@ TestCase {
             voiceVM: fixture.voiceVM
             statusServerRunning: true
         }
-    }
-
-    function init() {
-        fixture.reset();
     }
 
     // The view of a gateway that answers and is not encrypted.

@@ -1,18 +1,13 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     readonly property string trackerFile: ".ostrelle/ostrelle-project-tracker.json"
 
     name: "ProjectsView"
-    when: windowShown
-    visible: true
-    width: 380
-    height: 600
 
     Component {
         id: projectsView

@@ -1,15 +1,11 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "QuickChatPanel"
-    when: windowShown
-    visible: true
-    width: 380
     height: 300
 
     Component {

@@ -1,15 +1,11 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "TailscalePeersView"
-    when: windowShown
-    visible: true
-    width: 380
     height: 500
 
     readonly property string silence: "No gateway — install Duskrell on this device"
@@ -21,10 +17,6 @@ TestCase {
             width: 356
             peers: fixture.peers
         }
-    }
-
-    function init() {
-        fixture.reset();
     }
 
     // The tailnet has these devices, in the order of their names.

@@ -1,15 +1,11 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "VoiceStatusView"
-    when: windowShown
-    visible: true
-    width: 380
     height: 300
 
     Component {
@@ -19,10 +15,6 @@ TestCase {
             width: 356
             viewModel: fixture.voiceVM
         }
-    }
-
-    function init() {
-        fixture.reset();
     }
 
     // The view of an agent that gives this answer.

@@ -1,17 +1,13 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     property int presses: 0
 
     name: "controls"
-    when: windowShown
-    visible: true
-    width: 380
     height: 200
 
     Component {

@@ -3,13 +3,10 @@ import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "shell"
-    when: windowShown
-    visible: true
-    width: 380
     height: 700
 
     Component {
@@ -48,10 +45,6 @@ TestCase {
         id: closings
 
         signalName: "closeRequested"
-    }
-
-    function init() {
-        fixture.reset();
     }
 
     function test_arrowsStayAmongTheTabs_data() {
