@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QRect>
+#include <QSize>
 
 #include <functional>
 #include <memory>
@@ -11,6 +12,9 @@
 
 namespace ostrelle
 {
+
+// Of the panel where the screen has room for it; the designed one, in points.
+inline constexpr QSize panelSize(380, 700);
 
 // The panel as the tray icon sees it. Main thread only.
 class PanelWindow

@@ -21,7 +21,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr QSize designedSize(380, 700);
 constexpr int cornerRadius = 12;
 constexpr QColor background(0x0F, 0x0F, 0x1F); // until the first frame, and behind the corners
 constexpr QColor iconColor(0x00, 0xBF, 0xBF);  // the pearl's of the program's icon files
@@ -163,7 +162,7 @@ QSize Panel::ordinarySize() const
     if (QGuiApplication::platformName() == "wayland"_L1) {
         room.rheight() -= usualBar;
     }
-    return designedSize.boundedTo(room);
+    return panelSize.boundedTo(room);
 }
 
 void Panel::followActivity()

@@ -14,7 +14,7 @@ QtObject {
 
     // Surfaces
     readonly property color background: "#0F0F1F"
-    readonly property color material: theme.faded(theme.background, 0.88) // with a compositor
+    readonly property color material: theme.faded(theme.background, 0.92) // with a compositor
     readonly property color surface: Qt.rgba(1, 1, 1, 0.05)
     readonly property color surfaceHovered: Qt.rgba(1, 1, 1, 0.09)
     readonly property color surfacePressed: Qt.rgba(1, 1, 1, 0.14)
