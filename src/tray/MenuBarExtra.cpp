@@ -18,7 +18,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-
 // A session that is just starting gets its tray a moment after its first programs.
 constexpr std::chrono::seconds hostPatience{3};
 
