@@ -61,15 +61,12 @@ std::expected<std::optional<QByteArray>, SecretProblem>
 PreferredSecretStore::readService(const QString &account)
 {
     auto secret = askService([&](SecretStore &service) { return service.read(account); });
-    // What is in neither tells nothing new about where secrets are kept: without a keyring that
-    // somebody has set up, the service answers and keeps nothing.
-    const bool tells = m_place == Place::Unknown || (secret && *secret);
     if (isAnswer(secret)) {
-        if (tells) {
-            tellWhere(Place::Service);
-        }
+        // That there is nothing tells nothing: without a keyring that somebody has set up, the
+        // service answers and keeps no secret.
         if (secret && *secret) {
-            m_file.setServiceUsed(true);
+            tellWhere(Place::Service);
+            m_file.markServiceUsed();
         }
         if (!m_file.accounts().isEmpty()) {
             moveToService();
@@ -78,7 +75,7 @@ PreferredSecretStore::readService(const QString &account)
         if (m_file.isServiceUsed()) {
             return std::unexpected(SecretProblem::NoAnswer);
         }
-        if (tells) {
+        if (m_place == Place::Unknown) {
             tellWhere(Place::File);
         }
     }
@@ -93,16 +90,13 @@ std::expected<void, SecretProblem> PreferredSecretStore::write(const QString &ac
         askService([&](SecretStore &service) { return service.write(account, secret); });
     if (!isAnswer(written)) {
         tellWhere(Place::File);
-        if (hasProblem(written, SecretProblem::Unreachable)) {
-            m_file.setServiceUsed(false); // from now on the file says what there is
-        }
         return m_file.write(account, secret);
     }
     tellWhere(Place::Service);
     if (!written) {
         return written;
     }
-    m_file.setServiceUsed(true);
+    m_file.markServiceUsed();
     // An older one that stays there would count as the newer one.
     const auto removed = m_file.remove(account);
     return removed || !m_file.accounts().contains(account) ? written : removed;
@@ -135,7 +129,7 @@ void PreferredSecretStore::moveToService()
         }
         static_cast<void>(m_file.remove(account));
         tellWhere(Place::Service);
-        m_file.setServiceUsed(true);
+        m_file.markServiceUsed();
     }
 }
 

@@ -112,14 +112,14 @@ bool SecretFile::isServiceUsed()
     return load().value_or(QJsonObject()).value(serviceUsedKey).toBool();
 }
 
-void SecretFile::setServiceUsed(bool used)
+void SecretFile::markServiceUsed()
 {
     const std::scoped_lock lock(m_mutex);
     auto secrets = load();
-    if (!secrets || secrets->value(serviceUsedKey).toBool() == used) {
+    if (!secrets || secrets->value(serviceUsedKey).toBool()) {
         return;
     }
-    secrets->insert(serviceUsedKey, used);
+    secrets->insert(serviceUsedKey, true);
     static_cast<void>(save(*secrets)); // the next secret from the service tries again
 }
 

@@ -30,9 +30,10 @@ public:
     // All that have a secret here; none while the file cannot be read.
     QStringList accounts();
 
-    // Whether secrets are known to be kept in the Secret Service; outlives the program.
+    // Whether secrets are known to be kept in the Secret Service. Outlives the program, and the
+    // service: what is not there may have been in it.
     bool isServiceUsed();
-    void setServiceUsed(bool used);
+    void markServiceUsed();
 
 private:
     enum class LoadProblem { Unreadable, NotUnderstood };

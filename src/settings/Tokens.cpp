@@ -114,7 +114,7 @@ std::expected<QString, SecretProblem> Tokens::resolve(const OstrelleConfig &conf
 
 QString Tokens::tokenFor(const QString &gatewayURL, const OstrelleConfig &config) const
 {
-    const QString own = stored(gatewayURL).value_or(QString());
+    QString own = stored(gatewayURL).value_or(QString());
     const QString name = [this] {
         const std::scoped_lock lock(m_mutex);
         return m_magicDNSName;

@@ -4,6 +4,8 @@
 #include "dashboards/CronViewModel.h"
 #include "dashboards/ProjectsViewModel.h"
 
+#include <utility>
+
 namespace ostrelle
 {
 
@@ -19,9 +21,9 @@ Model *ownedBy(QObject *view, Model *model)
 
 } // namespace
 
-PanelModels::PanelModels(const Models &models, QObject *parent)
+PanelModels::PanelModels(Models models, QObject *parent)
     : QObject(parent)
-    , m_models(models)
+    , m_models(std::move(models))
 {
     connect(m_models.settings.config.get(), &ConfigStore::changed, this,
             &PanelModels::gatewayURLChanged);

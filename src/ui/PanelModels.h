@@ -23,7 +23,7 @@ class PanelModels : public QObject
     Q_PROPERTY(QString gatewayURL READ gatewayURL NOTIFY gatewayURLChanged)
 
 public:
-    explicit PanelModels(const Models &models, QObject *parent = nullptr);
+    explicit PanelModels(Models models, QObject *parent = nullptr);
 
     // The base URL of the configured gateway.
     QString gatewayURL() const;
