@@ -20,13 +20,18 @@ namespace
 
 constexpr qsizetype pieceBytes = qsizetype{64} * 1024;
 
+// Only to write: a child that is just being started has a copy of all ends until it is another
+// program.
 bool holds(const std::filesystem::path &process, const QByteArray &pipe)
 {
     std::error_code error;
     for (std::filesystem::directory_iterator entry(process / "fd", error), end;
          !error && entry != end; entry.increment(error)) {
         std::error_code closedMeanwhile;
-        if (std::filesystem::read_symlink(*entry, closedMeanwhile) == pipe.constData()) {
+        const auto mode = std::filesystem::symlink_status(*entry, closedMeanwhile).permissions();
+        const bool writes =
+            (mode & std::filesystem::perms::owner_write) != std::filesystem::perms::none;
+        if (writes && std::filesystem::read_symlink(*entry, closedMeanwhile) == pipe.constData()) {
             return true;
         }
     }

@@ -120,6 +120,10 @@ QString SingleInstance::socketOfTheFirst() const
 
 SingleInstance::Role SingleInstance::claim(const QByteArray &message)
 {
+    // Whoever answers is there, also where its lock is gone, with the folder that it was in.
+    if (handOver(socketName(), message) == Role::HandedOver) {
+        return Role::HandedOver;
+    }
     const QDeadlineTimer deadline(answerMilliseconds);
     while (true) {
         if (becomeFirst()) {

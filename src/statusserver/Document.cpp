@@ -57,6 +57,9 @@ std::optional<LoadedDocument> loadDocument(const std::string &path, std::size_t 
             return std::nullopt;
         }
         if (*count <= size) {
+            if (settledVersion(file->descriptor.get()) != document.version) {
+                document.version.reset(); // it was written to meanwhile
+            }
             putHeader(response);
             const std::string_view body = std::string_view(response.storage).substr(headerRoom);
             return simdjson::validate_utf8(body.data(), body.size())

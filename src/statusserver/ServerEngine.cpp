@@ -103,11 +103,11 @@ void ServerEngine::runServer(Try which)
     }
     auto listener = listenOn(m_port);
     if (!listener) {
-        m_state.enterIdle(listener.error().portTaken);
+        const bool waits = m_state.enterIdle(listener.error().portTaken);
         if (which == Try::First) {
             logLine(listener.error().logLine);
         }
-        if (listener.error().portTaken) {
+        if (waits) {
             tryAgainLater();
         }
         return;

@@ -61,13 +61,14 @@ bool ServerState::enterServing(int serverSocket, int port)
     return true;
 }
 
-void ServerState::enterIdle(bool portTaken)
+bool ServerState::enterIdle(bool portTaken)
 {
     const std::lock_guard lock(m_mutex);
-    m_startRequested = false;
-    if (std::exchange(m_portTaken, portTaken) != portTaken) {
+    const bool waits = std::exchange(m_startRequested, false) && portTaken;
+    if (std::exchange(m_portTaken, waits) != waits) {
         tell();
     }
+    return waits;
 }
 
 int ServerState::stop()

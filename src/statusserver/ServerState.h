@@ -30,8 +30,9 @@ public:
     // Starting to serving; false when it was stopped meanwhile or serves already.
     bool enterServing(int serverSocket, int port);
 
-    // Starting to idle.
-    void enterIdle(bool portTaken = false);
+    // Starting to idle; true when the port is to be tried again, because it is taken and the server
+    // was not stopped meanwhile.
+    bool enterIdle(bool portTaken = false);
 
     // Any state to idle. Connections are refused at once; the listening socket that is left to
     // close is returned, or -1.

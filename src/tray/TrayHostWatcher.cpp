@@ -86,7 +86,7 @@ void TrayHostWatcher::watchX11()
     m_x11 = X11Connection::open([this](XEvent &event) {
         // A tray tells the root window that it has come; its own window's end tells that it went.
         if (event.type == ClientMessage || event.type == DestroyNotify) {
-            lookForX11Tray();
+            QTimer::singleShot(toolkitHearsIn, this, &TrayHostWatcher::lookForX11Tray);
         }
     });
     if (m_x11) {

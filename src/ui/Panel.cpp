@@ -70,6 +70,11 @@ void Panel::load(const Models &models)
     engine->addImportPath(u"qrc:/qt/qml"_s);
     engine->addImageProvider(QString::fromLatin1(SymbolProvider::name),
                              new SymbolProvider); // the engine owns it
+    // For good, whether anybody composes or not: what Qt has drawn for a window of one depth does not
+    // fit one of another.
+    QSurfaceFormat format = m_view.format();
+    format.setAlphaBufferSize(8);
+    m_view.setFormat(format);
     m_view.setTitle(u"Ostrelle"_s);
     m_view.setIcon(pearlIcon(iconColor));
     m_view.setColor(background);
@@ -132,16 +137,8 @@ void Panel::beBesideIcon(const QRect &place)
     keepOutOfTaskbars(m_view);
 }
 
-// Whether a window has an alpha channel is settled when it is made.
 void Panel::beTranslucent(bool translucent)
 {
-    QSurfaceFormat format = m_view.format();
-    const int alphaBits = translucent ? 8 : 0;
-    if (m_view.handle() != nullptr && m_view.requestedFormat().alphaBufferSize() != alphaBits) {
-        m_view.destroy();
-    }
-    format.setAlphaBufferSize(alphaBits);
-    m_view.setFormat(format);
     m_view.setColor(translucent ? QColor(Qt::transparent) : background);
     if (QQuickItem *const root = m_view.rootObject()) {
         root->setProperty("translucent", translucent);

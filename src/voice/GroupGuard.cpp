@@ -48,11 +48,15 @@ public:
         }
         ::posix_spawn_file_actions_addclosefrom_np(&m_files, STDERR_FILENO + 1);
         ::posix_spawnattr_init(&m_attributes);
-        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
+        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK |
+                                                      POSIX_SPAWN_SETSIGDEF);
         ::posix_spawnattr_setpgroup(&m_attributes, group);
         sigset_t none;
         ::sigemptyset(&none);
         ::posix_spawnattr_setsigmask(&m_attributes, &none);
+        sigset_t all;
+        ::sigfillset(&all);
+        ::posix_spawnattr_setsigdefault(&m_attributes, &all);
     }
     ~SpawnSettings()
     {
@@ -65,8 +69,12 @@ public:
     // 0 when it cannot be started.
     pid_t start(const char *program, char *const *arguments) const
     {
+        // Whatever search path this program has been given: only the system's own tools.
+        std::string path = "PATH=/usr/bin:/bin";
+        const std::array<char *, 2> environment{path.data(), nullptr};
         pid_t pid = 0;
-        const int error = ::posix_spawn(&pid, program, &m_files, &m_attributes, arguments, environ);
+        const int error =
+            ::posix_spawn(&pid, program, &m_files, &m_attributes, arguments, environment.data());
         return error == 0 ? pid : 0;
     }
 

@@ -150,7 +150,9 @@ void ServiceManager::handleStart(const QProcess &process)
 {
     const qint64 pid = process.processId();
     m_voiceRunning = true;
-    m_guard = GroupGuard::of(static_cast<pid_t>(pid));
+    if (auto guard = GroupGuard::of(static_cast<pid_t>(pid))) {
+        m_guards.insert_or_assign(&process, std::move(*guard));
+    }
     writePidFile(pidFile(), pid);
     log(u"Voice agent started (PID %1)"_s.arg(pid));
 }
@@ -164,7 +166,7 @@ void ServiceManager::handleLaunchFailure(QProcess *process)
 
 void ServiceManager::handleEnd(QProcess *process)
 {
-    m_guard.reset(); // ends what the agent has left behind
+    m_guards.erase(process); // ends what this agent has left behind
     forget(process);
     if (crashed(*process)) {
         handleVoiceCrash();

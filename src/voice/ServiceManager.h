@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 
 class QProcess;
 
@@ -130,7 +131,9 @@ private:
     QProcess *m_voiceProcess = nullptr; // a child object; set from the launch to the end
     qint64 m_restartCount = 0;          // crashes in a row, each within a minute of the one before
     std::optional<SupervisorTime::Clock::time_point> m_lastCrashTime;
-    std::optional<GroupGuard> m_guard; // of what the agent starts; while the agent runs
+    // Of what an agent starts, while that agent runs: one that cannot be ended may still be there
+    // when the next one starts.
+    std::map<const QProcess *, GroupGuard> m_guards;
 };
 
 } // namespace ostrelle

@@ -172,7 +172,7 @@ private Q_SLOTS:
         XSession::type(u"x"_s); // what needs a text to be of use is enabled then
         const QStringList forwards = walk(desk, u"Tab"_s);
         QStringList backwards = walk(desk, u"shift+Tab"_s);
-        std::reverse(backwards.begin(), backwards.end());
+        std::ranges::reverse(backwards);
         QCOMPARE(backwards, forwards);
         for (const auto &control : desk.reader.controls()) {
             const QString said = control.role + u' ' + control.name;
