@@ -7,6 +7,8 @@
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
 #include "gateway/GatewayInUse.h"
+#include "platform/LoginItem.h"
+#include "settings/SettingsQueues.h"
 #include "setup/SetupManager.h"
 #include "statusserver/StatusServer.h"
 #include "tracker/AgentSyncService.h"
@@ -56,6 +58,7 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
     m_cronSync->start();
     m_agentSync = std::make_unique<AgentSyncService>(m_config);
     m_agentSync->start();
+    inOrder(settingsQueue(), [] { LoginItem().bringUpToDate(); });
     handOverServices();
     // However the program ends: main leaves by the quick way, libraries by the other.
     std::atexit(&killVoiceAgent);
