@@ -26,6 +26,9 @@ class GatewayProfiles : public QObject
                    editingProfileIdChanged)
     Q_PROPERTY(QString profileTokenInput READ profileTokenInput WRITE setProfileTokenInput NOTIFY
                    profileTokenInputChanged)
+    Q_PROPERTY(QString tokenProblem READ tokenProblem NOTIFY tokenProblemChanged)
+    Q_PROPERTY(
+        QString profileTokenProblem READ profileTokenProblem NOTIFY profileTokenProblemChanged)
     Q_PROPERTY(
         QString pendingSwitchGateway READ pendingSwitchGateway NOTIFY pendingSwitchGatewayChanged)
 
@@ -54,10 +57,11 @@ public:
     // Its stored token stays, and so does the gateway in use.
     Q_INVOKABLE void removeGateway(const QString &url);
 
-    // Stores `tokenInput` for the gateway in use and closes the field.
+    // Stores `tokenInput` for the gateway in use and closes the field; one that could not be stored
+    // stays in it. May ask the user to unlock the secret store.
     Q_INVOKABLE void saveActiveToken();
 
-    // Stores `profileTokenInput` for the profile that is edited and closes its editor.
+    // The same with `profileTokenInput` for the profile that is edited, and its editor.
     Q_INVOKABLE void saveProfileToken();
 
     SavedGatewaysModel *saved() { return &m_saved; }
@@ -77,13 +81,17 @@ public:
     bool showTokenField() const { return m_showTokenField; }
     void setShowTokenField(bool show);
     QString tokenInput() const { return m_tokenInput; }
-    void setTokenInput(const QString &token) { m_tokenInput = token; }
+    void setTokenInput(const QString &token);
 
     // The URL of the saved gateway whose token is being edited; empty: none.
     QString editingProfileId() const { return m_editingProfileId; }
     void setEditingProfileId(const QString &url);
     QString profileTokenInput() const { return m_profileTokenInput; }
-    void setProfileTokenInput(const QString &token) { m_profileTokenInput = token; }
+    void setProfileTokenInput(const QString &token);
+
+    // Why what stands in the field could not be stored; empty: nothing is known against it.
+    QString tokenProblem() const { return m_tokenProblem; }
+    QString profileTokenProblem() const { return m_profileTokenProblem; }
 
     // The URL of the saved gateway that awaits confirmation; empty: none.
     QString pendingSwitchGateway() const { return m_pendingSwitchGateway; }
@@ -100,6 +108,8 @@ Q_SIGNALS:
     void tokenInputChanged();
     void editingProfileIdChanged();
     void profileTokenInputChanged();
+    void tokenProblemChanged();
+    void profileTokenProblemChanged();
     void pendingSwitchGatewayChanged();
 
 private:
@@ -107,7 +117,10 @@ private:
     void change(const std::function<void(OstrelleConfig::Gateway &)> &apply);
     void followConfig();
     void showNames();
-    void storeToken(const QString &gatewayURL, const QString &token);
+    void storeToken(const QString &gatewayURL, const QString &token,
+                    const std::function<void(const QString &problem)> &show);
+    void showActiveTokenSaved(const QString &token, const QString &problem);
+    void showProfileTokenSaved(const QString &url, const QString &token, const QString &problem);
     void readTokens();
     void finishReading(const StoredTokens &tokens);
     void showTokens(const StoredTokens &tokens);
@@ -140,6 +153,10 @@ private:
                                &GatewayProfiles::editingProfileIdChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_profileTokenInput,
                                &GatewayProfiles::profileTokenInputChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_tokenProblem,
+                               &GatewayProfiles::tokenProblemChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_profileTokenProblem,
+                               &GatewayProfiles::profileTokenProblemChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_pendingSwitchGateway,
                                &GatewayProfiles::pendingSwitchGatewayChanged)
 };

@@ -205,6 +205,22 @@ private Q_SLOTS:
         QCOMPARE(saved.last(), (SavedGateway{.name = name, .url = url}));
     }
 
+    void tokenThatCannotBeStoredStaysInItsEditor()
+    {
+        m_home->write(u".ostrelle/secrets.json/in-the-way"_s, "");
+        m_profiles->setEditingProfileId(remote);
+        m_profiles->setProfileTokenInput(u"typed"_s);
+        m_profiles->saveProfileToken();
+        QTRY_COMPARE(m_profiles->profileTokenProblem(),
+                     u"Token not saved: the secret store refused"_s);
+        QCOMPARE(m_profiles->editingProfileId(), remote);
+        QCOMPARE(m_profiles->profileTokenInput(), u"typed"_s);
+        QDir(m_home->path(u".ostrelle/secrets.json"_s)).removeRecursively();
+        m_profiles->saveProfileToken();
+        QTRY_COMPARE(m_profiles->editingProfileId(), QString());
+        QCOMPARE(m_home->storedToken(remote), u"typed"_s);
+    }
+
     void changeOfAFileThatCannotBeReadLosesNothing()
     {
         const QString config = u".ostrelle/config.json"_s;
