@@ -6,7 +6,9 @@
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
+#include "gateway/GatewayAddress.h"
 #include "gateway/GatewayInUse.h"
+#include "platform/Log.h"
 #include "platform/LoginItem.h"
 #include "settings/SettingsQueues.h"
 #include "setup/SetupManager.h"
@@ -104,6 +106,12 @@ void OstrelleApp::handleIncomingURL(const QString &url)
         return;
     }
     if (link->gatewayBaseURL) {
+        const auto acceptable = checkGatewayAddress(*link->gatewayBaseURL);
+        if (!acceptable) {
+            logLine(u"[Ostrelle] Link for \""_s + printableHost(*link->gatewayBaseURL) +
+                    u"\" refused: its address "_s + toString(acceptable.error()));
+            return;
+        }
         m_gatewayInUse->adopt(*link->gatewayBaseURL, link->token, &tellGatewayIsConfigured);
         return;
     }

@@ -2,6 +2,8 @@
 
 #include "core/NotificationManager.h"
 #include "core/WhenDone.h"
+#include "gateway/GatewayAddress.h"
+#include "platform/Log.h"
 
 #include <QtConcurrent>
 
@@ -84,6 +86,11 @@ void GatewayProfiles::switchGateway(const SavedGateway &profile)
 
 void GatewayProfiles::addGateway(const SavedGateway &profile)
 {
+    if (const auto acceptable = checkGatewayAddress(profile.url); !acceptable) {
+        logLine(u"[Ostrelle] Gateway \""_s + printableHost(profile.url) +
+                u"\" not added: its address "_s + toString(acceptable.error()));
+        return;
+    }
     change([profile](OstrelleConfig::Gateway &gateway) {
         QList<SavedGateway> &saved = gateway.saved ? *gateway.saved : gateway.saved.emplace();
         if (std::ranges::find(saved, profile.url, &SavedGateway::url) == saved.end()) {
@@ -98,9 +105,23 @@ void GatewayProfiles::addManualGateway()
     if (typed.isEmpty()) {
         return;
     }
-    const QString url = typed.startsWith("http"_L1) ? typed : u"http://"_s + typed + u":18789"_s;
+    const QString url = typed.startsWith("http"_L1, Qt::CaseInsensitive)
+                            ? typed
+                            : u"http://"_s + typed + u":18789"_s;
+    for (const QString &address : {typed, url}) {
+        if (const auto acceptable = checkGatewayAddress(address); !acceptable) {
+            m_manualProblem = u"Not added: the address "_s + toString(acceptable.error());
+            return;
+        }
+    }
     addGateway({.name = hostOf(url).value_or(url), .url = url});
-    m_manualURL = QString();
+    setManualURL({});
+}
+
+void GatewayProfiles::setManualURL(const QString &url)
+{
+    m_manualURL = url;
+    m_manualProblem = QString();
 }
 
 void GatewayProfiles::removeGateway(const QString &url)

@@ -19,6 +19,7 @@ class GatewayProfiles : public QObject
     Q_PROPERTY(bool isLocalGateway READ isLocalGateway NOTIFY isLocalGatewayChanged)
     Q_PROPERTY(bool lacksToken READ lacksToken NOTIFY lacksTokenChanged)
     Q_PROPERTY(QString manualURL READ manualURL WRITE setManualURL NOTIFY manualURLChanged)
+    Q_PROPERTY(QString manualProblem READ manualProblem NOTIFY manualProblemChanged)
     Q_PROPERTY(bool showTokenField READ showTokenField WRITE setShowTokenField NOTIFY
                    showTokenFieldChanged)
     Q_PROPERTY(QString tokenInput READ tokenInput WRITE setTokenInput NOTIFY tokenInputChanged)
@@ -48,10 +49,12 @@ public:
     // Makes it the gateway in use.
     void switchGateway(const SavedGateway &profile);
 
-    // Nothing when one with that URL is saved already.
+    // Nothing when one with that URL is saved already, or, with a log line, when the URL is no
+    // acceptable address.
     void addGateway(const SavedGateway &profile);
 
-    // Adds what stands in `manualURL`, an address or a URL, and clears that.
+    // Adds what stands in `manualURL`, an address or a URL, and clears that. What is no acceptable
+    // address stays.
     Q_INVOKABLE void addManualGateway();
 
     // Its stored token stays, and so does the gateway in use.
@@ -76,7 +79,10 @@ public:
     bool lacksToken() const { return m_lacksToken; }
 
     QString manualURL() const { return m_manualURL; }
-    void setManualURL(const QString &url) { m_manualURL = url; }
+    void setManualURL(const QString &url);
+
+    // Why what stands in `manualURL` was not added; empty: nothing is known against it.
+    QString manualProblem() const { return m_manualProblem; }
 
     bool showTokenField() const { return m_showTokenField; }
     void setShowTokenField(bool show);
@@ -104,6 +110,7 @@ Q_SIGNALS:
     void isLocalGatewayChanged();
     void lacksTokenChanged();
     void manualURLChanged();
+    void manualProblemChanged();
     void showTokenFieldChanged();
     void tokenInputChanged();
     void editingProfileIdChanged();
@@ -145,6 +152,8 @@ private:
                                          &GatewayProfiles::lacksTokenChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_manualURL,
                                &GatewayProfiles::manualURLChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_manualProblem,
+                               &GatewayProfiles::manualProblemChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayProfiles, bool, m_showTokenField, false,
                                          &GatewayProfiles::showTokenFieldChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_tokenInput,

@@ -1,3 +1,4 @@
+#include "gateway/GatewayAddress.h"
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
 #include "settings/SettingsQueues.h"
@@ -203,6 +204,47 @@ private Q_SLOTS:
         const auto saved = OstrelleConfig::load().gateway.saved.value();
         QCOMPARE(saved.size(), 3);
         QCOMPARE(saved.last(), (SavedGateway{.name = name, .url = url}));
+    }
+
+    void knowsAddresses_data()
+    {
+        QTest::addColumn<QString>("problem"); // empty: it is one
+        const auto row = [](const char *address, const QString &problem = {}) {
+            QTest::newRow(address) << problem;
+        };
+        const auto refused = [&](const char *address, AddressProblem problem) {
+            row(address, toString(problem));
+        };
+        row("192.168.1.20");
+        row("box:18789");
+        row("HTTPS://box.t.ts.net/@x");
+        row("http://[fd7a::1]:18789");
+        row("http://LocalHost:1");
+        refused("http://me@box", AddressProblem::UserPart);
+        refused("me:secret@box", AddressProblem::UserPart);
+        refused("http://box\\@far", AddressProblem::Characters);
+        refused("http://box\r\nX: y", AddressProblem::Characters);
+        refused("http://box\u202e", AddressProblem::Characters);
+        refused("ftp://box", AddressProblem::Scheme);
+        refused("javascript:x", AddressProblem::Scheme);
+        refused(" http://box", AddressProblem::Scheme);
+        refused("http:///x", AddressProblem::NoHost);
+        refused("https:box", AddressProblem::NoHost);
+        refused("http://127.0.0.1.far", AddressProblem::LooksLocal);
+        refused("mylocalhost", AddressProblem::LooksLocal);
+        refused("http://far/?localhost", AddressProblem::LooksLocal);
+    }
+    void knowsAddresses()
+    {
+        const QString address = QString::fromUtf8(QTest::currentDataTag());
+        const auto acceptable = checkGatewayAddress(address);
+        QTEST(acceptable ? QString() : toString(acceptable.error()), "problem");
+        QVERIFY(!printableHost(address).contains(u"secret"_s));
+
+        m_profiles->setManualURL(address);
+        m_profiles->addManualGateway();
+        QCOMPARE(m_profiles->manualURL(), acceptable ? QString() : address);
+        QCOMPARE(m_profiles->manualProblem().isEmpty(), acceptable.has_value());
     }
 
     void tokenThatCannotBeStoredStaysInItsEditor()
