@@ -160,6 +160,7 @@ private Q_SLOTS:
     void asksForAPasswordOnlyWhenTheUserSaves()
     {
         QLibrary library(u"gcr-base-3"_s, 1);
+        QVERIFY(library.load());
         const auto function = [&](const char *name) { return library.resolve(name); };
         using Start = const char *();
         using ExpectPassword = void(const char *password, const char *endOfProperties);

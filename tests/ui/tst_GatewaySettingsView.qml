@@ -52,12 +52,6 @@ TestCase {
         }
     }
 
-    SignalSpy {
-        id: toggles
-
-        signalName: "projectTrackingToggled"
-    }
-
     function init() {
         Theme.motion = false;
         fixture.reset();
@@ -252,15 +246,5 @@ TestCase {
         tryVerify(() => fixture.read(".config/autostart/ai.duskrell.ostrelle.desktop") !== "");
         press(view, "Run Setup Again…");
         verify(fixture.setupManager.showSetup);
-    }
-
-    function test_projectTracking() {
-        fixture.tool("duskrell", "echo '{\"jobs\": [{\"id\": \"7\", \"name\": \"OSTRELLE Project Tracker\"}]}'");
-        const view = createTemporaryObject(advancedSettings, test);
-        toggles.target = view;
-        press(view, "Project Tracking");
-        compare(toggles.signalArguments[0][0], false);
-        tryVerify(() => fixture.read("calls").includes("cron remove 7"));
-        tryVerify(() => fixture.read(test.preferences).includes("projectTrackingEnabled=false"));
     }
 }
