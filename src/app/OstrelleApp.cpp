@@ -6,7 +6,11 @@
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
+#include "gateway/GatewayAddress.h"
 #include "gateway/GatewayInUse.h"
+#include "platform/Log.h"
+#include "platform/LoginItem.h"
+#include "settings/SettingsQueues.h"
 #include "setup/SetupManager.h"
 #include "statusserver/StatusServer.h"
 #include "tracker/AgentSyncService.h"
@@ -56,6 +60,7 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
     m_cronSync->start();
     m_agentSync = std::make_unique<AgentSyncService>(m_config);
     m_agentSync->start();
+    inOrder(settingsQueue(), [] { LoginItem().bringUpToDate(); });
     handOverServices();
     // However the program ends: main leaves by the quick way, libraries by the other.
     std::atexit(&killVoiceAgent);
@@ -101,6 +106,12 @@ void OstrelleApp::handleIncomingURL(const QString &url)
         return;
     }
     if (link->gatewayBaseURL) {
+        const auto acceptable = checkGatewayAddress(*link->gatewayBaseURL);
+        if (!acceptable) {
+            logLine(u"[Ostrelle] Link for \""_s + printableHost(*link->gatewayBaseURL) +
+                    u"\" refused: its address "_s + toString(acceptable.error()));
+            return;
+        }
         m_gatewayInUse->adopt(*link->gatewayBaseURL, link->token, &tellGatewayIsConfigured);
         return;
     }

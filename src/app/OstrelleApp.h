@@ -30,7 +30,8 @@ public:
     // Gives the delegate what it acts on; at the start, and again whenever the panel appears.
     void handOverServices() const;
 
-    // Takes a link of the program's own scheme; any other is ignored.
+    // Takes a link of the program's own scheme; any other is ignored. One with an address that no
+    // gateway has is refused with a log line.
     void handleIncomingURL(const QString &url);
 
 private:

@@ -106,8 +106,8 @@ void adoptGateway(OstrelleConfig &config, const QString &url)
     config.useGateway(url);
     SavedGateway profile{.name = hostOf(url).value_or(url),
                          .url = url,
-                         .isMagicDNS =
-                             url.startsWith("https://"_L1) && url.contains(magicDNSSuffix)};
+                         .isMagicDNS = url.startsWith("https://"_L1, Qt::CaseInsensitive) &&
+                                       url.contains(magicDNSSuffix)};
     QList<SavedGateway> &saved =
         config.gateway.saved ? *config.gateway.saved : config.gateway.saved.emplace();
     const auto known = std::ranges::find(saved, url, &SavedGateway::url);

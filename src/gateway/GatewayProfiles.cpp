@@ -1,6 +1,9 @@
 #include "gateway/GatewayProfiles.h"
 
+#include "core/NotificationManager.h"
 #include "core/WhenDone.h"
+#include "gateway/GatewayAddress.h"
+#include "platform/Log.h"
 
 #include <QtConcurrent>
 
@@ -10,6 +13,19 @@ namespace ostrelle
 {
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// Where the field that it is about is no longer there.
+void tellElsewhere(const QString &problem)
+{
+    if (!problem.isEmpty()) {
+        NotificationManager::send(u"Ostrelle"_s, problem);
+    }
+}
+
+} // namespace
 
 GatewayProfiles::GatewayProfiles(Settings settings, GatewayViewModel *gateway, GatewayInUse *inUse,
                                  QObject *parent)
@@ -70,6 +86,11 @@ void GatewayProfiles::switchGateway(const SavedGateway &profile)
 
 void GatewayProfiles::addGateway(const SavedGateway &profile)
 {
+    if (const auto acceptable = checkGatewayAddress(profile.url); !acceptable) {
+        logLine(u"[Ostrelle] Gateway \""_s + printableHost(profile.url) +
+                u"\" not added: its address "_s + toString(acceptable.error()));
+        return;
+    }
     change([profile](OstrelleConfig::Gateway &gateway) {
         QList<SavedGateway> &saved = gateway.saved ? *gateway.saved : gateway.saved.emplace();
         if (std::ranges::find(saved, profile.url, &SavedGateway::url) == saved.end()) {
@@ -84,9 +105,23 @@ void GatewayProfiles::addManualGateway()
     if (typed.isEmpty()) {
         return;
     }
-    const QString url = typed.startsWith("http"_L1) ? typed : u"http://"_s + typed + u":18789"_s;
+    const QString url = typed.startsWith("http"_L1, Qt::CaseInsensitive)
+                            ? typed
+                            : u"http://"_s + typed + u":18789"_s;
+    for (const QString &address : {typed, url}) {
+        if (const auto acceptable = checkGatewayAddress(address); !acceptable) {
+            m_manualProblem = u"Not added: the address "_s + toString(acceptable.error());
+            return;
+        }
+    }
     addGateway({.name = hostOf(url).value_or(url), .url = url});
-    m_manualURL = QString();
+    setManualURL({});
+}
+
+void GatewayProfiles::setManualURL(const QString &url)
+{
+    m_manualURL = url;
+    m_manualProblem = QString();
 }
 
 void GatewayProfiles::removeGateway(const QString &url)
@@ -100,26 +135,42 @@ void GatewayProfiles::removeGateway(const QString &url)
 
 void GatewayProfiles::saveActiveToken()
 {
-    storeToken(m_config.gateway.url, tokenInput());
-    setShowTokenField(false);
+    const QString token = tokenInput();
+    storeToken(m_config.gateway.url, token,
+               [this, token](const QString &problem) { showActiveTokenSaved(token, problem); });
 }
 
 void GatewayProfiles::saveProfileToken()
 {
-    storeToken(editingProfileId(), profileTokenInput());
-    setEditingProfileId({});
+    const QString url = editingProfileId();
+    const QString token = profileTokenInput();
+    storeToken(url, token, [this, url, token](const QString &problem) {
+        showProfileTokenSaved(url, token, problem);
+    });
 }
 
 void GatewayProfiles::setShowTokenField(bool show)
 {
     m_showTokenField = show;
-    m_tokenInput = QString();
+    setTokenInput({});
+}
+
+void GatewayProfiles::setTokenInput(const QString &token)
+{
+    m_tokenInput = token;
+    m_tokenProblem = QString();
 }
 
 void GatewayProfiles::setEditingProfileId(const QString &url)
 {
     m_editingProfileId = url;
-    m_profileTokenInput = QString(); // what was typed for one is not for another
+    setProfileTokenInput({}); // what was typed for one is not for another
+}
+
+void GatewayProfiles::setProfileTokenInput(const QString &token)
+{
+    m_profileTokenInput = token;
+    m_profileTokenProblem = QString();
 }
 
 void GatewayProfiles::change(const std::function<void(OstrelleConfig::Gateway &)> &apply)
@@ -143,10 +194,38 @@ void GatewayProfiles::showNames()
     m_saved.show(m_config.gateway, m_gateway->magicDNSURL(), m_tokenTails);
 }
 
-void GatewayProfiles::storeToken(const QString &gatewayURL, const QString &token)
+void GatewayProfiles::storeToken(const QString &gatewayURL, const QString &token,
+                                 const std::function<void(const QString &problem)> &show)
 {
-    whenDone(m_settings.tokens->saveFor(gatewayURL, token), this,
-             [this](const Tokens::Saved &) { Q_EMIT tokensChanged(); });
+    whenDone(m_settings.tokens->saveForUser(gatewayURL, token), this,
+             [this, show](const Tokens::Saved &saved) {
+                 show(saved ? QString() : tokenNotSaved(saved.error()));
+                 Q_EMIT tokensChanged();
+             });
+}
+
+// What the user has typed since, or wherever else the editor is by now, stays.
+void GatewayProfiles::showActiveTokenSaved(const QString &token, const QString &problem)
+{
+    if (!showTokenField() || tokenInput() != token) {
+        tellElsewhere(problem);
+    } else if (problem.isEmpty()) {
+        setShowTokenField(false);
+    } else {
+        m_tokenProblem = problem;
+    }
+}
+
+void GatewayProfiles::showProfileTokenSaved(const QString &url, const QString &token,
+                                            const QString &problem)
+{
+    if (editingProfileId() != url || profileTokenInput() != token) {
+        tellElsewhere(problem);
+    } else if (problem.isEmpty()) {
+        setEditingProfileId({});
+    } else {
+        m_profileTokenProblem = problem;
+    }
 }
 
 void GatewayProfiles::readTokens()

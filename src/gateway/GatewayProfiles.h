@@ -19,6 +19,7 @@ class GatewayProfiles : public QObject
     Q_PROPERTY(bool isLocalGateway READ isLocalGateway NOTIFY isLocalGatewayChanged)
     Q_PROPERTY(bool lacksToken READ lacksToken NOTIFY lacksTokenChanged)
     Q_PROPERTY(QString manualURL READ manualURL WRITE setManualURL NOTIFY manualURLChanged)
+    Q_PROPERTY(QString manualProblem READ manualProblem NOTIFY manualProblemChanged)
     Q_PROPERTY(bool showTokenField READ showTokenField WRITE setShowTokenField NOTIFY
                    showTokenFieldChanged)
     Q_PROPERTY(QString tokenInput READ tokenInput WRITE setTokenInput NOTIFY tokenInputChanged)
@@ -26,6 +27,9 @@ class GatewayProfiles : public QObject
                    editingProfileIdChanged)
     Q_PROPERTY(QString profileTokenInput READ profileTokenInput WRITE setProfileTokenInput NOTIFY
                    profileTokenInputChanged)
+    Q_PROPERTY(QString tokenProblem READ tokenProblem NOTIFY tokenProblemChanged)
+    Q_PROPERTY(
+        QString profileTokenProblem READ profileTokenProblem NOTIFY profileTokenProblemChanged)
     Q_PROPERTY(
         QString pendingSwitchGateway READ pendingSwitchGateway NOTIFY pendingSwitchGatewayChanged)
 
@@ -45,19 +49,22 @@ public:
     // Makes it the gateway in use.
     void switchGateway(const SavedGateway &profile);
 
-    // Nothing when one with that URL is saved already.
+    // Nothing when one with that URL is saved already, or, with a log line, when the URL is no
+    // acceptable address.
     void addGateway(const SavedGateway &profile);
 
-    // Adds what stands in `manualURL`, an address or a URL, and clears that.
+    // Adds what stands in `manualURL`, an address or a URL, and clears that. What is no acceptable
+    // address stays.
     Q_INVOKABLE void addManualGateway();
 
     // Its stored token stays, and so does the gateway in use.
     Q_INVOKABLE void removeGateway(const QString &url);
 
-    // Stores `tokenInput` for the gateway in use and closes the field.
+    // Stores `tokenInput` for the gateway in use and closes the field; one that could not be stored
+    // stays in it. May ask the user to unlock the secret store.
     Q_INVOKABLE void saveActiveToken();
 
-    // Stores `profileTokenInput` for the profile that is edited and closes its editor.
+    // The same with `profileTokenInput` for the profile that is edited, and its editor.
     Q_INVOKABLE void saveProfileToken();
 
     SavedGatewaysModel *saved() { return &m_saved; }
@@ -72,18 +79,25 @@ public:
     bool lacksToken() const { return m_lacksToken; }
 
     QString manualURL() const { return m_manualURL; }
-    void setManualURL(const QString &url) { m_manualURL = url; }
+    void setManualURL(const QString &url);
+
+    // Why what stands in `manualURL` was not added; empty: nothing is known against it.
+    QString manualProblem() const { return m_manualProblem; }
 
     bool showTokenField() const { return m_showTokenField; }
     void setShowTokenField(bool show);
     QString tokenInput() const { return m_tokenInput; }
-    void setTokenInput(const QString &token) { m_tokenInput = token; }
+    void setTokenInput(const QString &token);
 
     // The URL of the saved gateway whose token is being edited; empty: none.
     QString editingProfileId() const { return m_editingProfileId; }
     void setEditingProfileId(const QString &url);
     QString profileTokenInput() const { return m_profileTokenInput; }
-    void setProfileTokenInput(const QString &token) { m_profileTokenInput = token; }
+    void setProfileTokenInput(const QString &token);
+
+    // Why what stands in the field could not be stored; empty: nothing is known against it.
+    QString tokenProblem() const { return m_tokenProblem; }
+    QString profileTokenProblem() const { return m_profileTokenProblem; }
 
     // The URL of the saved gateway that awaits confirmation; empty: none.
     QString pendingSwitchGateway() const { return m_pendingSwitchGateway; }
@@ -96,10 +110,13 @@ Q_SIGNALS:
     void isLocalGatewayChanged();
     void lacksTokenChanged();
     void manualURLChanged();
+    void manualProblemChanged();
     void showTokenFieldChanged();
     void tokenInputChanged();
     void editingProfileIdChanged();
     void profileTokenInputChanged();
+    void tokenProblemChanged();
+    void profileTokenProblemChanged();
     void pendingSwitchGatewayChanged();
 
 private:
@@ -107,7 +124,10 @@ private:
     void change(const std::function<void(OstrelleConfig::Gateway &)> &apply);
     void followConfig();
     void showNames();
-    void storeToken(const QString &gatewayURL, const QString &token);
+    void storeToken(const QString &gatewayURL, const QString &token,
+                    const std::function<void(const QString &problem)> &show);
+    void showActiveTokenSaved(const QString &token, const QString &problem);
+    void showProfileTokenSaved(const QString &url, const QString &token, const QString &problem);
     void readTokens();
     void finishReading(const StoredTokens &tokens);
     void showTokens(const StoredTokens &tokens);
@@ -132,6 +152,8 @@ private:
                                          &GatewayProfiles::lacksTokenChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_manualURL,
                                &GatewayProfiles::manualURLChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_manualProblem,
+                               &GatewayProfiles::manualProblemChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayProfiles, bool, m_showTokenField, false,
                                          &GatewayProfiles::showTokenFieldChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_tokenInput,
@@ -140,6 +162,10 @@ private:
                                &GatewayProfiles::editingProfileIdChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_profileTokenInput,
                                &GatewayProfiles::profileTokenInputChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_tokenProblem,
+                               &GatewayProfiles::tokenProblemChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_profileTokenProblem,
+                               &GatewayProfiles::profileTokenProblemChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_pendingSwitchGateway,
                                &GatewayProfiles::pendingSwitchGatewayChanged)
 };

@@ -19,7 +19,8 @@ enum class SecretProblem {
 QString toString(SecretProblem problem);
 
 // One way of keeping secrets, each under an account name. Calls block for a few seconds at most and
-// may come from any thread but the main one; none of them ever raises a prompt.
+// may come from any thread but the main one; none of them ever raises a prompt, but for the one
+// that says so.
 class SecretStore
 {
 public:
@@ -36,6 +37,11 @@ public:
                                                      const QByteArray &secret) = 0;
 
     virtual std::expected<void, SecretProblem> remove(const QString &account) = 0;
+
+    // Has the user asked to unlock what is locked, if anything is, and waits for the answer, two
+    // minutes at most. What came of it the next call tells. Only for what the user has just asked
+    // for.
+    virtual void unlockForUser() {}
 
 protected:
     SecretStore() = default;

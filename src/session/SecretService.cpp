@@ -12,6 +12,9 @@ namespace
 
 constexpr const char *serviceName = "ai.duskrell.ostrelle";
 
+// For the user's answer to a prompt.
+constexpr std::chrono::minutes userPatience(2);
+
 // Items are found by their attributes alone, so that one made with another tool counts too.
 const SecretSchema tokenSchema = {
     .name = "ai.duskrell.ostrelle.Token",
@@ -35,11 +38,11 @@ struct HashTableUnref {
 struct SecretValueUnref {
     void operator()(SecretValue *value) const { secret_value_unref(value); }
 };
-struct ItemListFree {
-    void operator()(GList *items) const { g_list_free_full(items, g_object_unref); }
+struct ObjectListFree {
+    void operator()(GList *objects) const { g_list_free_full(objects, g_object_unref); }
 };
 using Attributes = std::unique_ptr<GHashTable, HashTableUnref>;
-using Items = std::unique_ptr<GList, ItemListFree>;
+using Objects = std::unique_ptr<GList, ObjectListFree>;
 
 class Failure
 {
@@ -71,6 +74,11 @@ Attributes attributesOf(const QString &account)
                                               account.toUtf8().constData(), nullptr));
 }
 
+Attributes attributesOfAll()
+{
+    return Attributes(secret_attributes_build(&tokenSchema, "service", serviceName, nullptr));
+}
+
 // One conversation with the service: the connection, and the calls made over it.
 class Conversation
 {
@@ -93,10 +101,9 @@ public:
 
     bool deadlinePassed() const { return g_cancellable_is_cancelled(m_calls.cancellable()) != 0; }
 
-    // Without unlocking anything; locked items come without their secret.
-    std::expected<Items, SecretProblem> search(const QString &account)
+    // The items, without unlocking anything; locked ones come without their secret.
+    std::expected<Objects, SecretProblem> search(const Attributes &attributes)
     {
-        const Attributes attributes = attributesOf(account);
         const auto flags =
             static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
         const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
@@ -104,7 +111,7 @@ public:
                                   m_calls.cancellable(), callback, data);
         });
         Failure failure;
-        Items items(secret_service_search_finish(m_service.get(), result.get(), failure.out()));
+        Objects items(secret_service_search_finish(m_service.get(), result.get(), failure.out()));
         if (*failure.out()) {
             return std::unexpected(lost(failure));
         }
@@ -126,8 +133,7 @@ public:
         return {};
     }
 
-    // Storing into a locked collection would raise a prompt, so its state is asked for first.
-    std::expected<void, SecretProblem> requireUnlockedCollection()
+    std::expected<GObjectPtr<SecretCollection>, SecretProblem> defaultCollection()
     {
         const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
             secret_collection_for_alias(m_service.get(), SECRET_COLLECTION_DEFAULT,
@@ -135,7 +141,7 @@ public:
                                         data);
         });
         Failure failure;
-        const GObjectPtr<SecretCollection> collection(
+        GObjectPtr<SecretCollection> collection(
             secret_collection_for_alias_finish(result.get(), failure.out()));
         if (*failure.out()) {
             return std::unexpected(lost(failure));
@@ -144,10 +150,18 @@ public:
             // There is no keyring yet; one can only be made by asking the user.
             return std::unexpected(SecretProblem::Unreachable);
         }
-        if (secret_collection_get_locked(collection.get())) {
-            return std::unexpected(SecretProblem::Locked);
-        }
-        return {};
+        return collection;
+    }
+
+    // Raises a prompt, which goes away together with the patience.
+    void unlock(const Objects &objects)
+    {
+        BoundedCalls calls(userPatience);
+        const auto result = calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+            secret_service_unlock(m_service.get(), objects.get(), calls.cancellable(), callback,
+                                  data);
+        });
+        secret_service_unlock_finish(m_service.get(), result.get(), nullptr, nullptr);
     }
 
     std::expected<void, SecretProblem> store(const QString &account, const QByteArray &secret)
@@ -222,7 +236,7 @@ auto converse(Work work) -> decltype(work(std::declval<Conversation &>()))
 std::expected<std::optional<QByteArray>, SecretProblem> readIn(Conversation &conversation,
                                                                const QString &account)
 {
-    const auto items = conversation.search(account);
+    const auto items = conversation.search(attributesOf(account));
     if (!items) {
         return std::unexpected(items.error());
     }
@@ -246,10 +260,15 @@ std::expected<std::optional<QByteArray>, SecretProblem> readIn(Conversation &con
 std::expected<void, SecretProblem> writeIn(Conversation &conversation, const QString &account,
                                            const QByteArray &secret)
 {
-    if (const auto unlocked = conversation.requireUnlockedCollection(); !unlocked) {
-        return unlocked;
+    // Storing into a locked collection would raise a prompt, so its state is asked for first.
+    const auto collection = conversation.defaultCollection();
+    if (!collection) {
+        return std::unexpected(collection.error());
     }
-    const auto items = conversation.search(account);
+    if (secret_collection_get_locked(collection->get())) {
+        return std::unexpected(SecretProblem::Locked);
+    }
+    const auto items = conversation.search(attributesOf(account));
     if (!items) {
         return std::unexpected(items.error());
     }
@@ -262,7 +281,7 @@ std::expected<void, SecretProblem> writeIn(Conversation &conversation, const QSt
 
 std::expected<void, SecretProblem> removeIn(Conversation &conversation, const QString &account)
 {
-    const auto items = conversation.search(account);
+    const auto items = conversation.search(attributesOf(account));
     if (!items) {
         return std::unexpected(items.error());
     }
@@ -271,6 +290,32 @@ std::expected<void, SecretProblem> removeIn(Conversation &conversation, const QS
         if (!deleted) {
             return deleted;
         }
+    }
+    return {};
+}
+
+std::expected<void, SecretProblem> unlockIn(Conversation &conversation)
+{
+    auto collection = conversation.defaultCollection();
+    if (!collection) {
+        return std::unexpected(collection.error());
+    }
+    const auto items = conversation.search(attributesOfAll());
+    if (!items) {
+        return std::unexpected(items.error());
+    }
+    GList *locked = nullptr;
+    if (secret_collection_get_locked(collection->get())) {
+        locked = g_list_prepend(locked, collection->release());
+    }
+    for (const GList *entry = items->get(); entry; entry = entry->next) {
+        auto *item = static_cast<SecretItem *>(entry->data);
+        if (secret_item_get_locked(item)) {
+            locked = g_list_append(locked, g_object_ref(item));
+        }
+    }
+    if (const Objects objects(locked); objects) {
+        conversation.unlock(objects);
     }
     return {};
 }
@@ -292,6 +337,12 @@ std::expected<void, SecretProblem> SecretService::write(const QString &account,
 std::expected<void, SecretProblem> SecretService::remove(const QString &account)
 {
     return converse([&](Conversation &conversation) { return removeIn(conversation, account); });
+}
+
+void SecretService::unlockForUser()
+{
+    const std::scoped_lock lock(m_unlocking);
+    static_cast<void>(converse(&unlockIn));
 }
 
 } // namespace ostrelle

@@ -2,6 +2,8 @@
 
 #include "platform/SecretStore.h"
 
+#include <mutex>
+
 namespace ostrelle
 {
 
@@ -14,6 +16,12 @@ public:
     std::expected<void, SecretProblem> write(const QString &account,
                                              const QByteArray &secret) override;
     std::expected<void, SecretProblem> remove(const QString &account) override;
+
+    // The default collection and all items of ours: some stores lock each item by itself.
+    void unlockForUser() override;
+
+private:
+    std::mutex m_unlocking; // one prompt at a time
 };
 
 } // namespace ostrelle

@@ -46,11 +46,10 @@ std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus()
     return connection;
 }
 
-BoundedCalls::BoundedCalls()
+BoundedCalls::BoundedCalls(std::chrono::milliseconds deadline)
     : m_context(g_main_context_new())
     , m_cancellable(g_cancellable_new())
-    , m_deadline(g_timeout_source_new(static_cast<guint>(
-          std::chrono::duration_cast<std::chrono::milliseconds>(sessionBusDeadline).count())))
+    , m_deadline(g_timeout_source_new(static_cast<guint>(deadline.count())))
 {
     g_main_context_push_thread_default(m_context.get());
     g_source_set_callback(m_deadline.get(), &BoundedCalls::cancel, this, nullptr);

@@ -14,7 +14,8 @@ struct GObjectUnref {
 template<typename T>
 using GObjectPtr = std::unique_ptr<T, GObjectUnref>;
 
-// No call over the session bus lasts longer, whatever the other side does.
+// No call over the session bus lasts longer, whatever the other side does, but for the user's
+// answer to a prompt.
 inline constexpr std::chrono::seconds sessionBusDeadline{2};
 
 enum class BusProblem {
@@ -31,7 +32,7 @@ std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus();
 class BoundedCalls
 {
 public:
-    BoundedCalls();
+    explicit BoundedCalls(std::chrono::milliseconds deadline = sessionBusDeadline);
     ~BoundedCalls();
     BoundedCalls(const BoundedCalls &) = delete;
     BoundedCalls &operator=(const BoundedCalls &) = delete;

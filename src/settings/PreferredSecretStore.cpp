@@ -60,7 +60,7 @@ PreferredSecretStore::read(const QString &account)
 std::expected<std::optional<QByteArray>, SecretProblem>
 PreferredSecretStore::readService(const QString &account)
 {
-    auto secret = askService([&](SecretStore &service) { return service.read(account); });
+    auto secret = askForSecret(account);
     if (isAnswer(secret)) {
         // That there is nothing tells nothing: without a keyring that somebody has set up, the
         // service answers and keeps no secret.
@@ -82,12 +82,49 @@ PreferredSecretStore::readService(const QString &account)
     return secret;
 }
 
+std::expected<std::optional<QByteArray>, SecretProblem>
+PreferredSecretStore::askForSecret(const QString &account)
+{
+    const quint64 before = writeCount();
+    auto secret = askService([&](SecretStore &service) { return service.read(account); });
+    const std::scoped_lock lock(m_remembering);
+    if (secret && before == m_writeCount) { // else it may be older than what was written
+        m_remembered.insert(account, *secret);
+    }
+    const bool isKnown =
+        hasProblem(secret, SecretProblem::Locked) && m_remembered.value(account).has_value();
+    return isKnown ? m_remembered.value(account) : secret;
+}
+
+std::expected<void, SecretProblem> PreferredSecretStore::giveToService(const QString &account,
+                                                                       const QByteArray &secret)
+{
+    auto written = askService([&](SecretStore &service) { return service.write(account, secret); });
+    if (written) {
+        rememberWritten(account, secret);
+    }
+    return written;
+}
+
+void PreferredSecretStore::rememberWritten(const QString &account,
+                                           const std::optional<QByteArray> &secret)
+{
+    const std::scoped_lock lock(m_remembering);
+    m_remembered.insert(account, secret);
+    ++m_writeCount;
+}
+
+quint64 PreferredSecretStore::writeCount()
+{
+    const std::scoped_lock lock(m_remembering);
+    return m_writeCount;
+}
+
 std::expected<void, SecretProblem> PreferredSecretStore::write(const QString &account,
                                                                const QByteArray &secret)
 {
     const std::scoped_lock lock(m_writing);
-    const auto written =
-        askService([&](SecretStore &service) { return service.write(account, secret); });
+    const auto written = giveToService(account, secret);
     if (!isAnswer(written)) {
         tellWhere(Place::File);
         return m_file.write(account, secret);
@@ -107,7 +144,17 @@ std::expected<void, SecretProblem> PreferredSecretStore::remove(const QString &a
     const std::scoped_lock lock(m_writing);
     const auto removed = askService([&](SecretStore &service) { return service.remove(account); });
     const auto removedFromFile = m_file.remove(account);
+    if (removed) {
+        rememberWritten(account, std::nullopt);
+    }
     return isAnswer(removed) ? removed : removedFromFile;
+}
+
+void PreferredSecretStore::unlockForUser()
+{
+    if (SessionServices *const services = sessionServices()) {
+        services->secrets().unlockForUser();
+    }
 }
 
 void PreferredSecretStore::moveToService()
@@ -121,10 +168,7 @@ void PreferredSecretStore::moveToService()
         if (!kept || !*kept) {
             continue;
         }
-        const bool moved = askService([&](SecretStore &service) {
-                               return service.write(account, **kept);
-                           }).has_value();
-        if (!moved) {
+        if (!giveToService(account, **kept)) {
             return;
         }
         static_cast<void>(m_file.remove(account));

@@ -2,6 +2,8 @@
 
 #include "settings/SecretFile.h"
 
+#include <QHash>
+
 #include <atomic>
 #include <mutex>
 
@@ -10,7 +12,9 @@ namespace ostrelle
 
 // Secrets in the desktop's Secret Service while one can be reached, else in a file that only the
 // user can read; what the file holds moves to the service once that is there. One log line says
-// which of the two, and one more whenever that changes.
+// which of the two, and one more whenever that changes. What the service has once given or taken is
+// remembered until the program ends, for when it is locked again: some stores ask the user for each
+// item anew.
 class PreferredSecretStore final : public SecretStore
 {
 public:
@@ -27,16 +31,26 @@ public:
 
     std::expected<void, SecretProblem> remove(const QString &account) override;
 
+    void unlockForUser() override;
+
 private:
     enum class Place { Unknown, Service, File };
 
     std::expected<std::optional<QByteArray>, SecretProblem> readService(const QString &account);
+    std::expected<std::optional<QByteArray>, SecretProblem> askForSecret(const QString &account);
+    std::expected<void, SecretProblem> giveToService(const QString &account,
+                                                     const QByteArray &secret);
+    void rememberWritten(const QString &account, const std::optional<QByteArray> &secret);
+    quint64 writeCount();
     void moveToService();
     void tellWhere(Place place);
 
     const QString m_path;
     SecretFile m_file;
     std::mutex m_writing; // a move to the service and a write must not cross
+    std::mutex m_remembering;
+    QHash<QString, std::optional<QByteArray>> m_remembered; // protected by it
+    quint64 m_writeCount = 0;                               // protected by it
     std::atomic<Place> m_place = Place::Unknown;
 };
 

@@ -1,5 +1,6 @@
 #include "settings/Tokens.h"
 
+#include "core/BackgroundWork.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/Paths.h"
@@ -29,9 +30,12 @@ QString tokenOfGatewayItself()
     return root["gateway"_L1]["auth"_L1]["token"_L1].toString();
 }
 
-void logNotSaved(SecretProblem problem)
+Tokens::Saved logged(const Tokens::Saved &saved)
 {
-    logLine(u"[Ostrelle] Token not saved: "_s + toString(problem));
+    if (!saved) {
+        logLine(u"[Ostrelle] "_s + tokenNotSaved(saved.error()));
+    }
+    return saved;
 }
 
 // Removes the plain-text tokens that `before` has and `after` has not, and nothing that appeared
@@ -69,6 +73,11 @@ void removeOutdated(OstrelleConfig &config, const QString &gatewayURL)
 }
 
 } // namespace
+
+QString tokenNotSaved(SecretProblem problem)
+{
+    return u"Token not saved: "_s + toString(problem);
+}
 
 Tokens::Tokens(std::shared_ptr<SecretStore> store, std::shared_ptr<ConfigStore> config)
     : m_store(std::move(store))
@@ -140,9 +149,47 @@ void Tokens::setMagicDNSName(const QString &name)
 
 QFuture<Tokens::Saved> Tokens::saveFor(const QString &gatewayURL, const QString &token)
 {
+    takeTurn(gatewayURL);
     return inOrder(tokenQueue(), [tokens = shared_from_this(), gatewayURL, token] {
-        return tokens->saveForNow(gatewayURL, token);
+        return logged(tokens->saveForNow(gatewayURL, token));
     });
+}
+
+QFuture<Tokens::Saved> Tokens::saveForUser(const QString &gatewayURL, const QString &token)
+{
+    const quint64 turn = takeTurn(gatewayURL);
+    const auto unlockIfLocked = [tokens = shared_from_this(), gatewayURL, token,
+                                 turn](const Saved &saved) {
+        if (saved || saved.error() != SecretProblem::Locked) {
+            return QtFuture::makeReadyFuture(saved);
+        }
+        tokens->m_store->unlockForUser();
+        return tokens->saveInOrder(gatewayURL, token, turn);
+    };
+    return saveInOrder(gatewayURL, token, turn)
+        .then(&userInitiatedPool(), unlockIfLocked)
+        .unwrap()
+        .then(QtFuture::Launch::Inherit, &logged);
+}
+
+QFuture<Tokens::Saved> Tokens::saveInOrder(const QString &gatewayURL, const QString &token,
+                                           quint64 turn)
+{
+    return inOrder(tokenQueue(), [tokens = shared_from_this(), gatewayURL, token, turn] {
+        return tokens->hasTurn(gatewayURL, turn) ? tokens->saveForNow(gatewayURL, token) : Saved();
+    });
+}
+
+quint64 Tokens::takeTurn(const QString &gatewayURL)
+{
+    const std::scoped_lock lock(m_mutex);
+    return ++m_latestTurns[gatewayURL];
+}
+
+bool Tokens::hasTurn(const QString &gatewayURL, quint64 turn) const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_latestTurns.value(gatewayURL) == turn;
 }
 
 QFuture<void> Tokens::activate(const QString &gatewayURL)
@@ -175,9 +222,6 @@ Tokens::Saved Tokens::saveForNow(const QString &gatewayURL, const QString &token
     if (saved && m_config->current().gateway.url == gatewayURL) {
         saved = save(token, KeychainHelper::activeKey);
     }
-    if (!saved) {
-        logNotSaved(saved.error());
-    }
     return saved;
 }
 
@@ -187,9 +231,7 @@ void Tokens::activateNow(const QString &gatewayURL)
     if (token.isEmpty() || m_config->current().gateway.url != gatewayURL) {
         return;
     }
-    if (const auto saved = save(token, KeychainHelper::activeKey); !saved) {
-        logNotSaved(saved.error());
-    }
+    static_cast<void>(logged(save(token, KeychainHelper::activeKey)));
 }
 
 bool Tokens::migrateNow()
@@ -201,7 +243,7 @@ bool Tokens::migrateNow()
     OstrelleConfig after = before;
     const auto migrated = KeychainHelper::migrateFromConfig(*m_store, after, m_savedKeys);
     if (!migrated && !std::exchange(m_toldMigrationFails, true)) {
-        logNotSaved(migrated.error());
+        static_cast<void>(logged(migrated));
     }
     if (after != before) {
         // Not waited for: a disk that hangs must not keep tokens from being stored.

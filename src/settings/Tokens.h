@@ -4,6 +4,7 @@
 #include "settings/KeychainHelper.h"
 
 #include <QFuture>
+#include <QHash>
 #include <QSet>
 
 #include <memory>
@@ -11,6 +12,9 @@
 
 namespace ostrelle
 {
+
+// What the user is told then.
+QString tokenNotSaved(SecretProblem problem);
 
 // The gateways' tokens: who may be sent which, and the only way to store one. Whatever asks, they
 // are stored one after the other in the order in which that was asked for. What asks the secret
@@ -45,6 +49,11 @@ public:
     // older one leaves the configuration file. A failure has also been logged. Any thread.
     QFuture<Saved> saveFor(const QString &gatewayURL, const QString &token);
 
+    // The same for a token that the user has just entered: where the store is locked, the user is
+    // asked to unlock it, which may take minutes. Others are stored meanwhile, and a later one for
+    // the same gateway stays. Any thread.
+    QFuture<Saved> saveForUser(const QString &gatewayURL, const QString &token);
+
     // Makes the token that is stored for the gateway, if there is one, the active one, if it is
     // still in use then. Any thread.
     QFuture<void> activate(const QString &gatewayURL);
@@ -57,6 +66,9 @@ public:
 private:
     std::expected<QString, SecretProblem> stored(const QString &key) const;
     Saved save(const QString &token, const QString &key);
+    quint64 takeTurn(const QString &gatewayURL);
+    bool hasTurn(const QString &gatewayURL, quint64 turn) const;
+    QFuture<Saved> saveInOrder(const QString &gatewayURL, const QString &token, quint64 turn);
     Saved saveForNow(const QString &gatewayURL, const QString &token);
     void activateNow(const QString &gatewayURL);
     bool migrateNow();
@@ -66,7 +78,8 @@ private:
     QSet<QString> m_savedKeys;         // in this run; used in the token queue only
     bool m_toldMigrationFails = false; // used in the token queue only
     mutable std::mutex m_mutex;
-    QString m_magicDNSName; // protected by it
+    QString m_magicDNSName;                // protected by it
+    QHash<QString, quint64> m_latestTurns; // by gateway URL; protected by it
 };
 
 } // namespace ostrelle

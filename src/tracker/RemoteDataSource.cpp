@@ -3,6 +3,7 @@
 #include "core/HttpClient.h"
 
 #include <QEventLoop>
+#include <QRegularExpression>
 #include <QUrl>
 
 namespace ostrelle
@@ -30,10 +31,14 @@ HttpResult exchange(const HttpRequest &request)
 
 std::optional<QString> statusBaseOf(const QString &gatewayURL)
 {
-    if (gatewayURL.startsWith("https://"_L1)) {
+    if (gatewayURL.startsWith("https://"_L1, Qt::CaseInsensitive)) {
         return gatewayURL + u"/ostrelle"_s;
     }
-    const QString host = QString(gatewayURL).remove("http://"_L1).section(u':', 0, 0);
+    static const QRegularExpression userPart(u"^[^/?#]*@"_s);
+    const QString host = QString(gatewayURL)
+                             .remove("http://"_L1, Qt::CaseInsensitive)
+                             .remove(userPart)
+                             .section(u':', 0, 0);
     if (host.isEmpty() || host == "127.0.0.1"_L1 || host == "localhost"_L1) {
         return std::nullopt;
     }

@@ -7,6 +7,7 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QGuiApplication>
+#include <QTimer>
 
 #include <X11/Xlib.h>
 
@@ -20,6 +21,10 @@ namespace
 
 const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
+
+// Qt hears of an X11 tray over a connection of its own. An icon that is made before it has heard is
+// docked, taken back and docked again, which not every tray follows.
+constexpr std::chrono::milliseconds toolkitHearsIn{50};
 
 Atom trayAtom(Display *display)
 {

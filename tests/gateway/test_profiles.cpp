@@ -1,3 +1,4 @@
+#include "gateway/GatewayAddress.h"
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
 #include "settings/SettingsQueues.h"
@@ -205,6 +206,63 @@ private Q_SLOTS:
         QCOMPARE(saved.last(), (SavedGateway{.name = name, .url = url}));
     }
 
+    void knowsAddresses_data()
+    {
+        QTest::addColumn<QString>("problem"); // empty: it is one
+        const auto row = [](const char *address, const QString &problem = {}) {
+            QTest::newRow(address) << problem;
+        };
+        const auto refused = [&](const char *address, AddressProblem problem) {
+            row(address, toString(problem));
+        };
+        row("192.168.1.20");
+        row("box:18789");
+        row("HTTPS://box.t.ts.net/@x");
+        row("http://[fd7a::1]:18789");
+        row("http://LocalHost:1");
+        refused("http://me@box", AddressProblem::UserPart);
+        refused("me:secret@box", AddressProblem::UserPart);
+        refused("http://box\\@far", AddressProblem::Characters);
+        refused("http://box\r\nX: y", AddressProblem::Characters);
+        refused("http://box\u202e", AddressProblem::Characters);
+        refused("ftp://box", AddressProblem::Scheme);
+        refused("javascript:x", AddressProblem::Scheme);
+        refused(" http://box", AddressProblem::Scheme);
+        refused("http:///x", AddressProblem::NoHost);
+        refused("https:box", AddressProblem::NoHost);
+        refused("http://127.0.0.1.far", AddressProblem::LooksLocal);
+        refused("mylocalhost", AddressProblem::LooksLocal);
+        refused("http://far/?localhost", AddressProblem::LooksLocal);
+    }
+    void knowsAddresses()
+    {
+        const QString address = QString::fromUtf8(QTest::currentDataTag());
+        const auto acceptable = checkGatewayAddress(address);
+        QTEST(acceptable ? QString() : toString(acceptable.error()), "problem");
+        QVERIFY(!printableHost(address).contains(u"secret"_s));
+
+        m_profiles->setManualURL(address);
+        m_profiles->addManualGateway();
+        QCOMPARE(m_profiles->manualURL(), acceptable ? QString() : address);
+        QCOMPARE(m_profiles->manualProblem().isEmpty(), acceptable.has_value());
+    }
+
+    void tokenThatCannotBeStoredStaysInItsEditor()
+    {
+        m_home->write(u".ostrelle/secrets.json/in-the-way"_s, "");
+        m_profiles->setEditingProfileId(remote);
+        m_profiles->setProfileTokenInput(u"typed"_s);
+        m_profiles->saveProfileToken();
+        QTRY_COMPARE(m_profiles->profileTokenProblem(),
+                     u"Token not saved: the secret store refused"_s);
+        QCOMPARE(m_profiles->editingProfileId(), remote);
+        QCOMPARE(m_profiles->profileTokenInput(), u"typed"_s);
+        QDir(m_home->path(u".ostrelle/secrets.json"_s)).removeRecursively();
+        m_profiles->saveProfileToken();
+        QTRY_COMPARE(m_profiles->editingProfileId(), QString());
+        QCOMPARE(m_home->storedToken(remote), u"typed"_s);
+    }
+
     void changeOfAFileThatCannotBeReadLosesNothing()
     {
         const QString config = u".ostrelle/config.json"_s;
@@ -317,8 +375,6 @@ private Q_SLOTS:
         QCOMPARE(settings.geminiAPIKey(), u"k,\"ü"_s);
         QTRY_VERIFY(settings.launchAtLogin());
         const QString entry = u".config/autostart/ai.duskrell.ostrelle.desktop"_s;
-        QVERIFY(m_home->read(entry).contains(
-            "\nExec=\"" + QCoreApplication::applicationFilePath().toUtf8() + "\"\n"));
         settings.setLaunchAtLogin(false);
         QVERIFY(!settings.launchAtLogin());
         QTRY_VERIFY(!m_home->exists(entry));

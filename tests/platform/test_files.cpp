@@ -1,4 +1,5 @@
 #include "platform/Files.h"
+#include "platform/LoginItem.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
 #include "support/ScratchHome.h"
@@ -73,6 +74,47 @@ private Q_SLOTS:
             const auto read = QByteArray::fromStdString(readFile(file).value());
             QVERIFY2(read.isEmpty() || contents.contains(read), read.right(200));
         }
+    }
+
+    void loginItemNamesTheInstalledProgram_data()
+    {
+        QTest::addColumn<QString>("named");
+        QTest::addColumn<QString>("running");
+        QTest::addColumn<bool>("isEnabled");
+        QTest::addColumn<QString>("namedThen"); // once the program has started
+        const QString installed = u"a \"$`\\% b/ostrelle"_s;
+        const QString built = u"build/bin/ostrelle"_s;
+        QTest::newRow("all is well") << installed << installed << true << installed;
+        QTest::newRow("moved") << u"gone/ostrelle"_s << installed << false << installed;
+        QTest::newRow("of a build") << built << installed << false << installed;
+        QTest::newRow("a build runs") << installed << built << true << installed;
+        QTest::newRow("another one") << u"other/tool"_s << installed << false << u"other/tool"_s;
+    }
+    void loginItemNamesTheInstalledProgram()
+    {
+        QFETCH(QString, named);
+        QFETCH(QString, running);
+        QFETCH(QString, namedThen);
+        const ScratchHome home;
+        for (const QString &program :
+             {u"a \"$`\\% b/ostrelle"_s, u"other/tool"_s, u"build/bin/ostrelle"_s}) {
+            home.writeScript(program, "");
+        }
+        home.write(u"build/CMakeCache.txt"_s, "");
+        const auto entryOf = [&](const QString &program) {
+            qputenv("PATH", "/nowhere");
+            LoginItem(home.path(u"its entry"_s), home.path(program)).enable();
+            qputenv("PATH", QFile::encodeName(home.path(u"build/bin"_s) + u':' +
+                                              home.path(u"a \"$`\\% b"_s)));
+            return home.read(u"its entry"_s);
+        };
+        LoginItem item(home.path(u"entry"_s), home.path(running));
+        home.write(u"entry"_s, entryOf(named));
+        QTEST(item.isEnabled(), "isEnabled");
+        item.bringUpToDate();
+        QCOMPARE(home.read(u"entry"_s), entryOf(namedThen));
+        QVERIFY(item.enable());
+        QCOMPARE(home.read(u"entry"_s), entryOf(u"a \"$`\\% b/ostrelle"_s));
     }
 
     void refusesWhatIsNoFile_data()

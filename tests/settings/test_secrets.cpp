@@ -5,6 +5,7 @@
 #include "support/ScratchHome.h"
 
 #include <QElapsedTimer>
+#include <QLibrary>
 #include <QTest>
 
 #include <csignal>
@@ -17,7 +18,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString account = u"gateway-token:http://127.0.0.1:18789"_s;
+const QString gateway = u"http://127.0.0.1:18789"_s;
+const QString account = u"gateway-token:"_s + gateway;
 
 // What a call came to, in a form that a failing comparison can print.
 QString outcome(const std::expected<std::optional<QByteArray>, SecretProblem> &answer)
@@ -94,13 +96,12 @@ private Q_SLOTS:
     void keepsSecretsInAKeyring()
     {
         m_keyring = &m_session->startKeyring();
-        SecretService service;
-        verifyKeepsSecrets(service);
+        verifyKeepsSecrets(m_service);
 
-        QVERIFY(service.write(account, "one"));
-        QVERIFY(service.write(account, "two"));
+        QVERIFY(m_service.write(account, "one"));
+        QVERIFY(m_service.write(account, "two"));
         QCOMPARE(listedByBusTool().count("object path"), 1);
-        QVERIFY(service.remove(account));
+        QVERIFY(m_service.remove(account));
     }
 
     void followsTheServiceAsItComesAndGoes()
@@ -126,25 +127,23 @@ private Q_SLOTS:
     void answersInTimeWhenTheKeyringIsFrozen()
     {
         m_keyring = &m_session->startKeyring();
-        SecretService service;
-        QVERIFY(service.write(account, "old"));
+        QVERIFY(m_service.write(account, "old"));
         ::kill(static_cast<pid_t>(m_keyring->processId()), SIGSTOP);
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(outcome(service.read(account)), toString(SecretProblem::NoAnswer));
+        QCOMPARE(outcome(m_service.read(account)), toString(SecretProblem::NoAnswer));
         QVERIFY(timer.elapsed() < 15000); // GLib's own limit is 25 s
         QCOMPARE(outcome(m_preferred.read(account)), toString(SecretProblem::NoAnswer));
         // What is saved meanwhile counts, also when the keyring, with the old secret, is back.
         QVERIFY(m_preferred.write(account, "new"));
         ::kill(static_cast<pid_t>(m_keyring->processId()), SIGCONT);
         QCOMPARE(outcome(m_preferred.read(account)), u"\"new\""_s);
-        QTRY_COMPARE(outcome(service.read(account)), u"\"new\""_s);
+        QTRY_COMPARE(outcome(m_service.read(account)), u"\"new\""_s);
     }
 
     void moveToTheKeyringLosesNothingNewer()
     {
         m_keyring = &m_session->startKeyring();
-        SecretService service;
         for (int i = 0; i < 30; ++i) {
             const QByteArray newer = "new " + QByteArray::number(i);
             QVERIFY(SecretFile(m_home.path(keptIn)).write(account, "old"));
@@ -152,24 +151,41 @@ private Q_SLOTS:
                 [this] { static_cast<void>(m_preferred.read(account)); }); // which moves it
             QVERIFY(m_preferred.write(account, newer));
             QTRY_VERIFY(!m_home.read(keptIn).contains(account.toUtf8()));
-            QCOMPARE(outcome(service.read(account)), u'"' + QString::fromUtf8(newer) + u'"');
+            QCOMPARE(outcome(m_service.read(account)), u'"' + QString::fromUtf8(newer) + u'"');
         }
     }
 
-    void neverAsksForAPasswordWhenLocked()
+    // The prompter is the one that the keyring's own library has for tests. It takes a prompt that
+    // nobody expects as an error, and the keyring then stays locked.
+    void asksForAPasswordOnlyWhenTheUserSaves()
     {
+        QLibrary library(u"gcr-base-3"_s, 1);
+        QVERIFY(library.load());
+        const auto function = [&](const char *name) { return library.resolve(name); };
+        using Start = const char *();
+        using ExpectPassword = void(const char *password, const char *endOfProperties);
+        qputenv("GNOME_KEYRING_TEST_PROMPTER",
+                reinterpret_cast<Start *>(function("gcr_mock_prompter_start"))());
+        const auto expectPassword =
+            reinterpret_cast<ExpectPassword *>(function("gcr_mock_prompter_expect_password_ok"));
+        const auto expectCancel = function("gcr_mock_prompter_expect_password_cancel");
+
         m_keyring = &m_session->startKeyring();
-        SecretService service;
-        QVERIFY(service.write(account, "secret"));
-        QProcess lock;
-        lock.start(u"dbus-send"_s,
-                   {u"--session"_s, u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s,
-                    u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service.Lock"_s,
-                    u"array:objpath:/org/freedesktop/secrets/collection/login"_s});
-        lock.waitForFinished();
-        QCOMPARE(outcome(service.read(account)), toString(SecretProblem::Locked));
-        const auto written = service.write(account, "other");
-        QVERIFY(!written && written.error() == SecretProblem::Locked);
+        const Settings settings = m_home.settings();
+        const auto save = [&](const QString &token, const auto &how) {
+            const Tokens::Saved saved = ((*settings.tokens).*how)(gateway, token).result();
+            return saved ? u"saved"_s : toString(saved.error());
+        };
+        QCOMPARE(save(u"one"_s, &Tokens::saveFor), u"saved"_s);
+        lockKeyring();
+        QCOMPARE(outcome(m_service.read(account)), toString(SecretProblem::Locked));
+        QCOMPARE(save(u"two"_s, &Tokens::saveFor), toString(SecretProblem::Locked));
+        QCOMPARE(settings.tokens->getToken(gateway), u"one"_s); // remembered
+        expectCancel();
+        QCOMPARE(save(u"three"_s, &Tokens::saveForUser), toString(SecretProblem::Locked));
+        expectPassword("test password", nullptr);
+        QCOMPARE(save(u"four"_s, &Tokens::saveForUser), u"saved"_s);
+        QCOMPARE(outcome(m_service.read(account)), u"\"four\""_s);
     }
 
     // Last: no other bus can be reached from this process afterwards.
@@ -182,6 +198,15 @@ private Q_SLOTS:
     }
 
 private:
+    static void lockKeyring()
+    {
+        QProcess::execute(u"dbus-send"_s,
+                          {u"--session"_s, u"--type=method_call"_s, u"--print-reply"_s,
+                           u"--dest=org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
+                           u"org.freedesktop.Secret.Service.Lock"_s,
+                           u"array:objpath:/org/freedesktop/secrets/collection/login"_s});
+    }
+
     void endKeyring()
     {
         m_keyring->terminate();
@@ -191,6 +216,7 @@ private:
 
     const QString keptIn = u".ostrelle/secrets.json"_s;
     ScratchHome m_home;
+    SecretService m_service;
     PreferredSecretStore m_preferred{m_home.path(keptIn)};
     std::unique_ptr<PrivateSession> m_session;
     QProcess *m_keyring = nullptr;

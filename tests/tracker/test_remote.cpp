@@ -51,6 +51,8 @@ private Q_SLOTS:
         row("http://LOCALHOST:18789", true, u"http://LOCALHOST:18794"_s);
         row("http://[::1]:18789", true, u"http://[:18794"_s);
         row("host:18789", true, u"http://host:18794"_s);
+        row("HTTPS://box", true, u"HTTPS://box/ostrelle"_s);
+        row("Http://box:1", true, u"http://box:18794"_s);
         row("", true, {});
     }
 
@@ -120,7 +122,7 @@ private Q_SLOTS:
         config.save();
         m_home.write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"secret"}}})");
         const QString base = RemoteDataSource::statusBaseURL(config).value();
-        QCOMPARE(base, u"http://127.94.18.9:18794"_s);
+        QCOMPARE(base, u"http://[:18794"_s);
         QCOMPARE(RemoteDataSource::fetchRemoteData(base, u"/status"_s, config,
                                                    *m_home.settings().tokens),
                  authRejected());

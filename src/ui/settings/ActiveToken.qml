@@ -84,6 +84,7 @@ FocusScope {
                 TokenEditor {
                     width: parent.width
                     token: section.profiles.tokenInput
+                    problem: section.profiles.tokenProblem
                     onEdited: token => section.profiles.tokenInput = token
                     onSaved: section.profiles.saveActiveToken()
                     onDismissed: section.profiles.showTokenField = false

@@ -43,4 +43,9 @@ Column {
             onClicked: section.profiles.addManualGateway()
         }
     }
+
+    FieldProblem {
+        width: parent.width
+        text: section.profiles.manualProblem
+    }
 }

@@ -92,6 +92,7 @@ FocusScope {
 
             TokenEditor {
                 token: row.profiles.profileTokenInput
+                problem: row.profiles.profileTokenProblem
                 onEdited: token => row.profiles.profileTokenInput = token
                 onSaved: row.profiles.saveProfileToken()
                 onDismissed: row.profiles.editingProfileId = ""

@@ -7,6 +7,7 @@ FocusScope {
     id: editor
 
     required property string token
+    required property string problem // why it could not be stored
 
     property bool isCleared: false // by the user
 
@@ -14,7 +15,7 @@ FocusScope {
     signal saved()
     signal dismissed() // there is nothing to save
 
-    implicitHeight: field.implicitHeight
+    implicitHeight: column.implicitHeight
     Component.onCompleted: field.forceActiveFocus()
     onVisibleChanged: editor.isCleared = false
 
@@ -26,29 +27,45 @@ FocusScope {
         }
     }
 
-    SecretField {
-        id: field
+    Column {
+        id: column
 
-        anchors.left: parent.left
-        anchors.right: save.left
-        anchors.rightMargin: Theme.gap
-        focus: true
-        placeholderText: "Paste gateway token"
-        text: editor.token
-        onTextEdited: {
-            editor.isCleared = field.text === "";
-            editor.edited(field.text);
+        width: parent.width
+
+        Item {
+            width: parent.width
+            height: field.implicitHeight
+
+            SecretField {
+                id: field
+
+                anchors.left: parent.left
+                anchors.right: save.left
+                anchors.rightMargin: Theme.gap
+                focus: true
+                placeholderText: "Paste gateway token"
+                text: editor.token
+                onTextEdited: {
+                    editor.isCleared = field.text === "";
+                    editor.edited(field.text);
+                }
+                onAccepted: editor.finish()
+            }
+
+            PushButton {
+                id: save
+
+                anchors.right: parent.right
+                anchors.verticalCenter: field.verticalCenter
+                kind: PushButton.Prominent
+                text: "Save"
+                onClicked: editor.finish()
+            }
         }
-        onAccepted: editor.finish()
-    }
 
-    PushButton {
-        id: save
-
-        anchors.right: parent.right
-        anchors.verticalCenter: field.verticalCenter
-        kind: PushButton.Prominent
-        text: "Save"
-        onClicked: editor.finish()
+        FieldProblem {
+            width: parent.width
+            text: editor.problem
+        }
     }
 }
