@@ -1,7 +1,6 @@
 #include "tray/MenuBarExtra.h"
 
 #include "platform/Module.h"
-#include "setup/SetupManager.h"
 #include "tray/PanelPlacement.h"
 
 #include <QCursor>
@@ -88,8 +87,6 @@ MenuBarExtra::MenuBarExtra(const Models &models, const TrayHostWatcher &hosts)
     connect(&m_label, &MenuBarLabel::doubleClicked, this, &MenuBarExtra::handleDoubleClick);
     connect(&m_label, &MenuBarLabel::menuOpens, this, &MenuBarExtra::handleMenu);
     connect(&m_label, &MenuBarLabel::openChosen, this, &MenuBarExtra::openPanel);
-    connect(models.setupManager, &SetupManager::showSetupChanged, this,
-            &MenuBarExtra::openAtVeryFirstStart);
     if (m_seat) {
         connect(m_seat.get(), &WaylandSeat::appeared, this, [this] {
             if (m_waitsForSeat) {
@@ -108,19 +105,6 @@ void MenuBarExtra::showLabel()
     if (m_hosts.hostPresent()) {
         m_label.show();
         Q_EMIT iconShown();
-        openAtVeryFirstStart();
-    }
-}
-
-// The setup waits where nobody would look for it yet. Without a tray the panel opens anyway.
-void MenuBarExtra::openAtVeryFirstStart()
-{
-    const SetupManager &setup = *m_models.setupManager;
-    Preferences &preferences = *m_models.settings.preferences;
-    if (m_hosts.hostPresent() && setup.showSetup() && !setup.hasConfig() &&
-        !preferences.value(preference::setupWasShown)) {
-        preferences.set(preference::setupWasShown, true);
-        openPanel();
     }
 }
 

@@ -12,7 +12,6 @@ namespace ostrelle
 
 // The program's face: the icon, the panel, and who opens what. The icon appears when a tray host
 // does, and the panel on a click. Where no host comes within a moment the panel opens as a window.
-// At the very first start it opens by itself, once.
 // Main thread only.
 class MenuBarExtra : public QObject
 {
@@ -37,7 +36,6 @@ private:
     void handleDoubleClick();
     void handleMenu();
     void openIfThereIsNoTray();
-    void openAtVeryFirstStart();
     PanelWindow *panel();
     std::optional<QRect> panelPlace() const;
     QRect iconPlace() const;
