@@ -2,6 +2,9 @@
 
 #include <QProcessEnvironment>
 #include <QString>
+#include <QStringList>
+
+#include <optional>
 
 namespace ostrelle
 {
@@ -9,6 +12,19 @@ namespace ostrelle
 // The search path for tools, the same in every desktop session. It also has the folders of other
 // systems, which do no harm here. Folders that anybody may write to are left out.
 QString toolSearchPath();
+
+// Where the installers that Linux users have put tools, for all users or for this one: npm, nvm
+// (its newest version of Node first), volta, pnpm, bun, snap, Linuxbrew and pip. Only folders that
+// are there. To be looked at after every place that is named elsewhere. Looks at the disk.
+QStringList userToolFolders();
+
+// The first tool of that name in those folders; absent when there is none. Looks at the disk.
+std::optional<QString> findUserTool(const QString &name);
+
+// The search path for a tool: toolSearchPath(), but for one from those folders its own folder comes
+// first and the others of them last. For it is often a script that begins with
+// "#!/usr/bin/env node", and Node is beside it.
+QString toolSearchPath(const QString &program);
 
 // All that a tool gets to see of this program's environment: PATH and HOME.
 QProcessEnvironment toolEnvironment(const QString &searchPath = toolSearchPath());

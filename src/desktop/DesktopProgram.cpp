@@ -2,6 +2,7 @@
 #include "app/RunProgram.h"
 #include "core/BackgroundWork.h"
 #include "displayserver/GlobalShortcut.h"
+#include "setup/SetupManager.h"
 #include "tray/MenuBarExtra.h"
 #include "tray/TrayApplication.h"
 
@@ -28,6 +29,10 @@ public:
         QObject::connect(&*m_extra, &MenuBarExtra::iconShown, &m_hosts,
                          [this] { endHold(hostTakesIconIn); });
         endHold(iconPatience);
+        const auto offerSetup = [this, models = app.models()] { openAtVeryFirstStart(models); };
+        QObject::connect(&*m_extra, &MenuBarExtra::iconShown, &m_hosts, offerSetup);
+        QObject::connect(app.models().setupManager, &SetupManager::showSetupChanged, &m_hosts,
+                         offerSetup);
     }
 
     void openPanel() override { m_extra->openPanel(); }
@@ -44,6 +49,18 @@ public:
 private:
     static constexpr std::chrono::milliseconds hostTakesIconIn{30};
     static constexpr std::chrono::milliseconds iconPatience{200}; // there may be no host
+
+    // The setup waits where nobody would look for it yet. Without a tray the panel opens anyway.
+    void openAtVeryFirstStart(const Models &models)
+    {
+        const SetupManager &setup = *models.setupManager;
+        Preferences &preferences = *models.settings.preferences;
+        if (m_hosts.hostPresent() && setup.showSetup() && !setup.hasConfig() &&
+            !preferences.value(preference::setupWasShown)) {
+            preferences.set(preference::setupWasShown, true);
+            openPanel();
+        }
+    }
 
     void endHold(std::chrono::milliseconds after)
     {

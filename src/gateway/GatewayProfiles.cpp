@@ -180,7 +180,10 @@ void GatewayProfiles::change(const std::function<void(OstrelleConfig::Gateway &)
 
 void GatewayProfiles::followConfig()
 {
-    m_config = m_settings.config->current();
+    const QString before = std::exchange(m_config, m_settings.config->current()).gateway.url;
+    if (before != m_config.gateway.url) {
+        setShowTokenField(false); // what was pasted for the one is not for the other
+    }
     showNames();
     readTokens();
     Q_EMIT configChanged();

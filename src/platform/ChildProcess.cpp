@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <map>
 #include <mutex>
 #include <poll.h>
@@ -133,17 +134,34 @@ int remaining(const QDeadlineTimer &deadline)
     return static_cast<int>(deadline.remainingTime());
 }
 
-// What becomes of the child's standard output and standard error; -1: the null device.
+// What becomes of the child's standard streams; -1: the null device.
 struct Streams {
+    int input = -1;
     int output = -1;
     int error = -1;
 };
 
-Streams streamsOf(Capture capture, int pipe)
+Streams streamsOf(Capture capture, int pipe, int input)
 {
     const bool takesOutput = capture == Capture::StandardOutput || capture == Capture::Merged;
     const bool takesError = capture == Capture::StandardError || capture == Capture::Merged;
-    return {.output = takesOutput ? pipe : -1, .error = takesError ? pipe : -1};
+    return {.input = input, .output = takesOutput ? pipe : -1, .error = takesError ? pipe : -1};
+}
+
+// The end of a pipe from which just this text can be read; none, with errno set, when it is too
+// much.
+Descriptor endWith(const QByteArray &text)
+{
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return Descriptor();
+    }
+    Descriptor readEnd(ends[0]);
+    const Descriptor writeEnd(ends[1]);
+    ::fcntl(writeEnd.get(), F_SETFL, O_NONBLOCK);
+    const bool fits = ::write(writeEnd.get(), text.constData(),
+                              static_cast<std::size_t>(text.size())) == text.size();
+    return fits ? std::move(readEnd) : Descriptor();
 }
 
 void prepare(QProcess &process, const Streams &streams)
@@ -155,6 +173,9 @@ void prepare(QProcess &process, const Streams &streams)
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent) {
             ::_exit(127); // the parent was killed before the line above could take effect
+        }
+        if (streams.input >= 0) {
+            ::dup2(streams.input, STDIN_FILENO);
         }
         if (streams.output >= 0) {
             ::dup2(streams.output, STDOUT_FILENO);
@@ -294,7 +315,7 @@ void endLeftovers(OutputPipe &pipe)
 void prepareChild(QProcess &process, std::optional<int> outputDescriptor)
 {
     const int descriptor = outputDescriptor.value_or(-1);
-    prepare(process, {.output = descriptor, .error = descriptor});
+    prepare(process, {.input = -1, .output = descriptor, .error = descriptor});
 }
 
 void askGroupToEnd(const QProcess &process)
@@ -312,11 +333,12 @@ std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
                                                   const ChildOptions &options)
 {
     auto pipe = OutputPipe::open();
-    if (!pipe) {
+    const Descriptor input = options.input.isEmpty() ? Descriptor() : endWith(options.input);
+    if (!pipe || (!input && !options.input.isEmpty())) {
         return std::unexpected(notStarted(errno));
     }
     QProcess process;
-    prepare(process, streamsOf(options.capture, pipe->writeEnd()));
+    prepare(process, streamsOf(options.capture, pipe->writeEnd(), input.get()));
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());

@@ -28,6 +28,9 @@ enum class Capture { Nothing, StandardOutput, StandardError, Merged };
 
 struct ChildOptions {
     Capture capture = Capture::StandardOutput;
+    // What the child reads from its standard input; the null device when empty. A pipe must be able
+    // to hold it at once.
+    QByteArray input = {};
     // How long the child may run; it is killed after that. None: as long as it likes.
     std::optional<std::chrono::milliseconds> killAfter = std::nullopt;
     // When its time is up, the child is first asked to end and given this long to do so.
@@ -59,7 +62,7 @@ struct ChildFailure {
 // Runs a child to its end and returns what it wrote. Blocks: background threads only. The end is
 // the end of the child itself; a grandchild that holds the pipe open does not prolong the call, but
 // for the second that killLeftovers gives it.
-// Standard input is the null device. The child dies with this program, also after a kill -9; what
+// The child dies with this program, also after a kill -9; what
 // it has started in turn then lives on, such as a command line's second process behind its shell.
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
                                                   const ChildOptions &options = {});

@@ -28,6 +28,7 @@ inline constexpr BooleanPreference projectTrackingEnabled{
     QLatin1StringView("projectTrackingEnabled"), true};
 inline constexpr BooleanPreference autoStartVoice{QLatin1StringView("autoStartVoice"), false};
 inline constexpr BooleanPreference voiceEnabled{QLatin1StringView("voiceEnabled"), false};
+inline constexpr BooleanPreference setupWasShown{QLatin1StringView("setupWasShown"), false};
 inline constexpr BooleanPreference useMagicDNS{QLatin1StringView("useMagicDNS"), true};
 
 // Travels in the pairing code.

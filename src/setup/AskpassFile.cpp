@@ -1,5 +1,6 @@
 #include "setup/AskpassFile.h"
 
+#include "core/ShellWord.h"
 #include "platform/Files.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/Paths.h"
@@ -57,12 +58,15 @@ private:
     QByteArray m_name; // protected by m_mutex
 };
 
-} // namespace
-
-QString escapedPassword(const QString &password)
+// The command that prints the password. echo would take a leading "-" for an option, and some make
+// something else of a backslash.
+QString printing(const QString &password)
 {
-    return QString(password).replace(u"\\"_s, u"\\\\"_s).replace(u"'"_s, u"'\\''"_s);
+    const bool isPlain = !password.startsWith(u'-') && !password.contains(u'\\');
+    return (isPlain ? u"echo "_s : u"printf '%s\\n' "_s) + quoted(password);
 }
+
+} // namespace
 
 void AskpassFile::removeLeftover()
 {
@@ -85,7 +89,7 @@ std::optional<QString> AskpassFile::write(const QString &password)
     m_isWritten = true;
     const QString path = *directory + scriptName;
     CurrentScript::instance().set(path);
-    const QString script = u"#!/bin/bash\necho '"_s + escapedPassword(password) + u'\'';
+    const QString script = u"#!/bin/bash\n"_s + printing(password);
     constexpr mode_t ownerRuns = 0700;
     return createAnew(path, script.toUtf8(), ownerRuns) ? std::optional(path) : std::nullopt;
 }

@@ -8,9 +8,6 @@
 namespace ostrelle
 {
 
-// The administrator's password between single quotes, as one word of a shell.
-QString escapedPassword(const QString &password);
-
 // The script that tells sudo the administrator's password while an installation runs. Only its
 // owner can read it. It is removed together with this object at the latest, and at exit even if
 // this object still lives; what a killed program has left is removed at the next start. Any thread.

@@ -11,6 +11,9 @@
 #include "setup/ModelFile.h"
 #include "setup/SetupManager.h"
 #include "setup/SetupShell.h"
+#include "setup/VoiceVenv.h"
+
+#include <algorithm>
 
 namespace ostrelle
 {
@@ -42,13 +45,14 @@ public:
 private:
     void installFrom(const QString &installer) const;
     void primeSudo() const;
+    void tellProblem(const QString &text) const;
     void report(const ChildResult &result, bool sudoFailed) const;
 };
 
 void SetupManager::GatewayInstallation::installFrom(const QString &installer) const
 {
     if (!fileExists(installer)) {
-        feed.addStatus(u"ERROR: install-duskrell.sh not found in app bundle"_s);
+        tellProblem(u"ERROR: install-duskrell.sh not found in app bundle"_s);
         return;
     }
     QProcessEnvironment environment = shellEnvironment();
@@ -66,21 +70,27 @@ void SetupManager::GatewayInstallation::installFrom(const QString &installer) co
                       feed.addOutput(output.take(piece));
                   }});
     if (!result) {
-        feed.addStatus(u"ERROR: "_s + result.error().text);
+        tellProblem(u"ERROR: "_s + result.error().text);
         return;
     }
     report(*result, output.sudoFailed());
 }
 
-// So that the installer's own sudo finds fresh credentials.
+// So that the installer's own sudo finds fresh credentials. The password goes through a pipe: every
+// process can read a command line.
 void SetupManager::GatewayInstallation::primeSudo() const
 {
-    const QString command =
-        u"echo '"_s + escapedPassword(password) + u"' | sudo -S -v 2>/dev/null"_s;
-    static_cast<void>(runChild({.program = u"/bin/bash"_s,
-                                .arguments = {u"-c"_s, command},
+    static_cast<void>(runChild({.program = u"sudo"_s,
+                                .arguments = {u"-S"_s, u"-v"_s},
                                 .environment = toolEnvironment(sudoSearchPath)},
-                               {.capture = Capture::Nothing}));
+                               {.capture = Capture::Nothing, .input = password.toUtf8() + '\n'}));
+}
+
+// The log is cleared when the voice parts are installed next.
+void SetupManager::GatewayInstallation::tellProblem(const QString &text) const
+{
+    feed.addStatus(text);
+    feed.publish([text](SetupManager &manager) { manager.m_installProblem = text; });
 }
 
 void SetupManager::GatewayInstallation::report(const ChildResult &result, bool sudoFailed) const
@@ -92,7 +102,7 @@ void SetupManager::GatewayInstallation::report(const ChildResult &result, bool s
         });
         feed.addStatus(u"Incorrect password — try again."_s);
     } else if (result.exitStatus != 0) {
-        feed.addStatus(u"⚠ Install finished with errors (exit %1)"_s.arg(result.exitStatus));
+        tellProblem(u"⚠ Install finished with errors (exit %1)"_s.arg(result.exitStatus));
     } else {
         feed.addStatus(u"✓ Installation complete!"_s);
     }
@@ -110,6 +120,7 @@ void SetupManager::installDuskrell()
     }
     m_needsSudoPassword = false;
     m_sudoPasswordError = false;
+    m_installProblem = QString();
     m_isInstallingDuskrell = true;
     m_statusMessages.clear();
     const auto feed = m_feed.writer();
@@ -135,6 +146,17 @@ void SetupManager::finishInstallation()
     });
 }
 
+namespace
+{
+
+// What curl says at its end, without the progress meter before it.
+QString reasonOf(const QString &output)
+{
+    return output.mid(std::max<qsizetype>(0, output.lastIndexOf("curl: ("_L1)));
+}
+
+} // namespace
+
 // Prepares everything that the voice agent needs, in the background.
 class SetupManager::VoiceInstallation
 {
@@ -152,7 +174,7 @@ private:
     void copyIfMissing(const QString &name) const;
     void downloadModel();
     void createVenv();
-    void installRequirements(const QString &venv) const;
+    bool installRequirements(const QString &venv) const; // false when pip failed
     void finish();
 };
 
@@ -219,7 +241,7 @@ void SetupManager::VoiceInstallation::downloadModel()
         constexpr qsizetype shownCharacters = 100;
         feed.addStatus(result.success ? u"Kokoro model downloaded"_s
                                       : u"WARNING: Kokoro download failed — "_s +
-                                            result.output.left(shownCharacters));
+                                            reasonOf(result.output).left(shownCharacters));
     }
     if (const ModelFile voices = ModelFile::voiceData(); !voices.exists()) {
         feed.addStatus(u"Downloading voice data (~27MB)…"_s);
@@ -232,28 +254,29 @@ void SetupManager::VoiceInstallation::downloadModel()
 
 void SetupManager::VoiceInstallation::createVenv()
 {
-    const QString venv = expandPath(settings.config->current().voice.venvPath);
-    const QString python = venv + u"/bin/python"_s;
-    if (fileExists(python)) {
+    const VoiceVenv venv(expandPath(settings.config->current().voice.venvPath));
+    if (venv.exists()) {
         return;
     }
+    venv.begin();
     feed.addStatus(u"Creating Python venv…"_s);
-    const ShellResult result = runShell(u"python3 -m venv "_s + quoted(venv));
-    if (result.success) {
-        feed.addStatus(u"Venv created"_s);
-        installRequirements(venv);
-    } else {
+    const ShellResult result = runShell(u"python3 -m venv "_s + quoted(venv.path()));
+    if (!result.success) {
         feed.addStatus(u"ERROR: "_s + result.output);
+    } else {
+        feed.addStatus(u"Venv created"_s);
+        if (installRequirements(venv.path())) {
+            venv.complete();
+        }
     }
-    feed.publish(
-        [exists = fileExists(python)](SetupManager &manager) { manager.m_hasVenv = exists; });
+    feed.publish([exists = venv.exists()](SetupManager &manager) { manager.m_hasVenv = exists; });
 }
 
-void SetupManager::VoiceInstallation::installRequirements(const QString &venv) const
+bool SetupManager::VoiceInstallation::installRequirements(const QString &venv) const
 {
     const QString requirements = resources.value_or(QString()) + u"/voice-agent/requirements.txt"_s;
     if (!resources || !fileExists(requirements)) {
-        return;
+        return true;
     }
     feed.addStatus(u"Installing voice dependencies (this takes a few minutes)…"_s);
     const ShellResult result = runShell(quoted(venv + u"/bin/pip"_s) + u" install -r "_s +
@@ -262,6 +285,7 @@ void SetupManager::VoiceInstallation::installRequirements(const QString &venv) c
     feed.addStatus(result.success ? u"✓ Dependencies installed"_s
                                   : u"WARNING: pip install failed — "_s +
                                         result.output.right(shownCharacters));
+    return result.success;
 }
 
 void SetupManager::VoiceInstallation::finish()
@@ -269,8 +293,10 @@ void SetupManager::VoiceInstallation::finish()
     saveConfig([](OstrelleConfig &config) { config.voice.enabled = true; });
     feed.addStatus(u"Setup complete!"_s);
     feed.publish([](SetupManager &manager) {
-        manager.m_isRunning = false;
-        manager.m_isComplete = true;
+        manager.runChecks([&manager] {
+            manager.m_isRunning = false;
+            manager.m_isComplete = true;
+        });
     });
 }
 
@@ -290,15 +316,16 @@ void SetupManager::run()
 void SetupManager::openOnboarding()
 {
     userInitiatedPool().start([feed = m_feed.writer()] {
-        static const QByteArray script = "#!/bin/bash\n"
-                                         "export PATH=/opt/homebrew/bin:/usr/local/bin:$PATH\n"
-                                         "clear\n"
-                                         "echo \"=== OSTRELLE — Duskrell Setup ===\"\n"
-                                         "echo\n"
-                                         "duskrell onboard\n"
-                                         "echo\n"
-                                         "echo \"Done! You can close this window.\"\n"
-                                         "read -p \"Press Enter...\"\n";
+        const QByteArray script = "#!/bin/bash\n"
+                                  "export PATH=/opt/homebrew/bin:/usr/local/bin:$PATH\n" +
+                                  searchPathFor(gatewayCLI()).toUtf8() +
+                                  "clear\n"
+                                  "echo \"=== OSTRELLE — Duskrell Setup ===\"\n"
+                                  "echo\n"
+                                  "duskrell onboard\n"
+                                  "echo\n"
+                                  "echo \"Done! You can close this window.\"\n"
+                                  "read -p \"Press Enter...\"\n";
         constexpr mode_t executable = 0755;
         const auto directory = privateTemporaryDirectory();
         const QString file = directory.value_or(QString()) + u"/ostrelle-onboard.command"_s;
@@ -315,8 +342,13 @@ void SetupManager::saveGatewayToken()
         return;
     }
     const QString gateway = m_settings.config->current().gateway.url;
+    m_gatewayTokenProblem = QString();
     whenDone(m_settings.tokens->saveFor(gateway, token), this, [this](const Tokens::Saved &saved) {
-        m_hasGatewayToken = m_hasGatewayToken || saved.has_value();
+        if (saved) {
+            m_hasGatewayToken = true;
+        } else {
+            m_gatewayTokenProblem = u"Not saved: "_s + toString(saved.error());
+        }
     });
 }
 

@@ -7,11 +7,13 @@
 #include "setup/AskpassFile.h"
 #include "setup/ModelFile.h"
 #include "setup/SetupShell.h"
+#include "setup/VoiceVenv.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace ostrelle
@@ -26,6 +28,10 @@ constexpr int maxCheckRuns = 4; // under way at once; more only when a tool hang
 
 const QString loginSite = u"https://login.tailscale.com/"_s;
 
+const QString brewInstaller =
+    u"/bin/bash -c \"$(curl -fsSL "
+    "https://raw.githubusercontent.com/Homebrew/install/HEAD/install.sh)\""_s;
+
 // A note for the user that names the first of these tools that is there; empty when none is.
 QString noteOnStandIn(const QStringList &tools)
 {
@@ -35,6 +41,45 @@ QString noteOnStandIn(const QStringList &tools)
         }
     }
     return {};
+}
+
+// What installs programs here, and what it calls those that the setup needs.
+struct PackageManager {
+    QLatin1StringView tool;
+    QLatin1StringView install;
+    QLatin1StringView compiler;
+    QLatin1StringView node;
+    QLatin1StringView voice; // curl and Python's environments
+};
+
+constexpr std::array packageManagers{
+    PackageManager{"apt-get"_L1, "sudo apt install "_L1, "build-essential"_L1, "nodejs npm"_L1,
+                   "curl python3-venv"_L1},
+    PackageManager{"dnf"_L1, "sudo dnf install "_L1, "gcc gcc-c++ make"_L1, "nodejs npm"_L1,
+                   "curl python3-pip"_L1},
+    PackageManager{"pacman"_L1, "sudo pacman -S "_L1, "base-devel"_L1, "nodejs npm"_L1,
+                   "curl python"_L1},
+    PackageManager{"zypper"_L1, "sudo zypper install "_L1, "gcc gcc-c++ make"_L1, "nodejs npm"_L1,
+                   "curl python3-pip"_L1}};
+
+std::optional<PackageManager> packageManager()
+{
+    const auto *const found = std::ranges::find_if(
+        packageManagers, [](const PackageManager &manager) { return isOnPath(manager.tool); });
+    return found != packageManagers.end() ? std::optional(*found) : std::nullopt;
+}
+
+// Empty where no such manager is.
+QString installCommand(QLatin1StringView PackageManager::*packages)
+{
+    const auto manager = packageManager();
+    return manager ? manager->install + (*manager).*packages : QString();
+}
+
+// Debian has a Python that can do everything but that.
+bool canMakeVenv()
+{
+    return runShell(u"python3 -c 'import venv, ensurepip'"_s, checkTimeout).success;
 }
 
 bool anyExists(const QStringList &paths)
@@ -59,33 +104,41 @@ QString enableLink(const QString &output)
 class SetupManager::Checks
 {
 public:
-    Checks(ProgressFeed::Writer writer, int generation, Settings settings)
+    Checks(ProgressFeed::Writer writer, std::shared_ptr<const std::atomic<int>> newest,
+           Settings settings)
         : m_writer(std::move(writer))
-        , m_generation(generation)
+        , m_newest(std::move(newest))
+        , m_generation(*m_newest)
         , m_settings(std::move(settings))
     {
     }
 
+    // Ends early when it is superseded: whatever hangs holds up each run for one command only.
     void run() const
     {
-        checkTools();
-        if (checkTailscale()) {
-            checkTailscaleState();
+        for (const auto check :
+             {&Checks::checkPython, &Checks::checkXcodeCLT, &Checks::checkBrew, &Checks::checkNode,
+              &Checks::checkDuskrell, &Checks::checkTailscale, &Checks::checkFiles}) {
+            if (m_generation == *m_newest) {
+                (this->*check)();
+            }
         }
-        checkFiles();
         m_writer.publish([generation = m_generation](SetupManager &manager) {
             manager.finishChecks(generation);
         });
     }
 
 private:
-    void checkTools() const;
+    void checkPython() const;
     void checkXcodeCLT() const;
     void checkBrew() const;
-    bool checkTailscale() const;
+    void checkNode() const;
+    void checkDuskrell() const;
+    void checkTailscale() const;
     void checkTailscaleState() const;
     void checkServe(const QString &cli) const;
     void checkFiles() const;
+    void checkVoiceParts(const OstrelleConfig &config) const;
 
     // Drops the results of a run that was superseded, and those of commands that were cut short
     // because the program ends.
@@ -96,24 +149,35 @@ private:
             return;
         }
         m_writer.publish([generation = m_generation, change](SetupManager &manager) {
-            if (generation == manager.m_checkGeneration) {
+            if (generation == *manager.m_checkGeneration) {
                 change(manager);
             }
         });
     }
 
     const ProgressFeed::Writer m_writer;
+    const std::shared_ptr<const std::atomic<int>> m_newest;
     const int m_generation;
     const Settings m_settings;
 };
 
-void SetupManager::Checks::checkTools() const
+void SetupManager::Checks::checkPython() const
 {
     publish([found = isOnPath(u"python3"_s)](SetupManager &m) { m.m_hasPython = found; });
-    checkXcodeCLT();
-    checkBrew();
-    const bool hasNode = isOnPath(u"node"_s) || fileExists(u"/opt/homebrew/bin/node"_s);
-    publish([hasNode](SetupManager &m) { m.m_hasNode = hasNode; });
+}
+
+void SetupManager::Checks::checkNode() const
+{
+    const bool isThere = isOnPath(u"node"_s) || fileExists(u"/opt/homebrew/bin/node"_s);
+    const QString command = isThere ? QString() : installCommand(&PackageManager::node);
+    publish([isThere, command](SetupManager &m) {
+        m.m_nodeCommand = command;
+        m.m_hasNode = isThere;
+    });
+}
+
+void SetupManager::Checks::checkDuskrell() const
+{
     const bool hasDuskrell =
         isOnPath(u"duskrell"_s) ||
         anyExists({homeDirectory() + u"/.npm-global/bin/duskrell"_s,
@@ -125,7 +189,10 @@ void SetupManager::Checks::checkXcodeCLT() const
 {
     const bool isThere = runShell(u"xcode-select -p 2>/dev/null"_s, checkTimeout).success;
     const QString note = isThere ? QString() : noteOnStandIn({u"cc"_s});
-    publish([isThere, note](SetupManager &m) {
+    const QString command =
+        isThere || !note.isEmpty() ? QString() : installCommand(&PackageManager::compiler);
+    publish([isThere, note, command](SetupManager &m) {
+        m.m_compilerCommand = command;
         m.m_xcodeCLTNote = note;
         m.m_hasXcodeCLT = isThere || !note.isEmpty();
     });
@@ -134,21 +201,28 @@ void SetupManager::Checks::checkXcodeCLT() const
 void SetupManager::Checks::checkBrew() const
 {
     const bool isThere = isOnPath(u"brew"_s) || fileExists(u"/opt/homebrew/bin/brew"_s);
-    const QString note =
-        isThere ? QString() : noteOnStandIn({u"apt-get"_s, u"dnf"_s, u"pacman"_s, u"zypper"_s});
-    publish([isThere, note](SetupManager &m) {
+    const auto manager = isThere ? std::nullopt : packageManager();
+    const QString note = manager ? u"here: "_s + manager->tool : QString();
+    const QString command = isThere || manager ? QString() : brewInstaller;
+    publish([isThere, note, command](SetupManager &m) {
+        m.m_brewCommand = command;
         m.m_brewNote = note;
         m.m_hasBrew = isThere || !note.isEmpty();
     });
 }
 
-bool SetupManager::Checks::checkTailscale() const
+void SetupManager::Checks::checkTailscale() const
 {
-    const bool found =
-        isOnPath(u"tailscale"_s) || anyExists({u"/Applications/Tailscale.app"_s,
-                                               homeDirectory() + u"/Applications/Tailscale.app"_s});
-    publish([found](SetupManager &m) { m.m_hasTailscale = found; });
-    return found;
+    const bool hasApp = anyExists(
+        {u"/Applications/Tailscale.app"_s, homeDirectory() + u"/Applications/Tailscale.app"_s});
+    const bool found = isOnPath(u"tailscale"_s) || hasApp;
+    publish([found, hasApp](SetupManager &m) {
+        m.m_hasTailscaleApp = hasApp;
+        m.m_hasTailscale = found;
+    });
+    if (found) {
+        checkTailscaleState();
+    }
 }
 
 void SetupManager::Checks::checkTailscaleState() const
@@ -187,10 +261,20 @@ void SetupManager::Checks::checkFiles() const
     publish([hasAgent](SetupManager &m) { m.m_hasAgent = hasAgent; });
     const bool hasConfig = fileExists(m_settings.config->file());
     publish([hasConfig](SetupManager &m) { m.m_hasConfig = hasConfig; });
-    const bool hasVenv = fileExists(expandPath(config.voice.venvPath) + u"/bin/python"_s);
-    publish([hasVenv](SetupManager &m) { m.m_hasVenv = hasVenv; });
+    checkVoiceParts(config);
+}
+
+void SetupManager::Checks::checkVoiceParts(const OstrelleConfig &config) const
+{
+    const bool hasVenv = VoiceVenv(expandPath(config.voice.venvPath)).exists();
     const bool hasModels = ModelFile::speechModel().exists();
-    publish([hasModels](SetupManager &m) { m.m_hasModels = hasModels; });
+    const bool lacksTool = (!hasModels && !isOnPath(u"curl"_s)) || (!hasVenv && !canMakeVenv());
+    const QString command = lacksTool ? installCommand(&PackageManager::voice) : QString();
+    publish([hasVenv, hasModels, command](SetupManager &m) {
+        m.m_voiceCommand = command;
+        m.m_hasVenv = hasVenv;
+        m.m_hasModels = hasModels;
+    });
 }
 
 SetupManager::SetupManager(Settings settings, SetupSurroundings surroundings, QObject *parent)
@@ -200,6 +284,7 @@ SetupManager::SetupManager(Settings settings, SetupSurroundings surroundings, QO
     , m_feed(*this)
     , m_askpass(std::make_shared<AskpassFile>())
     , m_checkPasses(maxCheckRuns)
+    , m_checkGeneration(std::make_shared<std::atomic<int>>(0))
 {
     utilityPool().start([askpass = m_askpass] { askpass->removeLeftover(); });
 }
@@ -223,13 +308,14 @@ void SetupManager::runChecks(std::function<void()> afterwards)
     if (!pass) {
         return;
     }
-    const Checks checks(m_feed.writer(), ++m_checkGeneration, m_settings);
+    ++*m_checkGeneration;
+    const Checks checks(m_feed.writer(), m_checkGeneration, m_settings);
     userInitiatedPool().start([checks, pass] { checks.run(); });
 }
 
 void SetupManager::finishChecks(int generation)
 {
-    if (generation != m_checkGeneration) {
+    if (generation != *m_checkGeneration) {
         return;
     }
     for (const auto &afterwards : std::exchange(m_afterChecks, {})) {

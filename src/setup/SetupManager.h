@@ -9,8 +9,10 @@
 #include <QObject>
 #include <QProperty>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace ostrelle
@@ -63,6 +65,14 @@ class SetupManager : public QObject
     Q_PROPERTY(bool sudoPasswordError READ sudoPasswordError NOTIFY sudoPasswordErrorChanged)
     Q_PROPERTY(QString gatewayTokenInput READ gatewayTokenInput WRITE setGatewayTokenInput NOTIFY
                    gatewayTokenInputChanged)
+    Q_PROPERTY(QString compilerCommand READ compilerCommand NOTIFY compilerCommandChanged)
+    Q_PROPERTY(QString brewCommand READ brewCommand NOTIFY brewCommandChanged)
+    Q_PROPERTY(QString nodeCommand READ nodeCommand NOTIFY nodeCommandChanged)
+    Q_PROPERTY(QString voiceCommand READ voiceCommand NOTIFY voiceCommandChanged)
+    Q_PROPERTY(bool hasTailscaleApp READ hasTailscaleApp NOTIFY hasTailscaleAppChanged)
+    Q_PROPERTY(QString installProblem READ installProblem NOTIFY installProblemChanged)
+    Q_PROPERTY(
+        QString gatewayTokenProblem READ gatewayTokenProblem NOTIFY gatewayTokenProblemChanged)
     Q_PROPERTY(bool hasConfig READ hasConfig NOTIFY hasConfigChanged)
     Q_PROPERTY(bool hasVenv READ hasVenv NOTIFY hasVenvChanged)
     Q_PROPERTY(bool hasModels READ hasModels NOTIFY hasModelsChanged)
@@ -109,6 +119,12 @@ public:
     // or nothing is.
     QString xcodeCLTNote() const { return m_xcodeCLTNote; }
     QString brewNote() const { return m_brewNote; }
+    // The command that puts here what is missing. Empty when nothing is, or nobody knows.
+    QString compilerCommand() const { return m_compilerCommand; }
+    QString brewCommand() const { return m_brewCommand; }
+    QString nodeCommand() const { return m_nodeCommand; }
+    QString voiceCommand() const { return m_voiceCommand; }    // for what run() needs
+    bool hasTailscaleApp() const { return m_hasTailscaleApp; } // in which one signs in
     bool hasNode() const { return m_hasNode; }
     bool hasDuskrell() const { return m_hasDuskrell; }
     bool hasTailscale() const { return m_hasTailscale; }
@@ -128,6 +144,10 @@ public:
     void setSudoPassword(const QString &password) { m_sudoPassword = password; }
     bool needsSudoPassword() const { return m_needsSudoPassword; }
     bool sudoPasswordError() const { return m_sudoPasswordError; }
+    // What went wrong in the last try, for people; empty when nothing has, or a new one is under
+    // way.
+    QString installProblem() const { return m_installProblem; }
+    QString gatewayTokenProblem() const { return m_gatewayTokenProblem; }
     QString gatewayTokenInput() const { return m_gatewayTokenInput; }
     void setGatewayTokenInput(const QString &token) { m_gatewayTokenInput = token; }
 
@@ -155,6 +175,13 @@ Q_SIGNALS:
     void needsSudoPasswordChanged();
     void sudoPasswordErrorChanged();
     void gatewayTokenInputChanged();
+    void compilerCommandChanged();
+    void brewCommandChanged();
+    void nodeCommandChanged();
+    void voiceCommandChanged();
+    void hasTailscaleAppChanged();
+    void installProblemChanged();
+    void gatewayTokenProblemChanged();
     void hasConfigChanged();
     void hasVenvChanged();
     void hasModelsChanged();
@@ -177,7 +204,7 @@ private:
     const std::shared_ptr<AskpassFile> m_askpass; // shared with what runs in the background
 
     PassLimit m_checkPasses;
-    int m_checkGeneration = 0; // of the newest run
+    const std::shared_ptr<std::atomic<int>> m_checkGeneration; // of the newest run
     std::vector<std::function<void()>> m_afterChecks;
 
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_showSetup, &SetupManager::showSetupChanged)
@@ -216,6 +243,20 @@ private:
                                &SetupManager::sudoPasswordErrorChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, QString, m_gatewayTokenInput,
                                &SetupManager::gatewayTokenInputChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, QString, m_compilerCommand,
+                               &SetupManager::compilerCommandChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, QString, m_brewCommand,
+                               &SetupManager::brewCommandChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, QString, m_nodeCommand,
+                               &SetupManager::nodeCommandChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, QString, m_voiceCommand,
+                               &SetupManager::voiceCommandChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasTailscaleApp,
+                               &SetupManager::hasTailscaleAppChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, QString, m_installProblem,
+                               &SetupManager::installProblemChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, QString, m_gatewayTokenProblem,
+                               &SetupManager::gatewayTokenProblemChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasConfig, &SetupManager::hasConfigChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasVenv, &SetupManager::hasVenvChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasModels, &SetupManager::hasModelsChanged)

@@ -1,8 +1,11 @@
 #include "setup/SetupShell.h"
 
+#include "core/ShellWord.h"
 #include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
+
+#include <QFileInfo>
 
 namespace ostrelle
 {
@@ -49,7 +52,23 @@ ShellResult runShell(const QString &command, std::optional<std::chrono::millisec
 
 bool isOnPath(const QString &tool)
 {
-    return runShell(u"which "_s + tool, checkTimeout).success;
+    return runShell(u"which "_s + tool, checkTimeout).success || findUserTool(tool);
+}
+
+QString gatewayCLI()
+{
+    const ShellResult found =
+        runShell(u"PATH=/opt/homebrew/bin:/usr/local/bin:$PATH which duskrell"_s, checkTimeout);
+    return found.success ? found.output : findUserTool(u"duskrell"_s).value_or(QString());
+}
+
+QString searchPathFor(const QString &tool)
+{
+    QStringList folders = userToolFolders();
+    const QString own = QFileInfo(tool).path();
+    return folders.removeAll(own) == 0 ? QString()
+                                       : u"export PATH="_s + quoted(own) + u":$PATH:"_s +
+                                             quoted(folders.join(u':')) + u'\n';
 }
 
 QString tailscaleCLI()
@@ -65,7 +84,7 @@ QString tailscaleCLI()
             return candidate;
         }
     }
-    return u"tailscale"_s;
+    return findUserTool(u"tailscale"_s).value_or(u"tailscale"_s);
 }
 
 } // namespace ostrelle

@@ -26,8 +26,16 @@ inline constexpr std::chrono::minutes checkTimeout{1};
 // What runShell() gives to its commands.
 QProcessEnvironment shellEnvironment();
 
-// Whether a tool is on the search path of the user's login shell. Blocks.
+// Whether a tool is on the search path of the user's login shell, or else where Linux users have
+// it. Blocks.
 bool isOnPath(const QString &tool);
+
+// Path of the gateway's tool, empty when it is not there. Blocks.
+QString gatewayCLI();
+
+// The beginning of a command line that runs this tool or what it needs: puts its own folder first
+// on the search path, if the tool was found where only Linux users have it. Looks at the disk.
+QString searchPathFor(const QString &tool);
 
 // Path or name of the Tailscale command-line tool. Blocks.
 QString tailscaleCLI();

@@ -9,6 +9,18 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+// As Tailscale words it for who is neither root nor its operator.
+bool lacksRights(const QString &refusal)
+{
+    return refusal.contains("denied"_L1, Qt::CaseInsensitive) || refusal.contains("operator"_L1) ||
+           refusal.contains("sudo"_L1);
+}
+
+} // namespace
+
 // Publishes the gateway and the status server's history to the tailnet, in the background.
 class SetupManager::ServeConfiguration
 {
@@ -53,10 +65,17 @@ void SetupManager::ServeConfiguration::run()
 // Older versions of Tailscale know only the second form.
 bool SetupManager::ServeConfiguration::publishGateway() const
 {
-    if (!tailscale(u"serve --bg http://127.0.0.1:18789"_s).success) {
+    const ShellResult first = tailscale(u"serve --bg http://127.0.0.1:18789"_s);
+    if (!first.success) {
         const ShellResult second = tailscale(u"serve --bg https / http://127.0.0.1:18789"_s);
         if (!second.success) {
             constexpr qsizetype shownCharacters = 200;
+            if (first.output != second.output) {
+                feed.addStatus(u"⚠ Tailscale refused: "_s + first.output.left(shownCharacters));
+            }
+            if (lacksRights(first.output) || lacksRights(second.output)) {
+                feed.addStatus(u"here, once: sudo tailscale set --operator=$USER"_s);
+            }
             feed.addStatus(u"⚠ Tailscale serve failed: "_s + second.output.left(shownCharacters));
             feed.addStatus(u"Try manually: tailscale serve --bg http://127.0.0.1:18789"_s);
             return false;
@@ -78,12 +97,11 @@ void SetupManager::ServeConfiguration::publishHistory() const
 
 void SetupManager::ServeConfiguration::configureGateway() const
 {
-    const ShellResult found =
-        runShell(u"PATH=/opt/homebrew/bin:/usr/local/bin:$PATH which duskrell"_s);
-    if (!found.success) {
+    const QString tool = gatewayCLI();
+    if (tool.isEmpty()) {
         return;
     }
-    const QString duskrell = quoted(found.output);
+    const QString duskrell = searchPathFor(tool) + quoted(tool);
     for (const QString &setting : {u"gateway.bind loopback"_s, u"gateway.tailscale.mode serve"_s,
                                    u"gateway.http.endpoints.chatCompletions.enabled true"_s}) {
         runShell(duskrell + u" config set "_s + setting + u" 2>&1"_s);
@@ -100,11 +118,13 @@ void SetupManager::ServeConfiguration::restartTailscale() const
         feed.addStatus(u"✓ Tailscale restarted"_s);
         return;
     }
-    const QString service = isOnPath(u"launchctl"_s)
-                                ? u"launchctl kickstart -k system/com.tailscale.ipn.macsys"_s
-                                : u"systemctl restart tailscaled"_s;
-    runShell(u"sudo "_s + service + u" 2>&1"_s, timeout);
-    feed.addStatus(u"✓ Tailscale service restarted"_s);
+    const bool hasLaunchd = isOnPath(u"launchctl"_s);
+    const QString restart =
+        u"sudo "_s + (hasLaunchd ? u"launchctl kickstart -k system/com.tailscale.ipn.macsys"_s
+                                 : u"systemctl restart tailscaled"_s);
+    const bool success = runShell(restart + u" 2>&1"_s, timeout).success;
+    feed.addStatus(success || hasLaunchd ? u"✓ Tailscale service restarted"_s
+                                         : u"⚠ Tailscale not restarted — try: "_s + restart);
 }
 
 void SetupManager::configureTailscaleServe()

@@ -44,20 +44,23 @@ GatewayTool::GatewayTool(QStringList candidates, std::chrono::milliseconds deadl
 QString GatewayTool::findDuskrell() const
 {
     const auto known = std::ranges::find_if(m_candidates, isTrustworthyFile);
-    return known != m_candidates.end()
-               ? *known
-               : findProgram(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
+    if (known != m_candidates.end()) {
+        return *known;
+    }
+    const auto onPath = findProgram(u"duskrell"_s, qEnvironmentVariable("PATH"));
+    return onPath ? *onPath : findUserTool(u"duskrell"_s).value_or(QString());
 }
 
 QString GatewayTool::runCommand(const QString &program, const QStringList &args,
                                 const std::stop_token &stop) const
 {
-    const auto result =
-        runChild({.program = program, .arguments = args, .environment = toolEnvironment()},
-                 {.killAfter = m_deadline,
-                  .maxOutputBytes = maxOutputBytes,
-                  .killLeftovers = true,
-                  .stop = stop});
+    const auto result = runChild({.program = program,
+                                  .arguments = args,
+                                  .environment = toolEnvironment(toolSearchPath(program))},
+                                 {.killAfter = m_deadline,
+                                  .maxOutputBytes = maxOutputBytes,
+                                  .killLeftovers = true,
+                                  .stop = stop});
     return result ? decodeUtf8(result->output) : QString();
 }
 

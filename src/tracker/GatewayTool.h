@@ -19,7 +19,7 @@ public:
 
     static QStringList defaultCandidates();
 
-    // The candidates are tried in order, before the program's own PATH.
+    // The candidates are tried in order, before the program's own PATH and userToolFolders().
     explicit GatewayTool(QStringList candidates = defaultCandidates(),
                          std::chrono::milliseconds deadline = defaultDeadline);
 

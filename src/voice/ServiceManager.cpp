@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <ctime>
+#include <utility>
 
 namespace ostrelle
 {
@@ -114,6 +115,7 @@ void ServiceManager::startVoice()
 {
     m_userStoppedVoice = false;
     if (m_voiceProcess != nullptr) {
+        m_startsAgain = m_isStopping;
         return;
     }
     const auto command = voiceAgentCommand(m_config.voice.venvPath, m_surroundings.resources);
@@ -160,6 +162,8 @@ void ServiceManager::handleStart(const QProcess &process)
 void ServiceManager::handleLaunchFailure(QProcess *process)
 {
     m_voiceProcess = nullptr;
+    m_isStopping = false;
+    m_startsAgain = false;
     log(u"Failed to start voice: "_s + process->errorString());
     process->deleteLater();
 }
@@ -172,6 +176,7 @@ void ServiceManager::handleEnd(QProcess *process)
         handleVoiceCrash();
     }
     process->deleteLater();
+    startIfWished();
 }
 
 void ServiceManager::handleVoiceCrash()
@@ -200,17 +205,28 @@ void ServiceManager::stopVoice()
         m_voiceRunning = false;
         return;
     }
+    m_isStopping = true;
+    m_startsAgain = false;
     askGroupToEnd(*process);
     m_surroundings.time.later(terminationGrace, process, [this, process] {
         killWithGroup(*process);
         forget(process); // even a process that the kernel cannot end now bars no new start
+        startIfWished();
     });
+}
+
+void ServiceManager::startIfWished()
+{
+    if (m_voiceProcess == nullptr && std::exchange(m_startsAgain, false)) {
+        startVoice();
+    }
 }
 
 void ServiceManager::forget(const QProcess *process)
 {
     if (m_voiceProcess == process) {
         m_voiceProcess = nullptr;
+        m_isStopping = false;
         m_voiceRunning = false;
     }
 }

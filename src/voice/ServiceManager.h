@@ -66,7 +66,8 @@ public:
     void startAll();
 
     // Returns at once; `voiceRunning` tells when the agent has come up. What is missing and what
-    // goes wrong is told in the log.
+    // goes wrong is told in the log. While the agent is being stopped, the wish is remembered: it
+    // starts when the old one has ended.
     Q_INVOKABLE void startVoice();
 
     // What the last start lacked, for people; empty when it lacked nothing.
@@ -114,6 +115,7 @@ private:
     void handleEnd(QProcess *process);
     void handleVoiceCrash();
     void forget(const QProcess *process);
+    void startIfWished();
     static void disableLegacyVoiceAgent();
 
     const OstrelleConfig m_config;
@@ -129,6 +131,8 @@ private:
 
     QString m_startProblem;
     QProcess *m_voiceProcess = nullptr; // a child object; set from the launch to the end
+    bool m_isStopping = false;          // the agent was asked to end, and has not
+    bool m_startsAgain = false;         // once it has
     qint64 m_restartCount = 0;          // crashes in a row, each within a minute of the one before
     std::optional<SupervisorTime::Clock::time_point> m_lastCrashTime;
     // Of what an agent starts, while that agent runs: one that cannot be ended may still be there

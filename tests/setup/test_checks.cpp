@@ -71,18 +71,21 @@ private Q_SLOTS:
     void nothingThere()
     {
         const SetupHome home;
+        home.addTool(u"apt-get"_s);
         SetupManager manager(home.settings(), home.surroundings());
         manager.checkFirstLaunch();
         QVERIFY(waitFor([&] { return manager.showSetup(); }));
-        QCOMPARE(truths(manager), QStringList(u"showSetup"_s));
+        QCOMPARE(truths(manager), QStringList({u"showSetup"_s, u"hasBrew"_s}));
+        QCOMPARE(manager.compilerCommand(), u"sudo apt install build-essential"_s);
+        QCOMPARE(manager.voiceCommand(), u"sudo apt install curl python3-venv"_s);
     }
 
     void everythingThere()
     {
         const SetupHome home;
-        for (const char *tool : {"node", "brew", "xcode-select"}) {
-            home.addTool(QString::fromUtf8(tool));
-        }
+        home.writeScript(u".nvm/versions/node/v20.1.0/bin/node"_s, {});
+        home.addTool(u"brew"_s);
+        home.addTool(u"xcode-select"_s);
         home.addTool(u"tailscale"_s, R"(case "$1" in
             status) echo '{"BackendState":"Running"}';;
             serve) echo 'https://here.ts.net';;

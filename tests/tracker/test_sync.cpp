@@ -79,6 +79,15 @@ private Q_SLOTS:
         const GatewayTool tool({home.path(u"missing"_s), home.path(u"place/duskrell"_s)});
         QCOMPARE(tool.findDuskrell(), home.path(found));
         qputenv("PATH", path);
+
+        // Where no search path leads, and run by what stands beside it.
+        const QString nvm = u".nvm/versions/node/v20.1.0/bin/"_s;
+        home.writeScript(u".nvm/versions/node/v9.9.0/bin/duskrell"_s, {});
+        home.writeScript(nvm + u"node"_s, "shift; echo $*");
+        home.writeScript(nvm + u"duskrell"_s, {});
+        home.write(nvm + u"duskrell"_s, "#!/usr/bin/env node\n");
+        const GatewayTool hidden(QStringList{});
+        QCOMPARE(hidden.runCommand(hidden.findDuskrell(), {u"list"_s}), u"list\n"_s);
     }
 
     void keepsTheFileWhenAPassFails_data()

@@ -65,8 +65,11 @@ private Q_SLOTS:
 
         manager.stopVoice();
         QVERIFY(manager.voiceRunning()); // until it has ended
-        QTRY_COMPARE(changes.size(), 2);
-        QVERIFY(!isAlive(pid));
+        manager.startVoice();            // remembered until then
+        QTRY_COMPARE(changes.size(), 3);
+        QVERIFY(!isAlive(pid) && manager.voiceProcessId() != 0);
+        manager.stopVoice();
+        QTRY_COMPARE(changes.size(), 4);
         QVERIFY(home.exists(pidFile));
     }
 

@@ -35,6 +35,7 @@ FocusScope {
             showProfiles: view.showProfiles,
             showAdvanced: view.showAdvanced,
             manualURL: view.models?.profiles?.manualURL ?? "",
+            gateway: view.models?.profiles?.activeGatewayURL ?? "",
             showTokenField: view.models?.profiles?.showTokenField ?? false,
             editingProfileId: view.models?.profiles?.editingProfileId ?? ""
         };
@@ -44,7 +45,8 @@ FocusScope {
         view.showProfiles = kept.showProfiles;
         view.showAdvanced = kept.showAdvanced;
         view.models.profiles.manualURL = kept.manualURL;
-        view.models.profiles.showTokenField = kept.showTokenField;
+        view.models.profiles.showTokenField = kept.showTokenField
+            && kept.gateway === view.models.profiles.activeGatewayURL;
         view.models.profiles.editingProfileId = kept.editingProfileId;
         page.item.restore(kept);
     }

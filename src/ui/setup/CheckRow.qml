@@ -1,49 +1,71 @@
 import QtQuick
 import Ostrelle
 
-// One prerequisite: whether it is there, and what stands in for it.
-Row {
+// One prerequisite: whether it is there, what stands in for it, and what puts it there.
+Column {
     id: row
 
     required property string label
     required property bool ok
     property bool optional: false
     property string note: ""
+    property string advice: ""
+    property var commands: []
 
     readonly property string remark: !row.ok && row.optional ? "(optional)" : row.note
 
-    spacing: Theme.gap
-    Accessible.role: Accessible.StaticText
-    Accessible.name: row.label + (row.remark === "" ? "" : " " + row.remark)
-    Accessible.description: row.ok ? "there" : "missing"
+    Row {
+        id: state
 
-    Symbol {
-        id: icon
+        width: parent.width
+        spacing: Theme.gap
+        Accessible.role: Accessible.StaticText
+        Accessible.name: row.label + (row.remark === "" ? "" : " " + row.remark)
+        Accessible.description: row.ok ? "there" : "missing"
 
-        anchors.verticalCenter: parent.verticalCenter
-        name: row.ok ? "checkmark.circle.fill" : row.optional ? "minus.circle" : "xmark.circle"
-        color: row.ok ? Theme.green : row.optional ? Theme.yellow : Theme.red
-    }
+        Symbol {
+            id: icon
 
-    Flow {
-        anchors.verticalCenter: parent.verticalCenter
-        width: row.width - icon.width - row.spacing
-        spacing: row.spacing
-
-        Label {
-            width: Math.min(implicitWidth, parent.width)
-            text: row.label
-            wrapMode: Text.Wrap
-            Accessible.ignored: true
+            anchors.verticalCenter: parent.verticalCenter
+            name: row.ok ? "checkmark.circle.fill" : row.optional ? "minus.circle" : "xmark.circle"
+            color: row.ok ? Theme.green : row.optional ? Theme.yellow : Theme.red
         }
 
-        Label {
-            width: Math.min(implicitWidth, parent.width)
-            visible: row.remark !== ""
-            text: row.remark
-            secondary: true
-            wrapMode: Text.Wrap
-            Accessible.ignored: true
+        Flow {
+            anchors.verticalCenter: parent.verticalCenter
+            width: state.width - icon.width - state.spacing
+            spacing: state.spacing
+
+            Label {
+                width: Math.min(implicitWidth, parent.width)
+                text: row.label
+                wrapMode: Text.Wrap
+                Accessible.ignored: true
+            }
+
+            Label {
+                width: Math.min(implicitWidth, parent.width)
+                visible: row.remark !== ""
+                text: row.remark
+                secondary: true
+                wrapMode: Text.Wrap
+                Accessible.ignored: true
+            }
+        }
+    }
+
+    // Under the label.
+    Loader {
+        id: mending
+
+        anchors.left: parent.left
+        anchors.leftMargin: icon.width + state.spacing
+        width: parent.width - icon.width - state.spacing
+        active: !row.ok
+        visible: mending.active
+        sourceComponent: CommandNote {
+            advice: row.advice
+            commands: row.commands
         }
     }
 }

@@ -7,6 +7,12 @@ Flow {
 
     required property SetupManager setupManager
 
+    // The last run has left nothing to try again.
+    readonly property bool isFinished: {
+        const setup = row.setupManager;
+        return setup.isComplete && !setup.isRunning && setup.hasConfig && setup.hasModels && setup.hasVenv;
+    }
+
     // What is left of the line when all buttons stand in it.
     readonly property real slack: row.width - recheck.width - 2 * row.spacing
         - (doneButton.visible ? doneButton.width : skip.width + finish.width + row.spacing)
@@ -32,7 +38,7 @@ Flow {
         id: skip
 
         width: Math.min(implicitWidth, row.width)
-        visible: !row.setupManager.isComplete
+        visible: !row.isFinished
         kind: PushButton.Plain
         text: "Skip"
         color: Theme.textSecondary
@@ -43,7 +49,7 @@ Flow {
         id: finish
 
         width: Math.min(implicitWidth, row.width)
-        visible: !row.setupManager.isComplete
+        visible: !row.isFinished
         kind: PushButton.Prominent
         enabled: !row.setupManager.isRunning
         busy: row.setupManager.isRunning
@@ -55,7 +61,7 @@ Flow {
         id: doneButton
 
         width: Math.min(implicitWidth, row.width)
-        visible: row.setupManager.isComplete
+        visible: row.isFinished
         kind: PushButton.Prominent
         text: "Done"
         onClicked: row.done()

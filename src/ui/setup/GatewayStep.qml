@@ -14,12 +14,15 @@ SetupSection {
         width: parent.width
         label: "Agent configured"
         ok: section.setupManager.hasAgent
+        commands: ["duskrell onboard"]
     }
 
     CheckRow {
         width: parent.width
         label: "Token configured"
         ok: section.setupManager.hasGatewayToken
+        note: section.setupManager.gatewayTokenProblem
+        advice: section.setupManager.hasAgent ? "" : "here: once the agent is configured"
     }
 
     Column {
@@ -55,11 +58,9 @@ SetupSection {
             text: "Paste the gateway token from your Duskrell config. Find it with:"
         }
 
-        SelectableText {
+        CommandNote {
             width: parent.width
-            content: "duskrell config get gateway.auth.token"
-            font.family: Theme.monospaced
-            font.pixelSize: Theme.smallSize
+            commands: ["duskrell config get gateway.auth.token"]
         }
 
         Item {

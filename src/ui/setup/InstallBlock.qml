@@ -34,6 +34,11 @@ Column {
         wrapMode: Text.Wrap
     }
 
+    Explanation {
+        width: parent.width
+        text: "here: your login password"
+    }
+
     SecretField {
         id: field
 

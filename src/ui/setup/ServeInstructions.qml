@@ -64,6 +64,12 @@ Column {
         text: "After enabling HTTPS above, click here to set up the secure connection."
     }
 
+    CommandNote {
+        width: parent.width
+        advice: "here: no password is asked for, once you have typed"
+        commands: ["sudo tailscale set --operator=$USER"]
+    }
+
     PushButton {
         width: parent.width
         enabled: !instructions.setupManager.isConfiguringTailscale

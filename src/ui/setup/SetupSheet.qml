@@ -20,6 +20,8 @@ FocusScope {
 
     readonly property real columnWidth: sheet.width - 2 * Theme.pagePadding
 
+    readonly property bool isInSight: sheet.visible && sheet.Window.visibility !== Window.Hidden
+
     // The user wants the sheet closed.
     signal done
 
@@ -29,10 +31,23 @@ FocusScope {
 
     // No secret that was typed waits for the next setup.
     function finish() {
-        sheet.setupManager.sudoPassword = "";
+        sheet.forgetPassword();
         sheet.setupManager.gatewayTokenInput = "";
         sheet.done();
     }
+
+    function forgetPassword() {
+        if (sheet.setupManager) {
+            sheet.setupManager.sudoPassword = "";
+        }
+    }
+
+    onIsInSightChanged: {
+        if (!sheet.isInSight) {
+            sheet.forgetPassword();
+        }
+    }
+    Component.onDestruction: sheet.forgetPassword()
 
     Rectangle {
         anchors.fill: parent

@@ -14,12 +14,14 @@ SetupSection {
         width: parent.width
         label: "Tailscale logged in"
         ok: section.setupManager.tailscaleLoggedIn
+        commands: section.setupManager.hasTailscaleApp ? [] : ["sudo tailscale up"]
     }
 
     CheckRow {
         width: parent.width
         label: "HTTPS serve active"
         ok: section.setupManager.tailscaleServeRunning
+        commands: ["sudo tailscale serve --bg http://127.0.0.1:18789"]
     }
 
     Column {
