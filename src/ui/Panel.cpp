@@ -70,8 +70,8 @@ void Panel::load(const Models &models)
     engine->addImportPath(u"qrc:/qt/qml"_s);
     engine->addImageProvider(QString::fromLatin1(SymbolProvider::name),
                              new SymbolProvider); // the engine owns it
-    // For good, whether anybody composes or not: what Qt has drawn for a window of one depth does not
-    // fit one of another.
+    // For good, whether anybody composes or not: what Qt has drawn for a window of one depth does
+    // not fit one of another.
     QSurfaceFormat format = m_view.format();
     format.setAlphaBufferSize(8);
     m_view.setFormat(format);
