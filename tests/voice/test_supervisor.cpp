@@ -46,7 +46,9 @@ private Q_SLOTS:
         const AgentHome home;
         home.installDemoAgent();
         home.write(u"agent.log"_s, "of an earlier run\n");
-        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
+        ManualTime time; // no restart after a crash
+        ServiceManager manager(home.config(), home.settings().preferences,
+                               home.surroundings(time.asTime()));
         const QSignalSpy changes(&manager, &ServiceManager::voiceRunningChanged);
         const PrintedLines printed;
 
