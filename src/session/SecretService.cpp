@@ -153,15 +153,19 @@ public:
         return collection;
     }
 
-    // Raises a prompt, which goes away together with the patience.
-    void unlock(const Objects &objects)
+    // Raises a prompt. True when something is unlocked. When the patience is over the prompt is
+    // left alone: gnome-keyring 42 dies of one that is dismissed while it is shown.
+    bool unlock(const Objects &objects)
     {
-        BoundedCalls calls(userPatience);
-        const auto result = calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
-            secret_service_unlock(m_service.get(), objects.get(), calls.cancellable(), callback,
-                                  data);
-        });
-        secret_service_unlock_finish(m_service.get(), result.get(), nullptr, nullptr);
+        const BoundedCalls patience(userPatience);
+        const auto answer = std::make_shared<Answer>();
+        secret_service_unlock(m_service.get(), objects.get(), nullptr, &Conversation::keepAnswer,
+                              std::make_unique<std::shared_ptr<Answer>>(answer).release());
+        while (!*answer && !g_cancellable_is_cancelled(patience.cancellable())) {
+            g_main_context_iteration(g_main_context_get_thread_default(), TRUE);
+        }
+        return *answer &&
+               secret_service_unlock_finish(m_service.get(), answer->get(), nullptr, nullptr) > 0;
     }
 
     std::expected<void, SecretProblem> store(const QString &account, const QByteArray &secret)
@@ -183,7 +187,16 @@ public:
     }
 
 private:
+    using Answer = GObjectPtr<GAsyncResult>;
+
     Conversation() = default;
+
+    static void keepAnswer(GObject * /*source*/, GAsyncResult *result, gpointer shared)
+    {
+        const std::unique_ptr<std::shared_ptr<Answer>> answer(
+            static_cast<std::shared_ptr<Answer> *>(shared));
+        (*answer)->reset(G_ASYNC_RESULT(g_object_ref(result)));
+    }
 
     std::expected<void, SecretProblem> connect()
     {
@@ -294,20 +307,24 @@ std::expected<void, SecretProblem> removeIn(Conversation &conversation, const QS
     return {};
 }
 
+// One after the other: most items are unlocked together with their collection.
 std::expected<void, SecretProblem> unlockIn(Conversation &conversation)
 {
     auto collection = conversation.defaultCollection();
     if (!collection) {
         return std::unexpected(collection.error());
     }
+    if (secret_collection_get_locked(collection->get())) {
+        const Objects object(g_list_prepend(nullptr, collection->release()));
+        if (!conversation.unlock(object)) {
+            return {}; // the user does not want to; the items would only be the next question
+        }
+    }
     const auto items = conversation.search(attributesOfAll());
     if (!items) {
         return std::unexpected(items.error());
     }
     GList *locked = nullptr;
-    if (secret_collection_get_locked(collection->get())) {
-        locked = g_list_prepend(locked, collection->release());
-    }
     for (const GList *entry = items->get(); entry; entry = entry->next) {
         auto *item = static_cast<SecretItem *>(entry->data);
         if (secret_item_get_locked(item)) {
