@@ -3,6 +3,7 @@
 #include "settings/OstrelleConfig.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "support/SimulatedGateway.h"
 #include "tracker/GatewayTool.h"
@@ -85,9 +86,9 @@ private Q_SLOTS:
 
     void endsWhatItStarted_data()
     {
-        QTest::addColumn<int>("signal");
-        QTest::newRow("TERM") << SIGTERM;
-        QTest::newRow("killed outright") << SIGKILL;
+        const Rows<int> row("signal");
+        row("TERM", SIGTERM);
+        row("killed outright", SIGKILL);
     }
 
     // A gateway tool that hangs and a voice agent, neither of which ends when asked to.
@@ -259,14 +260,12 @@ private Q_SLOTS:
 
     void startsInABrokenHome_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("the directory is a file") << u".ostrelle"_s << QByteArray("in the way");
-        QTest::newRow("preferences are noise")
-            << u".config/ai.duskrell.ostrelle.conf"_s << QByteArray("\0\xff[noise\n", 9);
-        QTest::newRow("configuration directory is a file") << u".config"_s << QByteArray("x");
-        QTest::newRow("configuration is noise")
-            << u".ostrelle/config.json"_s << QByteArray("\xff\xff{");
+        const Rows<QString, QByteArray> row("file", "content");
+        row("the directory is a file", u".ostrelle"_s, "in the way");
+        row("preferences are noise", u".config/ai.duskrell.ostrelle.conf"_s,
+            QByteArray("\0\xff[noise\n", 9));
+        row("configuration directory is a file", u".config"_s, "x");
+        row("configuration is noise", u".ostrelle/config.json"_s, "\xff\xff{");
     }
 
     void startsInABrokenHome()

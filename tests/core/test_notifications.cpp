@@ -1,6 +1,7 @@
 #include "core/BackgroundWork.h"
 #include "core/NotificationManager.h"
 #include "support/PrivateSession.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QTest>
@@ -15,11 +16,10 @@ class TestNotifications : public QObject
 private Q_SLOTS:
     void escapesTheScript_data()
     {
-        QTest::addColumn<QString>("body");
-        QTest::addColumn<QString>("literal");
-        QTest::newRow("ends in a backslash") << u"C:\\"_s << u"C:\\\\"_s;
-        QTest::newRow("backslash before a quote") << u"\\\""_s << u"\\\\\\\""_s;
-        QTest::newRow("line break") << u"one\ntwo"_s << u"one\ntwo"_s;
+        const Rows<QString, QString> row("body", "literal");
+        row("ends in a backslash", u"C:\\"_s, u"C:\\\\"_s);
+        row("backslash before a quote", u"\\\""_s, u"\\\\\\\""_s);
+        row("line break", u"one\ntwo"_s, u"one\ntwo"_s);
     }
 
     void escapesTheScript()

@@ -1,6 +1,7 @@
 #include "platform/Files.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QDir>
@@ -21,10 +22,9 @@ private Q_SLOTS:
 
     void writesInPlace_data()
     {
-        QTest::addColumn<QByteArray>("before");
-        QTest::addColumn<QByteArray>("after");
-        QTest::newRow("new file") << QByteArray() << QByteArray("content");
-        QTest::newRow("shorter than before") << QByteArray(100000, 'o') << QByteArray("new");
+        const Rows<QByteArray, QByteArray> row("before", "after");
+        row("new file", {}, "content");
+        row("shorter than before", QByteArray(100000, 'o'), "new");
     }
 
     void writesInPlace()
@@ -77,14 +77,13 @@ private Q_SLOTS:
 
     void refusesWhatIsNoFile_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<FileProblem::Kind>("kind");
-        QTest::newRow("pipe without a writer") << u"pipe"_s << FileProblem::Kind::NotRegular;
-        QTest::newRow("directory") << u"."_s << FileProblem::Kind::NotRegular;
-        QTest::newRow("device") << u"/dev/zero"_s << FileProblem::Kind::NotRegular;
-        QTest::newRow("missing") << u"missing"_s << FileProblem::Kind::Missing;
-        QTest::newRow("below a file") << u"large/below"_s << FileProblem::Kind::Missing;
-        QTest::newRow("too large") << u"large"_s << FileProblem::Kind::TooLarge;
+        const Rows<QString, FileProblem::Kind> row("path", "kind");
+        row("pipe without a writer", u"pipe"_s, FileProblem::Kind::NotRegular);
+        row("directory", u"."_s, FileProblem::Kind::NotRegular);
+        row("device", u"/dev/zero"_s, FileProblem::Kind::NotRegular);
+        row("missing", u"missing"_s, FileProblem::Kind::Missing);
+        row("below a file", u"large/below"_s, FileProblem::Kind::Missing);
+        row("too large", u"large"_s, FileProblem::Kind::TooLarge);
     }
 
     void refusesWhatIsNoFile()

@@ -1,6 +1,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/ProcessSetup.h"
 #include "statusserver/ServerFixture.h"
+#include "support/Rows.h"
 
 #include <QDir>
 #include <QFile>
@@ -78,10 +79,9 @@ private Q_SLOTS:
 
     void slowReader_data()
     {
-        QTest::addColumn<std::size_t>("slowestReading");
-        QTest::addColumn<bool>("arrives");
-        QTest::newRow("makes progress") << std::size_t{4096} << true;
-        QTest::newRow("drop by drop") << std::size_t{1'000'000'000} << false;
+        const Rows<std::size_t, bool> row("slowestReading", "arrives");
+        row("makes progress", std::size_t{4096}, true);
+        row("drop by drop", std::size_t{1'000'000'000}, false);
     }
 
     void slowReader()

@@ -1,5 +1,6 @@
 #include "platform/ProcessSetup.h"
 #include "statusserver/ServerFixture.h"
+#include "support/Rows.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,8 +28,7 @@ private Q_SLOTS:
 
     void exactBytes_data()
     {
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<QByteArray>("answer");
+        const Rows<QByteArray, QByteArray> row("request", "answer");
 
         const QByteArray preflight = "HTTP/1.1 204 No Content\r\nAccess-Control-Allow-Origin: *\r\n"
                                      "Access-Control-Allow-Methods: GET, "
@@ -36,9 +36,6 @@ private Q_SLOTS:
                                      "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
         const QByteArray agents = jsonAnswer("200 OK", R"({"agents":{},"completions":[]})");
         const QByteArray unknown = jsonAnswer("404 Not Found", R"({"error":"not found"})");
-        const auto row = [](const char *name, const QByteArray &request, const QByteArray &answer) {
-            QTest::newRow(name) << request << answer;
-        };
         row("preflight", "OPTIONS /any?thing HTTP/1.1\r\n\r\n", preflight);
         row("health", "GET /health HTTP/1.1\r\n\r\n", jsonAnswer("200 OK", R"({"ok":true})"));
         row("status", "GET /status HTTP/1.1\r\n\r\n", agents);
@@ -65,11 +62,11 @@ private Q_SLOTS:
 
     void documentsAreServedAsStored_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("NUL and characters of every length")
-            << QByteArray("a\0\xC3\xB6\xE2\x80\xA6\xF0\x9F\xA6\xAA", 11);
-        QTest::newRow("large") << QByteArray(qsizetype{3} * 1024 * 1024, 'x');
+        const Rows<QByteArray> row("content");
+        row("empty", "");
+        row("NUL and characters of every length",
+            QByteArray("a\0\xC3\xB6\xE2\x80\xA6\xF0\x9F\xA6\xAA", 11));
+        row("large", QByteArray(qsizetype{3} * 1024 * 1024, 'x'));
     }
 
     void documentsAreServedAsStored()
@@ -100,10 +97,10 @@ private Q_SLOTS:
 
     void whatIsNoDocument_data()
     {
-        QTest::addColumn<QByteArray>("kind");
+        const Rows<QByteArray> row("kind");
         for (const char *kind :
              {"missing", "directory", "fifo", "device", "latin1", "far too large"}) {
-            QTest::newRow(kind) << QByteArray(kind);
+            row(kind, QByteArray(kind));
         }
     }
 

@@ -1,5 +1,6 @@
 #include "gateway/StandInGateway.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "tracker/RemoteDataSource.h"
 
@@ -38,11 +39,9 @@ class TestRemote : public QObject
 private Q_SLOTS:
     void wherefrom_data()
     {
-        QTest::addColumn<QString>("gateway");
-        QTest::addColumn<bool>("isRemote");
-        QTest::addColumn<QString>("base");
-        const auto row = [](const char *gateway, bool isRemote, const QString &base) {
-            QTest::newRow(gateway) << QString::fromLatin1(gateway) << isRemote << base;
+        const Rows<QString, bool, QString> rows("gateway", "isRemote", "base");
+        const auto row = [&](const char *gateway, bool isRemote, const QString &base) {
+            rows(gateway, QString::fromLatin1(gateway), isRemote, base);
         };
         row("http://127.0.0.1:18789", false, {});
         row("http://100.64.0.7:18789", true, u"http://100.64.0.7:18794"_s);
@@ -66,11 +65,7 @@ private Q_SLOTS:
 
     void answers_data()
     {
-        QTest::addColumn<QByteArray>("answer");
-        QTest::addColumn<Fetched>("fetched");
-        const auto row = [](const char *name, const QByteArray &answer, const Fetched &fetched) {
-            QTest::newRow(name) << answer << fetched;
-        };
+        const Rows<QByteArray, Fetched> row("answer", "fetched");
         const auto response = [](int status) { return StandInGateway::response(status, "body"); };
         row("200", response(200), "body");
         row("401", response(401), authRejected());
@@ -91,10 +86,9 @@ private Q_SLOTS:
 
     void asksNobody_data()
     {
-        QTest::addColumn<QString>("token");
-        QTest::addColumn<Fetched>("fetched");
-        QTest::newRow("without a token") << u""_s << authRejected();
-        QTest::newRow("when another gateway is in use") << u"secret"_s << notReachable();
+        const Rows<QString, Fetched> row("token", "fetched");
+        row("without a token", u""_s, authRejected());
+        row("when another gateway is in use", u"secret"_s, notReachable());
     }
 
     void asksNobody()
@@ -137,16 +131,14 @@ private Q_SLOTS:
         QCOMPARE(fetch(peer.url(), {.request = 1h, .overall = 300ms}), notReachable());
     }
 
-    void peersThatNeverEndAreGivenUp()
+    void aPeerThatNeverEndsIsGivenUp()
     {
-        StandInGateway endlessBody;
-        endlessBody.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
-        endlessBody.flood(QByteArray(1 << 20, 'x'));
-        QCOMPARE(fetch(endlessBody.url()), notReachable());
-        StandInGateway endlessHead;
-        endlessHead.answer("/status", "HTTP/1.1 200 OK\r\nX: ");
-        endlessHead.flood(QByteArray(1 << 16, 'x'));
-        QCOMPARE(fetch(endlessHead.url()), notReachable());
+        StandInGateway peer;
+        peer.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
+        peer.flood(QByteArray(1 << 20, 'x'));
+        QCOMPARE(fetch(peer.url()), notReachable());
+        peer.answer("/status", "HTTP/1.1 200 OK\r\nX: ");
+        QCOMPARE(fetch(peer.url()), notReachable());
     }
 
     void whatIsNoAddressIsNotReachable()

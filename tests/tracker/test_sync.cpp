@@ -1,6 +1,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "tracker/AgentSyncService.h"
 #include "tracker/CronSyncService.h"
@@ -25,19 +26,16 @@ private Q_SLOTS:
 
     void runsTheTool_data()
     {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<QString>("output");
+        const Rows<QByteArray, QString> row("script", "output");
         const QString home = u"$HOME"_s;
-        QTest::newRow("exactly two variables")
-            << QByteArray("env -u PWD -u _ -u SHLVL -u OLDPWD | sort")
-            << u"HOME=%1\nPATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin\n"_s;
-        QTest::newRow("arguments") << QByteArray("printf '%s|' \"$@\"") << u"a b|'c'|"_s;
-        QTest::newRow("error status and error output")
-            << QByteArray("echo out; echo err >&2; exit 3") << u"out\n"_s;
-        QTest::newRow("not UTF-8") << QByteArray("printf 'a\\377b'") << QString();
-        QTest::newRow("flood") << QByteArray("exec cat /dev/zero") << QString();
-        QTest::newRow("dies") << QByteArray("printf part; kill -9 $$") << u"part"_s;
-        QTest::newRow("hangs") << QByteArray("echo out; exec sleep 600") << QString();
+        row("exactly two variables", "env -u PWD -u _ -u SHLVL -u OLDPWD | sort",
+            u"HOME=%1\nPATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin\n"_s);
+        row("arguments", "printf '%s|' \"$@\"", u"a b|'c'|"_s);
+        row("error status and error output", "echo out; echo err >&2; exit 3", u"out\n"_s);
+        row("not UTF-8", "printf 'a\\377b'", {});
+        row("flood", "exec cat /dev/zero", {});
+        row("dies", "printf part; kill -9 $$", u"part"_s);
+        row("hangs", "echo out; exec sleep 600", {});
     }
 
     void runsTheTool()
@@ -53,11 +51,8 @@ private Q_SLOTS:
 
     void findsTheTool_data()
     {
-        QTest::addColumn<QString>("open"); // to everybody
-        QTest::addColumn<QString>("found");
-        const auto row = [](const char *name, const QString &open, const QString &found) {
-            QTest::newRow(name) << open << found;
-        };
+        // open: to everybody
+        const Rows<QString, QString> row("open", "found");
         row("at the place itself", {}, u"place/duskrell"_s);
         row("somebody else's at the place", u"place/duskrell"_s, u"first/duskrell"_s);
         row("a folder for everybody", u"place"_s, u"first/duskrell"_s);
@@ -83,10 +78,10 @@ private Q_SLOTS:
 
     void keepsTheFileWhenAPassFails_data()
     {
-        QTest::addColumn<QByteArray>("script");
-        QTest::newRow("prints nothing") << QByteArray();
-        QTest::newRow("prints garbage") << QByteArray("echo error: no gateway");
-        QTest::newRow("no room for the new content") << QByteArray("echo '{\"sessions\":[]}'");
+        const Rows<QByteArray> row("script");
+        row("prints nothing", {});
+        row("prints garbage", "echo error: no gateway");
+        row("no room for the new content", "echo '{\"sessions\":[]}'");
     }
 
     void keepsTheFileWhenAPassFails()
@@ -107,11 +102,7 @@ private Q_SLOTS:
 
     void cronPass_data()
     {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<QByteArray>("content");
-        const auto row = [](const char *name, const QByteArray &script, const QByteArray &content) {
-            QTest::newRow(name) << script << content;
-        };
+        const Rows<QByteArray, QByteArray> row("script", "content");
         row("job list", "echo '{\"jobs\":[{\"id\":\"'$4'\"}]}'", "\"id\": \"--all\"");
         row("knows no --all", "test $# = 3 && echo '{\"jobs\":[{\"id\":\"'$*'\"}]}'",
             "\"id\": \"cron list --json\"");
