@@ -29,12 +29,10 @@ private Q_SLOTS:
     void parses()
     {
         QFETCH(QString, url);
-        QFETCH(Text, base);
-        QFETCH(Text, token);
         const auto link = ConfigurationLink::parse(url);
         QVERIFY(link);
-        QCOMPARE(link->gatewayBaseURL, base);
-        QCOMPARE(link->token, token);
+        QTEST(link->gatewayBaseURL, "base");
+        QTEST(link->token, "token");
     }
 
     void ignores()

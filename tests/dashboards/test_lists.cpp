@@ -24,10 +24,7 @@ const QString notReachable =
     u"Gateway not reachable — check connection and ensure Duskrell is running on the remote device."_s;
 const QString remoteUnusable = u"Remote gateway not reachable — check connection or token."_s;
 
-QString noProcess(const QString &, const QStringList &)
-{
-    return {};
-}
+const auto noProcess = [](const QString &, const QStringList &) { return QString(); };
 
 QByteArray project(const QByteArray &id, const QByteArray &status, int workstreamProgress = 0)
 {

@@ -47,30 +47,22 @@ private Q_SLOTS:
         m_gateway.reset();
     }
 
-    void anyAnswerIsOnline_data()
+    void anyWholeAnswerIsOnline_data()
     {
-        const Rows<QByteArray, bool> row("answer", "online");
-        row("500", StandInGateway::response(500, "oops"), true);
-        row("black hole", {}, false);
-        row("half a body", ok.chopped(1), false);
+        const Rows<QByteArray> row("noAnswer");
+        row("black hole", {});
+        row("half a body", ok.chopped(1));
     }
-    void anyAnswerIsOnline()
+    void anyWholeAnswerIsOnline()
     {
-        QFETCH(QByteArray, answer);
-        QFETCH(bool, online);
+        QFETCH(QByteArray, noAnswer);
+        m_gateway->answer(modelsPath, {});
+        m_gateway->answer(healthPath, StandInGateway::response(500, "oops"));
         const auto monitor = makeMonitor(500ms);
         QTRY_VERIFY(monitor->gatewayOnline());
-
-        m_gateway->answer(modelsPath, {});
-        m_gateway->answer(healthPath, answer);
-        if (online) {
-            monitor->setGatewayURL(u"http://127.0.0.1:1"_s);
-            monitor->pollHealth();
-            QTRY_VERIFY(!monitor->gatewayOnline());
-            monitor->setGatewayURL(m_gateway->url());
-        }
+        m_gateway->answer(healthPath, noAnswer);
         monitor->pollHealth();
-        QTRY_COMPARE(monitor->gatewayOnline(), online);
+        QTRY_VERIFY(!monitor->gatewayOnline());
     }
 
     void hungProbesHoldUpNoOtherGateway()

@@ -1,6 +1,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/ProcessSetup.h"
 #include "statusserver/ServerFixture.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 
 #include <QDir>
@@ -21,11 +22,6 @@ namespace
 
 const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
 const std::optional nothing = QByteArray("");
-
-qsizetype openDescriptors()
-{
-    return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
-}
 
 qint64 memoryInUse()
 {

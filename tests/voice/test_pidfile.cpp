@@ -102,26 +102,21 @@ private Q_SLOTS:
         QCOMPARE(shell.exitCode(), 128 + SIGRTMIN);
     }
 
-    void ignoredTermination_data()
-    {
-        const Rows<bool> row("exits");
-        row("the program goes on", false);
-        row("the program exits at once", true);
-    }
-
     void ignoredTermination()
     {
-        QFETCH(const bool, exits);
         const AgentHome home;
-        Sleeper stubborn(u"trap '' TERM"_s);
-        home.write(pidFile, QByteArray::number(stubborn.processId()));
-        if (exits) {
-            QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {u"--kill"_s}), 0);
-        } else {
-            killFromPidFile(ServiceManager::pidFile(), std::chrono::milliseconds(10));
+        // Whether the program goes on or exits at once.
+        for (const bool exits : {false, true}) {
+            Sleeper stubborn(u"trap '' TERM"_s);
+            home.write(pidFile, QByteArray::number(stubborn.processId()));
+            if (exits) {
+                QProcess::execute(QCoreApplication::applicationFilePath(), {u"--kill"_s});
+            } else {
+                killFromPidFile(ServiceManager::pidFile(), std::chrono::milliseconds(10));
+            }
+            QVERIFY(stubborn.waitForFinished());
+            QCOMPARE(stubborn.exitCode(), SIGKILL);
         }
-        QVERIFY(stubborn.waitForFinished());
-        QCOMPARE(stubborn.exitCode(), SIGKILL);
     }
 };
 

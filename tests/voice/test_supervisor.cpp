@@ -24,11 +24,6 @@ const QString pidFile = u".ostrelle/voice-agent.pid"_s;
 // Makes the log something else, perhaps with the victim's help; 0 when it is done.
 using Prepare = int (*)(const char *victim, const char *log);
 
-qsizetype openDescriptors()
-{
-    return QDir(u"/proc/self/fd"_s).entryList(QDir::System | QDir::AllEntries).size();
-}
-
 QByteArray childrenOfMainThread()
 {
     QFile list(u"/proc/self/task/%1/children"_s.arg(::getpid()));
