@@ -1,4 +1,5 @@
 #include "core/RowsModel.h"
+#include "support/Rows.h"
 
 #include <QAbstractItemModelTester>
 #include <QRandomGenerator>
@@ -99,15 +100,13 @@ class TestRowsModel : public QObject
 private Q_SLOTS:
     void changesOnlyWhatDiffers_data()
     {
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<QString>("steps");
-        QTest::newRow("the same") << u"a1bc"_s << u"a1bc"_s << u""_s;
-        QTest::newRow("two runs change") << u"abcd"_s << u"a1b1cd1"_s << u"c2 c1"_s;
-        QTest::newRow("first to the end") << u"abcd"_s << u"bcda"_s << u"m"_s;
-        QTest::newRow("last to the front and changed") << u"abcd"_s << u"d1abc"_s << u"m c1"_s;
-        QTest::newRow("all of it") << u"abcdef"_s << u"xfbyc1"_s << u"-2 -1 m +1 +1 c1"_s;
-        QTest::newRow("same identity twice") << u"a1a2b"_s << u"ba1a2"_s << u"m"_s;
+        const Rows<QString, QString, QString> row("before", "after", "steps");
+        row("the same", u"a1bc"_s, u"a1bc"_s, u""_s);
+        row("two runs change", u"abcd"_s, u"a1b1cd1"_s, u"c2 c1"_s);
+        row("first to the end", u"abcd"_s, u"bcda"_s, u"m"_s);
+        row("last to the front and changed", u"abcd"_s, u"d1abc"_s, u"m c1"_s);
+        row("all of it", u"abcdef"_s, u"xfbyc1"_s, u"-2 -1 m +1 +1 c1"_s);
+        row("same identity twice", u"a1a2b"_s, u"ba1a2"_s, u"m"_s);
     }
 
     void changesOnlyWhatDiffers()

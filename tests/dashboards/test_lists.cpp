@@ -3,6 +3,7 @@
 #include "dashboards/ProjectTrackerJob.h"
 #include "dashboards/ProjectsViewModel.h"
 #include "platform/Files.h"
+#include "support/Rows.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -23,10 +24,7 @@ const QString notReachable =
     u"Gateway not reachable — check connection and ensure Duskrell is running on the remote device."_s;
 const QString remoteUnusable = u"Remote gateway not reachable — check connection or token."_s;
 
-QString noProcess(const QString &, const QStringList &)
-{
-    return {};
-}
+const auto noProcess = [](const QString &, const QStringList &) { return QString(); };
 
 QByteArray project(const QByteArray &id, const QByteArray &status, int workstreamProgress = 0)
 {
@@ -82,20 +80,14 @@ private Q_SLOTS:
 
     void projectProblems_data()
     {
-        QTest::addColumn<QByteArray>("status");
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("error");
-        QTest::addColumn<int>("projects");
-        QTest::newRow("no tracker") << QByteArray("{}") << QByteArray() << notReachable << 0;
-        QTest::newRow("no description")
-            << QByteArray("{}") << tracker(project("a", "b").replace("description", "x"))
-            << u"Tracker unreadable: projects[0].description: missing"_s << 0;
-        QTest::newRow("no status, no tracker")
-            << QByteArray() << QByteArray() << u"Status unreadable: Empty: no JSON found"_s << 0;
-        QTest::newRow("status is not JSON, tracker fine")
-            << QByteArray("{") << tracker(project("a", "b"))
-            << u"Status unreadable: JSON document ended early in the middle of an object or array."_s
-            << 1;
+        const Rows<QByteArray, QByteArray, QString, int> row("status", "file", "error", "projects");
+        row("no tracker", "{}", {}, notReachable, 0);
+        row("no description", "{}", tracker(project("a", "b").replace("description", "x")),
+            u"Tracker unreadable: projects[0].description: missing"_s, 0);
+        row("no status, no tracker", {}, {}, u"Status unreadable: Empty: no JSON found"_s, 0);
+        row("status is not JSON, tracker fine", "{", tracker(project("a", "b")),
+            u"Status unreadable: JSON document ended early in the middle of an object or array."_s,
+            1);
     }
 
     void projectProblems()
@@ -147,18 +139,14 @@ private Q_SLOTS:
 
     void cronJobs_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<int>("jobs");
-        QTest::addColumn<int>("active");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("jobs") << cron(
-                                     R"({"id":"1","status":"idle"},{"id":"2","status":"Disabled"},)"
-                                     R"({"id":"3","status":"green","enabled":false})")
-                              << 3 << 1 << QString();
-        QTest::newRow("what the tool printed")
-            << QByteArray("no jobs\n") << 0 << 0
-            << u"Cron data unreadable: Problem while parsing an atom starting with the letter 'n'"_s;
-        QTest::newRow("missing") << QByteArray() << 0 << 0 << notReachable;
+        const Rows<QByteArray, int, int, QString> row("file", "jobs", "active", "error");
+        row("jobs",
+            cron(R"({"id":"1","status":"idle"},{"id":"2","status":"Disabled"},)"
+                 R"({"id":"3","status":"green","enabled":false})"),
+            3, 1, {});
+        row("what the tool printed", "no jobs\n", 0, 0,
+            u"Cron data unreadable: Problem while parsing an atom starting with the letter 'n'"_s);
+        row("missing", {}, 0, 0, notReachable);
     }
 
     void cronJobs()
@@ -175,16 +163,14 @@ private Q_SLOTS:
 
     void anotherMachine_data()
     {
-        QTest::addColumn<QByteArray>("projects");
-        QTest::addColumn<QByteArray>("cronJobs");
-        QTest::addColumn<QString>("error");
-        QTest::addColumn<int>("count");
+        const Rows<QByteArray, QByteArray, QString, int> row("projects", "cronJobs", "error",
+                                                             "count");
         const QByteArray empty = StandInGateway::response(200, "{}");
-        QTest::newRow("documents") << StandInGateway::response(200, tracker(project("a", "b")))
-                                   << StandInGateway::response(200, cron("{}")) << QString() << 1;
-        QTest::newRow("refused token") << StandInGateway::response(401)
-                                       << StandInGateway::response(403) << remoteUnusable << 0;
-        QTest::newRow("no documents") << empty << empty << remoteUnusable << 0;
+        row("documents", StandInGateway::response(200, tracker(project("a", "b"))),
+            StandInGateway::response(200, cron("{}")), {}, 1);
+        row("refused token", StandInGateway::response(401), StandInGateway::response(403),
+            remoteUnusable, 0);
+        row("no documents", empty, empty, remoteUnusable, 0);
     }
 
     void anotherMachine()
@@ -217,22 +203,20 @@ private Q_SLOTS:
 
     void runsTheTrackerJob_data()
     {
-        QTest::addColumn<QString>("found");
-        QTest::addColumn<QString>("list");
-        QTest::addColumn<QString>("lastCommand");
+        const Rows<QString, QString, QString> row("found", "list", "lastCommand");
         const QString tool = u" /bin/duskrell\n"_s;
         const QString listing = u"/bin/duskrell cron list --json --all"_s;
         const QString job = u"{\"name\":\"OSTRELLE Project Tracker\",\"id\":%1}"_s;
-        QTest::newRow("no tool") << u"\n"_s << u""_s << u"/usr/bin/env which duskrell"_s;
-        QTest::newRow("no list") << tool << u"error"_s << listing;
-        QTest::newRow("another job")
-            << tool << u"{\"jobs\":[{\"name\":\"OSTRELLE project tracker\"}]}"_s << listing;
-        QTest::newRow("no id") << tool << u"{\"jobs\":[%1]}"_s.arg(job.arg(7)) << listing;
-        QTest::newRow("an option for an id")
-            << tool << u"{\"jobs\":[%1]}"_s.arg(job.arg(u"\"--all\""_s)) << listing;
-        QTest::newRow("the first of two")
-            << tool << u"{\"jobs\":[{},%1,%2]}"_s.arg(job.arg(u"\"a\""_s), job.arg(u"\"b\""_s))
-            << u"/bin/duskrell cron run a"_s;
+        row("no tool", u"\n"_s, u""_s, u"/usr/bin/env which duskrell"_s);
+        row("no list", tool, u"error"_s, listing);
+        row("another job", tool, u"{\"jobs\":[{\"name\":\"OSTRELLE project tracker\"}]}"_s,
+            listing);
+        row("no id", tool, u"{\"jobs\":[%1]}"_s.arg(job.arg(7)), listing);
+        row("an option for an id", tool, u"{\"jobs\":[%1]}"_s.arg(job.arg(u"\"--all\""_s)),
+            listing);
+        row("the first of two", tool,
+            u"{\"jobs\":[{},%1,%2]}"_s.arg(job.arg(u"\"a\""_s), job.arg(u"\"b\""_s)),
+            u"/bin/duskrell cron run a"_s);
     }
 
     void runsTheTrackerJob()

@@ -20,18 +20,8 @@ bool isWhole(const QByteArray &received)
 
 } // namespace
 
-StandInGateway::StandInGateway(const QHostAddress &address, quint16 port)
-    : StandInGateway(std::nullopt, address, port)
-{
-}
-
-StandInGateway::StandInGateway(const QSslConfiguration &tls)
-    : StandInGateway(tls, QHostAddress::LocalHost, 0)
-{
-}
-
-StandInGateway::StandInGateway(std::optional<QSslConfiguration> tls, const QHostAddress &address,
-                               quint16 port)
+StandInGateway::StandInGateway(const QHostAddress &address, quint16 port,
+                               std::optional<QSslConfiguration> tls)
     : m_tls(std::move(tls))
 {
     connect(this, &QTcpServer::newConnection, this, &StandInGateway::accept);

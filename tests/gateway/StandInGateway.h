@@ -11,10 +11,9 @@
 class StandInGateway : public QTcpServer
 {
 public:
-    explicit StandInGateway(const QHostAddress &address = QHostAddress::LocalHost,
-                            quint16 port = 0);
-    // One that speaks TLS.
-    explicit StandInGateway(const QSslConfiguration &tls);
+    // With a TLS configuration it speaks TLS.
+    explicit StandInGateway(const QHostAddress &address = QHostAddress::LocalHost, quint16 port = 0,
+                            std::optional<QSslConfiguration> tls = {});
 
     static QByteArray response(int status, const QByteArray &body = {},
                                const QByteArray &headers = {});
@@ -41,8 +40,6 @@ protected:
     void incomingConnection(qintptr descriptor) override;
 
 private:
-    StandInGateway(std::optional<QSslConfiguration> tls, const QHostAddress &address, quint16 port);
-
     void accept();
     void receive(QTcpSocket *client);
     void keepFlooding(QTcpSocket *client);

@@ -2,6 +2,7 @@
 #include "gateway/QuickChatVM.h"
 #include "gateway/StandInGateway.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QAbstractItemModelTester>
@@ -43,21 +44,20 @@ private Q_SLOTS:
 
     void showsTheReply_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("text");
-        const auto raw = [](const char *name, const QByteArray &body) {
-            QTest::newRow(name) << body << QString::fromUtf8(body);
+        const Rows<QByteArray, QString> row("body", "text");
+        const auto raw = [&](const char *name, const QByteArray &body) {
+            row(name, body, QString::fromUtf8(body));
         };
-        QTest::newRow("reply") << completion(R"("Grüße\n\"du\" 💬 ")") << u"Grüße\n\"du\" 💬 "_s;
+        row("reply", completion(R"("Grüße\n\"du\" 💬 ")"), u"Grüße\n\"du\" 💬 "_s);
         raw("no choices", R"({"choices":[]})");
         raw("second choice is a text", completion(R"("a")").replace("}]", "},\"b\"]"));
         raw("text with line ends", "\n plain \n");
-        QTest::newRow("lone surrogate, number beyond 64 bits")
-            << completion(R"("\ud83d!"},"n":{"n":123456789012345678901234567890)") << u"\ufffd!"_s;
-        QTest::newRow("empty body") << QByteArray() << QString();
-        QTest::newRow("not UTF-8") << QByteArray("\xff\xfe") << u"No response"_s;
-        QTest::newRow("100 MB") << completion('"' + QByteArray(100000000, 'x') + '"')
-                                << u"Error: The reply is too long."_s;
+        row("lone surrogate, number beyond 64 bits",
+            completion(R"("\ud83d!"},"n":{"n":123456789012345678901234567890)"), u"\ufffd!"_s);
+        row("empty body", {}, {});
+        row("not UTF-8", "\xff\xfe", u"No response"_s);
+        row("100 MB", completion('"' + QByteArray(100000000, 'x') + '"'),
+            u"Error: The reply is too long."_s);
     }
     void showsTheReply()
     {
@@ -106,12 +106,11 @@ private Q_SLOTS:
 
     void failuresAreReplies_data()
     {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("no URL") << u"http://two words"_s << u"Invalid gateway URL"_s;
-        QTest::newRow("no host") << u""_s << u"Error: Unsupported URL."_s;
-        QTest::newRow("nobody there") << u"http://127.0.0.1:1"_s << u"Error: Connection refused"_s;
-        QTest::newRow("black hole") << u"hole"_s << u"Error: The request timed out."_s;
+        const Rows<QString, QString> row("url", "text");
+        row("no URL", u"http://two words"_s, u"Invalid gateway URL"_s);
+        row("no host", u""_s, u"Error: Unsupported URL."_s);
+        row("nobody there", u"http://127.0.0.1:1"_s, u"Error: Connection refused"_s);
+        row("black hole", u"hole"_s, u"Error: The request timed out."_s);
     }
     void failuresAreReplies()
     {

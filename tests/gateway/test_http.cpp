@@ -1,5 +1,6 @@
 #include "core/HttpClient.h"
 #include "gateway/StandInGateway.h"
+#include "support/Rows.h"
 
 #include <QFile>
 #include <QNetworkProxy>
@@ -24,15 +25,9 @@ class TestHttp : public QObject
 private Q_SLOTS:
     void readsResponsesCutAnywhere_data()
     {
-        QTest::addColumn<QByteArray>("response");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        const auto whole = [](const char *name, const QByteArray &response, int status,
-                              const QByteArray &body) {
-            QTest::newRow(name) << response << status << body;
-        };
-        const auto malformed = [](const char *name, const QByteArray &response) {
-            QTest::newRow(name) << response << 0 << QByteArray();
+        const Rows<QByteArray, int, QByteArray> whole("response", "status", "body");
+        const auto malformed = [&](const char *name, const QByteArray &response) {
+            whole(name, response, 0, {});
         };
         const QByteArray ok = "HTTP/1.1 200 OK\r\n";
         const QByteArray chunked = ok + "Transfer-Encoding: Chunked\r\n\r\n";
@@ -104,13 +99,11 @@ private Q_SLOTS:
 
     void trustsWhomTheSystemTrusts_data()
     {
-        QTest::addColumn<bool>("known");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("trusted");
+        const Rows<bool, QString, bool> row("known", "name", "trusted");
 
-        QTest::newRow("known authority") << true << u"IP:127.0.0.1"_s << true;
-        QTest::newRow("unknown authority") << false << u"IP:127.0.0.1"_s << false;
-        QTest::newRow("somebody else's name") << true << u"DNS:gateway.invalid"_s << false;
+        row("known authority", true, u"IP:127.0.0.1"_s, true);
+        row("unknown authority", false, u"IP:127.0.0.1"_s, false);
+        row("somebody else's name", true, u"DNS:gateway.invalid"_s, false);
     }
     void trustsWhomTheSystemTrusts()
     {
@@ -131,7 +124,7 @@ private Q_SLOTS:
             client.addCaCertificate(certificate);
             QSslConfiguration::setDefaultConfiguration(client);
         }
-        StandInGateway gateway(server);
+        StandInGateway gateway(QHostAddress::LocalHost, 0, server);
         gateway.answer("/a", StandInGateway::response(200, "there"));
 
         const HttpResult answer = ask(gateway.url() + u"/a"_s);

@@ -2,11 +2,11 @@
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
 #include "settings/SettingsQueues.h"
+#include "support/Rows.h"
 
 #include <QProcess>
 #include <QSemaphore>
 #include <QSignalSpy>
-#include <QUrlQuery>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -64,14 +64,12 @@ private Q_SLOTS:
 
     void namesTheGatewayInUse_data()
     {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("isLocal");
-        QTest::newRow("local") << local << u"box"_s << true;
-        QTest::newRow("by its name") << u"https://box.t.ts.net/x"_s << u"box"_s << true;
-        QTest::newRow("saved") << remote << u"Far"_s << false;
-        QTest::newRow("not saved") << u"http://My.lan:1"_s << u"My"_s << false;
-        QTest::newRow("no URL") << u"http://a b"_s << u"Gateway"_s << false;
+        const Rows<QString, QString, bool> row("url", "name", "isLocal");
+        row("local", local, u"box"_s, true);
+        row("by its name", u"https://box.t.ts.net/x"_s, u"box"_s, true);
+        row("saved", remote, u"Far"_s, false);
+        row("not saved", u"http://My.lan:1"_s, u"My"_s, false);
+        row("no URL", u"http://a b"_s, u"Gateway"_s, false);
     }
     void namesTheGatewayInUse()
     {
@@ -124,16 +122,13 @@ private Q_SLOTS:
 
     void adoptsPairedGateways_data()
     {
-        QTest::addColumn<QString>("base");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("isMagicDNS");
-        QTest::newRow("tailnet name")
-            << u"https://studio.quiet-otter.ts.net"_s << u"studio.quiet-otter.ts.net"_s << true;
-        QTest::newRow("plain http in a tailnet")
-            << u"http://studio.quiet-otter.ts.net"_s << u"studio.quiet-otter.ts.net"_s << false;
-        QTest::newRow("bare address")
-            << u"http://192.168.1.20:18789"_s << u"192.168.1.20"_s << false;
-        QTest::newRow("no address at all") << u"somewhere"_s << u"somewhere"_s << false;
+        const Rows<QString, QString, bool> row("base", "name", "isMagicDNS");
+        row("tailnet name", u"https://studio.quiet-otter.ts.net"_s, u"studio.quiet-otter.ts.net"_s,
+            true);
+        row("plain http in a tailnet", u"http://studio.quiet-otter.ts.net"_s,
+            u"studio.quiet-otter.ts.net"_s, false);
+        row("bare address", u"http://192.168.1.20:18789"_s, u"192.168.1.20"_s, false);
+        row("no address at all", u"somewhere"_s, u"somewhere"_s, false);
     }
 
     void adoptsPairedGateways()
@@ -184,11 +179,9 @@ private Q_SLOTS:
 
     void addsByHand_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("url");
-        QTest::newRow("URL") << u"http://Box.lan:5/"_s << u"Box.lan"_s << u"http://Box.lan:5/"_s;
-        QTest::newRow("no trimming") << u" x"_s << u"http:// x:18789"_s << u"http:// x:18789"_s;
+        const Rows<QString, QString, QString> row("typed", "name", "url");
+        row("URL", u"http://Box.lan:5/"_s, u"Box.lan"_s, u"http://Box.lan:5/"_s);
+        row("no trimming", u" x"_s, u"http:// x:18789"_s, u"http:// x:18789"_s);
     }
     void addsByHand()
     {
@@ -295,18 +288,15 @@ private Q_SLOTS:
 
     void findsTheAddressForAPhone_data()
     {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<bool>("useMagicDNS");
-        QTest::addColumn<QByteArray>("ip");
-        QTest::addColumn<QString>("base");
+        const Rows<QString, bool, QByteArray, QString> row("url", "useMagicDNS", "ip", "base");
         const QByteArray ip = "100.101.102.103\n";
-        QTest::newRow("MagicDNS") << local << true << ip << u"https://box.t.ts.net"_s;
-        QTest::newRow("URL without a port")
-            << u"http://127.0.0.1"_s << false << ip << u"http://100.101.102.103:18789"_s;
-        QTest::newRow("no Tailscale, remote") << remote << false << QByteArray() << remote;
+        row("MagicDNS", local, true, ip, u"https://box.t.ts.net"_s);
+        row("URL without a port", u"http://127.0.0.1"_s, false, ip,
+            u"http://100.101.102.103:18789"_s);
+        row("no Tailscale, remote", remote, false, {}, remote);
         const QString lan = NetworkHelpers::getLocalIP().value_or(u"127.0.0.1"_s);
-        QTest::newRow("no Tailscale, local") << u"http://127.0.0.1:5/localhost"_s << false
-                                             << QByteArray() << u"http://"_s + lan + u":5/"_s + lan;
+        row("no Tailscale, local", u"http://127.0.0.1:5/localhost"_s, false, {},
+            u"http://"_s + lan + u":5/"_s + lan);
     }
     void findsTheAddressForAPhone()
     {
@@ -325,20 +315,15 @@ private Q_SLOTS:
     void linkKeepsEveryValue()
     {
         OstrelleConfig config;
-        config.gateway.token = u"a&b=c+d%e#f g?h;i %26&amp; ключ-鍵-💬"_s;
-        const SavedGateway gateway{.name = {}, .url = u"https://x?y=1&z"_s, .isMagicDNS = true};
-        const QUrl url(buildPairURL({.gateway = gateway,
-                                     .config = config,
-                                     .tokens = m_settings->tokens,
-                                     .geminiAPIKey = u"k&=ü"_s}),
-                       QUrl::StrictMode);
-        QCOMPARE(url.scheme(), u"ostrelle"_s);
-        QCOMPARE(url.host(), u"config"_s);
-        const QList<std::pair<QString, QString>> expected{
-            {u"gatewayBaseURL"_s, gateway.url},
-            {u"token"_s, config.gateway.token.value()},
-            {u"geminiAPIKey"_s, u"k&=ü"_s}};
-        QVERIFY(QUrlQuery(url).queryItems(QUrl::FullyDecoded) == expected);
+        config.gateway.token = u"a&b=c+d%e#f g?h;i %26鍵💬"_s;
+        QCOMPARE(
+            buildPairURL({.gateway = {.name = {}, .url = u"https://x?y=1&z"_s, .isMagicDNS = true},
+                          .config = config,
+                          .tokens = m_settings->tokens,
+                          .geminiAPIKey = u"k&=ü"_s}),
+            u"ostrelle://config?gatewayBaseURL=https%3A%2F%2Fx%3Fy%3D1%26z"
+            "&token=a%26b%3Dc%2Bd%25e%23f%20g%3Fh%3Bi%20%2526%E9%8D%B5%F0%9F%92%AC"
+            "&geminiAPIKey=k%26%3D%C3%BC"_s);
     }
 
     void qrCodeHoldsTheLink()

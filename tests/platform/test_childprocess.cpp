@@ -2,9 +2,9 @@
 #include "platform/Files.h"
 #include "platform/ProcessSetup.h"
 #include "support/Processes.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <csignal>
@@ -45,38 +45,24 @@ private Q_SLOTS:
 
     void collectsOutput_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<Capture>("capture");
-        QTest::addColumn<QByteArray>("output");
-        QTest::newRow("standard error")
-            << u"echo out; echo err >&2"_s << Capture::StandardError << QByteArray("err\n");
-        QTest::newRow("merged") << u"echo out; echo err >&2"_s << Capture::Merged
-                                << QByteArray("out\nerr\n");
-        QTest::newRow("nothing") << u"echo out; echo err >&2"_s << Capture::Nothing << QByteArray();
-        QTest::newRow("more than a pipe holds")
-            << u"head -c 300000 /dev/zero"_s << Capture::StandardOutput << QByteArray(300000, '\0');
-        QTest::newRow("grandchild holds the pipe")
-            << u"sleep 60 & echo out"_s << Capture::StandardOutput << QByteArray("out\n");
-        QTest::newRow("closes its output early")
-            << u"echo out; exec >&-; sleep 0.1"_s << Capture::StandardOutput << QByteArray("out\n");
+        const Rows<QString, Capture, QByteArray> row("script", "capture", "output");
+        row("standard error", u"echo out; echo err >&2"_s, Capture::StandardError, "err\n");
+        row("merged", u"echo out; echo err >&2"_s, Capture::Merged, "out\nerr\n");
+        row("nothing", u"echo out; echo err >&2"_s, Capture::Nothing, {});
+        row("more than a pipe holds", u"head -c 300000 /dev/zero"_s, Capture::StandardOutput,
+            QByteArray(300000, '\0'));
+        row("closes its output early", u"echo out; exec >&-; sleep 0.1"_s, Capture::StandardOutput,
+            "out\n");
     }
 
     void collectsOutput()
     {
         QFETCH(QString, script);
         QFETCH(Capture, capture);
-        QFETCH(QByteArray, output);
-        // A grandchild that stays behind on purpose is ended by the deadline of its own sleep; the
-        // process group makes it easy to end it here.
-        QElapsedTimer timer;
-        timer.start();
-        const auto result =
-            runChild(shell(u"echo $$ > \"$PIDS\"; "_s + script), withPidFile(capture));
+        const auto result = runChild(shell(script), {.capture = capture});
         QVERIFY(result);
         QVERIFY(result->exitedNormally);
-        QCOMPARE(result->output, output);
-        QVERIFY(timer.elapsed() < 30000); // the grandchild lives twice as long
-        ::kill(-pidFromFile(), SIGKILL);
+        QTEST(result->output, "output");
     }
 
     void tellsHowTheChildEnded()
@@ -94,12 +80,11 @@ private Q_SLOTS:
 
     void boundsAChild_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<ChildFailure::Kind>("kind");
-        QTest::newRow("hangs") << u"trap '' TERM; sleep 60"_s << ChildFailure::Kind::TimedOut;
-        QTest::newRow("hangs with its output closed")
-            << u"exec >&-; sleep 60"_s << ChildFailure::Kind::TimedOut;
-        QTest::newRow("floods") << u"exec cat /dev/zero"_s << ChildFailure::Kind::TooMuchOutput;
+        const Rows<QString, ChildFailure::Kind> row("script", "kind");
+        row("hangs", u"trap '' TERM; sleep 60"_s, ChildFailure::Kind::TimedOut);
+        row("hangs with its output closed", u"exec >&-; sleep 60"_s, ChildFailure::Kind::TimedOut);
+        row("floods", u"exec cat /dev/zero"_s, ChildFailure::Kind::TooMuchOutput);
+        row("is unwanted", u"trap '' TERM; sleep 60; wait"_s, ChildFailure::Kind::Stopped);
     }
 
     void boundsAChild()
@@ -109,6 +94,13 @@ private Q_SLOTS:
         ChildOptions options;
         options.killAfter = kind == ChildFailure::Kind::TimedOut ? 200ms : 60s;
         options.maxOutputBytes = 1000000;
+        std::stop_source stop;
+        options.stop = stop.get_token();
+        const std::jthread other([&] {
+            if (kind == ChildFailure::Kind::Stopped) {
+                stop.request_stop();
+            }
+        });
         const auto result = runChild(shell(script), options);
         QVERIFY(!result);
         QCOMPARE(result.error().kind, kind);
@@ -132,37 +124,28 @@ private Q_SLOTS:
 
     void killsWhatHoldsTheOutput_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<bool>("lives");
-        QTest::newRow("holds it") << u"sleep 60 & echo $!"_s << false;
-        QTest::newRow("holds it in a session of its own")
-            << u"setsid -f sh -c 'echo $$; : >~/told; exec sleep 60';"
-               " until test -e ~/told; do sleep 0.01; done"_s
-            << false;
-        QTest::newRow("a service") << u"sleep 60 >/dev/null & echo $!"_s << true;
+        const Rows<QString, bool, bool> row("script", "killLeftovers", "lives");
+        row("holds it", u"sleep 60 & echo $!"_s, true, false);
+        row("holds it, which is nobody's concern", u"sleep 60 & echo $!"_s, false, true);
+        row("holds it in a session of its own",
+            u"setsid -f sh -c 'echo $$; : >~/told; exec sleep 60';"
+            " until test -e ~/told; do sleep 0.01; done"_s,
+            true, false);
+        row("a service", u"sleep 60 >/dev/null & echo $!"_s, true, true);
     }
 
     void killsWhatHoldsTheOutput()
     {
         QFETCH(QString, script);
+        QFETCH(bool, killLeftovers);
         QFETCH(bool, lives);
-        const auto result = runChild(shell(script), {.killLeftovers = true});
+        const ScratchHome home; // of the script
+        const auto result = runChild(shell(script), {.killLeftovers = killLeftovers});
         QVERIFY(result);
         const pid_t grandchild = result->output.trimmed().toInt();
         QVERIFY(grandchild > 0);
         QTRY_COMPARE(isAlive(grandchild), lives);
         ::kill(grandchild, lives ? SIGKILL : 0);
-    }
-
-    void stopsAChild()
-    {
-        std::stop_source stop;
-        std::jthread waiting([&] {
-            const auto result =
-                runChild(shell(u"trap '' TERM; sleep 60; wait"_s), {.stop = stop.get_token()});
-            QVERIFY(!result && result.error().kind == ChildFailure::Kind::Stopped);
-        });
-        stop.request_stop();
     }
 
     // Last, because no child starts in this process afterwards.
@@ -183,17 +166,6 @@ private Q_SLOTS:
         }
         QVERIFY(!runChild(shell(u"exit 0"_s)));
     }
-
-private:
-    ChildOptions withPidFile(Capture capture)
-    {
-        qputenv("PIDS", m_home.path(u"pids"_s).toUtf8());
-        return {.capture = capture};
-    }
-
-    pid_t pidFromFile() const { return m_home.read(u"pids"_s).trimmed().toInt(); }
-
-    ScratchHome m_home;
 };
 
 QTEST_GUILESS_MAIN(TestChildProcess)

@@ -2,6 +2,7 @@
 #include "platform/LoginItem.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QDir>
@@ -20,27 +21,16 @@ class TestFiles : public QObject
 private Q_SLOTS:
     void initTestCase() { prepareProcess(); }
 
-    void writesInPlace_data()
-    {
-        QTest::addColumn<QByteArray>("before");
-        QTest::addColumn<QByteArray>("after");
-        QTest::newRow("new file") << QByteArray() << QByteArray("content");
-        QTest::newRow("shorter than before") << QByteArray(100000, 'o') << QByteArray("new");
-    }
-
+    // Through a link, which has to stay one: a new file, and then less than it holds.
     void writesInPlace()
     {
-        QFETCH(QByteArray, before);
-        QFETCH(QByteArray, after);
         const ScratchHome home;
-        if (!before.isNull()) {
-            home.write(u"target"_s, before);
-        }
-        // Through a link, which has to stay one.
         QFile::link(home.path(u"target"_s), home.path(u"link"_s));
-        QVERIFY(writeInPlace(home.path(u"link"_s), after));
-        QVERIFY(QFileInfo(home.path(u"link"_s)).isSymLink());
-        QCOMPARE(home.read(u"target"_s), after);
+        for (const QByteArray &content : {QByteArray(100000, 'o'), QByteArray("new")}) {
+            QVERIFY(writeInPlace(home.path(u"link"_s), content));
+            QVERIFY(QFileInfo(home.path(u"link"_s)).isSymLink());
+            QCOMPARE(home.read(u"target"_s), content);
+        }
     }
 
     void keepsTheOldContentWithoutRoom()
@@ -119,14 +109,13 @@ private Q_SLOTS:
 
     void refusesWhatIsNoFile_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<FileProblem::Kind>("kind");
-        QTest::newRow("pipe without a writer") << u"pipe"_s << FileProblem::Kind::NotRegular;
-        QTest::newRow("directory") << u"."_s << FileProblem::Kind::NotRegular;
-        QTest::newRow("device") << u"/dev/zero"_s << FileProblem::Kind::NotRegular;
-        QTest::newRow("missing") << u"missing"_s << FileProblem::Kind::Missing;
-        QTest::newRow("below a file") << u"large/below"_s << FileProblem::Kind::Missing;
-        QTest::newRow("too large") << u"large"_s << FileProblem::Kind::TooLarge;
+        const Rows<QString, FileProblem::Kind> row("path", "kind");
+        row("pipe without a writer", u"pipe"_s, FileProblem::Kind::NotRegular);
+        row("directory", u"."_s, FileProblem::Kind::NotRegular);
+        row("device", u"/dev/zero"_s, FileProblem::Kind::NotRegular);
+        row("missing", u"missing"_s, FileProblem::Kind::Missing);
+        row("below a file", u"large/below"_s, FileProblem::Kind::Missing);
+        row("too large", u"large"_s, FileProblem::Kind::TooLarge);
     }
 
     void refusesWhatIsNoFile()

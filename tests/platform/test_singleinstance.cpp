@@ -1,4 +1,5 @@
 #include "platform/SingleInstance.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QDir>
@@ -21,12 +22,11 @@ class TestSingleInstance : public QObject
 private Q_SLOTS:
     void handsTheMessageToTheFirst_data()
     {
-        QTest::addColumn<QByteArray>("message");
-        QTest::addColumn<QString>("session");
-        QTest::newRow("a plain second start") << QByteArray("") << u".run"_s;
-        QTest::newRow("several lines") << QByteArray("one\ntwo\n") << u".run"_s;
-        QTest::newRow("long") << QByteArray(20000, 'x') << u".run"_s;
-        QTest::newRow("from another session") << QByteArray("ostrelle://a%20b") << u"other"_s;
+        const Rows<QByteArray, QString> row("message", "session");
+        row("a plain second start", "", u".run"_s);
+        row("several lines", "one\ntwo\n", u".run"_s);
+        row("long", QByteArray(20000, 'x'), u".run"_s);
+        row("from another session", "ostrelle://a%20b", u"other"_s);
     }
 
     void handsTheMessageToTheFirst()

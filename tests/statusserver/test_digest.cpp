@@ -3,6 +3,7 @@
 #include "statusserver/ServerFixture.h"
 #include "statusserver/SessionDigest.h"
 #include "statusserver/SessionLog.h"
+#include "support/Rows.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -53,15 +54,13 @@ class DigestTest : public QObject
 private Q_SLOTS:
     void lineRules_data()
     {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<QString>("content"); // empty: the line does not count
-
-        const auto content =
-            [](const char *name, const QByteArray &json, const QString &text = {}) {
-                QTest::newRow(name)
-                    << R"({"type":"message","message":{"role":"user","content":)" + json + "}}"
-                    << text;
-            };
+        // content: empty where the line does not count
+        const Rows<QByteArray, QString> row("line", "content");
+        const auto content = [&](const char *name, const QByteArray &json,
+                                 const QString &text = {}) {
+            row(name, R"({"type":"message","message":{"role":"user","content":)" + json + "}}",
+                text);
+        };
         content("trimmed of every white space", "\"\\u2003\\u00a0\\n hello\\r\\n\\t \"",
                 u"hello"_s);
         content("only white space", R"(" \n ")");
@@ -77,17 +76,13 @@ private Q_SLOTS:
         content("no reply", R"("NO_REPLY")");
         content("half of a surrogate pair", R"("\udc00")", u"\ufffd"_s);
         content("broken behind the text", R"("hello"},"x":tru)");
-        QTest::newRow("role of a tool")
-            << QByteArray(R"({"type":"message","message":{"role":"tool","content":"a"}})")
-            << QString();
-        QTest::newRow("another type")
-            << QByteArray(R"({"type":"session","message":{"role":"user","content":"a"}})")
-            << QString();
-        QTest::newRow("no object") << QByteArray("[1]") << QString();
-        QTest::newRow("type escaped, line indented")
-            << QByteArray(" {\"ty\\u0070e\":\"message\",\"message\":{\"role\":\"user\",\"content\":"
-                          "\"a\"}}\r")
-            << u"a"_s;
+        row("role of a tool", R"({"type":"message","message":{"role":"tool","content":"a"}})", {});
+        row("another type", R"({"type":"session","message":{"role":"user","content":"a"}})", {});
+        row("no object", "[1]", {});
+        row("type escaped, line indented",
+            " {\"ty\\u0070e\":\"message\",\"message\":{\"role\":\"user\",\"content\":"
+            "\"a\"}}\r",
+            u"a"_s);
     }
 
     void lineRules()
@@ -104,16 +99,16 @@ private Q_SLOTS:
 
     void equalsForwardReading_data()
     {
-        QTest::addColumn<QByteArray>("log");
+        const Rows<QByteArray> row("log");
         const QByteArray three = messageLine("one") +
                                  messageLine("zw\u00f6lf \U0001F9AA", "assistant") + "garbage\n\n" +
                                  messageLine("drei \u2026");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("lines of many lengths") << three;
-        QTest::newRow("last line unfinished") << three.chopped(1);
-        QTest::newRow("cut inside a character") << three + "\xF0\x9F\xA6";
-        QTest::newRow("bad byte at the start") << "\xff" + three;
-        QTest::newRow("overlong sequence in the middle") << messageLine("one") + "\xC0\x80" + three;
+        row("empty", {});
+        row("lines of many lengths", three);
+        row("last line unfinished", three.chopped(1));
+        row("cut inside a character", three + "\xF0\x9F\xA6");
+        row("bad byte at the start", "\xff" + three);
+        row("overlong sequence in the middle", messageLine("one") + "\xC0\x80" + three);
     }
 
     void equalsForwardReading()

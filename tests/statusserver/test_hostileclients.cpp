@@ -1,6 +1,8 @@
 #include "core/BackgroundWork.h"
 #include "platform/ProcessSetup.h"
 #include "statusserver/ServerFixture.h"
+#include "support/Processes.h"
+#include "support/Rows.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,11 +22,6 @@ namespace
 
 const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
 const std::optional nothing = QByteArray("");
-
-qsizetype openDescriptors()
-{
-    return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
-}
 
 qint64 memoryInUse()
 {
@@ -78,10 +75,9 @@ private Q_SLOTS:
 
     void slowReader_data()
     {
-        QTest::addColumn<std::size_t>("slowestReading");
-        QTest::addColumn<bool>("arrives");
-        QTest::newRow("makes progress") << std::size_t{4096} << true;
-        QTest::newRow("drop by drop") << std::size_t{1'000'000'000} << false;
+        const Rows<std::size_t, bool> row("slowestReading", "arrives");
+        row("makes progress", std::size_t{4096}, true);
+        row("drop by drop", std::size_t{1'000'000'000}, false);
     }
 
     void slowReader()

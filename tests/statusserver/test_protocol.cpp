@@ -1,5 +1,6 @@
 #include "platform/ProcessSetup.h"
 #include "statusserver/ServerFixture.h"
+#include "support/Rows.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,8 +28,7 @@ private Q_SLOTS:
 
     void exactBytes_data()
     {
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<QByteArray>("answer");
+        const Rows<QByteArray, QByteArray> row("request", "answer");
 
         const QByteArray preflight = "HTTP/1.1 204 No Content\r\nAccess-Control-Allow-Origin: *\r\n"
                                      "Access-Control-Allow-Methods: GET, "
@@ -36,9 +36,6 @@ private Q_SLOTS:
                                      "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
         const QByteArray agents = jsonAnswer("200 OK", R"({"agents":{},"completions":[]})");
         const QByteArray unknown = jsonAnswer("404 Not Found", R"({"error":"not found"})");
-        const auto row = [](const char *name, const QByteArray &request, const QByteArray &answer) {
-            QTest::newRow(name) << request << answer;
-        };
         row("preflight", "OPTIONS /any?thing HTTP/1.1\r\n\r\n", preflight);
         row("health", "GET /health HTTP/1.1\r\n\r\n", jsonAnswer("200 OK", R"({"ok":true})"));
         row("status", "GET /status HTTP/1.1\r\n\r\n", agents);
@@ -58,26 +55,20 @@ private Q_SLOTS:
     void exactBytes()
     {
         QFETCH(const QByteArray, request);
-        QFETCH(const QByteArray, answer);
         const ServerFixture fixture;
-        QCOMPARE(fixture.ask(request), answer);
-    }
-
-    void documentsAreServedAsStored_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("NUL and characters of every length")
-            << QByteArray("a\0\xC3\xB6\xE2\x80\xA6\xF0\x9F\xA6\xAA", 11);
-        QTest::newRow("large") << QByteArray(qsizetype{3} * 1024 * 1024, 'x');
+        QTEST(fixture.ask(request), "answer");
     }
 
     void documentsAreServedAsStored()
     {
-        QFETCH(const QByteArray, content);
         const ServerFixture fixture;
-        fixture.home.write(agentTrackerFile, content);
-        QCOMPARE(fixture.get("/status"), jsonAnswer("200 OK", content));
+        // Nothing, NUL and characters of every length, and a large one.
+        for (const QByteArray &content :
+             {QByteArray(""), QByteArray("a\0\xC3\xB6\xE2\x80\xA6\xF0\x9F\xA6\xAA", 11),
+              QByteArray(qsizetype{3} * 1024 * 1024, 'x')}) {
+            fixture.home.write(agentTrackerFile, content);
+            QCOMPARE(fixture.get("/status"), jsonAnswer("200 OK", content));
+        }
     }
 
     // Of the same length each time, in place and as another file, at once and after a while.
@@ -98,35 +89,24 @@ private Q_SLOTS:
         QVERIFY(fixture.get("/status").startsWith("HTTP/1.1 404"));
     }
 
-    void whatIsNoDocument_data()
-    {
-        QTest::addColumn<QByteArray>("kind");
-        for (const char *kind :
-             {"missing", "directory", "fifo", "device", "latin1", "far too large"}) {
-            QTest::newRow(kind) << QByteArray(kind);
-        }
-    }
-
     void whatIsNoDocument()
     {
-        QFETCH(const QByteArray, kind);
         const ServerFixture fixture;
         const QString path = fixture.home.path(agentTrackerFile);
+        const QByteArray refusal = jsonAnswer("404 Not Found", R"({"error":"file not found"})");
+        fixture.home.write(agentTrackerFile, "{\"name\":\"z\xF6lf\"}"); // no UTF-8
+        QCOMPARE(fixture.get("/status"), refusal);
+        fixture.home.write(agentTrackerFile, "{}");
+        QVERIFY(QFile::resize(path, qint64{1} << 40)); // without a block on the disk
+        QCOMPARE(fixture.get("/status"), refusal);
         QVERIFY(QFile::remove(path));
-        if (kind == "directory") {
-            QDir().mkpath(path);
-        } else if (kind == "fifo") {
-            QCOMPARE(::mkfifo(path.toUtf8().constData(), 0600), 0);
-        } else if (kind == "device") {
-            QVERIFY(QFile::link(u"/dev/zero"_s, path));
-        } else if (kind == "latin1") {
-            fixture.home.write(agentTrackerFile, "{\"name\":\"z\xF6lf\"}");
-        } else if (kind == "far too large") {
-            fixture.home.write(agentTrackerFile, "{}");
-            QVERIFY(QFile::resize(path, qint64{1} << 40)); // without a block on the disk
-        }
-        QCOMPARE(fixture.get("/status"),
-                 jsonAnswer("404 Not Found", R"({"error":"file not found"})"));
+        QCOMPARE(fixture.get("/status"), refusal);
+        QVERIFY(QDir().mkdir(path));
+        QCOMPARE(fixture.get("/status"), refusal);
+        QVERIFY(QDir().rmdir(path) && ::mkfifo(qPrintable(path), 0600) == 0);
+        QCOMPARE(fixture.get("/status"), refusal);
+        QVERIFY(QFile::remove(path) && QFile::link(u"/dev/zero"_s, path));
+        QCOMPARE(fixture.get("/status"), refusal);
     }
 
     void historyNeedsTheToken()

@@ -1,4 +1,5 @@
 #include "statusserver/Request.h"
+#include "support/Rows.h"
 
 #include <QTest>
 
@@ -11,24 +12,19 @@ class RequestTest : public QObject
 private Q_SLOTS:
     void routing_data()
     {
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<Resource>("resource");
-        QTest::addColumn<int>("limit");
-
-        const auto row = [](const char *name, const QByteArray &request, Resource resource,
-                            int limit = 0) { QTest::newRow(name) << request << resource << limit; };
-        row("nothing after the target", "GET /tracker", Resource::Projects);
-        row("method is not looked at", "DELETE /projects HTTP/1.1\r\n", Resource::Projects);
-        row("blanks before and between", "  GET   /cron  HTTP/1.1\r\n", Resource::Cron);
-        row("tab parts no words", "GET\t/cron HTTP/1.1\r\n", Resource::Unknown);
-        row("empty first line", "\r\nGET /cron HTTP/1.1\r\n", Resource::AgentStatus);
-        row("preflight in lower case", "options /health HTTP/1.1\r\n", Resource::Health);
-        row("other letter case", "GET /Status HTTP/1.1\r\n", Resource::Unknown);
-        row("empty path", "GET ?limit=5 HTTP/1.1\r\n", Resource::Unknown);
-        row("query without limit", "GET /status?x=1 HTTP/1.1\r\n", Resource::AgentStatus);
+        const Rows<QByteArray, Resource, int> row("request", "resource", "limit");
+        row("nothing after the target", "GET /tracker", Resource::Projects, 0);
+        row("method is not looked at", "DELETE /projects HTTP/1.1\r\n", Resource::Projects, 0);
+        row("blanks before and between", "  GET   /cron  HTTP/1.1\r\n", Resource::Cron, 0);
+        row("tab parts no words", "GET\t/cron HTTP/1.1\r\n", Resource::Unknown, 0);
+        row("empty first line", "\r\nGET /cron HTTP/1.1\r\n", Resource::AgentStatus, 0);
+        row("preflight in lower case", "options /health HTTP/1.1\r\n", Resource::Health, 0);
+        row("other letter case", "GET /Status HTTP/1.1\r\n", Resource::Unknown, 0);
+        row("empty path", "GET ?limit=5 HTTP/1.1\r\n", Resource::Unknown, 0);
+        row("query without limit", "GET /status?x=1 HTTP/1.1\r\n", Resource::AgentStatus, 0);
         row("limit on status", "GET /status?limit=5 HTTP/1.1\r\n", Resource::History, 5);
         row("limit in another key", "GET /?mylimit=5 HTTP/1.1\r\n", Resource::History, 50);
-        row("limit on a document", "GET /cron?limit=5 HTTP/1.1\r\n", Resource::Cron);
+        row("limit on a document", "GET /cron?limit=5 HTTP/1.1\r\n", Resource::Cron, 0);
         row("first limit wins", "GET /history?a=b&limit=7&limit=8 H\r\n", Resource::History, 7);
         row("first limit wins though bad", "GET /history?limit=&limit=8 H\r\n", Resource::History,
             50);
@@ -44,21 +40,14 @@ private Q_SLOTS:
     void routing()
     {
         QFETCH(const QByteArray, request);
-        QFETCH(const Resource, resource);
-        QFETCH(const int, limit);
         const Route found = route(parseRequest(request.toStdString()));
-        QCOMPARE(found.resource, resource);
-        QCOMPARE(found.limit, limit);
+        QTEST(found.resource, "resource");
+        QTEST(found.limit, "limit");
     }
 
     void token_data()
     {
-        QTest::addColumn<QByteArray>("lines");
-        QTest::addColumn<QByteArray>("offered");
-
-        const auto row = [](const char *name, const QByteArray &lines, const QByteArray &offered) {
-            QTest::newRow(name) << lines << offered;
-        };
+        const Rows<QByteArray, QByteArray> row("lines", "offered");
         row("name in any case", "aUTHORIZATION:Bearer abc", "abc");
         row("scheme in lower case", "Authorization: bearer abc", "Authorization: bearer abc");
         row("blanks around", "Authorization: Bearer \t abc\xc2\xa0 \r\nX: y", "abc");
@@ -73,9 +62,8 @@ private Q_SLOTS:
     void token()
     {
         QFETCH(const QByteArray, lines);
-        QFETCH(const QByteArray, offered);
         const std::string text = "GET /history HTTP/1.1\r\n" + lines.toStdString();
-        QCOMPARE(QByteArray::fromStdString(offeredToken(text)), offered);
+        QTEST(QByteArray::fromStdString(offeredToken(text)), "offered");
     }
 };
 

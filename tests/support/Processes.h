@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QString>
 
@@ -16,4 +17,10 @@ inline bool isAlive(pid_t pid)
     }
     const QByteArray line = status.readAll();
     return line.mid(line.lastIndexOf(')') + 2, 1) != "Z";
+}
+
+// Of this process.
+inline qsizetype openDescriptors()
+{
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size();
 }

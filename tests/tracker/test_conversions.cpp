@@ -1,4 +1,5 @@
 #include "core/Capitalize.h"
+#include "support/Rows.h"
 #include "tracker/JobList.h"
 #include "tracker/SessionList.h"
 
@@ -57,11 +58,8 @@ private Q_SLOTS:
 
     void sessions_data()
     {
-        QTest::addColumn<QByteArray>("sessions");
-        QTest::addColumn<QString>("agents"); // id|name|status|detail|parent|model
-        const auto row = [](const char *name, const QByteArray &sessions, const QString &agents) {
-            QTest::newRow(name) << sessions << agents;
-        };
+        // agents: id|name|status|detail|parent|model
+        const Rows<QByteArray, QString> row("sessions", "agents");
         row("agent, model of the wrong type",
             R"([{"key":"agent:code-reviewer:slack:1","agentId":"code-reviewer","model":5}])",
             u"code-reviewer|Code Reviewer|active|-|null|-"_s);
@@ -114,11 +112,8 @@ private Q_SLOTS:
 
     void jobs_data()
     {
-        QTest::addColumn<QByteArray>("job");
-        QTest::addColumn<QString>("converted"); // schedule|status|enabled
-        const auto row = [](const char *name, const QByteArray &job, const QString &converted) {
-            QTest::newRow(name) << job << converted;
-        };
+        // converted: schedule|status|enabled
+        const Rows<QByteArray, QString> row("job", "converted");
         row("nothing known", "{}", u"|idle|true"_s);
         row("every 15 minutes, well",
             R"({"schedule":{"kind":"every","everyMs":900000},"state":{"lastStatus":"ok"}})",

@@ -1,10 +1,9 @@
 #include "gateway/StandInGateway.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "tracker/RemoteDataSource.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 #include <QtConcurrentRun>
 
@@ -17,15 +16,8 @@ using Fetched = std::expected<QByteArray, FetchError>;
 namespace
 {
 
-Fetched notReachable()
-{
-    return std::unexpected(FetchError::notReachable());
-}
-
-Fetched authRejected()
-{
-    return std::unexpected(FetchError::authRejected());
-}
+const Fetched notReachable = std::unexpected(FetchError::notReachable());
+const Fetched authRejected = std::unexpected(FetchError::authRejected());
 
 } // namespace
 
@@ -38,11 +30,9 @@ class TestRemote : public QObject
 private Q_SLOTS:
     void wherefrom_data()
     {
-        QTest::addColumn<QString>("gateway");
-        QTest::addColumn<bool>("isRemote");
-        QTest::addColumn<QString>("base");
-        const auto row = [](const char *gateway, bool isRemote, const QString &base) {
-            QTest::newRow(gateway) << QString::fromLatin1(gateway) << isRemote << base;
+        const Rows<QString, bool, QString> rows("gateway", "isRemote", "base");
+        const auto row = [&](const char *gateway, bool isRemote, const QString &base) {
+            rows(gateway, QString::fromLatin1(gateway), isRemote, base);
         };
         row("http://127.0.0.1:18789", false, {});
         row("http://100.64.0.7:18789", true, u"http://100.64.0.7:18794"_s);
@@ -59,26 +49,21 @@ private Q_SLOTS:
     void wherefrom()
     {
         QFETCH(QString, gateway);
-        QFETCH(QString, base);
         OstrelleConfig config = OstrelleConfig::defaults();
         config.gateway.url = gateway;
         QTEST(RemoteDataSource::isRemote(config), "isRemote");
-        QCOMPARE(RemoteDataSource::statusBaseURL(config).value_or(QString()), base);
+        QTEST(RemoteDataSource::statusBaseURL(config).value_or(QString()), "base");
     }
 
     void answers_data()
     {
-        QTest::addColumn<QByteArray>("answer");
-        QTest::addColumn<Fetched>("fetched");
-        const auto row = [](const char *name, const QByteArray &answer, const Fetched &fetched) {
-            QTest::newRow(name) << answer << fetched;
-        };
+        const Rows<QByteArray, Fetched> row("answer", "fetched");
         const auto response = [](int status) { return StandInGateway::response(status, "body"); };
         row("200", response(200), "body");
-        row("401", response(401), authRejected());
-        row("403", response(403), authRejected());
-        row("500", response(500), notReachable());
-        row("no HTTP", "SSH-2.0\r\n", notReachable());
+        row("401", response(401), authRejected);
+        row("403", response(403), authRejected);
+        row("500", response(500), notReachable);
+        row("no HTTP", "SSH-2.0\r\n", notReachable);
     }
 
     void answers()
@@ -91,25 +76,19 @@ private Q_SLOTS:
             server.requests("/status").value(0).contains("\r\nAuthorization: Bearer secret\r\n"));
     }
 
-    void asksNobody_data()
-    {
-        QTest::addColumn<QString>("token");
-        QTest::addColumn<Fetched>("fetched");
-        QTest::newRow("without a token") << u""_s << authRejected();
-        QTest::newRow("when another gateway is in use") << u"secret"_s << notReachable();
-    }
-
+    // Without a token, or when another gateway is in use.
     void asksNobody()
     {
-        QFETCH(QString, token);
         StandInGateway server;
-        const QJsonObject auth{{u"token"_s, token}};
-        const QJsonObject root{{u"gateway"_s, QJsonObject{{u"auth"_s, auth}}}};
-        m_home.write(u".duskrell/duskrell.json"_s, QJsonDocument(root).toJson());
-        QTEST(RemoteDataSource::fetchRemoteData(server.url(), u"/status"_s,
-                                                OstrelleConfig::defaults(),
-                                                *m_home.settings().tokens),
-              "fetched");
+        for (const auto &[token, fetched] :
+             {std::pair("", authRejected), {"secret", notReachable}}) {
+            m_home.write(u".duskrell/duskrell.json"_s,
+                         QByteArray(R"({"gateway":{"auth":{"token":")") + token + "\"}}}");
+            QCOMPARE(RemoteDataSource::fetchRemoteData(server.url(), u"/status"_s,
+                                                       OstrelleConfig::defaults(),
+                                                       *m_home.settings().tokens),
+                     fetched);
+        }
         QCOMPARE(server.requestCount(), 0);
     }
 
@@ -125,7 +104,7 @@ private Q_SLOTS:
         QCOMPARE(base, u"http://[:18794"_s);
         QCOMPARE(RemoteDataSource::fetchRemoteData(base, u"/status"_s, config,
                                                    *m_home.settings().tokens),
-                 authRejected());
+                 authRejected);
         QCOMPARE(server.requestCount(), 0);
     }
 
@@ -133,28 +112,26 @@ private Q_SLOTS:
     {
         StandInGateway peer;
         peer.answer("/status", "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n");
-        QCOMPARE(fetch(peer.url(), {.request = 100ms, .overall = 1h}), notReachable());
+        QCOMPARE(fetch(peer.url(), {.request = 100ms, .overall = 1h}), notReachable);
         peer.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
         peer.flood("."); // a byte at a time
-        QCOMPARE(fetch(peer.url(), {.request = 1h, .overall = 300ms}), notReachable());
+        QCOMPARE(fetch(peer.url(), {.request = 1h, .overall = 300ms}), notReachable);
     }
 
-    void peersThatNeverEndAreGivenUp()
+    void aPeerThatNeverEndsIsGivenUp()
     {
-        StandInGateway endlessBody;
-        endlessBody.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
-        endlessBody.flood(QByteArray(1 << 20, 'x'));
-        QCOMPARE(fetch(endlessBody.url()), notReachable());
-        StandInGateway endlessHead;
-        endlessHead.answer("/status", "HTTP/1.1 200 OK\r\nX: ");
-        endlessHead.flood(QByteArray(1 << 16, 'x'));
-        QCOMPARE(fetch(endlessHead.url()), notReachable());
+        StandInGateway peer;
+        peer.answer("/status", "HTTP/1.1 200 OK\r\n\r\n");
+        peer.flood(QByteArray(1 << 20, 'x'));
+        QCOMPARE(fetch(peer.url()), notReachable);
+        peer.answer("/status", "HTTP/1.1 200 OK\r\nX: ");
+        QCOMPARE(fetch(peer.url()), notReachable);
     }
 
     void whatIsNoAddressIsNotReachable()
     {
-        QCOMPARE(fetch(u"http://[:18794"_s), notReachable());
-        QCOMPARE(fetch(u"http://127.0.0.1:1"_s), notReachable());
+        QCOMPARE(fetch(u"http://[:18794"_s), notReachable);
+        QCOMPARE(fetch(u"http://127.0.0.1:1"_s), notReachable);
     }
 
 private:

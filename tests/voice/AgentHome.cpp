@@ -10,7 +10,9 @@ void AgentHome::installDemoAgent(const QByteArray &behaviour) const
 {
     QTcpServer freePort;
     freePort.listen(QHostAddress::LocalHost);
-    writeConfig(freePort.serverPort());
+    OstrelleConfig config = OstrelleConfig::defaults();
+    config.ports.voiceAgent = freePort.serverPort();
+    config.save();
     write(u".ostrelle/data/demo-agent.json"_s, behaviour);
     QDir().mkpath(path(u".ostrelle/venv/bin"_s));
     QFile::link(u"/usr/bin/python3"_s, path(u".ostrelle/venv/bin/python"_s));
@@ -21,13 +23,6 @@ void AgentHome::installScript(const QByteArray &body) const
 {
     writeScript(u".ostrelle/venv/bin/python"_s, body);
     write(u".ostrelle/voice_agent.py"_s, "");
-}
-
-void AgentHome::writeConfig(int controlPort) const
-{
-    OstrelleConfig config = OstrelleConfig::defaults();
-    config.ports.voiceAgent = controlPort;
-    config.save();
 }
 
 OstrelleConfig AgentHome::config() const

@@ -17,8 +17,6 @@ public:
     // A shell script in place of Python.
     void installScript(const QByteArray &body) const;
 
-    void writeConfig(int controlPort) const;
-
     // The configuration here, with the voice enabled.
     ostrelle::OstrelleConfig config() const;
 

@@ -1,5 +1,6 @@
 #include "AgentHome.h"
 #include "FakeControlPort.h"
+#include "support/Rows.h"
 #include "voice/VoiceViewModel.h"
 
 using namespace ostrelle;
@@ -41,11 +42,7 @@ class ControlTest : public QObject
 private Q_SLOTS:
     void answers_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("shown");
-        const auto row = [](const char *name, const QByteArray &body, const QString &shown) {
-            QTest::newRow(name) << json(body) << shown;
-        };
+        const Rows<QByteArray, QString> row("body", "shown");
         row("only a state", "{'state':'speaking'}", u"Speaking speaker.wave.2.fill blue local"_s);
         row("all", "{'state':'capturing','muted':false,'tier':'far','wake_word_enabled':true}",
             u"Capturing mic.fill green far wake"_s);
@@ -63,28 +60,22 @@ private Q_SLOTS:
     void answers()
     {
         QFETCH(const QByteArray, body);
-        QFETCH(const QString, shown);
         const AgentHome home;
         FakeControlPort port;
-        port.body = body;
+        port.body = json(body);
         const VoiceViewModel model(nullptr, port.serverPort(), {.interval = quickly});
         QCOMPARE(model.state(), u"unknown"_s);
         QCOMPARE(shownBy(model), u"Offline mic.slash gray local"_s);
 
         QTRY_VERIFY(model.voiceRunning() || model.state() == u"offline"_s);
-        QCOMPARE(shownBy(model), shown);
+        QTEST(shownBy(model), "shown");
     }
 
     void pendingAction_data()
     {
-        QTest::addColumn<QStringList>("actions");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::addColumn<std::chrono::milliseconds>("passed");
-        QTest::addColumn<QString>("shown"); // label, and whether a start is under way
-        const auto row = [](const char *name, const QStringList &actions, const QByteArray &answer,
-                            std::chrono::milliseconds passed, const QString &shown) {
-            QTest::newRow(name) << actions << answer << passed << shown;
-        };
+        // shown: label, and whether a start is under way
+        const Rows<QStringList, QByteArray, std::chrono::milliseconds, QString> row(
+            "actions", "answer", "passed", "shown");
         const QString start = u"start"_s;
         const QString stop = u"stop"_s;
         row("start, comes up late", {start}, listening, 60s, u"Listening"_s);
@@ -149,12 +140,9 @@ private Q_SLOTS:
 
     void hangingCommand_data()
     {
-        QTest::addColumn<std::chrono::milliseconds>("turn");
-        QTest::addColumn<QStringList>("arrived");
-        QTest::newRow("during its turn")
-            << std::chrono::milliseconds(1h) << QStringList{u"/mute"_s, u"/start"_s};
-        QTest::newRow("after its turn")
-            << std::chrono::milliseconds(1) << QStringList{u"/mute"_s, u"/start"_s, u"/unmute"_s};
+        const Rows<std::chrono::milliseconds, QStringList> row("turn", "arrived");
+        row("during its turn", 1h, QStringList{u"/mute"_s, u"/start"_s});
+        row("after its turn", 1ms, QStringList{u"/mute"_s, u"/start"_s, u"/unmute"_s});
     }
 
     void hangingCommand()

@@ -1,4 +1,5 @@
 #include "AgentHome.h"
+#include "support/Rows.h"
 #include "voice/PidFile.h"
 
 #include <QProcess>
@@ -48,13 +49,12 @@ class PidFileTest : public QObject
 private Q_SLOTS:
     void content_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<bool>("kills");
-        QTest::newRow("blanks and a line end around it") << QByteArray(" \t%1 \r\n") << true;
-        QTest::newRow("a negative number") << QByteArray("-%1") << false;
-        QTest::newRow("zero") << QByteArray("0") << false;
-        QTest::newRow("beyond 32 bits") << QByteArray("4294967297") << false;
-        QTest::newRow("not UTF-8") << QByteArray("%1\xff") << false;
+        const Rows<QByteArray, bool> row("content", "kills");
+        row("blanks and a line end around it", " \t%1 \r\n", true);
+        row("a negative number", "-%1", false);
+        row("zero", "0", false);
+        row("beyond 32 bits", "4294967297", false);
+        row("not UTF-8", "%1\xff", false);
     }
 
     void content()
@@ -73,9 +73,9 @@ private Q_SLOTS:
 
     void startedAfterTheFile_data()
     {
-        QTest::addColumn<bool>("isOurs");
-        QTest::newRow("a stranger with the number of the agent") << false;
-        QTest::newRow("a child, but the clock was set") << true;
+        const Rows<bool> row("isOurs");
+        row("a stranger with the number of the agent", false);
+        row("a child, but the clock was set", true);
     }
 
     void startedAfterTheFile()
@@ -102,26 +102,21 @@ private Q_SLOTS:
         QCOMPARE(shell.exitCode(), 128 + SIGRTMIN);
     }
 
-    void ignoredTermination_data()
-    {
-        QTest::addColumn<bool>("exits");
-        QTest::newRow("the program goes on") << false;
-        QTest::newRow("the program exits at once") << true;
-    }
-
     void ignoredTermination()
     {
-        QFETCH(const bool, exits);
         const AgentHome home;
-        Sleeper stubborn(u"trap '' TERM"_s);
-        home.write(pidFile, QByteArray::number(stubborn.processId()));
-        if (exits) {
-            QCOMPARE(QProcess::execute(QCoreApplication::applicationFilePath(), {u"--kill"_s}), 0);
-        } else {
-            killFromPidFile(ServiceManager::pidFile(), std::chrono::milliseconds(10));
+        // Whether the program goes on or exits at once.
+        for (const bool exits : {false, true}) {
+            Sleeper stubborn(u"trap '' TERM"_s);
+            home.write(pidFile, QByteArray::number(stubborn.processId()));
+            if (exits) {
+                QProcess::execute(QCoreApplication::applicationFilePath(), {u"--kill"_s});
+            } else {
+                killFromPidFile(ServiceManager::pidFile(), std::chrono::milliseconds(10));
+            }
+            QVERIFY(stubborn.waitForFinished());
+            QCOMPARE(stubborn.exitCode(), SIGKILL);
         }
-        QVERIFY(stubborn.waitForFinished());
-        QCOMPARE(stubborn.exitCode(), SIGKILL);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "AgentHome.h"
 #include "settings/SettingsQueues.h"
+#include "support/Rows.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -23,11 +24,6 @@ const QString pidFile = u".ostrelle/voice-agent.pid"_s;
 // Makes the log something else, perhaps with the victim's help; 0 when it is done.
 using Prepare = int (*)(const char *victim, const char *log);
 
-qsizetype openDescriptors()
-{
-    return QDir(u"/proc/self/fd"_s).entryList(QDir::System | QDir::AllEntries).size();
-}
-
 QByteArray childrenOfMainThread()
 {
     QFile list(u"/proc/self/task/%1/children"_s.arg(::getpid()));
@@ -45,7 +41,8 @@ private Q_SLOTS:
     {
         const AgentHome home;
         home.installDemoAgent();
-        home.write(u"agent.log"_s, "of an earlier run\n");
+        const QByteArray log = home.write(u"agent.log"_s, "of an earlier run\n").toUtf8();
+        QCOMPARE(::chmod(log, 0644), 0);
         ManualTime time; // no restart after a crash
         ServiceManager manager(home.config(), home.settings().preferences,
                                home.surroundings(time.asTime()));
@@ -59,6 +56,9 @@ private Q_SLOTS:
         QCOMPARE(printed.text(),
                  "[ServiceManager] Voice agent started (PID " + QByteArray::number(pid) + ")\n");
         QTRY_VERIFY(home.read(u"agent.log"_s).startsWith("of an earlier run\ndemo voice agent"));
+        struct stat attributes{};
+        QCOMPARE(::stat(log, &attributes), 0);
+        QCOMPARE(attributes.st_mode & 0777, 0600U);
 
         manager.setUserStoppedVoice(true);
         manager.startVoice();
@@ -77,11 +77,10 @@ private Q_SLOTS:
 
     void command_data()
     {
-        QTest::addColumn<QString>("venvPath");
-        QTest::addColumn<bool>("bundled");
-        QTest::newRow("relative") << u".ostrelle/venv"_s << false;
-        QTest::newRow("a slash at its end") << u"~/.ostrelle/venv/"_s << false;
-        QTest::newRow("script in the bundle") << u"~/.ostrelle/venv"_s << true;
+        const Rows<QString, bool> row("venvPath", "bundled");
+        row("relative", u".ostrelle/venv"_s, false);
+        row("a slash at its end", u"~/.ostrelle/venv/"_s, false);
+        row("script in the bundle", u"~/.ostrelle/venv"_s, true);
     }
 
     void command()
@@ -113,14 +112,10 @@ private Q_SLOTS:
 
     void cannotStart_data()
     {
-        QTest::addColumn<QString>("broken");
-        QTest::addColumn<bool>("removed");
-        QTest::addColumn<QByteArray>("message");
-        QTest::newRow("no environment")
-            << python << true << QByteArray("Python venv not found at ");
-        QTest::newRow("no script")
-            << u".ostrelle/voice_agent.py"_s << true << QByteArray("Voice script not found at ");
-        QTest::newRow("no program") << python << false << QByteArray("Failed to start voice: ");
+        const Rows<QString, bool, QByteArray> row("broken", "removed", "message");
+        row("no environment", python, true, "Python venv not found at ");
+        row("no script", u".ostrelle/voice_agent.py"_s, true, "Voice script not found at ");
+        row("no program", python, false, "Failed to start voice: ");
     }
 
     void cannotStart()
@@ -209,10 +204,11 @@ private Q_SLOTS:
 
     void endsWhatTheAgentStarted_data()
     {
-        QTest::addColumn<QByteArray>("end"); // of the agent
-        QTest::newRow("stopped") << QByteArray("trap 'exit 0' TERM; wait");
-        QTest::newRow("crashed") << QByteArray("exit 3");
-        QTest::newRow("done") << QByteArray("exit 0");
+        // end: of the agent
+        const Rows<QByteArray> row("end");
+        row("stopped", "trap 'exit 0' TERM; wait");
+        row("crashed", "exit 3");
+        row("done", "exit 0");
     }
 
     // A recorder that is polite, and one that ends only when it must.
@@ -263,14 +259,13 @@ private Q_SLOTS:
 
     void unsafeLog_data()
     {
-        QTest::addColumn<Prepare>("prepare");
-        QTest::newRow("a symbolic link") << Prepare(&::symlink);
-        QTest::newRow("a second name") << Prepare(&::link);
-        QTest::newRow("a FIFO") << Prepare(
-            [](const char *, const char *log) { return ::mkfifo(log, 0600); });
-        QTest::newRow("somebody else's file") << Prepare([](const char *victim, const char *log) {
-            return ::rename(victim, log) | ::chown(log, 65534, 65534);
-        });
+        const Rows<Prepare> row("prepare");
+        row("a symbolic link", Prepare(&::symlink));
+        row("a second name", Prepare(&::link));
+        row("a FIFO", Prepare([](const char *, const char *log) { return ::mkfifo(log, 0600); }));
+        row("somebody else's file", Prepare([](const char *victim, const char *log) {
+                return ::rename(victim, log) | ::chown(log, 65534, 65534);
+            }));
     }
 
     void unsafeLog()
@@ -290,23 +285,6 @@ private Q_SLOTS:
         QTRY_VERIFY(printed.text().contains("from the agent\n")); // our own output is inherited
         QVERIFY(home.read(u"victim"_s).isEmpty());
         QCOMPARE(QFileInfo(home.path(u"agent.log"_s)).size(), 0);
-    }
-
-    void everybodyCouldReadTheLog()
-    {
-        const AgentHome home;
-        home.installScript("echo from the agent");
-        const QByteArray log = home.write(u"agent.log"_s, "before\n").toUtf8();
-        QCOMPARE(::chmod(log, 0644), 0);
-        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
-        const PrintedLines silence;
-
-        manager.startVoice();
-
-        QTRY_COMPARE(home.read(u"agent.log"_s), QByteArray("before\nfrom the agent\n"));
-        struct stat attributes{};
-        QCOMPARE(::stat(log, &attributes), 0);
-        QCOMPARE(attributes.st_mode & 0777, 0600U);
     }
 };
 
