@@ -163,7 +163,10 @@ void GatewayProfiles::setTokenInput(const QString &token)
 
 void GatewayProfiles::setEditingProfileId(const QString &url)
 {
-    m_editingProfileId = url;
+    // A view that is made anew may ask for one that has gone meanwhile.
+    const auto saved = m_config.gateway.saved.value_or(QList<SavedGateway>());
+    m_editingProfileId =
+        std::ranges::find(saved, url, &SavedGateway::url) != saved.end() ? url : QString();
     setProfileTokenInput({}); // what was typed for one is not for another
 }
 

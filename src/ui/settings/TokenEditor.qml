@@ -46,7 +46,8 @@ FocusScope {
                 placeholderText: "Paste gateway token"
                 text: editor.token
                 onTextEdited: {
-                    editor.isCleared = field.text === "";
+                    // A pasted line break leaves an empty field empty.
+                    editor.isCleared = field.text === "" && editor.token !== "";
                     editor.edited(field.text);
                 }
                 onAccepted: editor.finish()
