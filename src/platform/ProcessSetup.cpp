@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,6 +12,9 @@ namespace ostrelle
 
 namespace
 {
+
+// Larger blocks are mappings of their own, which go back to the system when they are freed.
+constexpr int bytesOfOwnMapping = 1024 * 1024;
 
 // What the process was started with. Only prepareProcess() writes it, and a forked child must be
 // able to read it without a lock.
@@ -50,6 +54,9 @@ void restoreSoftLimit(__rlimit_resource resource, rlim_t before) noexcept
 
 void prepareProcess()
 {
+    // Else that limit grows with the largest block that was freed, and the next ones of that size
+    // may stay in the heap of a thread, whose end cannot be trimmed.
+    ::mallopt(M_MMAP_THRESHOLD, bytesOfOwnMapping);
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 
