@@ -51,9 +51,13 @@ public:
         ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK |
                                                       POSIX_SPAWN_SETSIGDEF);
         ::posix_spawnattr_setpgroup(&m_attributes, group);
-        sigset_t none;
-        ::sigemptyset(&none);
-        ::posix_spawnattr_setsigmask(&m_attributes, &none);
+        // The group may be asked to end before the shell has come to its first line.
+        sigset_t askedToEnd;
+        ::sigemptyset(&askedToEnd);
+        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+            ::sigaddset(&askedToEnd, signal);
+        }
+        ::posix_spawnattr_setsigmask(&m_attributes, &askedToEnd);
         sigset_t all;
         ::sigfillset(&all);
         ::posix_spawnattr_setsigdefault(&m_attributes, &all);
