@@ -28,20 +28,20 @@ std::optional<QString> projectTrackerJobIn(const QString &output)
 
 } // namespace
 
-bool runProjectTrackerJob(
+std::expected<void, TrackerJobProblem> runProjectTrackerJob(
     const std::function<QString(const QString &program, const QStringList &args)> &runProcess)
 {
     const QString cli = runProcess(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}).trimmed();
     if (cli.isEmpty()) {
-        return false;
+        return std::unexpected(TrackerJobProblem::NoTool);
     }
     const auto job =
         projectTrackerJobIn(runProcess(cli, {u"cron"_s, u"list"_s, u"--json"_s, u"--all"_s}));
     if (!job || job->startsWith(u'-')) { // which would be an option for the tool
-        return false;
+        return std::unexpected(TrackerJobProblem::NoJob);
     }
     runProcess(cli, {u"cron"_s, u"run"_s, *job});
-    return true;
+    return {};
 }
 
 } // namespace ostrelle

@@ -3,15 +3,20 @@
 #include <QString>
 #include <QStringList>
 
+#include <expected>
 #include <functional>
 
 namespace ostrelle
 {
 
-// Asks the gateway's tool to run the job that writes the project tracker. False when the tool or
-// the job is missing. `runProcess(program, args)` gives a program's output. Blocks as long as the
-// tool runs: background threads only.
-bool runProjectTrackerJob(
+enum class TrackerJobProblem {
+    NoTool,
+    NoJob, // or the tool does not list its jobs
+};
+
+// Asks the gateway's tool to run the job that writes the project tracker. `runProcess(program,
+// args)` gives a program's output. Blocks as long as the tool runs: background threads only.
+std::expected<void, TrackerJobProblem> runProjectTrackerJob(
     const std::function<QString(const QString &program, const QStringList &args)> &runProcess);
 
 } // namespace ostrelle

@@ -3,6 +3,7 @@
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
+#include "platform/Log.h"
 #include "settings/SettingsQueues.h"
 
 #include <utility>
@@ -25,7 +26,7 @@ void enableTracking()
 
 void disableTracking(const QStringList &toolPaths)
 {
-    if (disableProjectTracking(toolPaths)) {
+    if (disableProjectTracking(toolPaths).has_value()) {
         NotificationManager::send(notificationTitle, u"Project tracking disabled"_s);
     }
 }
@@ -48,8 +49,12 @@ void GatewaySettings::setLaunchAtLogin(bool launch)
 {
     // Shown as the user wants it first, so that views see it being taken back when it fails.
     m_launchAtLogin = launch;
-    showLoginItem(
-        [launch](LoginItem &item) { static_cast<void>(launch ? item.enable() : item.disable()); });
+    showLoginItem([launch](LoginItem &item) {
+        if (const auto changed = launch ? item.enable() : item.disable(); !changed) {
+            logLine(u"[Ostrelle] The autostart entry could not be changed: "_s +
+                    changed.error().text);
+        }
+    });
 }
 
 void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &change)

@@ -43,22 +43,22 @@ std::optional<QStringList> trackerIds(const std::string &listing)
 
 } // namespace
 
-bool disableProjectTracking(const QStringList &toolPaths)
+std::expected<void, TrackingSwitchProblem> disableProjectTracking(const QStringList &toolPaths)
 {
     const QString tool = findTool(toolPaths);
     if (tool.isEmpty()) {
-        return false;
+        return std::unexpected(TrackingSwitchProblem::NoTool);
     }
     const QString listing =
         NetworkHelpers::runProcess(tool, {u"cron"_s, u"list"_s, u"--json"_s, u"--all"_s});
     const auto ids = trackerIds(listing.toStdString());
     if (!ids) {
-        return false;
+        return std::unexpected(TrackingSwitchProblem::NoJobList);
     }
     for (const QString &id : *ids) {
         NetworkHelpers::runProcess(tool, {u"cron"_s, u"remove"_s, id});
     }
-    return true;
+    return {};
 }
 
 } // namespace ostrelle

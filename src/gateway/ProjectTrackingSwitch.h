@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+#include <expected>
+
 namespace ostrelle
 {
 
@@ -12,8 +14,14 @@ inline QStringList usualDuskrellPaths()
             QStringLiteral("/usr/local/bin/duskrell")};
 }
 
-// Removes the project tracker's jobs from the gateway with its tool. False when the tool is missing
-// or does not list its jobs. Runs child processes: background threads only.
-bool disableProjectTracking(const QStringList &toolPaths = usualDuskrellPaths());
+enum class TrackingSwitchProblem {
+    NoTool,
+    NoJobList, // the tool does not list its jobs
+};
+
+// Removes the project tracker's jobs from the gateway with its tool. Runs child processes:
+// background threads only.
+std::expected<void, TrackingSwitchProblem>
+disableProjectTracking(const QStringList &toolPaths = usualDuskrellPaths());
 
 } // namespace ostrelle

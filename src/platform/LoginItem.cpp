@@ -133,15 +133,19 @@ bool LoginItem::isEnabled() const
            (isSameProgram(named, m_program) || isSameProgram(named, installed(m_program)));
 }
 
-bool LoginItem::enable()
+std::expected<void, FileProblem> LoginItem::enable()
 {
-    return QDir().mkpath(QFileInfo(m_file).path()) &&
-           writeInPlace(m_file, newEntry(installed(m_program))).has_value();
+    QDir().mkpath(QFileInfo(m_file).path()); // where that fails, so does the next line
+    return writeInPlace(m_file, newEntry(installed(m_program)));
 }
 
-bool LoginItem::disable()
+std::expected<void, FileProblem> LoginItem::disable()
 {
-    return QFile::remove(m_file) || !fileExists(m_file);
+    QFile file(m_file);
+    if (file.remove() || !fileExists(m_file)) {
+        return {};
+    }
+    return std::unexpected(FileProblem{FileProblem::Kind::Failed, file.errorString()});
 }
 
 void LoginItem::bringUpToDate()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Files.h"
+
 #include <QString>
 
 namespace ostrelle
@@ -17,9 +19,8 @@ public:
     // program is gone or another one.
     bool isEnabled() const;
 
-    // False when the entry could not be written or removed.
-    bool enable();
-    bool disable();
+    std::expected<void, FileProblem> enable();
+    std::expected<void, FileProblem> disable();
 
     // Has an entry that names a place where the program no longer is, or a build folder, name the
     // installed one.

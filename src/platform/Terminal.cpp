@@ -43,7 +43,7 @@ const QString startDetached =
 
 } // namespace
 
-bool openInTerminal(const QString &script)
+std::expected<void, TerminalProblem> openInTerminal(const QString &script)
 {
     for (const auto &[program, beforeCommand] : terminals) {
         const auto path = findProgram(program, qEnvironmentVariable("PATH"));
@@ -56,9 +56,12 @@ bool openInTerminal(const QString &script)
         }
         const auto started = runChild({.program = u"/bin/sh"_s, .arguments = arguments << script},
                                       {.capture = Capture::Nothing});
-        return started && started->exitStatus == 0;
+        if (!started || started->exitStatus != 0) {
+            return std::unexpected(TerminalProblem::Failed);
+        }
+        return {};
     }
-    return false;
+    return std::unexpected(TerminalProblem::NoTerminal);
 }
 
 } // namespace ostrelle

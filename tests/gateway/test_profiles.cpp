@@ -406,7 +406,7 @@ private Q_SLOTS:
         }
         QVERIFY(!calls(*m_home).contains("duskrell cron remove 1"));
         m_home->write(u"duskrell.out"_s, R"({"jobs":[]})");
-        QVERIFY(disableProjectTracking({m_duskrell}));
+        QVERIFY(disableProjectTracking({m_duskrell}).has_value());
     }
 
 private:

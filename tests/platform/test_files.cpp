@@ -93,7 +93,7 @@ private Q_SLOTS:
         home.write(u"build/CMakeCache.txt"_s, "");
         const auto entryOf = [&](const QString &program) {
             qputenv("PATH", "/nowhere");
-            LoginItem(home.path(u"its entry"_s), home.path(program)).enable();
+            static_cast<void>(LoginItem(home.path(u"its entry"_s), home.path(program)).enable());
             qputenv("PATH", QFile::encodeName(home.path(u"build/bin"_s) + u':' +
                                               home.path(u"a \"$`\\% b"_s)));
             return home.read(u"its entry"_s);
