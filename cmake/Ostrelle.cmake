@@ -17,9 +17,6 @@ if(OSTRELLE_SANITIZE)
     # What the sanitizers watch for is not hardened as well: the two get in each other's way.
     add_compile_options(-fsanitize=${OSTRELLE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${OSTRELLE_SANITIZE})
-    if(OSTRELLE_SANITIZE STREQUAL "thread")
-        add_compile_options(-Wno-tsan) # what qmlcachegen writes holds fences, which tsan overlooks
-    endif()
 else()
     # Every target: what comes in from the network or a tool shall not get beyond a crash.
     # script/check-binaries looks whether it took.
@@ -33,6 +30,10 @@ else()
     add_compile_options($<$<CONFIG:Debug>:-Og>)
     add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
     add_link_options(LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+endif()
+if(OSTRELLE_COVERAGE)
+    add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
+    add_link_options(--coverage)
 endif()
 if(OSTRELLE_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
@@ -65,6 +66,9 @@ function(ostrelle_module target)
         LINKER_LANGUAGE CXX
         INSTALL_RPATH $ORIGIN
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+    if(OSTRELLE_COVERAGE)
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/CountsAtQuickExit.cpp)
+    endif()
     # What a library defines itself is not looked up by name at every start. The sanitizers' run-time
     # libraries come with the program and define what is missing only there.
     if(NOT OSTRELLE_SANITIZE)

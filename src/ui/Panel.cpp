@@ -6,6 +6,7 @@
 #include "ui/QmlTypes.h"
 #include "ui/SymbolProvider.h"
 
+#include <QGuiApplication>
 #include <QPainterPath>
 #include <QQmlEngine>
 #include <QQuickItem>

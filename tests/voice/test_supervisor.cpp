@@ -189,7 +189,7 @@ private Q_SLOTS:
 
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             QVERIFY(manager.findChildren<QProcess *>().isEmpty());
-            QVERIFY(descriptors == 0 || openDescriptors() <= descriptors);
+            QTRY_VERIFY(descriptors == 0 || openDescriptors() <= descriptors);
             descriptors = attempt == 2 ? openDescriptors() : descriptors;
 
             time.runNext();
