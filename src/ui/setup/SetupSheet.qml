@@ -48,6 +48,7 @@ FocusScope {
         }
     }
     Component.onDestruction: sheet.forgetPassword()
+    Keys.onPressed: event => event.accepted = steps.turnPage(event.key)
 
     Rectangle {
         anchors.fill: parent
@@ -57,6 +58,8 @@ FocusScope {
     }
 
     ScrollPane {
+        id: steps
+
         anchors.left: parent.left
         anchors.right: parent.right // the bar stands in the page's margin
         anchors.top: parent.top
