@@ -48,7 +48,7 @@ ViewTest {
         compare(fixture.clipboard(), "https://studio.ts.net");
         view.statusServerRunning = false;
         view.statusPortTaken = true;
-        verify(Items.visibleItems(view).find(item => item.label === "Status").meaning.includes("port"));
+        verify(Items.withText(view, "Status is waiting for its port, which another program uses"));
     }
 
     function test_warningWithoutTailscale() {
