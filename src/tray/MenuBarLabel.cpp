@@ -76,8 +76,8 @@ void MenuBarLabel::update()
         m_icon->setIcon(pearlIcon(color));
     }
     const QString words = stateInWords(*m_gatewayVM, *m_voiceVM);
-    if (words != m_stateLine->text()) {
-        m_stateLine->setText(words);
+    if (const QString line = QString(words).replace(u'&', u"&&"_s); line != m_stateLine->text()) {
+        m_stateLine->setText(line);
         m_icon->setToolTip(u"Ostrelle\n"_s + words);
     }
     m_mute->setText(m_voiceVM->isMuted() ? u"Unmute"_s : u"Mute"_s);

@@ -1,5 +1,6 @@
 #include "tray/StateInWords.h"
 
+#include "core/OneLine.h"
 #include "gateway/GatewayViewModel.h"
 #include "voice/VoiceViewModel.h"
 
@@ -11,7 +12,7 @@ using namespace Qt::StringLiterals;
 QString stateInWords(const GatewayViewModel &gatewayVM, const VoiceViewModel &voiceVM)
 {
     const QString gateway = gatewayVM.gatewayOnline() ? u"Gateway online"_s : u"Gateway offline"_s;
-    return gateway + u", voice: "_s + voiceVM.stateLabel();
+    return gateway + u", voice: "_s + oneLine(voiceVM.stateLabel());
 }
 
 } // namespace ostrelle

@@ -20,7 +20,7 @@ Rectangle {
 
         anchors.centerIn: parent
         width: Math.min(implicitWidth, capsule.width - Theme.gap)
-        text: capsule.text
+        text: Texts.oneLine(capsule.text)
         color: Theme.legible(capsule.tint, Theme.capsuleOpacity)
         font.pixelSize: Theme.captionSize
         font.weight: Font.DemiBold

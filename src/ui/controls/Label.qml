@@ -11,6 +11,7 @@ Text {
     color: label.secondary ? Theme.textSecondary : Theme.textPrimary
     font.pixelSize: Theme.bodySize
     elide: label.wrapMode === Text.NoWrap ? Text.ElideMiddle : Text.ElideNone
+    maximumLineCount: label.wrapMode === Text.NoWrap ? 1 : undefined // also of a text that brings breaks
     textFormat: Text.PlainText
     horizontalAlignment: Text.AlignLeft // said aloud, so that it is mirrored with the layout
     Accessible.role: Accessible.StaticText
