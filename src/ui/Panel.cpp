@@ -29,7 +29,7 @@ constexpr QColor iconColor(0x00, 0xBF, 0xBF);  // the pearl's of the program's i
 constexpr QMargins usualFrame(8, 40, 8, 8);
 constexpr int usualBar = 48;
 
-// The end of a focus from before the panel was opened may come late; the new one then follows.
+// After the panel was opened. The end of an earlier focus may come that late; the new one follows.
 constexpr std::chrono::milliseconds focusReturnsIn{300};
 
 // The shape of the panel beside its icon. Cut, not seen through: that needs no compositor.
@@ -51,7 +51,7 @@ Panel::Panel(const Models &models, PanelEvents events, std::chrono::milliseconds
     connect(&m_patience, &QTimer::timeout, this, &Panel::letGo);
     m_focusReturns.setSingleShot(true);
     m_focusReturns.setInterval(focusReturnsIn);
-    connect(&m_focusReturns, &QTimer::timeout, this, &Panel::closeForLostFocus);
+    connect(&m_focusReturns, &QTimer::timeout, this, &Panel::closeUnlessFocusReturned);
     load(models);
     connect(&m_view, &QWindow::activeChanged, this, &Panel::followActivity);
     connect(&m_view, &QWindow::visibleChanged, this, &Panel::followVisibility);
@@ -103,6 +103,8 @@ void Panel::open(const std::optional<QRect> &place)
     }
     m_isBesideIcon = place.has_value();
     m_hadFocus = false;
+    m_hadEarlierFocus = m_view.isActive();
+    m_focusReturns.start();
     if (place) {
         beBesideIcon(*place);
     } else {
@@ -164,13 +166,17 @@ QSize Panel::ordinarySize() const
 
 void Panel::followActivity()
 {
-    m_focusReturns.stop();
     if (m_view.isActive()) {
         m_hadFocus = true;
-    } else if (m_hadFocus) {
+    } else if (m_hadFocus || !m_focusReturns.isActive()) {
         closeForLostFocus();
-    } else {
-        m_focusReturns.start();
+    }
+}
+
+void Panel::closeUnlessFocusReturned()
+{
+    if (m_hadEarlierFocus && !m_view.isActive()) {
+        closeForLostFocus();
     }
 }
 

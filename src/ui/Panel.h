@@ -38,6 +38,7 @@ private:
     void setFixedSize(QSize size);
     QSize ordinarySize() const;
     void followActivity();
+    void closeUnlessFocusReturned();
     void closeForLostFocus();
     void followVisibility();
     void letGo();
@@ -49,8 +50,9 @@ private:
     QTimer m_patience;
     QQuickView m_view;
     bool m_isBesideIcon = false;
-    bool m_hadFocus = false; // since it was opened
-    QTimer m_focusReturns;   // or does not, and the panel closes
+    bool m_hadFocus = false;        // since it was opened
+    bool m_hadEarlierFocus = false; // or so the toolkit thought when it was opened
+    QTimer m_focusReturns;          // or does not, and the panel closes
 };
 
 } // namespace ostrelle
