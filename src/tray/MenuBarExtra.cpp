@@ -77,7 +77,7 @@ MenuBarExtra::MenuBarExtra(const Models &models, const TrayHostWatcher &hosts)
     , m_events{.appeared = [this] { Q_EMIT panelAppeared(); },
                .lostFocus = [this] { m_sinceLostFocus.start(); }}
     , m_hosts(hosts)
-    , m_label(models.gatewayVM, models.voiceVM)
+    , m_label(models.gatewayVM, models.voiceVM, models.statusServer)
     , m_seat(isOnWayland() ? WaylandSeat::watch() : nullptr)
 {
     connect(&hosts, &TrayHostWatcher::hostPresentChanged, this, &MenuBarExtra::showLabel);
