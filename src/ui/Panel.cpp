@@ -122,6 +122,7 @@ void Panel::open(const std::optional<QRect> &place)
 void Panel::beOrdinary()
 {
     beTranslucent(false);
+    beFramed(true);
     m_view.setFlags(Qt::Window);
     m_view.setMask({});
     setFixedSize(ordinarySize());
@@ -131,6 +132,7 @@ void Panel::beBesideIcon(const QRect &place)
 {
     const bool translucent = isComposited();
     beTranslucent(translucent);
+    beFramed(false);
     m_view.setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setFixedSize(place.size());
     m_view.setPosition(place.topLeft());
@@ -144,6 +146,13 @@ void Panel::beTranslucent(bool translucent)
     m_view.setColor(translucent ? QColor(Qt::transparent) : background);
     if (QQuickItem *const root = m_view.rootObject()) {
         root->setProperty("translucent", translucent);
+    }
+}
+
+void Panel::beFramed(bool framed)
+{
+    if (QQuickItem *const root = m_view.rootObject()) {
+        root->setProperty("framed", framed);
     }
 }
 

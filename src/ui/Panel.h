@@ -35,6 +35,7 @@ private:
     void beOrdinary();
     void beBesideIcon(const QRect &place);
     void beTranslucent(bool translucent);
+    void beFramed(bool framed);
     void setFixedSize(QSize size);
     QSize ordinarySize() const;
     void followActivity();

@@ -50,13 +50,6 @@ FocusScope {
     Component.onDestruction: sheet.forgetPassword()
     Keys.onPressed: event => event.accepted = steps.turnPage(event.key)
 
-    Rectangle {
-        anchors.fill: parent
-        color: Theme.sheet
-        radius: Theme.radius
-        border.color: Theme.hairline
-    }
-
     ScrollPane {
         id: steps
 
