@@ -51,17 +51,6 @@ ViewTest {
         verify(Items.withText(view, "Status is waiting for its port, which another program uses"));
     }
 
-    function test_warningWithoutTailscale() {
-        const view = insecureView();
-        compare(Items.texts(view)[0], "Insecure Connection");
-        fixture.tool("xdg-open", "true");
-        mouseClick(Items.withText(view, "Get Tailscale"));
-        tryVerify(() => fixture.read("calls").includes("xdg-open https://tailscale.com/download"));
-        verify(!Items.withText(view, "Enable Tailscale Encryption"));
-        mouseClick(Items.withText(view, "Dismiss"));
-        compare(Items.texts(view)[0], "Gateway");
-    }
-
     function test_warningEnablesEncryption() {
         fixture.tool("tailscale", "true");
         fixture.tool("duskrell", "echo no such key >&2; exit 1");
