@@ -48,7 +48,7 @@ ViewTest {
         compare(fixture.clipboard(), "https://studio.ts.net");
         view.statusServerRunning = false;
         view.statusPortTaken = true;
-        verify(Items.withText(view, "Status is waiting for its port, which another program uses"));
+        verify(Items.withText(view, "Status is waiting: another program uses its port"));
     }
 
     function test_warningEnablesEncryption() {

@@ -104,7 +104,7 @@ Item {
                 NoticeRow {
                     width: parent.width
                     visible: view.statusPortTaken
-                    text: "Status is waiting for its port, which another program uses"
+                    text: "Status is waiting: another program uses its port"
                 }
 
                 NoticeRow {
