@@ -15,7 +15,7 @@ Text {
     textFormat: Text.PlainText
     horizontalAlignment: Text.AlignLeft // said aloud, so that it is mirrored with the layout
     Accessible.role: Accessible.StaticText
-    Accessible.name: label.text
+    Accessible.name: label.wrapMode === Text.NoWrap ? Texts.help(label.text) : label.text
 
     HoverHandler {
         id: pointer

@@ -95,6 +95,7 @@ Item {
                     visible: !view.viewModel.voiceRunning && view.viewModel.isLaunching
                     Accessible.role: Accessible.StaticText
                     Accessible.name: launchState.text
+                    Accessible.focusable: true
 
                     contentItem: Row {
                         spacing: Theme.gap
