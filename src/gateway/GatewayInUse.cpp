@@ -78,7 +78,7 @@ void GatewayInUse::saveToken(const Request &request)
         saveConfig(request);
         return;
     }
-    whenDone(m_settings.tokens->saveFor(request.url, *request.token), this,
+    whenDone(m_settings.tokens->saveForUser(request.url, *request.token), this,
              [this, request](const Tokens::Saved &) { saveConfig(request); });
 }
 

@@ -53,6 +53,7 @@ void GatewayProfiles::reload()
 {
     const auto look = [config = m_settings.config] { config->snapshot(); };
     whenDone(QtConcurrent::run(&userInitiatedPool(), look), this, [this, before = m_config] {
+        m_isRead = true;
         if (m_config == before) { // else they are being read already
             readTokens();
         }

@@ -14,6 +14,7 @@ class GatewayProfiles : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(ostrelle::SavedGatewaysModel *saved READ saved CONSTANT)
+    Q_PROPERTY(bool isRead READ isRead NOTIFY isReadChanged)
     Q_PROPERTY(QString activeGatewayName READ activeGatewayName NOTIFY activeGatewayNameChanged)
     Q_PROPERTY(QString activeGatewayURL READ activeGatewayURL NOTIFY activeGatewayURLChanged)
     Q_PROPERTY(bool isLocalGateway READ isLocalGateway NOTIFY isLocalGatewayChanged)
@@ -68,6 +69,7 @@ public:
     Q_INVOKABLE void saveProfileToken();
 
     SavedGatewaysModel *saved() { return &m_saved; }
+    bool isRead() const { return m_isRead; } // the configuration, since this was made
     const OstrelleConfig &config() const { return m_config; }
     std::shared_ptr<const Tokens> tokens() const { return m_settings.tokens; }
     SavedGateway activeGatewaySaved() const { return names().activeGatewaySaved(); }
@@ -105,6 +107,7 @@ public:
 Q_SIGNALS:
     void configChanged();
     void tokensChanged(); // one was stored; how it reads is not known yet
+    void isReadChanged();
     void activeGatewayNameChanged();
     void activeGatewayURLChanged();
     void isLocalGatewayChanged();
@@ -142,6 +145,8 @@ private:
     bool m_isReadingTokens = false;
     bool m_tokensOutdated = false; // something changed during the look that is under way
 
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayProfiles, bool, m_isRead, false,
+                                         &GatewayProfiles::isReadChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_activeGatewayName,
                                &GatewayProfiles::activeGatewayNameChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayProfiles, QString, m_activeGatewayURL,

@@ -177,7 +177,7 @@ void GatewayViewModel::resetGatewayToken()
     m_isResettingToken = true;
     const auto renew = [tokens = m_settings.tokens, config = m_settings.config] {
         if (const QString token = renewGatewayToken(); !token.isEmpty()) {
-            tokens->saveFor(config->snapshot().gateway.url, token).waitForFinished();
+            tokens->saveForUser(config->snapshot().gateway.url, token).waitForFinished();
         }
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this, [this] { finishReset(); });

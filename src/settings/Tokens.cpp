@@ -147,14 +147,6 @@ void Tokens::setMagicDNSName(const QString &name)
     m_magicDNSName = name;
 }
 
-QFuture<Tokens::Saved> Tokens::saveFor(const QString &gatewayURL, const QString &token)
-{
-    takeTurn(gatewayURL);
-    return inOrder(tokenQueue(), [tokens = shared_from_this(), gatewayURL, token] {
-        return logged(tokens->saveForNow(gatewayURL, token));
-    });
-}
-
 QFuture<Tokens::Saved> Tokens::saveForUser(const QString &gatewayURL, const QString &token)
 {
     const quint64 turn = takeTurn(gatewayURL);

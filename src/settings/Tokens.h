@@ -45,13 +45,11 @@ public:
     // This machine's name in the tailnet. Any thread.
     void setMagicDNSName(const QString &name);
 
-    // Stores the token for the gateway, and as the active one while that gateway is in use; an
-    // older one leaves the configuration file. A failure has also been logged. Any thread.
-    QFuture<Saved> saveFor(const QString &gatewayURL, const QString &token);
-
-    // The same for a token that the user has just entered: where the store is locked, the user is
-    // asked to unlock it, which may take minutes. Others are stored meanwhile, and a later one for
-    // the same gateway stays. Any thread.
+    // Stores the token, which is there because of something that the user has just done, for the
+    // gateway, and as the active one while that gateway is in use; an older one leaves the
+    // configuration file. Where the store is locked, the user is asked to unlock it, which may take
+    // minutes. Others are stored meanwhile, and a later one for the same gateway stays. A failure
+    // has also been logged. Any thread.
     QFuture<Saved> saveForUser(const QString &gatewayURL, const QString &token);
 
     // Makes the token that is stored for the gateway, if there is one, the active one, if it is

@@ -174,7 +174,7 @@ private:
     void copyIfMissing(const QString &name) const;
     void downloadModel();
     void createVenv();
-    bool installRequirements(const QString &venv) const; // false when pip failed
+    bool installRequirements(const VoiceVenv &venv) const; // false when pip failed
     void finish();
 };
 
@@ -254,7 +254,7 @@ void SetupManager::VoiceInstallation::downloadModel()
 
 void SetupManager::VoiceInstallation::createVenv()
 {
-    const VoiceVenv venv(expandPath(settings.config->current().voice.venvPath));
+    const VoiceVenv venv(expandPath(settings.config->current().voice.venvPath), resources);
     if (venv.exists()) {
         return;
     }
@@ -265,22 +265,21 @@ void SetupManager::VoiceInstallation::createVenv()
         feed.addStatus(u"ERROR: "_s + result.output);
     } else {
         feed.addStatus(u"Venv created"_s);
-        if (installRequirements(venv.path())) {
+        if (installRequirements(venv)) {
             venv.complete();
         }
     }
     feed.publish([exists = venv.exists()](SetupManager &manager) { manager.m_hasVenv = exists; });
 }
 
-bool SetupManager::VoiceInstallation::installRequirements(const QString &venv) const
+bool SetupManager::VoiceInstallation::installRequirements(const VoiceVenv &venv) const
 {
-    const QString requirements = resources.value_or(QString()) + u"/voice-agent/requirements.txt"_s;
-    if (!resources || !fileExists(requirements)) {
+    if (venv.requirements().isEmpty()) {
         return true;
     }
     feed.addStatus(u"Installing voice dependencies (this takes a few minutes)…"_s);
-    const ShellResult result = runShell(quoted(venv + u"/bin/pip"_s) + u" install -r "_s +
-                                        quoted(requirements) + u" 2>&1"_s);
+    const ShellResult result = runShell(quoted(venv.path() + u"/bin/pip"_s) + u" install -r "_s +
+                                        quoted(venv.requirements()) + u" 2>&1"_s);
     constexpr qsizetype shownCharacters = 300;
     feed.addStatus(result.success ? u"✓ Dependencies installed"_s
                                   : u"WARNING: pip install failed — "_s +
@@ -343,13 +342,14 @@ void SetupManager::saveGatewayToken()
     }
     const QString gateway = m_settings.config->current().gateway.url;
     m_gatewayTokenProblem = QString();
-    whenDone(m_settings.tokens->saveFor(gateway, token), this, [this](const Tokens::Saved &saved) {
-        if (saved) {
-            m_hasGatewayToken = true;
-        } else {
-            m_gatewayTokenProblem = u"Not saved: "_s + toString(saved.error());
-        }
-    });
+    whenDone(m_settings.tokens->saveForUser(gateway, token), this,
+             [this](const Tokens::Saved &saved) {
+                 if (saved) {
+                     m_hasGatewayToken = true;
+                 } else {
+                     m_gatewayTokenProblem = u"Not saved: "_s + toString(saved.error());
+                 }
+             });
 }
 
 } // namespace ostrelle

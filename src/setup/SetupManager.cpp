@@ -105,11 +105,12 @@ class SetupManager::Checks
 {
 public:
     Checks(ProgressFeed::Writer writer, std::shared_ptr<const std::atomic<int>> newest,
-           Settings settings)
+           Settings settings, std::optional<QString> resources)
         : m_writer(std::move(writer))
         , m_newest(std::move(newest))
         , m_generation(*m_newest)
         , m_settings(std::move(settings))
+        , m_resources(std::move(resources))
     {
     }
 
@@ -159,6 +160,7 @@ private:
     const std::shared_ptr<const std::atomic<int>> m_newest;
     const int m_generation;
     const Settings m_settings;
+    const std::optional<QString> m_resources;
 };
 
 void SetupManager::Checks::checkPython() const
@@ -266,7 +268,7 @@ void SetupManager::Checks::checkFiles() const
 
 void SetupManager::Checks::checkVoiceParts(const OstrelleConfig &config) const
 {
-    const bool hasVenv = VoiceVenv(expandPath(config.voice.venvPath)).exists();
+    const bool hasVenv = VoiceVenv(expandPath(config.voice.venvPath), m_resources).exists();
     const bool hasModels = ModelFile::speechModel().exists();
     const bool lacksTool = (!hasModels && !isOnPath(u"curl"_s)) || (!hasVenv && !canMakeVenv());
     const QString command = lacksTool ? installCommand(&PackageManager::voice) : QString();
@@ -309,7 +311,7 @@ void SetupManager::runChecks(std::function<void()> afterwards)
         return;
     }
     ++*m_checkGeneration;
-    const Checks checks(m_feed.writer(), m_checkGeneration, m_settings);
+    const Checks checks(m_feed.writer(), m_checkGeneration, m_settings, m_surroundings.resources);
     userInitiatedPool().start([checks, pass] { checks.run(); });
 }
 

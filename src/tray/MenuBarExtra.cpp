@@ -77,7 +77,7 @@ MenuBarExtra::MenuBarExtra(const Models &models, const TrayHostWatcher &hosts)
     , m_events{.appeared = [this] { Q_EMIT panelAppeared(); },
                .lostFocus = [this] { m_sinceLostFocus.start(); }}
     , m_hosts(hosts)
-    , m_label(models.gatewayVM, models.voiceVM)
+    , m_label(models.gatewayVM, models.voiceVM, models.statusServer)
     , m_seat(isOnWayland() ? WaylandSeat::watch() : nullptr)
 {
     connect(&hosts, &TrayHostWatcher::hostPresentChanged, this, &MenuBarExtra::showLabel);
@@ -108,7 +108,7 @@ void MenuBarExtra::showLabel()
 
 void MenuBarExtra::openIfThereIsNoTray()
 {
-    if (!m_hosts.hostPresent()) {
+    if (!m_hosts.hostPresent() && !m_hosts.isBusHostExpected()) {
         openPanel();
     }
 }
@@ -116,13 +116,14 @@ void MenuBarExtra::openIfThereIsNoTray()
 void MenuBarExtra::handleClick()
 {
     m_lastPointer = QCursor::pos();
-    if (isWithin(m_sinceClickOpened, doubleClick())) {
-        openPanel(); // the second of two quick clicks may have taken its focus, and so closed it
+    const bool isSecond = isWithin(m_sinceClick, doubleClick());
+    m_sinceClick.start();
+    if (isSecond) {
+        openPanel(); // whatever the first of two quick clicks did, also by taking its focus
     } else if (m_panel && m_panel->isOpen()) {
         m_panel->close();
     } else if (!isWithin(m_sinceLostFocus, sameClick)) {
         openPanel();
-        m_sinceClickOpened.start();
     }
 }
 
@@ -171,12 +172,14 @@ std::optional<QRect> MenuBarExtra::panelPlace() const
     return placePanel(icon, screenAt(there), panelSize);
 }
 
-// As the tray tells it, or where the pointer was on it; empty where nobody knows.
+// As the tray tells it, unless that is beside all screens, where a bar hides; or where the pointer
+// was on it; empty where nobody knows.
 QRect MenuBarExtra::iconPlace() const
 {
     const QRect told = m_label.geometry();
-    if (!told.isEmpty() || !m_lastPointer) {
-        return told;
+    const bool isSeen = !told.isEmpty() && QGuiApplication::screenAt(told.center()) != nullptr;
+    if (isSeen || !m_lastPointer) {
+        return isSeen ? told : QRect();
     }
     const ScreenPlace screen = screenAt(*m_lastPointer);
     const bool isKnown = hearsOfPointer() || !screen.available.contains(*m_lastPointer);

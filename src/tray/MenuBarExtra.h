@@ -49,7 +49,7 @@ private:
     std::unique_ptr<PanelWindow> m_panel; // null before it is first opened
     std::optional<QPoint> m_lastPointer;  // when the icon was last clicked or its menu opened
     QElapsedTimer m_sinceLostFocus;       // of the panel
-    QElapsedTimer m_sinceClickOpened;     // the panel
+    QElapsedTimer m_sinceClick;           // on the icon
 };
 
 } // namespace ostrelle

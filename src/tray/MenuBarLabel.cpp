@@ -1,6 +1,7 @@
 #include "tray/MenuBarLabel.h"
 
 #include "gateway/GatewayViewModel.h"
+#include "statusserver/StatusServer.h"
 #include "tray/Pearl.h"
 #include "tray/PearlIcon.h"
 #include "tray/Quit.h"
@@ -15,10 +16,12 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
-MenuBarLabel::MenuBarLabel(GatewayViewModel *gatewayVM, VoiceViewModel *voiceVM, QObject *parent)
+MenuBarLabel::MenuBarLabel(GatewayViewModel *gatewayVM, VoiceViewModel *voiceVM,
+                           StatusServer *statusServer, QObject *parent)
     : QObject(parent)
     , m_gatewayVM(gatewayVM)
     , m_voiceVM(voiceVM)
+    , m_statusServer(statusServer)
 {
 }
 
@@ -45,6 +48,7 @@ void MenuBarLabel::show()
     connect(m_voiceVM, &VoiceViewModel::stateChanged, this, &MenuBarLabel::update);
     connect(m_voiceVM, &VoiceViewModel::stateLabelChanged, this, &MenuBarLabel::update);
     connect(m_voiceVM, &VoiceViewModel::isMutedChanged, this, &MenuBarLabel::update);
+    connect(m_statusServer, &StatusServer::portTakenChanged, this, &MenuBarLabel::update);
     update();
     m_icon->show();
 }
@@ -75,9 +79,9 @@ void MenuBarLabel::update()
         m_shownColor = color;
         m_icon->setIcon(pearlIcon(color));
     }
-    const QString words = stateInWords(*m_gatewayVM, *m_voiceVM);
-    if (words != m_stateLine->text()) {
-        m_stateLine->setText(words);
+    const QString words = stateInWords(*m_gatewayVM, *m_voiceVM, *m_statusServer);
+    if (const QString line = QString(words).replace(u'&', u"&&"_s); line != m_stateLine->text()) {
+        m_stateLine->setText(line);
         m_icon->setToolTip(u"Ostrelle\n"_s + words);
     }
     m_mute->setText(m_voiceVM->isMuted() ? u"Unmute"_s : u"Mute"_s);

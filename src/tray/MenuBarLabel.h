@@ -14,6 +14,7 @@ namespace ostrelle
 {
 
 class GatewayViewModel;
+class StatusServer;
 class VoiceViewModel;
 
 // The pearl in the tray, with the state in words as its tooltip, and a menu that serves alone where
@@ -23,7 +24,8 @@ class MenuBarLabel : public QObject
     Q_OBJECT
 
 public:
-    MenuBarLabel(GatewayViewModel *gatewayVM, VoiceViewModel *voiceVM, QObject *parent = nullptr);
+    MenuBarLabel(GatewayViewModel *gatewayVM, VoiceViewModel *voiceVM, StatusServer *statusServer,
+                 QObject *parent = nullptr);
     ~MenuBarLabel() override;
 
     // Puts the icon into the tray; once. Only when a tray host is there: Qt decides with the first
@@ -47,6 +49,7 @@ private:
 
     GatewayViewModel *const m_gatewayVM;
     VoiceViewModel *const m_voiceVM;
+    StatusServer *const m_statusServer;
     std::unique_ptr<QMenu> m_menu;
     QAction *m_stateLine = nullptr;
     QAction *m_mute = nullptr;

@@ -1,6 +1,8 @@
 #include "tray/StateInWords.h"
 
+#include "core/OneLine.h"
 #include "gateway/GatewayViewModel.h"
+#include "statusserver/StatusServer.h"
 #include "voice/VoiceViewModel.h"
 
 namespace ostrelle
@@ -8,10 +10,12 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
-QString stateInWords(const GatewayViewModel &gatewayVM, const VoiceViewModel &voiceVM)
+QString stateInWords(const GatewayViewModel &gatewayVM, const VoiceViewModel &voiceVM,
+                     const StatusServer &statusServer)
 {
     const QString gateway = gatewayVM.gatewayOnline() ? u"Gateway online"_s : u"Gateway offline"_s;
-    return gateway + u", voice: "_s + voiceVM.stateLabel();
+    const QString status = statusServer.portTaken() ? u", status: waits for its port"_s : QString();
+    return gateway + u", voice: "_s + oneLine(voiceVM.stateLabel()) + status;
 }
 
 } // namespace ostrelle

@@ -4,10 +4,9 @@
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusReply>
 #include <QDBusVariant>
 #include <QGuiApplication>
-#include <QTimer>
 
 #include <X11/Xlib.h>
 
@@ -26,6 +25,18 @@ const QString watcherPath = u"/StatusNotifierWatcher"_s;
 // docked, taken back and docked again, which not every tray follows.
 constexpr std::chrono::milliseconds toolkitHearsIn{50};
 
+// Plasma begins with an X11 tray that hands icons on to the real one, which comes later. An icon
+// that goes that way has no tooltip, no sharpness, and no state in words.
+constexpr std::chrono::seconds busHostPatience{10};
+
+// A watcher that hung may be well again.
+constexpr std::chrono::seconds hungIsAskedAgainIn{10};
+
+bool hasBusHostOfItsOwn()
+{
+    return qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(u"KDE"_s);
+}
+
 Atom trayAtom(Display *display)
 {
     const QByteArray name = "_NET_SYSTEM_TRAY_S" + QByteArray::number(DefaultScreen(display));
@@ -36,7 +47,15 @@ Atom trayAtom(Display *display)
 
 TrayHostWatcher::TrayHostWatcher(QObject *parent)
     : QObject(parent)
+    , m_busHostComes(hasBusHostOfItsOwn())
 {
+    m_asksAgain.setSingleShot(true);
+    m_asksAgain.setInterval(hungIsAskedAgainIn);
+    connect(&m_asksAgain, &QTimer::timeout, this, &TrayHostWatcher::askBus);
+    QTimer::singleShot(busHostPatience, this, [this] {
+        m_busHostComes = false;
+        update();
+    });
     withSessionBus(this, [this](const QDBusConnection &bus) { watchBus(bus); });
     if (QGuiApplication::platformName() == "xcb"_L1) {
         watchX11();
@@ -70,20 +89,28 @@ void TrayHostWatcher::askBus()
         watcherService, watcherPath, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     question << watcherService << u"IsStatusNotifierHostRegistered"_s;
     question.setAutoStartService(false);
-    const auto *answer =
+    auto *const asked =
         new QDBusPendingCallWatcher(m_watcherService->connection().asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this,
-            [this](QDBusPendingCallWatcher *finished) {
-                finished->deleteLater();
-                const QDBusPendingReply<QDBusVariant> reply = *finished;
-                // Qt will ask the same and wait for the answer: not of one who gives none.
-                if (reply.isError() && reply.error().type() == QDBusError::NoReply) {
-                    m_busHost.reset();
-                } else {
-                    m_busHost = reply.isValid() && reply.value().variant().toBool();
-                }
-                update();
-            });
+    m_question = asked;
+    connect(asked, &QDBusPendingCallWatcher::finished, this, [this, asked] {
+        asked->deleteLater();
+        if (asked == m_question) {
+            takeAnswer(asked->reply());
+        }
+    });
+}
+
+void TrayHostWatcher::takeAnswer(const QDBusMessage &answer)
+{
+    const QDBusReply<QDBusVariant> reply(answer);
+    // Qt will ask the same and wait for the answer: not of one who gives none.
+    if (reply.error().type() == QDBusError::NoReply) {
+        m_busHost.reset();
+        m_asksAgain.start();
+    } else {
+        m_busHost = reply.isValid() && reply.value().variant().toBool();
+    }
+    update();
 }
 
 void TrayHostWatcher::watchX11()
@@ -114,7 +141,8 @@ void TrayHostWatcher::lookForX11Tray()
 
 void TrayHostWatcher::update()
 {
-    m_hostPresent = m_busHost.has_value() && (*m_busHost || m_x11Host);
+    const bool takesX11 = m_x11Host && !m_busHostComes;
+    m_hostPresent = m_busHost.has_value() && (*m_busHost || takesX11);
 }
 
 } // namespace ostrelle

@@ -5,6 +5,7 @@
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QProperty>
+#include <QTimer>
 
 namespace ostrelle
 {
@@ -22,6 +23,9 @@ public:
 
     bool hostPresent() const { return m_hostPresent; }
 
+    // There is an X11 tray, but the desktop is about to bring a better one, for a few seconds yet.
+    bool isBusHostExpected() const { return m_x11Host && m_busHostComes; }
+
 Q_SIGNALS:
     void hostPresentChanged();
 
@@ -32,10 +36,14 @@ private:
     void watchBus(const QDBusConnection &bus);
     void watchX11();
     void lookForX11Tray();
+    void takeAnswer(const QDBusMessage &answer);
     void update();
 
     std::optional<bool> m_busHost; // nothing until the bus has answered
     bool m_x11Host = false;
+    bool m_busHostComes;
+    QObject *m_question = nullptr; // the last one to the bus; an older one's answer does not count
+    QTimer m_asksAgain;            // whoever gave no answer
     std::unique_ptr<QDBusServiceWatcher> m_watcherService;
     std::unique_ptr<X11Connection> m_x11;
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(TrayHostWatcher, bool, m_hostPresent, false,

@@ -30,7 +30,7 @@ constexpr QColor iconColor(0x00, 0xBF, 0xBF);  // the pearl's of the program's i
 constexpr QMargins usualFrame(8, 40, 8, 8);
 constexpr int usualBar = 48;
 
-// The end of a focus from before the panel was opened may come late; the new one then follows.
+// After the panel was opened. The end of an earlier focus may come that late; the new one follows.
 constexpr std::chrono::milliseconds focusReturnsIn{300};
 
 // The shape of the panel beside its icon. Cut, not seen through: that needs no compositor.
@@ -52,7 +52,7 @@ Panel::Panel(const Models &models, PanelEvents events, std::chrono::milliseconds
     connect(&m_patience, &QTimer::timeout, this, &Panel::letGo);
     m_focusReturns.setSingleShot(true);
     m_focusReturns.setInterval(focusReturnsIn);
-    connect(&m_focusReturns, &QTimer::timeout, this, &Panel::closeForLostFocus);
+    connect(&m_focusReturns, &QTimer::timeout, this, &Panel::closeUnlessFocusReturned);
     load(models);
     connect(&m_view, &QWindow::activeChanged, this, &Panel::followActivity);
     connect(&m_view, &QWindow::visibleChanged, this, &Panel::followVisibility);
@@ -104,6 +104,8 @@ void Panel::open(const std::optional<QRect> &place)
     }
     m_isBesideIcon = place.has_value();
     m_hadFocus = false;
+    m_hadEarlierFocus = m_view.isActive();
+    m_focusReturns.start();
     if (place) {
         beBesideIcon(*place);
     } else {
@@ -121,6 +123,7 @@ void Panel::open(const std::optional<QRect> &place)
 void Panel::beOrdinary()
 {
     beTranslucent(false);
+    beFramed(true);
     m_view.setFlags(Qt::Window);
     m_view.setMask({});
     setFixedSize(ordinarySize());
@@ -130,6 +133,7 @@ void Panel::beBesideIcon(const QRect &place)
 {
     const bool translucent = isComposited();
     beTranslucent(translucent);
+    beFramed(false);
     m_view.setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setFixedSize(place.size());
     m_view.setPosition(place.topLeft());
@@ -143,6 +147,13 @@ void Panel::beTranslucent(bool translucent)
     m_view.setColor(translucent ? QColor(Qt::transparent) : background);
     if (QQuickItem *const root = m_view.rootObject()) {
         root->setProperty("translucent", translucent);
+    }
+}
+
+void Panel::beFramed(bool framed)
+{
+    if (QQuickItem *const root = m_view.rootObject()) {
+        root->setProperty("framed", framed);
     }
 }
 
@@ -165,13 +176,17 @@ QSize Panel::ordinarySize() const
 
 void Panel::followActivity()
 {
-    m_focusReturns.stop();
     if (m_view.isActive()) {
         m_hadFocus = true;
-    } else if (m_hadFocus) {
+    } else if (m_hadFocus || !m_focusReturns.isActive()) {
         closeForLostFocus();
-    } else {
-        m_focusReturns.start();
+    }
+}
+
+void Panel::closeUnlessFocusReturned()
+{
+    if (m_hadEarlierFocus && !m_view.isActive()) {
+        closeForLostFocus();
     }
 }
 

@@ -35,9 +35,11 @@ private:
     void beOrdinary();
     void beBesideIcon(const QRect &place);
     void beTranslucent(bool translucent);
+    void beFramed(bool framed);
     void setFixedSize(QSize size);
     QSize ordinarySize() const;
     void followActivity();
+    void closeUnlessFocusReturned();
     void closeForLostFocus();
     void followVisibility();
     void letGo();
@@ -49,8 +51,9 @@ private:
     QTimer m_patience;
     QQuickView m_view;
     bool m_isBesideIcon = false;
-    bool m_hadFocus = false; // since it was opened
-    QTimer m_focusReturns;   // or does not, and the panel closes
+    bool m_hadFocus = false;        // since it was opened
+    bool m_hadEarlierFocus = false; // or so the toolkit thought when it was opened
+    QTimer m_focusReturns;          // or does not, and the panel closes
 };
 
 } // namespace ostrelle

@@ -125,17 +125,12 @@ bool Desk::press(const QString &name, const QString &role) const
     return place.has_value();
 }
 
-QString Desk::pictureFile(const QString &name)
-{
-    const QDir directory(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/screenshots"_s);
-    directory.mkpath(u"."_s);
-    return directory.filePath(name + u".png"_s);
-}
-
 QString Desk::screenshot(const QString &name)
 {
     const QRect panel = XSession::panel().value_or(QRect());
-    const QString file = pictureFile(name);
+    const QDir directory(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/screenshots"_s);
+    directory.mkpath(u"."_s);
+    const QString file = directory.filePath(name + u".png"_s);
     QProcess::execute(
         u"import"_s,
         {u"-window"_s, u"root"_s, u"-crop"_s,

@@ -45,7 +45,6 @@ public:
 
     // A picture of the panel, kept beside the test program; returns its file.
     static QString screenshot(const QString &name);
-    static QString pictureFile(const QString &name);
 
     const DesktopHome home;
     PrivateSession bus;

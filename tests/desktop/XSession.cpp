@@ -13,7 +13,9 @@ QByteArray run(const QString &tool, const QStringList &arguments)
 {
     QProcess process;
     process.start(tool, arguments);
-    process.waitForFinished();
+    if (!process.waitForFinished()) {
+        qWarning() << tool << arguments << "hangs";
+    }
     return process.readAllStandardOutput();
 }
 
@@ -115,7 +117,11 @@ std::optional<QRect> XSession::waitForIcon()
         place = icon();
         return place && place == last;
     };
-    return QTest::qWaitFor(rests, patienceMilliseconds) ? place : std::nullopt;
+    if (!QTest::qWaitFor(rests, patienceMilliseconds)) {
+        qWarning() << run(u"xwininfo"_s, {u"-root"_s, u"-tree"_s}).constData();
+        return std::nullopt;
+    }
+    return place;
 }
 
 std::optional<QRect> XSession::panel()

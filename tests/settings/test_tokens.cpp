@@ -105,11 +105,11 @@ private Q_SLOTS:
 
     void savesTheActiveTokenOnlyForTheGatewayInUse()
     {
-        QVERIFY(m_tokens->saveFor(far, u"F"_s).result());
+        QVERIFY(m_tokens->saveForUser(far, u"F"_s).result());
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), std::nullopt);
         m_tokens->activate(far).waitForFinished();
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), std::nullopt);
-        QVERIFY(m_tokens->saveFor(local, u"L"_s).result());
+        QVERIFY(m_tokens->saveForUser(local, u"L"_s).result());
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), u"L"_s);
         use(far);
         m_tokens->activate(far).waitForFinished();
@@ -164,7 +164,7 @@ private Q_SLOTS:
         use(far); // the token stays with its gateway
         QCOMPARE(OstrelleConfig::load().gateway.saved->first().token, u"old"_s);
         setStoreRefuses(false);
-        QVERIFY(m_tokens->saveFor(local, u"newer"_s).result());
+        QVERIFY(m_tokens->saveForUser(local, u"newer"_s).result());
         settingsQueue().waitForDone();
         QVERIFY(!OstrelleConfig::load().holdsTokens()); // for the next start to bring back
         QVERIFY(!m_tokens->migrateFromConfig().result());

@@ -92,7 +92,7 @@ private Q_SLOTS:
         esac)");
         for (const char *file : {".npm-global/bin/duskrell", ".duskrell/agents/main/agent",
                                  ".ostrelle/venv/bin/python"}) {
-            home.write(QString::fromUtf8(file), "");
+            home.writeScript(QString::fromUtf8(file), {});
         }
         home.write(u".ostrelle/data/models/kokoro-v1.0.onnx"_s, "model");
         OstrelleConfig config = OstrelleConfig::defaults();

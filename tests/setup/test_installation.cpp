@@ -22,7 +22,7 @@ const QString askpass = u".run/ostrelle-askpass.sh"_s;
 
 void addVoiceParts(const SetupHome &home)
 {
-    home.write(u".ostrelle/venv/bin/python"_s, "");
+    home.writeScript(u".ostrelle/venv/bin/python"_s, {});
     home.write(u".ostrelle/data/models/kokoro-v1.0.onnx"_s, "model");
     home.write(u".ostrelle/data/models/voices-v1.0.bin"_s, "voices");
 }
@@ -193,7 +193,8 @@ private Q_SLOTS:
                                 "echo model > $3");
         home.write(u"resources/voice-agent/config.yaml"_s, "new");
         home.write(u"resources/voice-agent/sounds/thinking.wav"_s, "wav");
-        home.write(u"resources/voice-agent/requirements.txt"_s, "");
+        const QString requirements = u"resources/voice-agent/requirements.txt"_s;
+        home.write(requirements, "# as it is\npip >= 20  # brings itself");
         home.write(u".ostrelle/data/config.yaml"_s, "mine");
         const QString models = u".ostrelle/data/models"_s;
         home.write(models + u"/kokoro-v1.0.onnx"_s, "cut off");
@@ -229,6 +230,10 @@ private Q_SLOTS:
                  QStringList({u"Creating config…"_s, saved, u"Setting up voice data directory…"_s,
                               u"Setup complete!"_s}));
         QCOMPARE(OstrelleConfig::load(), before);
+
+        home.write(requirements, "pip\nabsent[all]==1");
+        manager.runChecks();
+        QVERIFY(waitFor([&] { return !manager.hasVenv(); }));
     }
 
     void keepsWhatChangesMeanwhile()
@@ -257,8 +262,9 @@ private Q_SLOTS:
         home.addTool(u"curl"_s, "printf '  0 310M\\r  '; echo half > $3\n"
                                 "echo \"curl: (22) $(seq -s . 200)\" >&2; exit 22");
         home.addRealTool(u"seq"_s);
-        home.addTool(u"python3"_s, "/bin/mkdir $3/bin; echo > $3/bin/python; echo no venv; exit 1");
+        home.addTool(u"python3"_s, "echo '#!/bin/sh' > $3/bin/python; echo no venv; exit 1");
         home.write(u".ostrelle/venv/mine"_s, "kept");
+        home.writeScript(u".ostrelle/venv/bin/python"_s, "exit 1"); // left half made, long ago
         home.addInstaller("exit 7");
         SetupManager manager(home.settings(), home.surroundings());
 

@@ -16,7 +16,7 @@ private Q_SLOTS:
         QTest::addColumn<QRect>("panel");
         const QRect besideTop(0, 30, 1000, 770);
         QTest::newRow("bar at the top")
-            << QRect(500, 5, 20, 20) << besideTop << QRect(409, 30, 200, 300);
+            << QRect(500, 15, 20, 20) << besideTop << QRect(409, 39, 200, 300);
         QTest::newRow("bar at the bottom")
             << QRect(500, 775, 20, 20) << QRect(0, 0, 1000, 770) << QRect(409, 470, 200, 300);
         QTest::newRow("bar on the left")

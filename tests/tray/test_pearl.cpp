@@ -106,8 +106,6 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(pixelAt(0.75, 0.75)).alpha(), 0); // outside
     }
 
-    void isNothingWithoutASize() { QVERIFY(renderPearl(Qt::white, {0, 18}).isNull()); }
-
     void staysRoundInANarrowTray()
     {
         QImage tray(20, 40, QImage::Format_ARGB32_Premultiplied);

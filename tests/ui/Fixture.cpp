@@ -131,11 +131,6 @@ void Fixture::startVoiceAgent(const QString &status)
     m_voiceAgent->body = status.toUtf8();
 }
 
-QStringList Fixture::voiceCommands() const
-{
-    return m_voiceAgent->commands;
-}
-
 void Fixture::saveGateways(const QStringList &urls) const
 {
     OstrelleConfig config = OstrelleConfig::load();

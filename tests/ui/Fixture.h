@@ -53,8 +53,6 @@ public:
     // The voice agent gives this answer to every poll, from now on, and from the next restart() on
     // if there was none.
     Q_INVOKABLE void startVoiceAgent(const QString &status);
-    // The paths of the commands that it was sent.
-    Q_INVOKABLE QStringList voiceCommands() const;
 
     // Saves these gateways, and makes the first one the gateway in use, from the next restart() on.
     Q_INVOKABLE void saveGateways(const QStringList &urls) const;

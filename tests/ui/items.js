@@ -4,7 +4,7 @@
 
 // All visible items below this one, it included, in the order of their drawing.
 function visibleItems(item) {
-    if (!item.visible) {
+    if (!item?.visible) { // or gone meanwhile
         return [];
     }
     return [item].concat(...Array.from(item.children, visibleItems));

@@ -33,25 +33,17 @@ ViewTest {
                               enabled: true}, changes);
     }
 
-    function test_jobs_data() {
-        return [
-            {tag: "enabled", job: {lastRun: "3m ago", nextRun: "in 2m"}, pill: "GREEN",
-             colour: Theme.green, dot: Theme.green, count: "1/1",
-             lines: ["every 5m", "Last: 3m ago", "Next: in 2m"]},
-            {tag: "disabled, whatever its status", job: {enabled: false}, pill: "DISABLED",
-             colour: Theme.grey, dot: Theme.red, count: "0/1", lines: ["every 5m"]}
-        ];
+    function test_aDisabledJobSaysSo() {
+        const items = Items.visibleItems(loadedView([job({enabled: false})]));
+        verify(Qt.colorEqual(items.find(each => each.text === "DISABLED" && each.tint).tint, Theme.grey));
+        verify(Qt.colorEqual(items.find(each => each.status !== undefined && each.tint).tint, Theme.red));
     }
 
-    function test_jobs(row) {
-        const view = loadedView([job(row.job)]);
-        const items = Items.visibleItems(view);
-        const pill = items.find(each => each.text === row.pill && each.tint !== undefined);
-        verify(Qt.colorEqual(pill.tint, row.colour));
-        verify(Qt.colorEqual(items.find(each => each.status !== undefined && each.tint).tint, row.dot));
-        verify(Items.withText(view, row.count));
-        const lines = Items.texts(view).filter(text => /^(every|Last|Next)/.test(text));
-        compare(lines, row.lines);
+    function test_anyNameIsOneLine() {
+        compare(Texts.oneLine(" a\nb\u0007 " + "😀".repeat(99)), "a b " + "😀".repeat(48) + "…");
+        const view = loadedView([job(), job({id: "2", name: "a\nb".repeat(1000)})]);
+        const cards = Items.visibleItems(view).filter(each => each.summary !== undefined);
+        compare(cards[1].height, cards[0].height);
     }
 
     function test_unfoldsThePayload() {
@@ -68,8 +60,6 @@ ViewTest {
     function test_emptyOrBroken() {
         verify(Items.withText(createTemporaryObject(cronView, test), "Loading…"));
         const view = loadedView([]);
-        verify(Items.withText(view, "CRON"));
-        verify(Items.withText(view, "Scheduled Jobs"));
         verify(Items.withText(view, "No cron jobs configured yet."));
         fixture.write(".ostrelle/ostrelle-cron-tracker.json", "noise");
         mouseClick(Items.withText(view, "Refresh"));

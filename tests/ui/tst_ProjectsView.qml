@@ -90,6 +90,22 @@ ViewTest {
         verify(refresh.visualFocus);
     }
 
+    function test_aCardHigherThanThePageIsReadToItsEnd() {
+        const view = loadedView([project("a", "green"), project("b", "green")]);
+        const list = Items.visibleItems(view).find(each => each.contentY !== undefined);
+        const card = Items.withText(view, "Project a");
+        view.height = 112;
+        card.forceActiveFocus(Qt.TabFocusReason);
+        verify(card.height > list.height + 28);
+        while (card.y + card.height > list.contentY + list.height) {
+            const before = list.contentY;
+            keyClick(Qt.Key_PageDown);
+            verify(card.activeFocus && list.contentY > before && list.contentY <= before + list.height);
+        }
+        keyClick(Qt.Key_PageDown);
+        tryVerify(() => Items.withText(view, "Project b").visualFocus);
+    }
+
     function test_refreshLoadsAgainAndAsksForMore() {
         const view = createTemporaryObject(projectsView, test, {viewModel: fixture.projectsVM()});
         fixture.write(test.trackerFile, JSON.stringify(

@@ -43,16 +43,6 @@ ViewTest {
         tryCompare(panel.chatVM, "isLoading", false);
     }
 
-    function test_returnAsks() {
-        const panel = createTemporaryObject(chatPanel, test);
-        verify(Items.withText(panel, "Ask me anything…"));
-        ask(panel, "Two things.");
-        compare(fieldOf(panel).text, "");
-        verify(Items.withText(panel, "q") && Items.withText(panel, "Two things."));
-        verify(Items.symbol(panel, "person.fill") && Items.symbol(panel, "sparkles"));
-        verify(!Items.withText(panel, "Ask me anything…"));
-    }
-
     function test_whileItWaits() {
         const panel = createTemporaryObject(chatPanel, test);
         fixture.answerChat("");

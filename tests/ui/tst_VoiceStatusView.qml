@@ -37,14 +37,6 @@ ViewTest {
         compare(view.implicitHeight, height);
     }
 
-    function test_muteShowsAtOnce() {
-        const view = viewOf('{"state": "listening"}');
-        Items.withText(view, "Mute").forceActiveFocus();
-        keyClick(Qt.Key_Space);
-        verify(Items.withText(view, "Unmute") && Items.withText(view, "Muted"));
-        tryVerify(() => fixture.voiceCommands().includes("/mute"));
-    }
-
     function test_theKeyboardStaysInTheRow() {
         const view = viewOf('{"state": "listening"}');
         Items.withText(view, "Stop").forceActiveFocus(Qt.TabFocusReason);

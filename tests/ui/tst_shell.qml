@@ -130,6 +130,10 @@ ViewTest {
         reopen();
         compare(field().text, "1");
         tryVerify(() => top() === middle);
+        Array.from({length: 9}).forEach(() => keyClick(Qt.Key_PageUp));
+        const pane = Items.visibleItems(root).find(each => each.contentY !== undefined);
+        root.height += pane.contentHeight - pane.height - middle / 2; // so far could be gone back
+        compare(top(), 0);
     }
 
     function test_largeTextsFromRightToLeftStayInThePanel_data() {

@@ -28,8 +28,8 @@ BaseButton {
     y: Math.round(bubble.center.y - bubble.radius)
     width: bubble.size + 2 * Theme.bubbleHalo + 2 * Theme.gap
     height: bubble.size + Theme.smallGap + texts.height
-    Accessible.name: bubble.shownName
-    Accessible.description: details.text
+    Accessible.name: Texts.oneLine(bubble.shownName)
+    Accessible.description: Texts.oneLine(details.text)
 
     function fitting(size: int, share: real): int {
         return Math.min(size, Math.floor(share * bubble.radius));

@@ -25,6 +25,11 @@ FocusScope {
         emoji.text = texts.emoji;
     }
 
+    // False when the key does not scroll.
+    function turnPage(key: int): bool {
+        return details.turnPage(key);
+    }
+
     function store() {
         appearance.save(name.text, emoji.text);
         sheet.save();
@@ -84,6 +89,8 @@ FocusScope {
     }
 
     ScrollPane {
+        id: details
+
         anchors.top: close.bottom
         anchors.topMargin: Theme.padding
         anchors.bottom: buttons.top

@@ -34,6 +34,11 @@ FocusScope {
         inspector.item?.type(kept.typed);
     }
 
+    // False when the key does not scroll.
+    function turnPage(key: int): bool {
+        return inspector.item?.turnPage(key) ?? pageKeys.turn(key);
+    }
+
     // Closes the inspector; false when there is none.
     function closeQuestion(): bool {
         const isAsked = view.selectedNode !== null;
@@ -56,6 +61,12 @@ FocusScope {
         id: clock
 
         running: map.visible && Theme.motion && canvas.activeAgentColors.length > 0
+    }
+
+    PageKeys {
+        id: pageKeys
+
+        page: map
     }
 
     ReturnTo {

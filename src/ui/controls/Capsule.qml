@@ -13,15 +13,15 @@ Rectangle {
     implicitWidth: label.implicitWidth + 2 * Theme.gap
     implicitHeight: label.implicitHeight + Theme.smallGap
     radius: height / 2
-    color: Theme.faded(capsule.tint, 0.2)
+    color: Theme.faded(capsule.tint, Theme.capsuleOpacity)
 
     Label {
         id: label
 
         anchors.centerIn: parent
         width: Math.min(implicitWidth, capsule.width - Theme.gap)
-        text: capsule.text
-        color: capsule.tint
+        text: Texts.oneLine(capsule.text)
+        color: Theme.legible(capsule.tint, Theme.capsuleOpacity)
         font.pixelSize: Theme.captionSize
         font.weight: Font.DemiBold
         Accessible.ignored: !capsule.isHeard

@@ -23,7 +23,8 @@ FocusScope {
     property var open: []
     // False until the first load has ended.
     property bool hasAnswer: false
-    // The uppermost card that shall be in view once there are cards, and how much of it is above.
+    // The uppermost card that shall be in view once there are cards, and how much of it is above;
+    // whatever the user does meanwhile ends that.
     property var wantedPlace: undefined
 
     signal refreshRequested
@@ -55,8 +56,17 @@ FocusScope {
             : page.open.concat(key);
     }
 
+    // False when the key does not scroll.
+    function turnPage(key: int): bool {
+        return pageKeys.turn(key);
+    }
+
+    // Before the first card stands what went wrong.
     function reveal(index: int) {
         list.positionViewAtIndex(index, ListView.Contain);
+        if (index === 0 && list.headerItem.height + list.itemAtIndex(0)?.height <= list.height) {
+            list.positionViewAtBeginning();
+        }
     }
 
     // Gives the keyboard to that card. Qt's own order would be that in which the cards were made, and
@@ -66,26 +76,57 @@ FocusScope {
         list.itemAtIndex(index)?.forceActiveFocus(reason);
     }
 
-    // Goes from that card to another one as the key says, with Tab also out of the list; false for
-    // other keys.
+    // Goes from that card to another one as the key says, with Tab also out of the list; false where
+    // the key does not lead to another one.
     function walk(card: Item, key: int): bool {
+        if (page.readOn(card, key)) {
+            return true;
+        }
         const perPage = Math.max(1, Math.floor(list.height / (card.height + list.spacing)));
         const step = {
             [Qt.Key_Tab]: 1, [Qt.Key_Backtab]: -1, [Qt.Key_Down]: 1, [Qt.Key_Up]: -1,
             [Qt.Key_PageDown]: perPage, [Qt.Key_PageUp]: -perPage,
             [Qt.Key_End]: list.count, [Qt.Key_Home]: -list.count
         }[key] ?? 0;
-        const goal = card.index + step;
+        const wanted = card.index + step;
+        const goal = Math.max(0, Math.min(wanted, list.count - 1));
         const isForward = step > 0;
         const reason = isForward ? Qt.TabFocusReason : Qt.BacktabFocusReason;
         const isTab = key === Qt.Key_Tab || key === Qt.Key_Backtab;
-        if (isTab && (goal < 0 || goal === list.count)) {
+        if (isTab && goal !== wanted) {
             const edge = isForward ? afterCards : beforeCards;
             edge.nextItemInFocusChain(isForward).forceActiveFocus(reason);
-        } else if (step !== 0) {
-            page.focusCard(Math.max(0, Math.min(goal, list.count - 1)), reason);
+        } else if (goal !== card.index) {
+            page.focusCard(goal, reason);
         }
-        return step !== 0;
+        return isTab || goal !== card.index;
+    }
+
+    // Scrolls within a card that is higher than the page, while there is more of it that way.
+    function readOn(card: Item, key: int): bool {
+        const reach = {
+            [Qt.Key_Down]: list.height / 4, [Qt.Key_Up]: -list.height / 4,
+            [Qt.Key_PageDown]: list.height - Theme.hitArea, [Qt.Key_PageUp]: Theme.hitArea - list.height
+        }[key] ?? 0;
+        const above = list.contentY - card.y;
+        const below = card.y + card.height - list.contentY - list.height;
+        const step = reach > 0 ? Math.min(reach, below) : Math.max(reach, -above);
+        const hasMore = card.height > list.height && step * reach > 0;
+        if (hasMore) {
+            list.contentY += step;
+        }
+        return hasMore;
+    }
+
+    PageKeys {
+        id: pageKeys
+
+        page: list
+    }
+
+    UserInput {
+        window: page.wantedPlace ? page.Window.window : null
+        onHappened: page.wantedPlace = undefined
     }
 
     DashboardHeader {

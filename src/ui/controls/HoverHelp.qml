@@ -41,7 +41,7 @@ Item {
             verticalPadding: Theme.smallGap
             delay: Theme.helpDelay
             visible: true
-            text: help.text
+            text: Texts.help(help.text)
 
             contentItem: Text {
                 text: tip.text

@@ -11,10 +11,11 @@ Text {
     color: label.secondary ? Theme.textSecondary : Theme.textPrimary
     font.pixelSize: Theme.bodySize
     elide: label.wrapMode === Text.NoWrap ? Text.ElideMiddle : Text.ElideNone
+    maximumLineCount: label.wrapMode === Text.NoWrap ? 1 : undefined // also of a text that brings breaks
     textFormat: Text.PlainText
     horizontalAlignment: Text.AlignLeft // said aloud, so that it is mirrored with the layout
     Accessible.role: Accessible.StaticText
-    Accessible.name: label.text
+    Accessible.name: label.wrapMode === Text.NoWrap ? Texts.help(label.text) : label.text
 
     HoverHandler {
         id: pointer

@@ -20,7 +20,7 @@ T.TextField {
     bottomPadding: Theme.fieldVerticalPadding
     font.pixelSize: Theme.bodySize
     color: Theme.textPrimary
-    placeholderTextColor: Theme.textDisabled
+    placeholderTextColor: Theme.textSecondary
     selectionColor: Theme.selection
     selectedTextColor: Theme.textPrimary
     verticalAlignment: TextInput.AlignVCenter

@@ -13,7 +13,7 @@ BaseButton {
     // A spinner stands in for the symbol.
     property bool busy: false
     property color color: button.kind === PushButton.Prominent ? Theme.textOnAccent
-        : button.kind === PushButton.Destructive ? Theme.red : Theme.textPrimary
+        : button.kind === PushButton.Destructive ? Theme.legible(Theme.red, Theme.washOpacity) : Theme.textPrimary
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)

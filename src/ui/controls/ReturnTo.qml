@@ -1,8 +1,8 @@
 import QtQuick
 import Ostrelle
 
-// Brings a page back to where it was scrolled to, as soon as there is enough of it again; the user
-// who scrolls ends that.
+// Brings a page back to where it was scrolled to, as soon as there is enough of it again; whatever
+// the user does meanwhile ends that.
 Item {
     id: goal
 
@@ -17,11 +17,8 @@ Item {
         }
     }
 
-    Connections {
-        target: goal.page
-
-        function onMovementStarted() {
-            goal.wantedY = 0;
-        }
+    UserInput {
+        window: goal.wantedY > 0 ? goal.Window.window : null
+        onHappened: goal.wantedY = 0
     }
 }

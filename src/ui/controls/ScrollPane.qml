@@ -3,7 +3,8 @@ import QtQuick.Templates as T
 import Ostrelle
 
 // A column that scrolls up and down when it is taller than its place. Whatever gets the keyboard's
-// focus is brought into view, and kept there while it unfolds, until the user scrolls.
+// focus is brought into view, and kept there while it unfolds, until the user scrolls. The page keys
+// come from the panel or the sheet that it stands in.
 Flickable {
     id: pane
 
@@ -27,6 +28,15 @@ Flickable {
 
     function restore(kept: var) {
         returnTo.wantedY = kept.y;
+    }
+
+    // False when the key does not scroll.
+    function turnPage(key: int): bool {
+        const turns = pageKeys.turn(key);
+        if (turns) {
+            pane.followed = null;
+        }
+        return turns;
     }
 
     function reveal(item: Item) {
@@ -56,6 +66,12 @@ Flickable {
             }
         }
         return false;
+    }
+
+    PageKeys {
+        id: pageKeys
+
+        page: pane
     }
 
     ReturnTo {

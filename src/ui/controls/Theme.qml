@@ -15,6 +15,8 @@ QtObject {
     // Surfaces
     readonly property color background: "#0F0F1F"
     readonly property color material: theme.faded(theme.background, 0.92) // with a compositor
+    // The lightest that texts stand on: a card under the pointer, before a white desktop
+    readonly property color lightestGround: Qt.tint(Qt.tint("white", theme.material), theme.surfaceHovered)
     readonly property color surface: Qt.rgba(1, 1, 1, 0.05)
     readonly property color surfaceHovered: Qt.rgba(1, 1, 1, 0.09)
     readonly property color surfacePressed: Qt.rgba(1, 1, 1, 0.14)
@@ -45,8 +47,9 @@ QtObject {
     readonly property color focusRing: tiffanyBlue
     readonly property color selection: faded(tiffanyBlue, 0.4)
 
-    // How opaque: a surface in an accent, its outline, and what cannot be used now
+    // How opaque: a surface in an accent, a word's one, its outline, and what cannot be used now
     readonly property real washOpacity: 0.14
+    readonly property real capsuleOpacity: 0.2
     readonly property real outlineOpacity: 0.3
     readonly property real disabledOpacity: 0.45
 
@@ -128,6 +131,27 @@ QtObject {
 
     function statusColor(word: string): color {
         return theme.named(StatusWords.colorName(word));
+    }
+
+    // The same colour, so much lighter that a small text in it can be read (4.5 to 1) wherever it
+    // stands, before a white desktop too. The text may stand on a wash of its own colour.
+    function legible(color: color, washOpacity: real): color {
+        const ground = Qt.tint(theme.lightestGround, theme.faded(color, washOpacity));
+        for (let white = 0; white < 1; white += 0.05) {
+            const lighter = Qt.rgba(color.r + white * (1 - color.r), color.g + white * (1 - color.g),
+                color.b + white * (1 - color.b), color.a);
+            if (theme.luminance(Qt.tint(ground, lighter)) + 0.05 >= 4.5 * (theme.luminance(ground) + 0.05)) {
+                return lighter;
+            }
+        }
+        return theme.textPrimary;
+    }
+
+    // How light the eye sees it, from 0 to 1, as WCAG reckons.
+    function luminance(color: color): real {
+        const [red, green, blue] = [color.r, color.g, color.b].map(
+            part => part <= 0.04045 ? part / 12.92 : Math.pow((part + 0.055) / 1.055, 2.4));
+        return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
     }
 
     // The same colour, more or less opaque.

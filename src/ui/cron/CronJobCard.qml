@@ -20,7 +20,7 @@ ExpandableCard {
     text: card.name
     opens: (card.payload ?? "") !== ""
     details: [card.schedule, card.lastText, card.nextText].filter(each => each !== "").join(", ")
-    Accessible.name: card.name + ", " + pill.text
+    Accessible.name: Texts.oneLine(card.name) + ", " + Texts.oneLine(pill.text)
 
     summary: [
         Item {

@@ -29,7 +29,7 @@ Item {
         anchors.rightMargin: Theme.smallGap
         anchors.verticalCenter: parent.verticalCenter
         text: row.address
-        color: row.isSecure ? Theme.green : Theme.blue // fainter, it could hardly be read
+        color: row.isSecure ? Theme.green : Theme.legible(Theme.blue, 0)
     }
 
     CopyButton {

@@ -70,10 +70,10 @@ Item {
 
                         LabelledDot {
                             label: "Status"
-                            color: view.statusServerRunning ? Theme.green : Theme.red
+                            color: view.statusServerRunning ? Theme.green
+                                : view.statusPortTaken ? Theme.yellow : Theme.red
                             meaning: view.statusServerRunning ? "running"
-                                : view.statusPortTaken ? "waiting for its port, which another program uses"
-                                : "not running"
+                                : view.statusPortTaken ? "waiting for its port" : "not running"
                         }
                     }
 
@@ -99,6 +99,12 @@ Item {
                     width: parent.width
                     address: view.address
                     isSecure: view.viewModel.isSecure
+                }
+
+                NoticeRow {
+                    width: parent.width
+                    visible: view.statusPortTaken
+                    text: "Status is waiting: another program uses its port"
                 }
 
                 NoticeRow {

@@ -73,7 +73,7 @@ Card {
             width: parent.width
             visible: banner.viewModel.tailscaleInstalled && text !== ""
             text: banner.viewModel.enableTailscaleError
-            color: Theme.red
+            color: Theme.legible(Theme.red, 0)
             font.pixelSize: Theme.smallSize
             wrapMode: Text.Wrap
             elide: Text.ElideRight

@@ -59,8 +59,8 @@ Item {
                 }
             }
 
-            // As high in every state, so that nothing below moves. The keyboard's focus stays here when
-            // one makes room for the other.
+            // As high in every state, so that nothing below moves, but for a long problem. The keyboard's
+            // focus stays here when one makes room for the other.
             FocusScope {
                 id: place
 
@@ -68,7 +68,8 @@ Item {
                     : view.viewModel.isLaunching ? launching : startButton
 
                 width: parent.width
-                implicitHeight: Math.max(controls.implicitHeight, startButton.implicitHeight)
+                implicitHeight: Math.max(controls.implicitHeight, startButton.implicitHeight,
+                    launching.visible ? launching.height : 0)
                 onShownChanged: {
                     const left = place.Window.activeFocusItem as T.Control;
                     if (place.activeFocus && left) {
@@ -92,6 +93,9 @@ Item {
                     width: Math.min(implicitContentWidth, parent.width)
                     height: implicitContentHeight
                     visible: !view.viewModel.voiceRunning && view.viewModel.isLaunching
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: launchState.text
+                    Accessible.focusable: true
 
                     contentItem: Row {
                         spacing: Theme.gap
@@ -103,8 +107,13 @@ Item {
                         }
 
                         Label {
+                            id: launchState
+
+                            anchors.verticalCenter: parent.verticalCenter
                             width: Math.min(implicitWidth, place.width - spinner.width - parent.spacing)
                             secondary: !launching.visualFocus
+                            wrapMode: Text.Wrap
+                            Accessible.ignored: true
                             text: view.viewModel.startProblem || "Starting voice agent…"
                         }
                     }

@@ -18,7 +18,7 @@ ExpandableCard {
     opens: card.workstreamCount > 0
     details: Theme.shortened(card.description)
     text: card.name
-    Accessible.name: card.name + ", " + card.status + ", " + card.progress + "%"
+    Accessible.name: Texts.oneLine(card.name) + ", " + Texts.oneLine(card.status) + ", " + card.progress + "%"
 
     summary: [
         Item {

@@ -58,6 +58,11 @@ FocusScope {
         view.models.pairing.showQR = false;
     }
 
+    // False when the key does not scroll.
+    function turnPage(key: int): bool {
+        return page.item?.turnPage(key) ?? false;
+    }
+
     // Closes what was asked last; false when nothing is asked.
     function closeQuestion(): bool {
         if (view.models.profiles.pendingSwitchGateway !== "") {

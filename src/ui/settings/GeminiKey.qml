@@ -29,7 +29,7 @@ Column {
         PushButton {
             width: Math.min(implicitWidth, parent.width)
             kind: PushButton.Plain
-            color: Theme.blue
+            color: Theme.legible(Theme.blue, 0)
             font.pixelSize: Theme.smallSize
             text: "Get a key at " + section.settings.geminiKeyPage
             onClicked: Desktop.openPage(section.settings.geminiKeyPage)

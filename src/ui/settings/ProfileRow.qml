@@ -68,7 +68,7 @@ FocusScope {
                 anchors.verticalCenter: parent.verticalCenter
                 symbol: "key.fill"
                 color: row.hasToken === false ? Theme.teal : Theme.textSecondary
-                text: "Token of " + row.displayName
+                text: "Token of " + Texts.oneLine(row.displayName)
                 onClicked: row.profiles.editingProfileId = row.isEditing ? "" : row.url
             }
 
@@ -79,7 +79,7 @@ FocusScope {
                 anchors.verticalCenter: parent.verticalCenter
                 symbol: "xmark"
                 color: Theme.red
-                text: "Remove " + row.displayName
+                text: "Remove " + Texts.oneLine(row.displayName)
                 onClicked: row.profiles.removeGateway(row.url)
             }
         }

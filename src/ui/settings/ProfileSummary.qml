@@ -67,7 +67,7 @@ Item {
             width: parent.width
             visible: text !== ""
             text: summary.tokenText
-            color: Theme.faded(Theme.teal, 0.7)
+            color: Theme.legible(Theme.faded(Theme.teal, 0.7), 0)
             font.pixelSize: Theme.captionSize
             Accessible.ignored: true
         }

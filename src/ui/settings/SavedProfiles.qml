@@ -48,7 +48,7 @@ FocusScope {
                     Label {
                         width: parent.width
                         visible: rows.count === 0
-                        text: "No saved profiles"
+                        text: section.profiles.isRead ? "No saved profiles" : "Loading…"
                         secondary: true
                         wrapMode: Text.Wrap
                     }

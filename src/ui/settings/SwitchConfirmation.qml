@@ -26,7 +26,7 @@ FocusScope {
 
             Label {
                 width: parent.width
-                text: "Switch from " + confirmation.activeName + "?"
+                text: "Switch from " + Texts.oneLine(confirmation.activeName) + "?"
                 wrapMode: Text.Wrap
             }
 

@@ -88,7 +88,7 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             font.pixelSize: Theme.smallSize
             text: "Add"
-            Accessible.name: "Add " + row.name
+            Accessible.name: "Add " + Texts.oneLine(row.name)
             Accessible.description: row.help
             onClicked: row.added()
         }

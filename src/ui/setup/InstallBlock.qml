@@ -68,7 +68,7 @@ Column {
         width: parent.width
         visible: block.setupManager.sudoPasswordError
         text: "Incorrect password — try again"
-        color: Theme.red
+        color: Theme.legible(Theme.red, 0)
         font.pixelSize: Theme.smallSize
         wrapMode: Text.Wrap
     }

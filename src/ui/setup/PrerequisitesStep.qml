@@ -60,7 +60,7 @@ SetupSection {
         width: parent.width
         visible: section.setupManager.installProblem !== ""
         text: section.setupManager.installProblem
-        color: Theme.red
+        color: Theme.legible(Theme.red, 0)
         font.pixelSize: Theme.smallSize
         wrapMode: Text.Wrap
     }

@@ -48,15 +48,11 @@ FocusScope {
         }
     }
     Component.onDestruction: sheet.forgetPassword()
-
-    Rectangle {
-        anchors.fill: parent
-        color: Theme.sheet
-        radius: Theme.radius
-        border.color: Theme.hairline
-    }
+    Keys.onPressed: event => event.accepted = steps.turnPage(event.key)
 
     ScrollPane {
+        id: steps
+
         anchors.left: parent.left
         anchors.right: parent.right // the bar stands in the page's margin
         anchors.top: parent.top

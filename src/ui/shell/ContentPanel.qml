@@ -32,6 +32,9 @@ FocusScope {
         return panel.visible && (content.item?.closeQuestion?.() ?? false);
     }
 
+    // Wherever the keyboard is.
+    Keys.onPressed: event => event.accepted = content.item?.turnPage(event.key) ?? false
+
     TabRow {
         id: tabs
 

@@ -20,6 +20,9 @@ FocusScope {
     // Whether what is behind the window may shine through.
     property bool translucent: false
 
+    // The window has a frame of its own.
+    property bool framed: false
+
     // The user wants the panel closed.
     signal closeRequested
 
@@ -49,9 +52,9 @@ FocusScope {
 
     Rectangle {
         anchors.fill: parent
-        color: root.translucent ? Theme.material : Theme.background
-        radius: Theme.radius
-        border.color: Theme.hairline
+        color: setup.isShown ? Theme.sheet : root.translucent ? Theme.material : Theme.background
+        radius: root.framed ? 0 : Theme.radius
+        border.color: root.framed ? "transparent" : Theme.hairline
     }
 
     ContentPanel {
