@@ -1,5 +1,6 @@
 #include "settings/ConfigStore.h"
 
+#include "platform/FileWriting.h"
 #include "platform/Log.h"
 #include "settings/SettingsQueues.h"
 
@@ -23,16 +24,18 @@ constexpr std::size_t maxConfigBytes = std::size_t{16} * 1024 * 1024;
 std::expected<void, FileProblem> writeConfig(const QString &file, const OstrelleConfig &config)
 {
     QDir().mkpath(QFileInfo(file).path());
-    constexpr mode_t usual = 0644;
-    return writeInPlace(file, config.encode(), config.holdsTokens() ? ownerOnly : usual);
+    return writeInPlace(file, config.encode());
 }
 
 // Absent without a file that can be understood.
 std::optional<OstrelleConfig> readConfig(const QString &file)
 {
-    const auto content = readFile(file, maxConfigBytes);
-    auto config =
-        content ? OstrelleConfig::decode(QByteArray::fromStdString(*content)) : std::nullopt;
+    const auto understand = [](std::string_view text) {
+        return OstrelleConfig::decode({text.data(), static_cast<qsizetype>(text.size())});
+    };
+    const auto content = readWhole(
+        file, maxConfigBytes, [&](std::string_view text) { return understand(text).has_value(); });
+    auto config = content ? understand(*content) : std::nullopt;
     if (config && config->migrate()) {
         static_cast<void>(writeConfig(file, *config));
     }
@@ -43,8 +46,9 @@ std::optional<OstrelleConfig> readConfig(const QString &file)
 
 ConfigStore::ConfigStore(QString file)
     : m_file(std::move(file))
-    , m_current(readConfig(m_file).value_or(OstrelleConfig::defaults()))
 {
+    finishWriting(m_file);
+    m_current = readConfig(m_file).value_or(OstrelleConfig::defaults());
 }
 
 std::shared_ptr<ConfigStore> ConfigStore::open(const QString &file)

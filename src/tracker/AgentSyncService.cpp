@@ -1,7 +1,7 @@
 #include "tracker/AgentSyncService.h"
 
 #include "core/ExpandPath.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "tracker/SessionList.h"
 
 #include <QDateTime>
