@@ -158,6 +158,7 @@ private Q_SLOTS:
         const auto last = store->change([](OstrelleConfig &config) { ++config.ports.status; });
         QCOMPARE(last.result().config.gateway.url, u"http://10.0.0.2:1"_s);
         QCOMPARE(OstrelleConfig::load().ports.status, 6);
+        QCOMPARE(home.read(configFile + u".broken"_s), "{");
     }
 
     void createsOnlyMissingTrackerFiles()
