@@ -1,7 +1,7 @@
 #include "setup/VoiceVenv.h"
 
 #include "core/ShellWord.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "setup/SetupShell.h"
 
 #include <QDir>
@@ -55,7 +55,7 @@ bool VoiceVenv::works() const
 void VoiceVenv::begin() const
 {
     QDir().mkpath(QFileInfo(m_marker).path());
-    static_cast<void>(writeInPlace(m_marker, QByteArray()));
+    static_cast<void>(replaceFile(m_marker, std::string_view()));
 }
 
 void VoiceVenv::complete() const
