@@ -4,7 +4,6 @@
 #include "setup/SetupHome.h"
 #include "ui/PanelModels.h"
 #include "ui/QmlTypes.h"
-#include "voice/FakeControlPort.h"
 
 #include <QObject>
 
@@ -53,8 +52,8 @@ public:
     // The voice agent gives this answer to every poll, from now on, and from the next restart() on
     // if there was none.
     Q_INVOKABLE void startVoiceAgent(const QString &status);
-    // The paths of the commands that it was sent.
-    Q_INVOKABLE QStringList voiceCommands() const;
+    // "start", "mute" or "unmute".
+    Q_INVOKABLE bool voiceAgentWasTold(const QString &command) const;
 
     // Saves these gateways, and makes the first one the gateway in use, from the next restart() on.
     Q_INVOKABLE void saveGateways(const QStringList &urls) const;
@@ -118,6 +117,6 @@ private:
     std::unique_ptr<SetupHome> m_home;
     std::unique_ptr<StandInGateway> m_gateway;
     std::unique_ptr<StandInGateway> m_peer;
-    std::unique_ptr<FakeControlPort> m_voiceAgent;
+    std::unique_ptr<StandInGateway> m_voiceAgent;
     std::unique_ptr<Models> m_models;
 };

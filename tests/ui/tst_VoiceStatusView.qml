@@ -42,7 +42,7 @@ ViewTest {
         Items.withText(view, "Mute").forceActiveFocus();
         keyClick(Qt.Key_Space);
         verify(Items.withText(view, "Unmute") && Items.withText(view, "Muted"));
-        tryVerify(() => fixture.voiceCommands().includes("/mute"));
+        tryVerify(() => fixture.voiceAgentWasTold("mute"));
     }
 
     function test_theKeyboardStaysInTheRow() {
