@@ -82,7 +82,10 @@ void StandInGateway::accept()
     while (QTcpSocket *client = nextPendingConnection()) {
         connect(client, &QTcpSocket::readyRead, this, [this, client] { receive(client); });
         connect(client, &QTcpSocket::bytesWritten, this, [this, client] { keepFlooding(client); });
-        connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
+        connect(client, &QTcpSocket::disconnected, this, [this, client] {
+            m_hanging.removeOne(client);
+            client->deleteLater();
+        });
     }
 }
 
@@ -93,7 +96,11 @@ void StandInGateway::receive(QTcpSocket *client)
     }
     const QByteArray request = client->readAll();
     m_requests.append(request);
-    client->write(m_answers.value(pathOf(request), response(404)));
+    const QByteArray answer = m_answers.value(pathOf(request), response(404));
+    if (answer.isEmpty()) {
+        m_hanging.append(client);
+    }
+    client->write(answer);
     keepFlooding(client);
 }
 

@@ -26,6 +26,9 @@ public:
     // Paths that nobody spoke of are answered with 404.
     void answer(const QByteArray &path, const QByteArray &response);
 
+    // Answers the oldest of the requests that were left hanging.
+    void answerHanging(const QByteArray &response) { m_hanging.takeFirst()->write(response); }
+
     // Sends the piece after each answer, over and over until the client hangs up.
     void flood(const QByteArray &piece) { m_flood = piece; }
 
@@ -48,4 +51,5 @@ private:
     QHash<QByteArray, QByteArray> m_answers;
     QByteArray m_flood;
     QList<QByteArray> m_requests;
+    QList<QTcpSocket *> m_hanging; // whose client still waits
 };

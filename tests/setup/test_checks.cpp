@@ -2,6 +2,7 @@
 #include "platform/ChildProcess.h"
 #include "setup/SetupShell.h"
 #include "support/Processes.h"
+#include "support/Rows.h"
 
 #include <QSignalSpy>
 
@@ -35,16 +36,12 @@ class ChecksTest : public QObject
 private Q_SLOTS:
     void shell_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<bool>("success");
-        QTest::addColumn<QString>("output");
-        QTest::newRow("fails") << u"echo why; exit 3"_s << false << u"why"_s;
-        QTest::newRow("both streams") << u"echo a; echo b >&2; echo c"_s << true << u"a\nb\nc"_s;
-        QTest::newRow("not UTF-8") << u"printf 'a\\377b'"_s << true << QString();
-        QTest::newRow("environment")
-            << u"cat /proc/$$/environ; true"_s << true
-            << u"HOME=%1\u0000PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:"
-               "/sbin"_s;
+        const Rows<QString, bool, QString> row("command", "success", "output");
+        row("fails", u"echo why; exit 3"_s, false, u"why"_s);
+        row("both streams", u"echo a; echo b >&2; echo c"_s, true, u"a\nb\nc"_s);
+        row("not UTF-8", u"printf 'a\\377b'"_s, true, {});
+        row("environment", u"cat /proc/$$/environ; true"_s, true,
+            u"HOME=%1PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"_s);
     }
 
     void shell()
@@ -54,7 +51,7 @@ private Q_SLOTS:
         QFETCH(QString, output);
         const SetupHome home;
         ShellResult result = runShell(command);
-        QCOMPARE(result.output.remove(u'\0'), output.replace(u"%1"_s, home.path()).remove(u'\0'));
+        QCOMPARE(result.output.remove(u'\0'), output.replace(u"%1"_s, home.path()));
         QCOMPARE(result.success, success);
     }
 
@@ -127,14 +124,8 @@ private Q_SLOTS:
 
     void tailscale_data()
     {
-        QTest::addColumn<QByteArray>("tool");
-        QTest::addColumn<QString>("shown"); // what is true, and the link
-        const auto row = [](const char *name, const QByteArray &status, const QByteArray &serve,
-                            const QString &shown) {
-            QTest::newRow(name) << QByteArray("case $1 in status) " + status + ";; serve) " +
-                                              serve + ";; esac")
-                                << u"hasTailscale"_s + shown;
-        };
+        // shown: what is true beside hasTailscale, and the link
+        const Rows<QByteArray, QByteArray, QString> row("status", "serve", "shown");
         row("logged out", "echo '{\"BackendState\":\"NeedsLogin\"}'", "true", {});
         row("running, but failing", "echo '{\"BackendState\":\"Running\"}'; exit 1", "true", {});
         row("logged in", "echo '{\"BackendState\":\"Running\"}'", "true", u" tailscaleLoggedIn"_s);
@@ -150,16 +141,18 @@ private Q_SLOTS:
 
     void tailscale()
     {
-        QFETCH(const QByteArray, tool);
+        QFETCH(const QByteArray, status);
+        QFETCH(const QByteArray, serve);
         QFETCH(const QString, shown);
         const SetupHome home;
-        home.addTool(u"tailscale"_s, tool);
+        home.addTool(u"tailscale"_s,
+                     "case $1 in status) " + status + ";; serve) " + serve + ";; esac");
         home.write(u".duskrell/agents/main/agent"_s, "");
         SetupManager manager(home.settings(), home.surroundings());
         manager.runChecks();
         QVERIFY(waitFor([&] { return manager.hasAgent(); })); // checked after Tailscale
         const QStringList state = truths(manager) << manager.tailscaleServeEnableURL();
-        QCOMPARE(state.join(u' ').remove(u" hasAgent"_s).trimmed(), shown);
+        QCOMPARE(state.join(u' ').remove(u" hasAgent"_s).trimmed(), u"hasTailscale"_s + shown);
     }
 
     void hungTool()

@@ -1,6 +1,7 @@
 #include "SetupHome.h"
 #include "platform/ChildProcess.h"
 #include "setup/InstallerOutput.h"
+#include "support/Rows.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
@@ -43,12 +44,9 @@ class InstallationTest : public QObject
 private Q_SLOTS:
     void password_data()
     {
-        QTest::addColumn<bool>("hasRuntimeDirectory");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("script");
-        QTest::newRow("runtime directory")
-            << true << u"it's $5;\"x\""_s << u"echo 'it'\\''s $5;\"x\"'"_s;
-        QTest::newRow("none") << false << u"-n \\x"_s << u"printf '%s\\n' '-n \\x'"_s;
+        const Rows<bool, QString, QString> row("hasRuntimeDirectory", "typed", "script");
+        row("runtime directory", true, u"it's $5;\"x\""_s, u"echo 'it'\\''s $5;\"x\"'"_s);
+        row("none", false, u"-n \\x"_s, u"printf '%s\\n' '-n \\x'"_s);
     }
 
     void password()
@@ -80,18 +78,13 @@ private Q_SLOTS:
 
     void installer_data()
     {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<QStringList>("messages");
-        QTest::newRow("fails") << QByteArray("echo ' a '; echo; echo b >&2; exit 4")
-                               << QStringList{begun, patience, u" a "_s, u"b"_s,
-                                              u"⚠ Install finished with errors (exit 4)"_s};
-        QTest::newRow("refuses the password")
-            << QByteArray("echo a; echo SUDO_FAILED: no; echo b; exit 1")
-            << QStringList{u"Incorrect password — try again."_s};
-        QTest::newRow("is not there")
-            << QByteArray()
-            << QStringList{begun, patience,
-                           u"ERROR: install-duskrell.sh not found in app bundle"_s};
+        const Rows<QByteArray, QStringList> row("script", "messages");
+        row("fails", "echo ' a '; echo; echo b >&2; exit 4",
+            {begun, patience, u" a "_s, u"b"_s, u"⚠ Install finished with errors (exit 4)"_s});
+        row("refuses the password", "echo a; echo SUDO_FAILED: no; echo b; exit 1",
+            {u"Incorrect password — try again."_s});
+        row("is not there", {},
+            {begun, patience, u"ERROR: install-duskrell.sh not found in app bundle"_s});
     }
 
     void installer()
@@ -128,10 +121,10 @@ private Q_SLOTS:
 
     void otherWaysOut_data()
     {
-        QTest::addColumn<QString>("way");
-        QTest::newRow("exit") << u"exit"_s;
-        QTest::newRow("quick exit") << u"quick_exit"_s;
-        QTest::newRow("killed") << u"kill"_s; // the next start cleans up
+        const Rows<QString> row("way");
+        row("exit", u"exit"_s);
+        row("quick exit", u"quick_exit"_s);
+        row("killed", u"kill"_s); // the next start cleans up
     }
 
     void otherWaysOut()

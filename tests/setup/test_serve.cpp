@@ -1,4 +1,5 @@
 #include "SetupHome.h"
+#include "support/Rows.h"
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -17,37 +18,27 @@ class ServeTest : public QObject
 private Q_SLOTS:
     void configure_data()
     {
-        QTest::addColumn<QByteArray>("tailscale"); // fails on what ends with a status
-        QTest::addColumn<QStringList>("messages");
+        // tailscale: fails on what ends with a status
+        const Rows<QByteArray, QStringList> row("tailscale", "messages");
         const QString serve = u"✓ Tailscale HTTPS serve enabled (gateway)"_s;
         const QString history = u"✓ Tailscale /history route enabled"_s;
+        const QString historyFailed = u"⚠ /history route failed — try: tailscale serve --bg "
+                                      "--set-path /history http://127.0.0.1:18794"_s;
         const QString configured = u"✓ Duskrell gateway configured (Tailscale + chat API)"_s;
         const QString restarted = u"✓ Duskrell gateway restarted"_s;
         const QString restarting = u"Restarting Tailscale to apply serve config…"_s;
         const QString done = u"✓ Tailscale restarted"_s;
 
-        QTest::newRow("only the second form")
-            << QByteArray("'serve --bg http://127.0.0.1:18789') exit 1;;")
-            << QStringList{serve, history, configured, restarted, restarting, done};
-        QTest::newRow("neither form")
-            << QByteArray(
-                   "*https*) printf 'x%.0s' {1..300}; exit 1;; serve*) echo Denied; exit 1;;")
-            << QStringList{u"⚠ Tailscale refused: Denied"_s,
-                           u"here, once: sudo tailscale set --operator=$USER"_s,
-                           u"⚠ Tailscale serve failed: "_s + QString(200, u'x'), manually};
-        QTest::newRow("hangs") << QByteArray("serve*) sleep 60;;")
-                               << QStringList{u"⚠ Tailscale serve failed: Command timed out after "
-                                              "1s"_s,
-                                              manually};
-        QTest::newRow("no history")
-            << QByteArray("*/history*) exit 1;;")
-            << QStringList{serve,
-                           u"⚠ /history route failed — try: tailscale serve --bg --set-path "
-                           "/history http://127.0.0.1:18794"_s,
-                           configured,
-                           restarted,
-                           restarting,
-                           done};
+        row("only the second form", "'serve --bg http://127.0.0.1:18789') exit 1;;",
+            {serve, history, configured, restarted, restarting, done});
+        row("neither form",
+            "*https*) printf 'x%.0s' {1..300}; exit 1;; serve*) echo Denied; exit 1;;",
+            {u"⚠ Tailscale refused: Denied"_s, u"here, once: sudo tailscale set --operator=$USER"_s,
+             u"⚠ Tailscale serve failed: "_s + QString(200, u'x'), manually});
+        row("hangs", "serve*) sleep 60;;",
+            {u"⚠ Tailscale serve failed: Command timed out after 1s"_s, manually});
+        row("no history", "*/history*) exit 1;;",
+            {serve, historyFailed, configured, restarted, restarting, done});
     }
 
     void configure()

@@ -125,10 +125,10 @@ void Fixture::answerChat(const QString &body)
 void Fixture::startVoiceAgent(const QString &status)
 {
     if (!m_voiceAgent) {
-        m_voiceAgent = std::make_unique<FakeControlPort>();
+        m_voiceAgent = std::make_unique<StandInGateway>();
         writeConfig();
     }
-    m_voiceAgent->body = status.toUtf8();
+    m_voiceAgent->answer("/status", StandInGateway::response(200, status.toUtf8()));
 }
 
 void Fixture::saveGateways(const QStringList &urls) const

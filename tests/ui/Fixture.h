@@ -4,7 +4,6 @@
 #include "setup/SetupHome.h"
 #include "ui/PanelModels.h"
 #include "ui/QmlTypes.h"
-#include "voice/FakeControlPort.h"
 
 #include <QObject>
 
@@ -116,6 +115,6 @@ private:
     std::unique_ptr<SetupHome> m_home;
     std::unique_ptr<StandInGateway> m_gateway;
     std::unique_ptr<StandInGateway> m_peer;
-    std::unique_ptr<FakeControlPort> m_voiceAgent;
+    std::unique_ptr<StandInGateway> m_voiceAgent;
     std::unique_ptr<Models> m_models;
 };

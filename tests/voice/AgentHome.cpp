@@ -37,6 +37,11 @@ SupervisorSurroundings AgentHome::surroundings(const SupervisorTime &time) const
     return {.time = time, .resources = {}, .logFile = path(u"agent.log"_s)};
 }
 
+ServiceManager AgentHome::supervisor(const SupervisorTime &time) const
+{
+    return ServiceManager(config(), settings().preferences, surroundings(time));
+}
+
 SupervisorTime ManualTime::asTime()
 {
     return {.now = [this] { return now; },

@@ -23,6 +23,10 @@ public:
     // No bundled agent, and a log file of its own.
     ostrelle::SupervisorSurroundings
     surroundings(const ostrelle::SupervisorTime &time = ostrelle::SupervisorTime::real()) const;
+
+    // A supervisor with this configuration and these surroundings.
+    ostrelle::ServiceManager
+    supervisor(const ostrelle::SupervisorTime &time = ostrelle::SupervisorTime::real()) const;
 };
 
 // Time that moves when the test says so.

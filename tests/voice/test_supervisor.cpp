@@ -44,8 +44,7 @@ private Q_SLOTS:
         const QByteArray log = home.write(u"agent.log"_s, "of an earlier run\n").toUtf8();
         QCOMPARE(::chmod(log, 0644), 0);
         ManualTime time; // no restart after a crash
-        ServiceManager manager(home.config(), home.settings().preferences,
-                               home.surroundings(time.asTime()));
+        ServiceManager manager = home.supervisor(time.asTime());
         const QSignalSpy changes(&manager, &ServiceManager::voiceRunningChanged);
         const PrintedLines printed;
 
@@ -128,8 +127,7 @@ private Q_SLOTS:
         QFile file(home.path(broken));
         QVERIFY(removed ? file.remove() : file.setPermissions(QFile::ReadOwner));
         ManualTime time;
-        ServiceManager manager(home.config(), home.settings().preferences,
-                               home.surroundings(time.asTime()));
+        ServiceManager manager = home.supervisor(time.asTime());
         const PrintedLines printed;
 
         manager.startVoice();
@@ -151,7 +149,7 @@ private Q_SLOTS:
             home.installScript("exec sleep 60");
             home.write(u".config/ai.duskrell.ostrelle.conf"_s,
                        QByteArray("[General]\n") + preferences);
-            ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
+            ServiceManager manager = home.supervisor();
             manager.setVoiceEnabled(enabled);
             settingsQueue().waitForDone();
             QCOMPARE(home.settings().preferences->value(preference::voiceEnabled), enabled);
@@ -170,8 +168,7 @@ private Q_SLOTS:
         const AgentHome home;
         home.installScript("exit 3");
         ManualTime time;
-        ServiceManager manager(home.config(), home.settings().preferences,
-                               home.surroundings(time.asTime()));
+        ServiceManager manager = home.supervisor(time.asTime());
         qsizetype descriptors = 0;
         manager.startVoice();
         for (const auto &[gap, delay, attempt] :
@@ -220,8 +217,7 @@ private Q_SLOTS:
                            "(trap '' TERM; while :; do sleep 1; done) & echo $! >~/stubborn;" +
                            end);
         ManualTime time;
-        ServiceManager manager(home.config(), home.settings().preferences,
-                               home.surroundings(time.asTime()));
+        ServiceManager manager = home.supervisor(time.asTime());
         const PrintedLines silence;
         manager.startVoice();
         QTRY_VERIFY(home.read(u"stubborn"_s).endsWith('\n'));
@@ -236,8 +232,7 @@ private Q_SLOTS:
         const AgentHome home;
         home.installScript("trap '' TERM; touch ~/ready; sleep 60 & wait; wait");
         ManualTime time;
-        ServiceManager manager(home.config(), home.settings().preferences,
-                               home.surroundings(time.asTime()));
+        ServiceManager manager = home.supervisor(time.asTime());
         const PrintedLines printed;
         manager.startVoice();
         QVERIFY(QTest::qWaitFor([&] { return home.exists(u"ready"_s); }));
@@ -277,7 +272,7 @@ private Q_SLOTS:
         if (prepare(qPrintable(victim), qPrintable(home.path(u"agent.log"_s))) != 0) {
             QSKIP("only root can give a file away");
         }
-        ServiceManager manager(home.config(), home.settings().preferences, home.surroundings());
+        ServiceManager manager = home.supervisor();
         const PrintedLines printed;
 
         manager.startVoice();
