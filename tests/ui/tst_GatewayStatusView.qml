@@ -48,7 +48,7 @@ ViewTest {
         compare(fixture.clipboard(), "https://studio.ts.net");
         view.statusServerRunning = false;
         view.statusPortTaken = true;
-        verify(Items.visibleItems(view).find(item => item.label === "Status").meaning.includes("port"));
+        verify(Items.visibleItems(view).find(item => item.label === "Status").light.word.includes("port"));
     }
 
     function test_warningWithoutTailscale() {

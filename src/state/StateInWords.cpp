@@ -1,6 +1,7 @@
-#include "tray/StateInWords.h"
+#include "state/StateInWords.h"
 
 #include "gateway/GatewayViewModel.h"
+#include "state/StatusWords.h"
 #include "voice/VoiceViewModel.h"
 
 namespace ostrelle
@@ -10,8 +11,8 @@ using namespace Qt::StringLiterals;
 
 QString stateInWords(const GatewayViewModel &gatewayVM, const VoiceViewModel &voiceVM)
 {
-    const QString gateway = gatewayVM.gatewayOnline() ? u"Gateway online"_s : u"Gateway offline"_s;
-    return gateway + u", voice: "_s + voiceVM.stateLabel();
+    return u"Gateway "_s + StatusWords::gateway(gatewayVM.gatewayOnline()).word + u", voice: "_s +
+           voiceVM.stateLabel();
 }
 
 } // namespace ostrelle
