@@ -19,30 +19,30 @@ namespace
 // A keyring that hangs keeps nobody from seeing the gateways.
 constexpr std::chrono::milliseconds patienceForTokens{1000};
 
-QList<SavedGatewayRow> savedGateways(const ControlContext &context,
-                                     const QHash<QString, QString> &tokenTails = {})
+QList<SavedGatewayRow> savedGateways(const ControlContext &context)
 {
     return savedGatewayRows(context.models.settings.config->current().gateway,
-                            context.models.gatewayVM->magicDNSURL(), tokenTails);
+                            context.models.gatewayVM->magicDNSURL(), {});
 }
 
-QJsonObject toJson(const SavedGatewayRow &row)
+// The gateway in use is sent others than its own too.
+bool hasToken(const SavedGatewayRow &row, const StoredTokens &tokens)
 {
-    QJsonObject object{{"name"_L1, row.displayName},
-                       {"url"_L1, row.url},
-                       {"address"_L1, row.displayURL},
-                       {"inUse"_L1, row.isActive}};
-    if (row.tokenTail) {
-        object.insert("hasToken"_L1, !row.tokenTail->isEmpty());
-    }
-    return object;
+    return !tokens.tails.value(row.url).isEmpty() || (row.isActive && tokens.activeGatewayHasToken);
 }
 
-QJsonObject toJson(const QList<SavedGatewayRow> &rows)
+QJsonObject listOf(const QList<SavedGatewayRow> &rows, const std::optional<StoredTokens> &tokens)
 {
     QJsonArray gateways;
     for (const SavedGatewayRow &row : rows) {
-        gateways.append(toJson(row));
+        QJsonObject gateway{{"name"_L1, row.displayName},
+                            {"url"_L1, row.url},
+                            {"address"_L1, row.displayURL},
+                            {"inUse"_L1, row.isActive}};
+        if (tokens) {
+            gateway.insert("hasToken"_L1, hasToken(row, *tokens));
+        }
+        gateways.append(gateway);
     }
     return {{"gateways"_L1, gateways}};
 }
@@ -88,13 +88,13 @@ void tellGateways(const ControlContext &context, Question *question)
 {
     const auto look = [config = context.models.settings.config->current(),
                        tokens = context.models.settings.tokens] {
-        return readStoredTokens(config, *tokens).tails;
+        return readStoredTokens(config, *tokens);
     };
-    const auto tell = [context, question](const QHash<QString, QString> &tails) {
-        question->answer(toJson(savedGateways(context, tails)));
+    const auto tell = [context, question](const std::optional<StoredTokens> &tokens) {
+        question->answer(listOf(savedGateways(context), tokens));
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), look), question, tell);
-    QTimer::singleShot(patienceForTokens, question, [tell] { tell({}); });
+    QTimer::singleShot(patienceForTokens, question, [tell] { tell(std::nullopt); });
 }
 
 void useGateway(const ControlContext &context, Question *question)

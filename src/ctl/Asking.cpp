@@ -11,7 +11,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr std::chrono::milliseconds patience{1500};
+// As long as the program works on it, which gives up before.
+constexpr std::chrono::seconds longestWait{160};
 
 QString describe(Unreachable why)
 {
@@ -24,16 +25,6 @@ QString describe(Unreachable why)
         return u"Ostrelle does not run: another user listens in its place"_s;
     }
     Q_UNREACHABLE();
-}
-
-// Whether somebody is there, before a long wait for him.
-std::expected<void, Unreachable> greet()
-{
-    const auto heard = sayToProgram(ControlRequest{.command = u"hello"_s}.toLine(), patience);
-    if (!heard) {
-        return std::unexpected(heard.error());
-    }
-    return {};
 }
 
 ControlAnswer cannotTell(const QString &why)
@@ -67,25 +58,19 @@ ControlAnswer askFiles(const ControlRequest &request)
 
 } // namespace
 
-Asked ask(const ControlRequest &request, std::chrono::milliseconds within, Otherwise otherwise)
+Asked ask(const ControlRequest &request, Otherwise otherwise)
 {
     const QByteArray line = request.toLine();
     if (line.size() >= maxRequestBytes) {
         return {.answer = cannotTell(u"that is too long"_s)};
     }
-    std::expected<QByteArray, Unreachable> heard;
-    if (const auto greeted = within > patience ? greet() : std::expected<void, Unreachable>();
-        !greeted) {
-        heard = std::unexpected(greeted.error());
-    } else {
-        heard = sayToProgram(line, within);
-    }
+    const auto heard = sayToProgram(line, longestWait);
     if (heard) {
         return {.answer = readAnswer(*heard)};
     }
-    return {.answer = otherwise == Otherwise::FilesTell ? askFiles(request)
-                                                        : ControlAnswer{.isRunning = false},
-            .notRunning = describe(heard.error())};
+    const QString why = describe(heard.error());
+    return {.answer = otherwise == Otherwise::FilesTell ? askFiles(request) : cannotTell(why),
+            .notRunning = why};
 }
 
 } // namespace ostrelle

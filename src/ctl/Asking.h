@@ -2,8 +2,6 @@
 
 #include "control/ControlProtocol.h"
 
-#include <chrono>
-
 namespace ostrelle
 {
 
@@ -23,11 +21,8 @@ struct Asked {
 
 enum class Otherwise { Nothing, FilesTell };
 
-// Asks the running program. One that is there and says nothing at all is given up within 1.5 s;
-// one that works on it has the time that is given. Without one the files may tell, or the answer is
-// empty.
-Asked ask(const ControlRequest &request,
-          std::chrono::milliseconds within = std::chrono::milliseconds(1500),
-          Otherwise otherwise = Otherwise::Nothing);
+// Asks the running program; one that is there and gives no sign of life is given up within 1.5 s.
+// Without one the files may tell, or the answer is that there is none.
+Asked ask(const ControlRequest &request, Otherwise otherwise = Otherwise::Nothing);
 
 } // namespace ostrelle

@@ -17,8 +17,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr std::chrono::seconds forChecks{90};
-
 // Only to a new file, and for its owner: what is in it is for whom he gives it to.
 bool writeNew(const QString &path, const QByteArray &text)
 {
@@ -40,7 +38,7 @@ bool writeNew(const QString &path, const QByteArray &text)
 
 int diagnose(const ReportFile &file)
 {
-    const Asked asked = ask({.command = u"diagnose"_s}, forChecks, Otherwise::FilesTell);
+    const Asked asked = ask({.command = u"diagnose"_s}, Otherwise::FilesTell);
     if (!asked.notRunning.isEmpty()) {
         complain(asked.notRunning);
     }

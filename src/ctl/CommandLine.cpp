@@ -5,7 +5,10 @@
 #include "ctl/Tables.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstring>
 #include <functional>
+#include <span>
 
 namespace ostrelle
 {
@@ -51,6 +54,7 @@ private:
     void addGateways();
     void addPairing();
     void addRest();
+    void hideQuestion(std::span<char *> arguments) const;
     static int complainOf(const QString &usage);
 
     CLI::App m_app{"Ostrelle from a terminal", "ostrellectl"};
@@ -217,6 +221,16 @@ int CommandLine::complainOf(const QString &usage)
     return WrongUsage;
 }
 
+// Everybody on this machine can read a command line, and the reply may take minutes.
+void CommandLine::hideQuestion(std::span<char *> arguments) const
+{
+    for (char *const argument : arguments.subspan(1)) {
+        if (std::ranges::find(m_words, argument) != m_words.end()) {
+            ::explicit_bzero(argument, std::strlen(argument));
+        }
+    }
+}
+
 int CommandLine::run(int argc, char **argv)
 {
     try {
@@ -227,6 +241,7 @@ int CommandLine::run(int argc, char **argv)
     } catch (const CLI::ParseError &error) {
         return complainOf(QString::fromStdString(error.what()).section(u'\n', 0, 0));
     }
+    hideQuestion({argv, static_cast<std::size_t>(argc)});
     return m_run ? m_run() : complainOf(u"a command is missing"_s);
 }
 

@@ -20,25 +20,21 @@ using namespace std::chrono_literals;
 namespace
 {
 
-// What takes the program long: another machine's documents, the tools that the setup looks for, the
-// Tailscale tool, the gateway's reply, the user's answer to a keyring.
-constexpr auto forTools = 90s;
-constexpr auto forReply = 140s;
-
 constexpr auto watchInterval = 1s;
 
 // Complains where there is no answer; the exit status then, or nothing.
 std::optional<int> complaint(const Asked &asked)
 {
-    const bool isThere = asked.notRunning.isEmpty();
-    if (!isThere) {
+    if (!asked.notRunning.isEmpty()) {
         complain(asked.notRunning);
     }
     if (asked.answer.content) {
         return std::nullopt;
     }
-    complain(asked.answer.content.error().text);
-    return isThere ? SomethingIsWrong : NotRunning;
+    if (const QString why = asked.answer.content.error().text; why != asked.notRunning) {
+        complain(why);
+    }
+    return asked.notRunning.isEmpty() ? SomethingIsWrong : NotRunning;
 }
 
 // Where the files have told, that is not all.
@@ -69,7 +65,7 @@ void printJson(const QJsonObject &data, const Shown &shown,
 
 Asked askOrRead(const QString &command)
 {
-    return ask({.command = command}, 1500ms, Otherwise::FilesTell);
+    return ask({.command = command}, Otherwise::FilesTell);
 }
 
 // But for what changes all the time.
@@ -118,8 +114,8 @@ void watchStatus(const Shown &shown)
         if (before == now) {
             continue;
         }
-        if (!isThere || !asked.notRunning.isEmpty()) {
-            complain(isThere ? asked.notRunning : asked.answer.content.error().text);
+        if (!isThere) {
+            complain(asked.answer.content.error().text);
         } else {
             printStatus(asked, shown, QJsonDocument::Compact);
             if (!shown.asJson) {
@@ -134,9 +130,7 @@ int showHealth(const Shown &shown)
 {
     const Asked asked = ask({.command = u"status"_s});
     QStringList problems;
-    if (!asked.notRunning.isEmpty()) {
-        problems.append(asked.notRunning);
-    } else if (!asked.answer.content) {
+    if (!asked.answer.content) {
         problems.append(asked.answer.content.error().text);
     } else {
         problems = problemsIn(*asked.answer.content);
@@ -160,7 +154,7 @@ int showHealth(const Shown &shown)
 int showList(const QString &command, const Shown &shown,
              QString (*text)(const QJsonObject &data, const Terminal &terminal))
 {
-    const Asked asked = ask({.command = command}, forTools, Otherwise::FilesTell);
+    const Asked asked = ask({.command = command}, Otherwise::FilesTell);
     if (const auto status = complaint(asked)) {
         return *status;
     }
@@ -176,7 +170,7 @@ int showList(const QString &command, const Shown &shown,
 int showSetup(const Shown &shown)
 {
     bool isComplete = true;
-    const Asked asked = ask({.command = u"setup"_s}, forTools, Otherwise::FilesTell);
+    const Asked asked = ask({.command = u"setup"_s}, Otherwise::FilesTell);
     if (const auto status = complaint(asked)) {
         return *status;
     }
@@ -198,9 +192,6 @@ int showGateways(const Shown &shown)
     if (const auto status = complaint(asked)) {
         return *status;
     }
-    if (!asked.notRunning.isEmpty()) {
-        return NotRunning;
-    }
     if (shown.asJson) {
         printJson(withRunning(asked), shown);
     } else {
@@ -216,12 +207,9 @@ int pairPhone(const Shown &shown, const Pairing &pairing)
         return WrongUsage;
     }
     const QString form = pairing.asLink ? u"link"_s : u"code"_s;
-    const Asked asked = ask({.command = u"pair"_s, .arguments = {{"form"_L1, form}}}, forTools);
+    const Asked asked = ask({.command = u"pair"_s, .arguments = {{"form"_L1, form}}});
     if (const auto status = complaint(asked)) {
         return *status;
-    }
-    if (!asked.notRunning.isEmpty()) {
-        return NotRunning;
     }
     const QJsonObject data = *asked.answer.content;
     if (pairing.asLink) {
@@ -249,12 +237,9 @@ int chat(const QString &text)
         complain(u"there is nothing to ask"_s);
         return WrongUsage;
     }
-    const Asked asked = ask({.command = u"chat"_s, .arguments = {{"text"_L1, question}}}, forReply);
+    const Asked asked = ask({.command = u"chat"_s, .arguments = {{"text"_L1, question}}});
     if (const auto status = complaint(asked)) {
         return *status;
-    }
-    if (!asked.notRunning.isEmpty()) {
-        return NotRunning;
     }
     print(printableLines(asked.answer.content->value("reply"_L1).toString()) + u'\n',
           Terminal::ofOutput());
@@ -272,24 +257,20 @@ int setToken(const QString &gateway)
     if (!gateway.isEmpty()) {
         arguments.insert("gateway"_L1, gateway);
     }
-    const Asked asked = ask({.command = u"token-set"_s, .arguments = arguments}, forReply);
-    if (const auto status = complaint(asked)) {
-        return *status;
-    }
-    return statusOf(asked);
+    return act({.command = u"token-set"_s, .arguments = arguments});
 }
 
 int act(const ControlRequest &request, const QString &done, QLatin1StringView member)
 {
-    const Asked asked = ask(request, forTools);
+    const Asked asked = ask(request);
     if (const auto status = complaint(asked)) {
         return *status;
     }
-    if (asked.notRunning.isEmpty() && !done.isEmpty()) {
+    if (!done.isEmpty()) {
         print(done.arg(printable(asked.answer.content->value(member).toString())) + u'\n',
               Terminal::ofOutput());
     }
-    return statusOf(asked);
+    return Well;
 }
 
 } // namespace ostrelle

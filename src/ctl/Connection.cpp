@@ -21,6 +21,10 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr auto patience = 1s; // before a sign of life is asked for
+constexpr auto signOfLife = 500ms;
 
 // Qt Core has no sockets, and nothing else here needs the rest of Qt Network.
 std::expected<Descriptor, Unreachable> connectTo(const QString &path)
@@ -104,20 +108,33 @@ std::expected<QByteArray, Unreachable> hear(int socket, Clock::time_point deadli
     return std::unexpected(Unreachable::NoAnswer);
 }
 
+// Whether who takes long works at all.
+bool showsLife()
+{
+    const auto deadline = Clock::now() + signOfLife;
+    const auto socket = connectToProgram();
+    const QByteArray greeting = ControlRequest{.command = QStringLiteral("hello")}.toLine();
+    return socket && say(socket->get(), greeting + '\n', deadline) &&
+           hear(socket->get(), deadline).has_value();
+}
+
 } // namespace
 
 std::expected<QByteArray, Unreachable> sayToProgram(const QByteArray &line,
                                                     std::chrono::milliseconds within)
 {
-    const auto deadline = Clock::now() + within;
+    const auto began = Clock::now();
     const auto socket = connectToProgram();
     if (!socket) {
         return std::unexpected(socket.error());
     }
-    if (!say(socket->get(), line + '\n', deadline)) {
+    if (!say(socket->get(), line + '\n', began + patience)) {
         return std::unexpected(Unreachable::NoAnswer);
     }
-    return hear(socket->get(), deadline);
+    if (!waitFor(socket->get(), POLLIN, began + patience) && !showsLife()) {
+        return std::unexpected(Unreachable::NoAnswer);
+    }
+    return hear(socket->get(), began + within);
 }
 
 } // namespace ostrelle

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString service = u"the desktop's Secret Service"_s;
+const QString inService = u"the desktop's Secret Service"_s;
 
 // Without the module that knows it, the Secret Service cannot be reached.
 template<typename Call>
@@ -163,14 +163,14 @@ QString PreferredSecretStore::whereKept()
 {
     switch (m_place) {
     case Place::Service:
-        return service;
+        return inService;
     case Place::File:
         return m_path;
     case Place::Unknown:
         break;
     }
     if (m_file.isServiceUsed()) {
-        return service;
+        return inService;
     }
     return m_file.accounts().isEmpty() ? QString() : m_path;
 }
@@ -199,7 +199,7 @@ void PreferredSecretStore::tellWhere(Place place)
 {
     if (m_place.exchange(place) != place) {
         logLine(place == Place::Service
-                    ? u"[Ostrelle] Secrets are kept in "_s + service
+                    ? u"[Ostrelle] Secrets are kept in "_s + inService
                     : u"[Ostrelle] No Secret Service; secrets are kept in "_s + m_path);
     }
 }

@@ -80,7 +80,7 @@ private Q_SLOTS:
             {u"agents"_s, u"Scout +busy +reads  \\[31mthe news\n"_s},
             {u"projects"_s, u"Attic +green +40% +tidy\n  Boxes +red +7%\n"_s},
             {u"cron"_s, u"Nightly +DISABLED +every 1d\n"_s},
-            {u"gateways"_s, u"\\*  Home +http:.* +none\n"_s},
+            {u"gateways"_s, u"\\*  Home +http:.* +stored\n"_s},
         };
         for (const auto &[command, text] : texts) {
             const QRegularExpression expected(text, QRegularExpression::DotMatchesEverythingOption);

@@ -1,5 +1,6 @@
 #include "desktop/Desk.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Rows.h"
 
 #include <QImage>
 #include <QScopeGuard>
@@ -55,14 +56,24 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
-    void aSecondStartShowsThePanel()
+    void anotherProgramShowsThePanel_data()
     {
+        const Rows<QString, QStringList> row("name", "arguments");
+        row("a second start", u"ostrelle"_s, {});
+        row("from a terminal", u"ostrellectl"_s, {u"panel"_s});
+    }
+
+    void anotherProgramShowsThePanel()
+    {
+        QFETCH(QString, name);
+        QFETCH(QStringList, arguments);
         const DesktopHome home;
         XSession session;
         session.startTrayHost();
         Program program;
         QVERIFY(XSession::waitForIcon());
-        QCOMPARE(Program().waitForEnd(), 0);
+        const QString other = qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u'/' + name;
+        QCOMPARE(QProcess::execute(other, arguments), 0);
         QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds);
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
