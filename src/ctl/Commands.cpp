@@ -175,7 +175,7 @@ int showSetup(const Shown &shown)
         return *status;
     }
     const QJsonObject data = withRunning(asked);
-    for (const QJsonValue &check : data["checks"_L1].toArray()) {
+    for (const QJsonValue check : data["checks"_L1].toArray()) {
         isComplete = isComplete && check["ok"_L1].toBool();
     }
     if (shown.asJson) {
@@ -217,7 +217,7 @@ int pairPhone(const Shown &shown, const Pairing &pairing)
         return Well;
     }
     QStringList rows;
-    for (const QJsonValue &row : data["rows"_L1].toArray()) {
+    for (const QJsonValue row : data["rows"_L1].toArray()) {
         rows.append(row.toString());
     }
     const auto code =

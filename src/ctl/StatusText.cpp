@@ -59,7 +59,7 @@ QString documentLine(const QJsonValue &document)
 QStringList problemsIn(const QJsonObject &status)
 {
     QStringList problems;
-    for (const QJsonValue &problem : status["problems"_L1].toArray()) {
+    for (const QJsonValue problem : status["problems"_L1].toArray()) {
         problems.append(printable(problem.toString()));
     }
     return problems;
@@ -79,7 +79,7 @@ QString statusText(const QJsonObject &status, const Terminal &terminal)
         text += voiceLine(status["voice"_L1], terminal) +
                 serverLine(status["statusServer"_L1], terminal);
     }
-    for (const QJsonValue &document : status["documents"_L1].toArray()) {
+    for (const QJsonValue document : status["documents"_L1].toArray()) {
         text += documentLine(document);
     }
     const QString secrets = printable(status["secrets"_L1].toString());

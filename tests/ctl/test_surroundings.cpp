@@ -148,7 +148,7 @@ private Q_SLOTS:
         row("garbage", "\xff\xfe{\n", 1, "cannot be understood");
         row("commands for the terminal",
             "{\"protocol\":1,\"problem\":{\"text\":\"\\u001b[2J\\nx\"}}\n", 1, " [2J x\n");
-        row("no end", QByteArray(17 * 1024 * 1024, 'x'), 3, "does not answer");
+        row("no end", QByteArray(17'000'000, 'x'), 3, "does not answer");
         row("a word and away", "{", 3, "does not answer");
     }
 
