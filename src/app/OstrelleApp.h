@@ -1,7 +1,7 @@
 #pragma once
 
 #include "settings/Settings.h"
-#include "tray/Models.h"
+#include "state/Models.h"
 
 #include <QObject>
 

@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/OstrelleApp.h"
+#include "control/ControlServer.h"
 #include "core/BackgroundWork.h"
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
@@ -13,6 +14,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <optional>
 #include <unistd.h>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -65,6 +67,41 @@ void handleStart(OstrelleApp &app, Face *face, const QByteArray &link)
     }
 }
 
+// Answers ostrellectl; made when it first asks.
+class Control
+{
+public:
+    Control(OstrelleApp &app, Face *face)
+        : m_app(app)
+        , m_face(face)
+    {
+    }
+
+    void answer(Conversation *conversation)
+    {
+        if (!m_server) {
+            m_server.emplace(context());
+        }
+        m_server->ask(conversation->line(), conversation,
+                      [conversation](const QByteArray &line) { conversation->answer(line); });
+    }
+
+private:
+    ControlContext context() const
+    {
+        ControlContext context{.models = m_app.models(),
+                               .version = QStringLiteral(OSTRELLE_VERSION)};
+        if (m_face != nullptr) {
+            context.openPanel = [face = m_face] { face->openPanel(); };
+        }
+        return context;
+    }
+
+    OstrelleApp &m_app;
+    Face *const m_face; // null without a display
+    std::optional<ControlServer> m_server;
+};
+
 [[noreturn]] void run(SingleInstance &instance, const QByteArray &link, MakeFace makeFace)
 {
     auto face = makeFace != nullptr ? makeFace() : nullptr;
@@ -76,6 +113,9 @@ void handleStart(OstrelleApp &app, Face *face, const QByteArray &link)
     delegate.applicationDidFinishLaunching(face.get());
     QObject::connect(&instance, &SingleInstance::started, &app,
                      [&](const QByteArray &message) { handleStart(app, face.get(), message); });
+    Control control(app, face.get());
+    QObject::connect(&instance, &SingleInstance::asked, &app,
+                     [&](Conversation *conversation) { control.answer(conversation); });
     if (!link.isEmpty()) {
         app.handleIncomingURL(QString::fromUtf8(link));
     }

@@ -40,9 +40,11 @@ void GatewayInUse::migrateTokens(const std::function<void()> &done)
     });
 }
 
-void GatewayInUse::switchTo(const QString &url)
+void GatewayInUse::switchTo(const QString &url, const std::function<void()> &done)
 {
-    enqueue({.url = url, .apply = [url](OstrelleConfig &config) { config.useGateway(url); }});
+    enqueue({.url = url,
+             .apply = [url](OstrelleConfig &config) { config.useGateway(url); },
+             .done = done});
 }
 
 void GatewayInUse::adopt(const QString &url, const std::optional<QString> &token,

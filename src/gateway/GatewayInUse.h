@@ -18,7 +18,8 @@ public:
     // The monitor must live longer.
     GatewayInUse(Settings settings, GatewayViewModel *monitor, QObject *parent = nullptr);
 
-    void switchTo(const QString &url);
+    // Calls `done` at the end.
+    void switchTo(const QString &url, const std::function<void()> &done = [] {});
 
     // The same for a gateway that was paired: its saved profile is replaced, or added at the end,
     // and the token, if there is one, is stored for it. Calls `done` at the end.

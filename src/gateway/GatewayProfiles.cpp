@@ -2,7 +2,7 @@
 
 #include "core/NotificationManager.h"
 #include "core/WhenDone.h"
-#include "gateway/GatewayAddress.h"
+#include "gateway/SavedGateways.h"
 #include "platform/Log.h"
 
 #include <QtConcurrent>
@@ -92,12 +92,7 @@ void GatewayProfiles::addGateway(const SavedGateway &profile)
                 u"\" not added: its address "_s + toString(acceptable.error()));
         return;
     }
-    change([profile](OstrelleConfig::Gateway &gateway) {
-        QList<SavedGateway> &saved = gateway.saved ? *gateway.saved : gateway.saved.emplace();
-        if (std::ranges::find(saved, profile.url, &SavedGateway::url) == saved.end()) {
-            saved.append(profile);
-        }
-    });
+    change([profile](OstrelleConfig::Gateway &gateway) { addSaved(gateway, profile); });
 }
 
 void GatewayProfiles::addManualGateway()
@@ -106,16 +101,12 @@ void GatewayProfiles::addManualGateway()
     if (typed.isEmpty()) {
         return;
     }
-    const QString url = typed.startsWith("http"_L1, Qt::CaseInsensitive)
-                            ? typed
-                            : u"http://"_s + typed + u":18789"_s;
-    for (const QString &address : {typed, url}) {
-        if (const auto acceptable = checkGatewayAddress(address); !acceptable) {
-            m_manualProblem = u"Not added: the address "_s + toString(acceptable.error());
-            return;
-        }
+    const auto profile = gatewayTyped(typed);
+    if (!profile) {
+        m_manualProblem = gatewayNotAdded(profile.error());
+        return;
     }
-    addGateway({.name = hostOf(url).value_or(url), .url = url});
+    addGateway(*profile);
     setManualURL({});
 }
 
@@ -127,11 +118,7 @@ void GatewayProfiles::setManualURL(const QString &url)
 
 void GatewayProfiles::removeGateway(const QString &url)
 {
-    change([url](OstrelleConfig::Gateway &gateway) {
-        if (gateway.saved) {
-            gateway.saved->removeIf([&](const SavedGateway &saved) { return saved.url == url; });
-        }
-    });
+    change([url](OstrelleConfig::Gateway &gateway) { removeSaved(gateway, url); });
 }
 
 void GatewayProfiles::saveActiveToken()

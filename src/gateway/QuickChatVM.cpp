@@ -32,17 +32,6 @@ QByteArray requestBody(const QString &message)
     return QJsonDocument(body).toJson(QJsonDocument::Compact);
 }
 
-QString replyFrom(const HttpResult &result)
-{
-    if (!result) {
-        return u"Error: "_s + result.error();
-    }
-    if (!result->succeeded()) {
-        return u"Gateway error"_s;
-    }
-    return result->complete ? chatReply(result->body) : u"Error: The reply is too long."_s;
-}
-
 } // namespace
 
 QuickChatVM::QuickChatVM(std::shared_ptr<const Tokens> tokens, std::chrono::milliseconds deadline,
@@ -69,7 +58,7 @@ void QuickChatVM::sendToGateway(const QString &message, const QString &gatewayUR
 {
     const auto url = endpoint(gatewayURL, u"/v1/chat/completions"_s);
     if (!url) {
-        finish(u"Invalid gateway URL"_s);
+        finish(std::unexpected(u"Invalid gateway URL"_s));
         return;
     }
     const auto look = [tokens = m_tokens, gatewayURL] { return tokens->tokenFor(gatewayURL); };
@@ -89,9 +78,24 @@ void QuickChatVM::post(const QUrl &url, const QString &token, const QString &mes
                 [this](const HttpResult &result) { finish(replyFrom(result)); });
 }
 
-void QuickChatVM::finish(const QString &reply)
+QuickChatVM::Reply QuickChatVM::replyFrom(const HttpResult &result)
 {
-    m_messages.append({.role = u"assistant"_s, .text = reply});
+    if (!result) {
+        return std::unexpected(u"Error: "_s + result.error());
+    }
+    if (!result->succeeded()) {
+        return std::unexpected(u"Gateway error"_s);
+    }
+    if (!result->complete) {
+        return std::unexpected(u"Error: The reply is too long."_s);
+    }
+    return chatReply(result->body);
+}
+
+void QuickChatVM::finish(const Reply &reply)
+{
+    m_hasFailed = !reply;
+    m_messages.append({.role = u"assistant"_s, .text = reply ? *reply : reply.error()});
     m_isLoading = false;
 }
 

@@ -35,6 +35,9 @@ public:
 
     bool isLoading() const { return m_isLoading; }
 
+    // The last message says why there is no reply.
+    bool hasFailed() const { return m_hasFailed; }
+
 Q_SIGNALS:
     void inputChanged();
     void isLoadingChanged();
@@ -42,12 +45,16 @@ Q_SIGNALS:
 private:
     void sendToGateway(const QString &message, const QString &gatewayURL);
     void post(const QUrl &url, const QString &token, const QString &message);
-    void finish(const QString &reply);
+    // The reply, or what is shown instead.
+    using Reply = std::expected<QString, QString>;
+    static Reply replyFrom(const HttpResult &result);
+    void finish(const Reply &reply);
 
     const std::shared_ptr<const Tokens> m_tokens;
     const std::chrono::milliseconds m_deadline;
     ChatMessages m_messages;
     HttpClient m_http;
+    bool m_hasFailed = false;
 
     Q_OBJECT_BINDABLE_PROPERTY(QuickChatVM, QString, m_input, &QuickChatVM::inputChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(QuickChatVM, bool, m_isLoading, false,

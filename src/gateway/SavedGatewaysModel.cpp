@@ -3,8 +3,9 @@
 namespace ostrelle
 {
 
-void SavedGatewaysModel::show(const OstrelleConfig::Gateway &gateway, const QString &magicDNSURL,
-                              const QHash<QString, QString> &tokenTails)
+QList<SavedGatewayRow> savedGatewayRows(const OstrelleConfig::Gateway &gateway,
+                                        const QString &magicDNSURL,
+                                        const QHash<QString, QString> &tokenTails)
 {
     const GatewayNames names(gateway, magicDNSURL);
     QList<SavedGatewayRow> rows;
@@ -16,7 +17,13 @@ void SavedGatewaysModel::show(const OstrelleConfig::Gateway &gateway, const QStr
                      .isActive = profile.url == gateway.url,
                      .tokenTail = tail == tokenTails.cend() ? std::nullopt : std::optional(*tail)});
     }
-    setRows(rows);
+    return rows;
+}
+
+void SavedGatewaysModel::show(const OstrelleConfig::Gateway &gateway, const QString &magicDNSURL,
+                              const QHash<QString, QString> &tokenTails)
+{
+    setRows(savedGatewayRows(gateway, magicDNSURL, tokenTails));
 }
 
 QVariant SavedGatewaysModel::data(const QModelIndex &index, int role) const

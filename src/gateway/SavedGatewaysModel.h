@@ -22,6 +22,11 @@ struct SavedGatewayRow {
     friend bool operator==(const SavedGatewayRow &, const SavedGatewayRow &) = default;
 };
 
+// In their order. A tail that is not among these is not known.
+QList<SavedGatewayRow> savedGatewayRows(const OstrelleConfig::Gateway &gateway,
+                                        const QString &magicDNSURL,
+                                        const QHash<QString, QString> &tokenTails);
+
 // The saved gateways in their order. Main thread only.
 class SavedGatewaysModel : public RowsModel<SavedGatewayRow>
 {

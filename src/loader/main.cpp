@@ -3,16 +3,16 @@
 // itself. Linked, all of Qt Widgets would come with a headless publisher, or be looked up among
 // everything that was loaded before it.
 
+#include "loader/OpenLibrary.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
-#include <filesystem>
 #include <span>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 namespace
 {
@@ -50,19 +50,9 @@ bool hasDisplay()
     return !variable("DISPLAY").empty() || !variable("WAYLAND_DISPLAY").empty();
 }
 
-// The libraries are in a folder beside the program, or where both were installed to.
-void *open(const char *library)
-{
-    std::error_code error;
-    const auto programs = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    const auto built = programs / "lib" / library;
-    const auto installed = programs / OSTRELLE_INSTALLED_LIBRARIES / library;
-    return ::dlopen((std::filesystem::exists(built, error) ? built : installed).c_str(), RTLD_LAZY);
-}
-
 Run load(const char *library, const char *entry)
 {
-    void *const loaded = open(library);
+    void *const loaded = openLibrary(library);
     void *const run = loaded != nullptr ? ::dlsym(loaded, entry) : nullptr;
     if (run == nullptr) {
         std::fprintf(stderr, "[Ostrelle] %s\n", ::dlerror());

@@ -3,6 +3,7 @@
 #include "platform/NeverDestroyed.h"
 
 #include <QByteArray>
+#include <QTime>
 
 #include <cerrno>
 #include <condition_variable>
@@ -23,6 +24,9 @@ namespace
 
 // Enough for a start with everything wrong; what comes after that tells the same again.
 constexpr std::size_t maxWaitingLines = 512;
+
+// For a bug report.
+constexpr std::size_t keptLines = 200;
 
 struct Line {
     int descriptor;
@@ -59,12 +63,28 @@ public:
     void add(Line line)
     {
         const std::scoped_lock lock(m_mutex);
+        keep(line.text);
+        if (m_isQuiet) {
+            return;
+        }
         if (m_waiting.size() >= maxWaitingLines || !ensureThread()) {
             ++m_dropped;
             return;
         }
         m_waiting.push_back(std::move(line));
         m_changed.notify_all();
+    }
+
+    void silence()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isQuiet = true;
+    }
+
+    QByteArrayList recent()
+    {
+        const std::scoped_lock lock(m_mutex);
+        return {m_kept.begin(), m_kept.end()};
     }
 
     bool finish(std::chrono::milliseconds within)
@@ -74,6 +94,16 @@ public:
     }
 
 private:
+    void keep(const QByteArray &text)
+    {
+        constexpr qsizetype longest = 1000; // what a tool has said may be long
+        m_kept.push_back(QTime::currentTime().toString(u"HH:mm:ss "_s).toLatin1() +
+                         text.trimmed().left(longest));
+        if (m_kept.size() > keptLines) {
+            m_kept.pop_front();
+        }
+    }
+
     bool ensureThread()
     {
         if (m_hasThread) {
@@ -126,7 +156,9 @@ private:
     std::condition_variable m_changed;
     // protected by m_mutex
     std::deque<Line> m_waiting;
+    std::deque<QByteArray> m_kept;
     bool m_prints = false;
+    bool m_isQuiet = false;
     bool m_hasThread = false;
     qint64 m_dropped = 0;
 };
@@ -148,6 +180,16 @@ void logMessagesOfLibraries()
                 static_cast<void>(finishLog(std::chrono::milliseconds(100))); // it ends with this
             }
         });
+}
+
+void onlyRememberLog()
+{
+    Printer::instance().silence();
+}
+
+QByteArrayList recentLogLines()
+{
+    return Printer::instance().recent();
 }
 
 bool finishLog(std::chrono::milliseconds within)

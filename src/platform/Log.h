@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayList>
 #include <QString>
 
 #include <chrono>
@@ -15,6 +16,13 @@ void logLine(const QString &line);
 
 // The same for what the libraries have to say, on standard error.
 void logMessagesOfLibraries();
+
+// From now on nothing is printed.
+void onlyRememberLog();
+
+// What was printed or dropped last, of both kinds, the oldest first, each line with its time of day
+// before it. Any thread.
+QByteArrayList recentLogLines();
 
 // Waits until everything is printed; false when the time was not enough.
 bool finishLog(std::chrono::milliseconds within);

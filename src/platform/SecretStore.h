@@ -43,6 +43,9 @@ public:
     // for.
     virtual void unlockForUser() {}
 
+    // For people; empty while that is not known. May read the disk.
+    virtual QString whereKept() { return {}; }
+
 protected:
     SecretStore() = default;
 };

@@ -1,18 +1,15 @@
 #include "platform/SingleInstance.h"
 
-#include "platform/Paths.h"
+#include "platform/InstancePlaces.h"
 
-#include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QLocalSocket>
 #include <QThread>
-#include <QTimer>
 
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace ostrelle
@@ -25,37 +22,8 @@ namespace
 
 constexpr int answerMilliseconds = 2000;
 constexpr int retryMilliseconds = 50;
-constexpr qsizetype maxMessageBytes = 65536;
-constexpr std::size_t maxPathBytes = 4096;
-constexpr QByteArrayView received = "received\n";
-
-// Where only this user comes in, so that nobody else can hold the lock: below the home, where every
-// session finds it, or, when that cannot be written to, in the session's own directory.
-QString lockFile()
-{
-    const auto directory = privateHomeDirectory();
-    return (directory ? *directory : runtimeDirectory().value_or(homeDirectory())) +
-           u"/ostrelle.lock"_s;
-}
-
-// The socket's name fits its 108 bytes whatever the home directory is called.
-QString socketName()
-{
-    const QByteArray digest =
-        QCryptographicHash::hash(homeDirectory().toUtf8(), QCryptographicHash::Sha256);
-    const QString directory =
-        runtimeDirectory().value_or(privateHomeDirectory().value_or(homeDirectory()));
-    return directory + u"/ostrelle-"_s + QString::fromLatin1(digest.first(8).toHex());
-}
-
-bool isSameUser(const QLocalSocket &peer)
-{
-    ucred credentials{};
-    socklen_t size = sizeof credentials;
-    return ::getsockopt(static_cast<int>(peer.socketDescriptor()), SOL_SOCKET, SO_PEERCRED,
-                        &credentials, &size) == 0 &&
-           credentials.uid == ::getuid();
-}
+constexpr qsizetype maxClients = 32;
+constexpr QByteArrayView received = "received";
 
 // A message is one line, so that its end is seen without closing the connection.
 SingleInstance::Role handOver(const QString &socketName, const QByteArray &message)
@@ -71,15 +39,15 @@ SingleInstance::Role handOver(const QString &socketName, const QByteArray &messa
             return SingleInstance::Role::Refused;
         }
     }
-    return first.readLine() == received ? SingleInstance::Role::HandedOver
-                                        : SingleInstance::Role::Refused;
+    return first.readLine().trimmed() == received ? SingleInstance::Role::HandedOver
+                                                  : SingleInstance::Role::Refused;
 }
 
 } // namespace
 
 SingleInstance::SingleInstance(QObject *parent)
     : QObject(parent)
-    , m_lockFile(lockFile())
+    , m_lockFile(instanceLockFile())
 {
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&m_server, &QLocalServer::newConnection, this, &SingleInstance::receive);
@@ -97,7 +65,7 @@ bool SingleInstance::becomeFirst()
     }
     // Whoever holds the lock may clear away the socket of an instance that was killed. Where no
     // lock can be made, the program runs without it.
-    const QString socket = socketName();
+    const QString socket = instanceSocket();
     QLocalServer::removeServer(socket);
     m_server.listen(socket);
     const QByteArray path = QFile::encodeName(socket);
@@ -110,18 +78,10 @@ bool SingleInstance::becomeFirst()
     return true;
 }
 
-// In another session it may be in another directory than ours would be.
-QString SingleInstance::socketOfTheFirst() const
-{
-    const auto told = readFile(m_lockFile, maxPathBytes);
-    return told && !told->empty() ? QFile::decodeName(QByteArray::fromStdString(*told))
-                                  : socketName();
-}
-
 SingleInstance::Role SingleInstance::claim(const QByteArray &message)
 {
     // Whoever answers is there, also where its lock is gone, with the folder that it was in.
-    if (handOver(socketName(), message) == Role::HandedOver) {
+    if (handOver(instanceSocket(), message) == Role::HandedOver) {
         return Role::HandedOver;
     }
     const QDeadlineTimer deadline(answerMilliseconds);
@@ -129,7 +89,7 @@ SingleInstance::Role SingleInstance::claim(const QByteArray &message)
         if (becomeFirst()) {
             return Role::First;
         }
-        if (handOver(socketOfTheFirst(), message) == Role::HandedOver) {
+        if (handOver(socketToldBy(m_lockFile), message) == Role::HandedOver) {
             return Role::HandedOver;
         }
         if (deadline.hasExpired()) {
@@ -148,25 +108,39 @@ void SingleInstance::release()
 void SingleInstance::receive()
 {
     while (QLocalSocket *peer = m_server.nextPendingConnection()) {
-        connect(peer, &QLocalSocket::disconnected, peer, &QObject::deleteLater);
-        // A peer that says nothing is dropped after a while.
-        QTimer::singleShot(answerMilliseconds, peer, &QLocalSocket::abort);
-        if (!isSameUser(*peer)) {
+        if (!isPeerOurs(peer->socketDescriptor())) {
             peer->abort();
+            peer->deleteLater();
             continue;
         }
-        peer->setReadBufferSize(maxMessageBytes);
-        const auto take = [this, peer] {
-            if (peer->canReadLine()) {
-                const QByteArray line = peer->readLine().trimmed();
-                peer->write(received.toByteArray());
-                peer->disconnectFromServer();
-                Q_EMIT started(QByteArray::fromPercentEncoding(line));
-            }
-        };
-        connect(peer, &QLocalSocket::readyRead, this, take);
-        take();
+        makeRoom();
+        auto *const conversation = new Conversation(peer);
+        connect(conversation, &Conversation::heard, this,
+                [this, conversation] { hear(conversation); });
     }
+}
+
+// Too many clients are a program that has run wild: the oldest makes way for who comes next.
+void SingleInstance::makeRoom()
+{
+    auto clients = m_server.findChildren<QLocalSocket *>();
+    clients.removeIf(
+        [](const QLocalSocket *each) { return each->state() != QLocalSocket::ConnectedState; });
+    if (clients.size() > maxClients) {
+        clients.first()->abort();
+    }
+}
+
+// A start's message is escaped, so it begins with no brace.
+void SingleInstance::hear(Conversation *conversation)
+{
+    const QByteArray line = conversation->line();
+    if (line.startsWith('{')) {
+        Q_EMIT asked(conversation);
+        return;
+    }
+    conversation->answer(received.toByteArray());
+    Q_EMIT started(QByteArray::fromPercentEncoding(line));
 }
 
 } // namespace ostrelle

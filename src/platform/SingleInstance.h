@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/Conversation.h"
 #include "platform/Files.h"
 
-#include <QByteArray>
 #include <QLocalServer>
 #include <QObject>
 
@@ -10,7 +10,8 @@ namespace ostrelle
 {
 
 // One running program for each user and home directory, whatever session it is started in. A second
-// start hands what it was asked to open to the first. Main thread only.
+// start hands what it was asked to open to the first; ostrellectl asks it through the same socket.
+// Main thread only.
 class SingleInstance : public QObject
 {
     Q_OBJECT
@@ -36,10 +37,14 @@ Q_SIGNALS:
     // A later start of the program, with its message.
     void started(const QByteArray &message);
 
+    // Somebody has asked what is no start: its line begins with "{". Whoever hears of it answers.
+    void asked(ostrelle::Conversation *conversation);
+
 private:
     bool becomeFirst();
-    QString socketOfTheFirst() const;
     void receive();
+    void makeRoom();
+    void hear(Conversation *conversation);
 
     const QString m_lockFile; // holds the socket's path
     Descriptor m_lock;        // valid in the first instance

@@ -11,6 +11,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+const QString inService = u"the desktop's Secret Service"_s;
+
 // Without the module that knows it, the Secret Service cannot be reached.
 template<typename Call>
 auto askService(Call call) -> decltype(call(std::declval<SecretStore &>()))
@@ -157,6 +159,22 @@ void PreferredSecretStore::unlockForUser()
     }
 }
 
+QString PreferredSecretStore::whereKept()
+{
+    switch (m_place) {
+    case Place::Service:
+        return inService;
+    case Place::File:
+        return m_path;
+    case Place::Unknown:
+        break;
+    }
+    if (m_file.isServiceUsed()) {
+        return inService;
+    }
+    return m_file.accounts().isEmpty() ? QString() : m_path;
+}
+
 void PreferredSecretStore::moveToService()
 {
     const std::unique_lock lock(m_writing, std::try_to_lock);
@@ -181,7 +199,7 @@ void PreferredSecretStore::tellWhere(Place place)
 {
     if (m_place.exchange(place) != place) {
         logLine(place == Place::Service
-                    ? u"[Ostrelle] Secrets are kept in the desktop's Secret Service"_s
+                    ? u"[Ostrelle] Secrets are kept in "_s + inService
                     : u"[Ostrelle] No Secret Service; secrets are kept in "_s + m_path);
     }
 }

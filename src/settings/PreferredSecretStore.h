@@ -33,6 +33,8 @@ public:
 
     void unlockForUser() override;
 
+    QString whereKept() override;
+
 private:
     enum class Place { Unknown, Service, File };
 

@@ -42,6 +42,9 @@ public:
     QString tokenFor(const QString &gatewayURL, const OstrelleConfig &config) const;
     QString tokenFor(const QString &gatewayURL) const;
 
+    // Where they are kept, for people; empty while that is not known. Reads the disk.
+    QString whereKept() const { return m_store->whereKept(); }
+
     // This machine's name in the tailnet. Any thread.
     void setMagicDNSName(const QString &name);
 

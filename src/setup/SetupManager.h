@@ -4,6 +4,7 @@
 #include "platform/Paths.h"
 #include "settings/Settings.h"
 #include "setup/ProgressFeed.h"
+#include "setup/SetupChecks.h"
 #include "setup/StatusLog.h"
 
 #include <QObject>
@@ -37,6 +38,7 @@ class SetupManager : public QObject
     Q_PROPERTY(bool showSetup READ showSetup WRITE setShowSetup NOTIFY showSetupChanged)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
     Q_PROPERTY(bool isComplete READ isComplete NOTIFY isCompleteChanged)
+    Q_PROPERTY(ostrelle::SetupChecks checks READ checks NOTIFY checksChanged)
     Q_PROPERTY(ostrelle::StatusLog *statusMessages READ statusMessages CONSTANT)
     Q_PROPERTY(bool hasPython READ hasPython NOTIFY hasPythonChanged)
     Q_PROPERTY(bool hasXcodeCLT READ hasXcodeCLT NOTIFY hasXcodeCLTChanged)
@@ -87,6 +89,10 @@ public:
     // found. A later call supersedes an earlier one that is still under way.
     Q_INVOKABLE void runChecks();
 
+    // The same; calls `afterwards` once they have all been made, at the latest when a later run of
+    // them has.
+    void runChecks(std::function<void()> afterwards);
+
     // Runs the checks and shows the setup when something is missing that it can install.
     void checkFirstLaunch();
 
@@ -112,6 +118,7 @@ public:
     bool isComplete() const { return m_isComplete; } // run() has ended at least once
     StatusLog *statusMessages() { return &m_statusMessages; }
 
+    SetupChecks checks() const { return m_checks; } // what the fields below say, row by row
     bool hasPython() const { return m_hasPython; }
     bool hasXcodeCLT() const { return m_hasXcodeCLT; }
     bool hasBrew() const { return m_hasBrew; }
@@ -155,6 +162,7 @@ Q_SIGNALS:
     void showSetupChanged();
     void isRunningChanged();
     void isCompleteChanged();
+    void checksChanged();
     void hasPythonChanged();
     void hasXcodeCLTChanged();
     void xcodeCLTNoteChanged();
@@ -193,7 +201,7 @@ private:
     class VoiceInstallation;
     class ServeConfiguration;
 
-    void runChecks(std::function<void()> afterwards);
+    SetupChecks describe() const;
     void finishChecks(int generation);
     void finishInstallation();
 
@@ -260,6 +268,8 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasConfig, &SetupManager::hasConfigChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasVenv, &SetupManager::hasVenvChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasModels, &SetupManager::hasModelsChanged)
+    // Bound to the fields above.
+    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, SetupChecks, m_checks, &SetupManager::checksChanged)
 };
 
 } // namespace ostrelle

@@ -5,7 +5,7 @@
 #include "tray/Pearl.h"
 #include "tray/PearlIcon.h"
 #include "tray/Quit.h"
-#include "tray/StateInWords.h"
+#include "state/StateInWords.h"
 #include "voice/VoiceViewModel.h"
 
 #include <QMenu>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tray/Models.h"
+#include "state/Models.h"
 
 #include <QObject>
 #include <QRect>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gateway/QuickChatVM.h"
-#include "tray/Models.h"
+#include "state/Models.h"
 #include "ui/SettingsModels.h"
 
 #include <QtQml/qqmlregistration.h>

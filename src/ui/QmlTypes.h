@@ -9,6 +9,7 @@
 #include "gateway/QuickChatVM.h"
 #include "gateway/TailscalePeersModel.h"
 #include "setup/SetupManager.h"
+#include "state/StatusWords.h"
 #include "statusserver/StatusServer.h"
 #include "voice/VoiceViewModel.h"
 
@@ -120,7 +121,34 @@ struct TailscalePeersModelType {
     QML_UNCREATABLE("made by SettingsModels")
 };
 
+// The words of the models' states.
+
+struct StatusWordsType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::StatusWords)
+    QML_NAMED_ELEMENT(StatusWords)
+    QML_SINGLETON
+};
+
+struct LightType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::Light)
+    QML_VALUE_TYPE(statusLight)
+};
+
 // Parts of the above.
+
+struct SetupCheckType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::SetupCheck)
+    QML_VALUE_TYPE(setupCheck)
+};
+
+struct SetupChecksType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::SetupChecks)
+    QML_VALUE_TYPE(setupChecks)
+};
 
 struct QrCodeType {
     Q_GADGET

@@ -2,7 +2,7 @@
 
 #include "gateway/GatewayPairing.h"
 #include "gateway/TailscalePeersModel.h"
-#include "tray/Models.h"
+#include "state/Models.h"
 
 #include <QtQml/qqmlregistration.h>
 

@@ -16,6 +16,7 @@ namespace
 
 constexpr auto startDeadline = 15s;
 constexpr auto stopDeadline = 10s;
+constexpr auto restartPause = 500ms;
 
 struct Appearance {
     QString icon;
@@ -111,6 +112,12 @@ void VoiceViewModel::stop()
     } else {
         killAgentsByName();
     }
+}
+
+void VoiceViewModel::restart()
+{
+    stop();
+    QTimer::singleShot(restartPause, this, &VoiceViewModel::start);
 }
 
 void VoiceViewModel::toggleMute()

@@ -47,6 +47,8 @@ public:
     // Starts the agent's process, or wakes an agent that is up.
     Q_INVOKABLE void start();
     Q_INVOKABLE void stop();
+    // Stops and, half a second later, starts.
+    Q_INVOKABLE void restart();
     // Shown at once; the agent's next answer decides.
     Q_INVOKABLE void toggleMute();
 

@@ -1,5 +1,6 @@
 #include "desktop/Desk.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Rows.h"
 
 #include <QImage>
 #include <QScopeGuard>
@@ -68,17 +69,27 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
-    void aSecondStartShowsThePanel()
+    void anotherProgramShowsThePanel_data()
     {
+        const Rows<QString, QStringList> row("name", "arguments");
+        row("a second start", u"ostrelle"_s, {});
+        row("from a terminal", u"ostrellectl"_s, {u"panel"_s});
+    }
+
+    void anotherProgramShowsThePanel()
+    {
+        QFETCH(QString, name);
+        QFETCH(QStringList, arguments);
         const DesktopHome home;
         PrivateSession bus;
         XSession session;
         session.startTrayHost();
         Program program;
         QVERIFY(XSession::waitForIcon());
+        const QString other = qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u'/' + name;
         bus.freeze(true);
         for (int i = 0; i < 2; ++i) { // the first one must not hold up the second
-            QCOMPARE(Program().waitForEnd(), 0);
+            QCOMPARE(QProcess::execute(other, arguments), 0);
         }
         bus.freeze(false);
         QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds);

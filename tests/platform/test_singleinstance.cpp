@@ -1,3 +1,4 @@
+#include "platform/InstancePlaces.h"
 #include "platform/SingleInstance.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
@@ -7,6 +8,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
+#include <array>
 #include <future>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -76,17 +79,32 @@ private Q_SLOTS:
         QCOMPARE(second.get(), SingleInstance::Role::First);
     }
 
+    void takesInAStartBesideACrowd()
+    {
+        const ScratchHome home;
+        SingleInstance first;
+        QCOMPARE(first.claim({}), SingleInstance::Role::First);
+        std::array<QLocalSocket, 100> crowd;
+        for (QLocalSocket &each : crowd) {
+            each.connectToServer(instanceSocket());
+            QVERIFY(each.waitForConnected());
+            QTest::qWait(0);
+        }
+        auto second = std::async(std::launch::async, [] { return SingleInstance().claim({}); });
+        QSignalSpy started(&first, &SingleInstance::started);
+        QTRY_COMPARE_WITH_TIMEOUT(started.size(), 1, 1500);
+        QCOMPARE(second.get(), SingleInstance::Role::HandedOver);
+        QCOMPARE(std::ranges::count(crowd, QLocalSocket::ConnectedState, &QLocalSocket::state), 31);
+    }
+
     void survivesARudePeer()
     {
         const ScratchHome home;
         SingleInstance first;
         QCOMPARE(first.claim({}), SingleInstance::Role::First);
         QSignalSpy started(&first, &SingleInstance::started);
-        const QDir run(home.path(u".run"_s));
-        const QStringList sockets = run.entryList(QDir::System);
-        QCOMPARE(sockets.size(), 1);
         QLocalSocket rude;
-        rude.connectToServer(run.filePath(sockets.first()));
+        rude.connectToServer(instanceSocket());
         QVERIFY(rude.waitForConnected());
         rude.write(QByteArray(200000, 'x')); // no end of line
         QTRY_COMPARE_WITH_TIMEOUT(rude.state(), QLocalSocket::UnconnectedState, 10000);

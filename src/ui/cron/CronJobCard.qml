@@ -15,6 +15,7 @@ ExpandableCard {
 
     readonly property string lastText: card.lastRun === undefined ? "" : "Last: " + card.lastRun
     readonly property string nextText: card.nextRun === undefined ? "" : "Next: " + card.nextRun
+    readonly property statusLight light: StatusWords.job(card.isEnabled, card.status)
     readonly property string displayStatus: card.isEnabled ? card.status : "stopped"
 
     text: card.name
@@ -57,8 +58,8 @@ ExpandableCard {
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.min(implicitWidth, parent.width / 2)
                 isHeard: false
-                text: card.isEnabled ? card.status.toUpperCase() : "DISABLED"
-                tint: card.isEnabled ? Theme.statusColor(card.status) : Theme.grey
+                text: card.light.word
+                tint: Theme.named(card.light.color)
             }
         },
         SymbolLine {

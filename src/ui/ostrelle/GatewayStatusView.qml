@@ -15,9 +15,8 @@ Item {
         : view.serviceManager.voiceRunning
     readonly property string address: view.viewModel.magicDNSURL || view.viewModel.preferredURL
     // What keeps other devices away; empty when nothing does.
-    readonly property string problem: !view.viewModel.tailscaleInstalled
-        ? "Tailscale not running — remote access unavailable"
-        : view.viewModel.magicDNSURL === "" ? "Tailscale connected but HTTPS not configured" : ""
+    readonly property string problem: StatusWords.remoteProblem(view.viewModel.tailscaleInstalled,
+        view.viewModel.magicDNSURL)
 
     implicitHeight: column.implicitHeight
 
@@ -56,38 +55,33 @@ Item {
 
                         LabelledDot {
                             label: "Gateway"
-                            color: view.viewModel.gatewayOnline ? Theme.green : Theme.red
-                            meaning: view.viewModel.gatewayOnline ? "online" : "offline"
+                            light: StatusWords.gateway(view.viewModel.gatewayOnline)
                         }
 
                         LabelledDot {
                             label: "Voice"
-                            color: !view.serviceManager.voiceEnabled ? Theme.grey
-                                : view.voiceRunning ? Theme.green : Theme.red
-                            meaning: !view.serviceManager.voiceEnabled ? "switched off"
-                                : view.voiceRunning ? "running" : "not running"
+                            light: StatusWords.voice(view.serviceManager.voiceEnabled, view.voiceRunning)
                         }
 
                         LabelledDot {
                             label: "Status"
-                            color: view.statusServerRunning ? Theme.green
-                                : view.statusPortTaken ? Theme.yellow : Theme.red
-                            meaning: view.statusServerRunning ? "running"
-                                : view.statusPortTaken ? "waiting for its port" : "not running"
+                            light: StatusWords.statusServer(view.statusServerRunning, view.statusPortTaken)
                         }
                     }
 
                     Symbol {
                         id: lock
 
+                        readonly property statusLight light: StatusWords.lock(view.viewModel.isSecure)
+
                         anchors.right: parent.right
                         anchors.rightMargin: Theme.gap - 1
                         anchors.verticalCenter: parent.verticalCenter
                         name: view.viewModel.isSecure ? "lock.fill" : "lock.open.fill"
-                        color: view.viewModel.isSecure ? Theme.green : Theme.teal
+                        color: Theme.named(lock.light.color)
                         Accessible.ignored: false
                         Accessible.role: Accessible.Graphic
-                        Accessible.name: view.viewModel.isSecure ? "encrypted" : "not encrypted"
+                        Accessible.name: lock.light.word
                     }
                 }
 

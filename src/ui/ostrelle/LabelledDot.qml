@@ -6,18 +6,17 @@ Row {
     id: status
 
     required property string label
-    required property color color
-    // What the colour says, for those who do not see it.
-    required property string meaning
+    // Its word is for those who do not see the colour.
+    required property statusLight light
 
     spacing: Theme.symbolGap
     Accessible.role: Accessible.StaticText
     Accessible.name: status.label
-    Accessible.description: status.meaning
+    Accessible.description: status.light.word
 
     GlowDot {
         anchors.verticalCenter: parent.verticalCenter
-        tint: status.color
+        tint: Theme.named(status.light.color)
     }
 
     Label {

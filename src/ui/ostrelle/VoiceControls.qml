@@ -32,6 +32,6 @@ Row {
         width: controls.buttonWidth
         symbol: "arrow.clockwise"
         text: "Restart"
-        onClicked: VoiceRestart.perform(controls.viewModel)
+        onClicked: controls.viewModel.restart()
     }
 }

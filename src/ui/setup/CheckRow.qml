@@ -5,14 +5,7 @@ import Ostrelle
 Column {
     id: row
 
-    required property string label
-    required property bool ok
-    property bool optional: false
-    property string note: ""
-    property string advice: ""
-    property var commands: []
-
-    readonly property string remark: !row.ok && row.optional ? "(optional)" : row.note
+    required property setupCheck check
 
     Row {
         id: state
@@ -20,15 +13,15 @@ Column {
         width: parent.width
         spacing: Theme.gap
         Accessible.role: Accessible.StaticText
-        Accessible.name: row.label + (row.remark === "" ? "" : " " + row.remark)
-        Accessible.description: row.ok ? "there" : "missing"
+        Accessible.name: row.check.label + (row.check.note === "" ? "" : " " + row.check.note)
+        Accessible.description: row.check.ok ? "there" : "missing"
 
         Symbol {
             id: icon
 
             anchors.verticalCenter: parent.verticalCenter
-            name: row.ok ? "checkmark.circle.fill" : row.optional ? "minus.circle" : "xmark.circle"
-            color: row.ok ? Theme.green : row.optional ? Theme.yellow : Theme.red
+            name: row.check.ok ? "checkmark.circle.fill" : "xmark.circle"
+            color: row.check.ok ? Theme.green : Theme.red
         }
 
         Flow {
@@ -38,15 +31,15 @@ Column {
 
             Label {
                 width: Math.min(implicitWidth, parent.width)
-                text: row.label
+                text: row.check.label
                 wrapMode: Text.Wrap
                 Accessible.ignored: true
             }
 
             Label {
                 width: Math.min(implicitWidth, parent.width)
-                visible: row.remark !== ""
-                text: row.remark
+                visible: row.check.note !== ""
+                text: row.check.note
                 secondary: true
                 wrapMode: Text.Wrap
                 Accessible.ignored: true
@@ -61,11 +54,11 @@ Column {
         anchors.left: parent.left
         anchors.leftMargin: icon.width + state.spacing
         width: parent.width - icon.width - state.spacing
-        active: !row.ok
+        active: !row.check.ok
         visible: mending.active
         sourceComponent: CommandNote {
-            advice: row.advice
-            commands: row.commands
+            advice: row.check.advice
+            commands: row.check.commands
         }
     }
 }

@@ -12,17 +12,12 @@ SetupSection {
 
     CheckRow {
         width: parent.width
-        label: "Agent configured"
-        ok: section.setupManager.hasAgent
-        commands: ["duskrell onboard"]
+        check: section.setupManager.checks.agent
     }
 
     CheckRow {
         width: parent.width
-        label: "Token configured"
-        ok: section.setupManager.hasGatewayToken
-        note: section.setupManager.gatewayTokenProblem
-        advice: section.setupManager.hasAgent ? "" : "here: once the agent is configured"
+        check: section.setupManager.checks.token
     }
 
     Column {

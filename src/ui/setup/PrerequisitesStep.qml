@@ -12,41 +12,27 @@ SetupSection {
 
     CheckRow {
         width: parent.width
-        label: "Xcode CLI Tools"
-        ok: section.setupManager.hasXcodeCLT
-        note: section.setupManager.xcodeCLTNote
-        advice: "here: gcc or clang, then “Re-check” below"
-        commands: [section.setupManager.compilerCommand]
+        check: section.setupManager.checks.compiler
     }
 
     CheckRow {
         width: parent.width
-        label: "Homebrew"
-        ok: section.setupManager.hasBrew
-        note: section.setupManager.brewNote
-        commands: [section.setupManager.brewCommand]
+        check: section.setupManager.checks.brew
     }
 
     CheckRow {
         width: parent.width
-        label: "Node.js"
-        ok: section.setupManager.hasNode
-        commands: [section.setupManager.nodeCommand]
+        check: section.setupManager.checks.node
     }
 
     CheckRow {
         width: parent.width
-        label: "Duskrell"
-        ok: section.setupManager.hasDuskrell
-        advice: "here: “Install Everything” below"
+        check: section.setupManager.checks.duskrell
     }
 
     CheckRow {
         width: parent.width
-        label: "Tailscale"
-        ok: section.setupManager.hasTailscale
-        advice: "here: what this page says, then the command"
-        commands: ["https://tailscale.com/download/linux", "sudo tailscale up"]
+        check: section.setupManager.checks.tailscale
     }
 
     InstallBlock {

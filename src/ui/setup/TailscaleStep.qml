@@ -12,16 +12,12 @@ SetupSection {
 
     CheckRow {
         width: parent.width
-        label: "Tailscale logged in"
-        ok: section.setupManager.tailscaleLoggedIn
-        commands: section.setupManager.hasTailscaleApp ? [] : ["sudo tailscale up"]
+        check: section.setupManager.checks.loggedIn
     }
 
     CheckRow {
         width: parent.width
-        label: "HTTPS serve active"
-        ok: section.setupManager.tailscaleServeRunning
-        commands: ["sudo tailscale serve --bg http://127.0.0.1:18789"]
+        check: section.setupManager.checks.serve
     }
 
     Column {

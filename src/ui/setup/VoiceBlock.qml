@@ -7,34 +7,23 @@ Card {
 
     required property SetupManager setupManager
 
-    readonly property string advice: block.setupManager.voiceCommand === ""
-        ? "here: “Install Voice + Finish” below" : "here: this first, then “Install Voice + Finish” below"
-
     Column {
         width: block.availableWidth
         spacing: Theme.gap
 
         CheckRow {
             width: parent.width
-            label: "Config file"
-            ok: block.setupManager.hasConfig
-            advice: "here: “Install Voice + Finish” below"
+            check: block.setupManager.checks.config
         }
 
         CheckRow {
             width: parent.width
-            label: "TTS Models"
-            ok: block.setupManager.hasModels
-            advice: block.advice
-            commands: [block.setupManager.voiceCommand]
+            check: block.setupManager.checks.models
         }
 
         CheckRow {
             width: parent.width
-            label: "Python venv"
-            ok: block.setupManager.hasVenv
-            advice: block.advice
-            commands: [block.setupManager.hasModels ? block.setupManager.voiceCommand : ""]
+            check: block.setupManager.checks.venv
         }
 
         Explanation {

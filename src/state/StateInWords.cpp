@@ -1,7 +1,8 @@
-#include "tray/StateInWords.h"
+#include "state/StateInWords.h"
 
 #include "core/OneLine.h"
 #include "gateway/GatewayViewModel.h"
+#include "state/StatusWords.h"
 #include "statusserver/StatusServer.h"
 #include "voice/VoiceViewModel.h"
 
@@ -13,9 +14,9 @@ using namespace Qt::StringLiterals;
 QString stateInWords(const GatewayViewModel &gatewayVM, const VoiceViewModel &voiceVM,
                      const StatusServer &statusServer)
 {
-    const QString gateway = gatewayVM.gatewayOnline() ? u"Gateway online"_s : u"Gateway offline"_s;
+    const QString gateway = StatusWords::gateway(gatewayVM.gatewayOnline()).word;
     const QString status = statusServer.portTaken() ? u", status: waits for its port"_s : QString();
-    return gateway + u", voice: "_s + oneLine(voiceVM.stateLabel()) + status;
+    return u"Gateway "_s + gateway + u", voice: "_s + oneLine(voiceVM.stateLabel()) + status;
 }
 
 } // namespace ostrelle

@@ -1,0 +1,134 @@
+#include "control/ControlProtocol.h"
+
+#include <QJsonDocument>
+
+#include <array>
+#include <utility>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+using Kind = ControlProblem::Kind;
+
+// What a program says that knows only starts.
+constexpr QByteArrayView answerToAStart = "received";
+
+constexpr std::array<std::pair<Kind, QLatin1StringView>, 4> kinds{{
+    {Kind::Protocol, "protocol"_L1},
+    {Kind::Request, "request"_L1},
+    {Kind::Command, "command"_L1},
+    {Kind::Failed, "failed"_L1},
+}};
+
+QString nameOf(Kind kind)
+{
+    for (const auto &[each, name] : kinds) {
+        if (each == kind) {
+            return name;
+        }
+    }
+    Q_UNREACHABLE();
+}
+
+Kind kindCalled(const QString &called)
+{
+    for (const auto &[kind, name] : kinds) {
+        if (name == called) {
+            return kind;
+        }
+    }
+    return Kind::Failed;
+}
+
+QByteArray compact(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+// Which of the two has to be brought up to date.
+ControlProblem otherProtocol(bool programIsOlder, const QString &version)
+{
+    const QString program = u"the running Ostrelle "_s + version;
+    return {.kind = Kind::Protocol,
+            .text = programIsOlder
+                        ? program + u" is older than this ostrellectl; restart Ostrelle"_s
+                        : program + u" is newer than this ostrellectl; update ostrellectl"_s};
+}
+
+ControlAnswer noAnswer(const ControlProblem &problem)
+{
+    return {.content = std::unexpected(problem)};
+}
+
+} // namespace
+
+QByteArray ControlRequest::toLine() const
+{
+    QJsonObject line = arguments;
+    line.insert("protocol"_L1, controlProtocol);
+    line.insert("command"_L1, command);
+    return compact(line);
+}
+
+QByteArray ControlAnswer::toLine() const
+{
+    QJsonObject line{
+        {"protocol"_L1, controlProtocol}, {"version"_L1, version}, {"running"_L1, isRunning}};
+    if (content) {
+        line.insert("data"_L1, *content);
+    } else {
+        line.insert("problem"_L1, QJsonObject{{"kind"_L1, nameOf(content.error().kind)},
+                                              {"text"_L1, content.error().text}});
+    }
+    return compact(line);
+}
+
+std::expected<ControlRequest, ControlProblem> readRequest(const QByteArray &line,
+                                                          const QString &programVersion)
+{
+    QJsonObject object = QJsonDocument::fromJson(line).object();
+    const QJsonValue protocol = object.take("protocol"_L1);
+    const QJsonValue command = object.take("command"_L1);
+    if (!protocol.isDouble()) {
+        return std::unexpected(ControlProblem{Kind::Request, u"this is no request"_s});
+    }
+    if (protocol.toDouble() != controlProtocol) {
+        return std::unexpected(
+            otherProtocol(protocol.toDouble() > controlProtocol, programVersion));
+    }
+    if (!command.isString()) {
+        return std::unexpected(ControlProblem{Kind::Request, u"the request has no command"_s});
+    }
+    return ControlRequest{.command = command.toString(), .arguments = object};
+}
+
+ControlAnswer readAnswer(const QByteArray &line)
+{
+    if (line.trimmed() == answerToAStart) {
+        return noAnswer(otherProtocol(true, {}));
+    }
+    const QJsonObject object = QJsonDocument::fromJson(line).object();
+    const QJsonValue protocol = object.value("protocol"_L1);
+    const QString version = object.value("version"_L1).toString();
+    if (!protocol.isDouble()) {
+        return noAnswer({Kind::Request, u"the answer cannot be understood"_s});
+    }
+    if (protocol.toDouble() != controlProtocol) {
+        return noAnswer(otherProtocol(protocol.toDouble() < controlProtocol, version));
+    }
+    ControlAnswer answer{.version = version,
+                         .isRunning = object.value("running"_L1).toBool(true),
+                         .content = object.value("data"_L1).toObject()};
+    if (const QJsonValue problem = object.value("problem"_L1); problem.isObject()) {
+        answer.content = std::unexpected(ControlProblem{kindCalled(problem["kind"_L1].toString()),
+                                                        problem["text"_L1].toString()});
+    }
+    return answer;
+}
+
+} // namespace ostrelle

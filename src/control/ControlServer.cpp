@@ -1,0 +1,99 @@
+#include "control/ControlServer.h"
+
+#include "control/ControlCommands.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+using Command = void (*)(const ControlContext &context, Question *question);
+
+// Whether somebody is there who understands.
+void greet(const ControlContext & /*context*/, Question *question)
+{
+    question->answer({});
+}
+
+struct CommandRow {
+    QLatin1StringView name;
+    Command run;
+    bool needsProgram = true;
+};
+
+constexpr bool fromFilesToo = false;
+
+constexpr std::array commands{
+    CommandRow{"hello"_L1, &greet},
+    CommandRow{"status"_L1, &command::tellStatus, fromFilesToo},
+    CommandRow{"agents"_L1, &command::tellAgents, fromFilesToo},
+    CommandRow{"projects"_L1, &command::tellProjects, fromFilesToo},
+    CommandRow{"cron"_L1, &command::tellCron, fromFilesToo},
+    CommandRow{"setup"_L1, &command::checkSetup, fromFilesToo},
+    CommandRow{"diagnose"_L1, &command::diagnose, fromFilesToo},
+    CommandRow{"panel"_L1, &command::openPanel},
+    CommandRow{"chat"_L1, &command::chat},
+    CommandRow{"mute"_L1, &command::mute},
+    CommandRow{"unmute"_L1, &command::unmute},
+    CommandRow{"voice-start"_L1, &command::startVoice},
+    CommandRow{"voice-stop"_L1, &command::stopVoice},
+    CommandRow{"voice-restart"_L1, &command::restartVoice},
+    CommandRow{"gateways"_L1, &command::tellGateways},
+    CommandRow{"gateway-use"_L1, &command::useGateway},
+    CommandRow{"gateway-add"_L1, &command::addGateway},
+    CommandRow{"gateway-remove"_L1, &command::removeGateway},
+    CommandRow{"token-set"_L1, &command::setToken},
+    CommandRow{"pair"_L1, &command::pair},
+};
+
+QByteArray bounded(const QByteArray &line, ControlAnswer answer)
+{
+    if (line.size() < maxAnswerBytes) {
+        return line;
+    }
+    answer.content =
+        std::unexpected(ControlProblem{ControlProblem::Kind::Failed, u"the answer is too long"_s});
+    return answer.toLine();
+}
+
+} // namespace
+
+ControlServer::ControlServer(ControlContext context, QObject *parent)
+    : QObject(parent)
+    , m_context(std::move(context))
+{
+}
+
+void ControlServer::ask(const QByteArray &line, QObject *asker,
+                        const std::function<void(const QByteArray &line)> &reply) const
+{
+    const auto tell = [reply, version = m_context.version,
+                       isRunning = m_context.isRunning](const Question::Answer &content) {
+        const ControlAnswer answer{.version = version, .isRunning = isRunning, .content = content};
+        reply(bounded(answer.toLine(), answer));
+    };
+    const auto request = readRequest(line, m_context.version);
+    if (!request) {
+        tell(std::unexpected(request.error()));
+        return;
+    }
+    const auto *const known = std::ranges::find(commands, request->command, &CommandRow::name);
+    if (known == commands.end() || (known->needsProgram && !m_context.isRunning)) {
+        tell(std::unexpected(
+            ControlProblem{ControlProblem::Kind::Command,
+                           u"Ostrelle "_s + m_context.version + u" does not know this command"_s}));
+        return;
+    }
+    known->run(m_context, new Question(request->arguments, asker, tell));
+}
+
+} // namespace ostrelle
+
+#include "moc_ControlServer.cpp"

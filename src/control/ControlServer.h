@@ -1,0 +1,39 @@
+#pragma once
+
+#include "gateway/NetworkHelpers.h"
+#include "state/Models.h"
+
+#include <QObject>
+
+#include <functional>
+
+namespace ostrelle
+{
+
+// What the commands work with.
+struct ControlContext {
+    // All of it, or the settings alone where no program runs.
+    Models models;
+    QString version = {};
+    std::function<void()> openPanel = {}; // null without a display
+    bool isRunning = true;                // this is the running program
+    TailscalePlaces tailscale = {};
+};
+
+// Answers ostrellectl: what the panel shows, and what its buttons do. Main thread only.
+class ControlServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ControlServer(ControlContext context, QObject *parent = nullptr);
+
+    // Calls `reply` with the line that answers this one; not at all once the asker is gone.
+    void ask(const QByteArray &line, QObject *asker,
+             const std::function<void(const QByteArray &line)> &reply) const;
+
+private:
+    const ControlContext m_context;
+};
+
+} // namespace ostrelle

@@ -1,0 +1,149 @@
+#include "control/ControlCommands.h"
+#include "dashboards/AgentsTopologyViewModel.h"
+#include "dashboards/CronViewModel.h"
+#include "dashboards/ProjectsViewModel.h"
+#include "state/StatusWords.h"
+#include "tracker/RemoteDataSource.h"
+
+namespace ostrelle::command
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+void insertIfPresent(QJsonObject &object, QLatin1StringView name,
+                     const std::optional<QString> &text)
+{
+    if (text && !text->isEmpty()) {
+        object.insert(name, *text);
+    }
+}
+
+QJsonObject toJson(const AgentNode &agent, const AgentAppearanceStore &appearances)
+{
+    QJsonObject object{{"id"_L1, agent.id},
+                       {"name"_L1, appearances.name(agent.id, agent.name)},
+                       {"emoji"_L1, appearances.emoji(agent.id, agent.defaultEmoji())},
+                       {"status"_L1, agent.status},
+                       {"color"_L1, StatusWords::colorName(agent.status)}};
+    insertIfPresent(object, "detail"_L1, agent.detail);
+    insertIfPresent(object, "model"_L1, agent.model);
+    insertIfPresent(object, "progress"_L1, agent.progressText);
+    insertIfPresent(object, "parent"_L1, agent.parentId);
+    return object;
+}
+
+QJsonObject toJson(const WorkstreamItem &item)
+{
+    QJsonObject object{{"name"_L1, item.name},
+                       {"status"_L1, item.status},
+                       {"color"_L1, StatusWords::colorName(item.status)},
+                       {"progress"_L1, item.progress}};
+    insertIfPresent(object, "note"_L1, item.note);
+    return object;
+}
+
+QJsonObject toJson(const ProjectItem &project)
+{
+    QJsonArray workstreams;
+    for (const WorkstreamItem &item : project.workstreams) {
+        workstreams.append(toJson(item));
+    }
+    return {{"name"_L1, project.name},         {"description"_L1, project.description},
+            {"status"_L1, project.status},     {"color"_L1, StatusWords::colorName(project.status)},
+            {"progress"_L1, project.progress}, {"workstreams"_L1, workstreams}};
+}
+
+QJsonObject toJson(const CronJobItem &job)
+{
+    const Light light = StatusWords::job(job.enabled, job.status);
+    QJsonObject object{
+        {"id"_L1, job.id},           {"name"_L1, job.name},     {"schedule"_L1, job.schedule},
+        {"enabled"_L1, job.enabled}, {"status"_L1, light.word}, {"color"_L1, light.color}};
+    insertIfPresent(object, "lastRun"_L1, job.lastRun);
+    insertIfPresent(object, "nextRun"_L1, job.nextRun);
+    insertIfPresent(object, "payload"_L1, job.payload);
+    return object;
+}
+
+template<typename Items>
+QJsonArray listOf(const Items &items)
+{
+    QJsonArray array;
+    for (const auto &item : items) {
+        array.append(toJson(item));
+    }
+    return array;
+}
+
+QJsonObject dataOf(const AgentsTopologyViewModel &model)
+{
+    const AgentAppearanceStore appearances = model.appearances();
+    QJsonArray agents;
+    if (const auto main = model.mainNode()) {
+        agents.append(toJson(*main, appearances));
+    }
+    for (const AgentNode &agent : model.childNodes()) {
+        agents.append(toJson(agent, appearances));
+    }
+    return {{"agents"_L1, agents}};
+}
+
+QJsonObject dataOf(const ProjectsViewModel &model)
+{
+    return {{"projects"_L1, listOf(model.projects())},
+            {"healthy"_L1, model.healthyProjectCount()},
+            {"updated"_L1, model.lastUpdatedText()}};
+}
+
+QJsonObject dataOf(const CronViewModel &model)
+{
+    return {{"jobs"_L1, listOf(model.jobs())},
+            {"active"_L1, model.activeJobCount()},
+            {"updated"_L1, model.lastUpdatedText()}};
+}
+
+// What the dashboard shows once it has loaded. It loads from the moment when it is made.
+template<typename Model>
+void tell(const ControlContext &context, Question *question)
+{
+    const Settings &settings = context.models.settings;
+    if (!context.isRunning && RemoteDataSource::isRemote(settings.config->current())) {
+        question->fail(u"the gateway in use is on another machine, which only a running Ostrelle "
+                       "asks"_s);
+        return;
+    }
+    auto *const model = new Model(settings);
+    model->setParent(question);
+    QObject::connect(model, &Model::isLoadingChanged, question, [model, question] {
+        if (model->isLoading()) {
+            return;
+        }
+        QJsonObject data = dataOf(*model);
+        if (const QString problem = model->errorMessage(); !problem.isEmpty()) {
+            data.insert("problem"_L1, problem);
+        }
+        question->answer(data);
+    });
+}
+
+} // namespace
+
+void tellAgents(const ControlContext &context, Question *question)
+{
+    tell<AgentsTopologyViewModel>(context, question);
+}
+
+void tellProjects(const ControlContext &context, Question *question)
+{
+    tell<ProjectsViewModel>(context, question);
+}
+
+void tellCron(const ControlContext &context, Question *question)
+{
+    tell<CronViewModel>(context, question);
+}
+
+} // namespace ostrelle::command

@@ -1,0 +1,34 @@
+#include "control/ControlCommands.h"
+#include "control/StatusReport.h"
+#include "core/BackgroundWork.h"
+#include "core/WhenDone.h"
+
+#include <QTimer>
+#include <QtConcurrentRun>
+
+namespace ostrelle::command
+{
+
+namespace
+{
+
+// A disk or a keyring that hangs leaves its facts out of the answer.
+constexpr std::chrono::milliseconds patienceForFacts{1000};
+
+} // namespace
+
+void tellStatus(const ControlContext &context, Question *question)
+{
+    // Without the program the keyring is left in peace.
+    const auto look = [settings = context.models.settings,
+                       askTokens = context.isRunning ? AskTokens::Yes : AskTokens::No] {
+        return lookAtFiles(settings, askTokens);
+    };
+    const auto tell = [context, question](const FileFacts &facts) {
+        question->answer(reportStatus(context, facts));
+    };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), look), question, tell);
+    QTimer::singleShot(patienceForFacts, question, [tell] { tell({}); });
+}
+
+} // namespace ostrelle::command

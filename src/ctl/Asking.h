@@ -1,0 +1,28 @@
+#pragma once
+
+#include "control/ControlProtocol.h"
+
+namespace ostrelle
+{
+
+// What ostrellectl ends with.
+enum ExitStatus {
+    Well = 0,
+    SomethingIsWrong = 1,
+    WrongUsage = 2,
+    NotRunning = 3,
+};
+
+// What became of a request: the answer, and, where the running program has not given it, why.
+struct Asked {
+    ControlAnswer answer = {};
+    QString notRunning = {}; // for people; empty: it runs
+};
+
+enum class Otherwise { Nothing, FilesTell };
+
+// Asks the running program; one that is there and gives no sign of life is given up within 1.5 s.
+// Without one the files may tell, or the answer is that there is none.
+Asked ask(const ControlRequest &request, Otherwise otherwise = Otherwise::Nothing);
+
+} // namespace ostrelle

@@ -1,0 +1,63 @@
+#include "ctl/Commands.h"
+#include "ctl/Input.h"
+#include "platform/Files.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace ostrelle
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// Only to a new file, and for its owner: what is in it is for whom he gives it to.
+bool writeNew(const QString &path, const QByteArray &text)
+{
+    const Descriptor file(::open(QFile::encodeName(path).constData(),
+                                 O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ownerOnly));
+    if (!file) {
+        return false;
+    }
+    const ssize_t written =
+        ::write(file.get(), text.constData(), static_cast<std::size_t>(text.size()));
+    if (written == text.size()) {
+        return true;
+    }
+    ::unlink(QFile::encodeName(path).constData());
+    return false;
+}
+
+} // namespace
+
+int diagnose(const ReportFile &file)
+{
+    const Asked asked = ask({.command = u"diagnose"_s}, Otherwise::FilesTell);
+    if (!asked.notRunning.isEmpty()) {
+        complain(asked.notRunning);
+    }
+    if (!asked.answer.content) {
+        complain(asked.answer.content.error().text);
+        return asked.notRunning.isEmpty() ? SomethingIsWrong : NotRunning;
+    }
+    const QString text = printableLines(asked.answer.content->value("text"_L1).toString());
+    print(text, Terminal::ofOutput());
+    const int status = asked.notRunning.isEmpty() ? Well : NotRunning;
+    if (file.path == "-"_L1 ||
+        (!file.isAgreed && !isAgreed(u"Write this to "_s + file.path + u"? [y/N] "_s))) {
+        return status;
+    }
+    if (!writeNew(file.path, text.toUtf8())) {
+        complain(file.path + u": "_s + QString::fromLocal8Bit(std::strerror(errno)));
+        return SomethingIsWrong;
+    }
+    return status;
+}
+
+} // namespace ostrelle

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ctl/Asking.h"
+#include "ctl/Terminal.h"
+
+namespace ostrelle
+{
+
+// What the subcommands do. Each prints, or complains in one line, and returns what the program ends
+// with.
+
+struct Shown {
+    Terminal terminal = Terminal::ofOutput();
+    bool asJson = false;
+};
+
+int showStatus(const Shown &shown);
+[[noreturn]] void watchStatus(const Shown &shown);
+int showHealth(const Shown &shown);
+
+// What the running program, or else the files, tell; `text` makes a text of it.
+int showList(const QString &command, const Shown &shown,
+             QString (*text)(const QJsonObject &data, const Terminal &terminal));
+int showSetup(const Shown &shown);
+int showGateways(const Shown &shown);
+
+struct Pairing {
+    bool asLink = false;
+    bool linkOnTerminal = false; // the user does not mind who looks on
+    bool onLight = false;        // the terminal, where it has no colours
+};
+int pairPhone(const Shown &shown, const Pairing &pairing);
+
+int chat(const QString &text);
+int setToken(const QString &gateway);
+
+// Has the program do something that needs no answer but that it is done; prints `done` then, with
+// what the answer has in its member of that name in place of "%1".
+int act(const ControlRequest &request, const QString &done = {}, QLatin1StringView member = {});
+
+struct ReportFile {
+    QString path;          // "-": it is only shown
+    bool isAgreed = false; // the user need not be asked
+};
+int diagnose(const ReportFile &file);
+
+} // namespace ostrelle

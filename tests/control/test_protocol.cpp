@@ -1,0 +1,55 @@
+#include "control/ControlProtocol.h"
+#include "support/Rows.h"
+
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+using Kind = ControlProblem::Kind;
+Q_DECLARE_METATYPE(Kind)
+
+class TestProtocol : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsBackWhatItWrites()
+    {
+        const ControlRequest request{.command = u"chat"_s,
+                                     .arguments = {{u"text"_s, u"two\nlines \U0001F4AC"_s}}};
+        QVERIFY(!request.toLine().contains('\n'));
+        QCOMPARE(readRequest(request.toLine(), {}).value(), request);
+        const ControlAnswer answer{
+            .version = u"1"_s,
+            .content = std::unexpected(ControlProblem{.kind = Kind::Command, .text = u"no\n"_s})};
+        QVERIFY(!answer.toLine().contains('\n'));
+        QCOMPARE(readAnswer(answer.toLine()).content.error(), answer.content.error());
+    }
+
+    void refuses_data()
+    {
+        const Rows<QByteArray, Kind, QString> row("line", "kind", "text");
+        row("no JSON", "{status", Kind::Request, u"no request"_s);
+        row("another kind of JSON", "[1]", Kind::Request, u"no request"_s);
+        row("no protocol", R"({"command":"status"})", Kind::Request, u"no request"_s);
+        row("no command", R"({"protocol":1,"command":1})", Kind::Request, u"no command"_s);
+        row("a newer client", R"({"protocol":2})", Kind::Protocol,
+            u"Ostrelle 7 is older than this ostrellectl; restart"_s);
+        row("an older client", R"({"protocol":0.5,"command":"status"})", Kind::Protocol,
+            u"Ostrelle 7 is newer than this ostrellectl; update"_s);
+    }
+
+    void refuses()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, text);
+        const auto request = readRequest(line, u"7"_s);
+        QVERIFY(!request);
+        QTEST(request.error().kind, "kind");
+        QVERIFY2(request.error().text.contains(text), qPrintable(request.error().text));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProtocol)
+#include "test_protocol.moc"

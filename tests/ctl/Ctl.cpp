@@ -1,0 +1,82 @@
+#include "ctl/Ctl.h"
+
+#include "app/Program.h"
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QString builtProgram(const QString &name)
+{
+    return qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u'/' + name;
+}
+
+} // namespace
+
+QJsonObject Run::json() const
+{
+    return QJsonDocument::fromJson(out).object();
+}
+
+Run run(const QString &program, const QStringList &arguments, const QByteArray &input)
+{
+    QProcess process;
+    process.start(program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    static_cast<void>(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; },
+                                      patienceMilliseconds));
+    return {.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            .out = process.readAllStandardOutput(),
+            .err = process.readAllStandardError()};
+}
+
+Run ctl(const QStringList &arguments, const QByteArray &input)
+{
+    return run(builtProgram(u"ostrellectl"_s), arguments, input);
+}
+
+Run inTerminal(const QString &command, int columns)
+{
+    const QString inShell = u"stty cols %1; ctl() { '%2' \"$@\"; }; "_s.arg(columns).arg(
+                                builtProgram(u"ostrellectl"_s)) +
+                            command;
+    return run(u"script"_s, {u"-qec"_s, inShell, u"/dev/null"_s});
+}
+
+CtlHome::CtlHome()
+{
+    configure(u"http://127.0.0.1:9"_s, 9);
+    write(u".ostrelle/ostrelle-agent-tracker.json"_s,
+          R"({"agents":{"scout":{"status":"busy","detail":"reads \u001b[31mthe news"}}})");
+    write(u".ostrelle/ostrelle-project-tracker.json"_s,
+          R"({"version":1,"updated":"now","projects":[{"id":"p","name":"Attic",
+              "description":"tidy","status":"green","progress":40,"workstreams":[
+              {"id":"w","name":"Boxes","status":"red","progress":7}]}]})");
+    write(u".ostrelle/ostrelle-cron-tracker.json"_s,
+          R"({"version":1,"updated":"now","jobs":[{"id":"1","name":"Nightly",
+              "schedule":"every 1d","status":"green","enabled":false}]})");
+    writeScript(u"bin/duskrell"_s, "exit 1");
+    qputenv("PATH", path(u"bin"_s).toUtf8() + ":/usr/bin:/bin");
+}
+
+void CtlHome::configure(const QString &gatewayURL, quint16 voicePort) const
+{
+    OstrelleConfig config = OstrelleConfig::defaults();
+    config.ports = {.status = 0, .voiceAgent = voicePort};
+    config.gateway = {.url = gatewayURL,
+                      .saved = QList<SavedGateway>{{.name = u"Home"_s, .url = gatewayURL}}};
+    config.save();
+}
+
+QString CtlHome::socket() const
+{
+    const QDir run(path(u".run"_s));
+    return run.filePath(run.entryList({u"ostrelle-*"_s}, QDir::System).value(0));
+}

@@ -1,0 +1,251 @@
+#include "app/Program.h"
+#include "ctl/Ctl.h"
+#include "platform/InstancePlaces.h"
+#include "support/Rows.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <csignal>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// What a terminal shows of half blocks or of pairs of characters, as a picture of one byte a pixel.
+QByteArray rendered(const QByteArray &output, bool isLight)
+{
+    constexpr int pixels = 4; // a module's side
+    QList<QByteArray> rows;
+    for (QString line : QString::fromUtf8(output).remove(u'\r').split(u'\n')) {
+        const bool hasColors = line.contains(u'\x1b');
+        line.remove(QRegularExpression(u"\x1b\\[[0-9;]*m"_s));
+        if (line.isEmpty()) {
+            continue;
+        }
+        const char ink = hasColors || isLight ? '\0' : '\xff';
+        const char paper = static_cast<char>(~ink);
+        const bool isAscii = output.contains('#');
+        QByteArray upper;
+        QByteArray lower;
+        for (qsizetype i = 0; i < line.size(); i += isAscii ? 2 : 1) {
+            const QChar block = line.at(i);
+            const bool both = block == u'█' || block == u'#';
+            upper += QByteArray(pixels, both || block == u'▀' ? ink : paper);
+            lower += QByteArray(pixels, both || block == u'▄' ? ink : paper);
+        }
+        rows += QList<QByteArray>(pixels, upper);
+        rows += isAscii ? QList<QByteArray>() : QList<QByteArray>(pixels, lower);
+    }
+    return "P5 " + QByteArray::number(rows.value(0).size()) + ' ' +
+           QByteArray::number(rows.size()) + " 255\n" + rows.join();
+}
+
+} // namespace
+
+class TestSurroundings : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void complainsOfWrongUsage_data()
+    {
+        const Rows<QStringList> row("arguments");
+        row("nothing", {});
+        row("unknown command", {u"fly"_s});
+        row("unknown option", {u"status"_s, u"--fast"_s});
+        row("half a command", {u"voice"_s});
+        row("an argument is missing", {u"gateways"_s, u"use"_s});
+        row("no token", {u"token"_s, u"set"_s});
+        row("nothing to ask", {u"chat"_s, u"-"_s});
+    }
+
+    void complainsOfWrongUsage()
+    {
+        QFETCH(QStringList, arguments);
+        const CtlHome home;
+        const Run run = ctl(arguments);
+        QCOMPARE(run.status, 2);
+        QCOMPARE(run.err.count('\n'), 1);
+        QCOMPARE(run.out, "");
+    }
+
+    void tellsWhatTheFilesSay_data()
+    {
+        const Rows<QStringList, QByteArray> row("arguments", "told");
+        row("status", {u"status"_s}, "Home, http://127.0.0.1:9, token unknown\n");
+        row("agents", {u"agents"_s}, "Scout  busy");
+        row("projects", {u"projects"_s}, "Attic");
+        row("cron as JSON", {u"cron"_s, u"--json"_s}, "\"running\": false");
+        row("setup", {u"setup"_s}, "missing  Agent configured");
+        row("a report", {u"diagnose"_s, u"-"_s}, "not running");
+        row("what only the program can", {u"mute"_s}, "");
+    }
+
+    void tellsWhatTheFilesSay()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, told);
+        const CtlHome home;
+        const Run run = ctl(arguments);
+        QCOMPARE(run.status, 3);
+        QCOMPARE(run.err, "ostrellectl: Ostrelle does not run\n");
+        QVERIFY2(run.out.contains(told) && run.out.isEmpty() == told.isEmpty(), run.out);
+        QVERIFY(!home.exists(u".ostrelle/run"_s));
+    }
+
+    void givesUpWhoIsStopped()
+    {
+        const CtlHome home;
+        Program program;
+        QVERIFY(program.waitForPort() != 0);
+        ::kill(program.pid(), SIGSTOP);
+        QElapsedTimer timer;
+        for (const QString &command : {u"health"_s, u"agents"_s, u"panel"_s}) {
+            timer.start();
+            const Run run = ctl({command});
+            QCOMPARE(run.status, 3);
+            QVERIFY((run.err + run.out).contains("Ostrelle does not answer\n"));
+            QVERIFY2(timer.elapsed() < 2000, qPrintable(command));
+        }
+        ::kill(program.pid(), SIGCONT);
+    }
+
+    void watchesFromOneProgramToTheNext()
+    {
+        const CtlHome home;
+        QProcess watch;
+        auto hears = [&, heard = QByteArray()](const char *text) mutable {
+            return QTest::qWaitFor([&] { return (heard += watch.readAll()).contains(text); },
+                                   patienceMilliseconds);
+        };
+        watch.setProcessChannelMode(QProcess::MergedChannels);
+        watch.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrellectl"_s,
+                    {u"status"_s, u"--watch"_s});
+        QVERIFY(hears("Ostrelle does not run\n"));
+        Program program;
+        QVERIFY(hears("Status server  running"));
+        QCOMPARE(program.endWith(SIGTERM), 0);
+        QVERIFY(QTest::qWaitFor([&] { return watch.readAll().contains("does not run"); }, 10000));
+        watch.kill();
+        QVERIFY(watch.waitForFinished());
+    }
+
+    void meetsOthersAtTheSocket_data()
+    {
+        const Rows<QByteArray, int, QByteArray> row("answer", "status", "told");
+        row("a newer program", "{\"protocol\":2,\"version\":\"9.0\"}\n", 1,
+            "Ostrelle 9.0 is newer than this ostrellectl");
+        row("one that knows only starts", "received\n", 1, "is older than this ostrellectl");
+        row("garbage", "\xff\xfe{\n", 1, "cannot be understood");
+        row("commands for the terminal",
+            "{\"protocol\":1,\"problem\":{\"text\":\"\\u001b[2J\\nx\"}}\n", 1, " [2J x\n");
+        row("no end", QByteArray(17'000'000, 'x'), 3, "does not answer");
+        row("a word and away", "{", 3, "does not answer");
+    }
+
+    void meetsOthersAtTheSocket()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(QByteArray, told);
+        const CtlHome home;
+        QLocalServer server;
+        QVERIFY(server.listen(instanceSocket()));
+        connect(&server, &QLocalServer::newConnection, &server, [&] {
+            QLocalSocket *const client = server.nextPendingConnection();
+            connect(client, &QLocalSocket::readyRead, client, [client, answer] {
+                client->write(answer);
+                client->disconnectFromServer();
+            });
+        });
+        const Run run = ctl({u"health"_s});
+        QTEST(run.status, "status");
+        QVERIFY2(run.out.contains(told), run.out);
+    }
+
+    // Where somebody else listens nothing is said.
+    void saysNothingToStrangers()
+    {
+        if (::geteuid() != 0) {
+            QSKIP("only root can be somebody else");
+        }
+        const CtlHome home;
+        const QString place = instanceSocket();
+        ::chmod(qPrintable(home.path()), 0711);
+        ::chmod(qPrintable(home.path(u".run"_s)), 0777);
+        QProcess stranger;
+        const QString listen =
+            u"import socket,sys; s=socket.socket(socket.AF_UNIX); s.bind(sys.argv[1]); s.listen();"
+            "print('ready', flush=True); print(s.accept()[0].recv(99), flush=True)"_s;
+        stranger.start(u"/usr/bin/setpriv"_s, {u"--reuid"_s, u"65534"_s, u"--clear-groups"_s,
+                                               u"/usr/bin/python3"_s, u"-c"_s, listen, place});
+        QTRY_VERIFY2(stranger.canReadLine(), stranger.readAllStandardError());
+        ::chmod(qPrintable(home.path(u".run"_s)), 0700);
+        const Run run = ctl({u"token"_s, u"set"_s}, "secret\n");
+        QCOMPARE(run.status, 3);
+        QVERIFY(run.err.contains("another user"));
+        QTRY_COMPARE(stranger.state(), QProcess::NotRunning);
+        QCOMPARE(stranger.readAll(), "ready\nb''\n");
+    }
+
+    void suitsTheOutput()
+    {
+        const CtlHome home;
+        const QString agents = u"ctl agents 2>/dev/null"_s;
+        const QByteArray colored = inTerminal(agents, 30).out;
+        QVERIFY2(colored.contains("\x1b[34mbusy\x1b[0m"), colored);
+        const QByteArray plain = inTerminal(u"export NO_COLOR=1; "_s + agents, 30).out;
+        QVERIFY2(!plain.contains('\x1b') && plain.contains("…"), plain);
+        for (const QString &line : QString::fromUtf8(plain).split(u"\r\n"_s)) {
+            QVERIFY2(line.size() <= 30, qPrintable(line));
+        }
+        const QByteArray ascii = inTerminal(u"export NO_COLOR=1 LC_ALL=C; "_s + agents, 30).out;
+        QVERIFY2(std::ranges::all_of(ascii, [](char each) { return each >= 0; }), ascii);
+        QVERIFY(ascii.contains('~'));
+        const Run headless =
+            run(u"bash"_s, {u"-c"_s, u"'%1/ostrellectl' status 2>&1 | head -n 1"_s.arg(
+                                         qEnvironmentVariable("OSTRELLE_BINARY_DIR"))});
+        QCOMPARE(headless.out, "ostrellectl: Ostrelle does not run\n");
+        const Run full =
+            run(u"bash"_s, {u"-c"_s, u"'%1/ostrellectl' --help > /dev/full"_s.arg(
+                                         qEnvironmentVariable("OSTRELLE_BINARY_DIR"))});
+        QCOMPARE(full.out, "");
+    }
+
+    void aCameraReadsTheCode_data()
+    {
+        const Rows<QString, bool> row("command", "isLight");
+        row("with colours", u"ctl pair"_s, false);
+        row("a dark terminal", u"NO_COLOR=1 ctl pair"_s, false);
+        row("a light terminal", u"NO_COLOR=1 ctl pair --light"_s, true);
+        row("without UTF-8", u"LC_ALL=C NO_COLOR=1 ctl pair --light"_s, true);
+        row("a pipe", u"ctl pair | cat"_s, false);
+    }
+
+    void aCameraReadsTheCode()
+    {
+        QFETCH(QString, command);
+        QFETCH(bool, isLight);
+        const CtlHome home;
+        Program program;
+        QVERIFY(program.waitForPort() != 0);
+        QCOMPARE(ctl({u"token"_s, u"set"_s}, "t0k&n").status, 0);
+        const Run shown = inTerminal(u"export LC_ALL=C.UTF-8; "_s + command, 120);
+        QCOMPARE(shown.status, 0);
+        const QString picture = home.write(u"code.pgm"_s, rendered(shown.out, isLight));
+        const Run read = run(u"zbarimg"_s, {u"-q"_s, u"--raw"_s, picture});
+        QVERIFY2(read.out.contains("&token=t0k%26n"), shown.out + read.err);
+        QCOMPARE(inTerminal(command.section(u'|', 0, 0), 20).status, 1); // it does not fit
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSurroundings)
+#include "test_surroundings.moc"
