@@ -144,7 +144,10 @@ private Q_SLOTS:
         QTRY_VERIFY(ctl({u"status"_s}).out.contains("Muted"));
         QCOMPARE(ctl({u"mute"_s}).status, 0);
         QCOMPARE(ctl({u"unmute"_s}).status, 0);
-        QTRY_COMPARE(desk.agent.commands, (QStringList{u"/mute"_s, u"/unmute"_s}));
+        desk.agent.body = R"({"state":"listening"})";
+        QTRY_VERIFY(ctl({u"status"_s}).out.contains("Listening"));
+        QCOMPARE(ctl({u"mute"_s, u"--toggle"_s}).status, 0);
+        QTRY_COMPARE(desk.agent.commands, (QStringList{u"/mute"_s, u"/unmute"_s, u"/mute"_s}));
         desk.agent.close();
         QTRY_COMPARE_WITH_TIMEOUT(ctl({u"mute"_s}).status, 1, 20000);
         const Run start = ctl({u"voice"_s, u"start"_s});
