@@ -25,6 +25,7 @@ void openPanel(const ControlContext &context, Question *question);
 void chat(const ControlContext &context, Question *question);
 void mute(const ControlContext &context, Question *question);
 void unmute(const ControlContext &context, Question *question);
+void toggleMute(const ControlContext &context, Question *question);
 void startVoice(const ControlContext &context, Question *question);
 void stopVoice(const ControlContext &context, Question *question);
 void restartVoice(const ControlContext &context, Question *question);

@@ -42,6 +42,7 @@ constexpr std::array commands{
     CommandRow{"chat"_L1, &command::chat},
     CommandRow{"mute"_L1, &command::mute},
     CommandRow{"unmute"_L1, &command::unmute},
+    CommandRow{"mute-toggle"_L1, &command::toggleMute},
     CommandRow{"voice-start"_L1, &command::startVoice},
     CommandRow{"voice-stop"_L1, &command::stopVoice},
     CommandRow{"voice-restart"_L1, &command::restartVoice},

@@ -37,6 +37,8 @@ Background lookAround(const Settings &settings)
     }
     for (const QString &key : keys) {
         found.secrets.append(settings.tokens->getToken(key).value_or(QString()));
+        // Older versions took such addresses.
+        found.secrets.append({QUrl(key).userInfo(QUrl::FullyEncoded), QUrl(key).userInfo()});
     }
     found.secrets.append({config.gateway.token.value_or(QString()),
                           config.resolveToken(*settings.tokens),
@@ -57,20 +59,12 @@ QString scrubbed(QString text, const QStringList &secrets)
     return homely(text);
 }
 
-QString withoutUser(const QString &url)
-{
-    const QUrl parsed(url);
-    return parsed.userInfo().isEmpty() ? url : parsed.toString(QUrl::RemoveUserInfo);
-}
-
 QString configuration(OstrelleConfig config)
 {
     config.gateway.token.reset();
-    config.gateway.url = withoutUser(config.gateway.url);
     if (config.gateway.saved) {
         for (SavedGateway &saved : *config.gateway.saved) {
             saved.token.reset();
-            saved.url = withoutUser(saved.url);
         }
     }
     return QString::fromUtf8(config.encode()).trimmed();

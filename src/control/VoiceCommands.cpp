@@ -15,14 +15,14 @@ void tellVoice(const VoiceViewModel &voice, Question *question)
 }
 
 // The wish is shown at once; the agent's next answer decides.
-void setMuted(const ControlContext &context, Question *question, bool muted)
+void setMuted(const ControlContext &context, Question *question, bool (*wish)(bool isMuted))
 {
     VoiceViewModel &voice = *context.models.voiceVM;
     if (!voice.voiceRunning()) {
         question->fail(u"the voice agent does not run"_s);
         return;
     }
-    if (voice.isMuted() != muted) {
+    if (voice.isMuted() != wish(voice.isMuted())) {
         voice.toggleMute();
     }
     tellVoice(voice, question);
@@ -51,12 +51,17 @@ void answerWhenUp(VoiceViewModel *voice, Question *question)
 
 void mute(const ControlContext &context, Question *question)
 {
-    setMuted(context, question, true);
+    setMuted(context, question, [](bool) { return true; });
 }
 
 void unmute(const ControlContext &context, Question *question)
 {
-    setMuted(context, question, false);
+    setMuted(context, question, [](bool) { return false; });
+}
+
+void toggleMute(const ControlContext &context, Question *question)
+{
+    setMuted(context, question, [](bool isMuted) { return !isMuted; });
 }
 
 void startVoice(const ControlContext &context, Question *question)

@@ -62,6 +62,7 @@ private:
     // What the options say.
     Shown m_shown;
     bool m_watches = false;
+    bool m_toggles = false;
     std::vector<std::string> m_words;
     std::string m_gateway;
     std::string m_name;
@@ -136,7 +137,10 @@ void CommandLine::addButtons()
     CLI::App *const ask = add(m_app, "chat", "Asks the gateway one question",
                               [this] { return chat(fromArguments(m_words)); });
     ask->add_option("TEXT", m_words, "The question, or - for the standard input")->required();
-    add(m_app, "mute", "Mutes the voice agent", [] { return act({.command = u"mute"_s}); });
+    CLI::App *const mute = add(m_app, "mute", "Mutes the voice agent", [this] {
+        return act({.command = m_toggles ? u"mute-toggle"_s : u"mute"_s});
+    });
+    mute->add_flag("--toggle", m_toggles, "Or unmutes it where it is muted");
     add(m_app, "unmute", "Unmutes it", [] { return act({.command = u"unmute"_s}); });
     add(m_app, "panel", "Opens the panel", [] { return act({.command = u"panel"_s}); });
 }

@@ -60,7 +60,7 @@ void printJson(const QJsonObject &data, const Shown &shown,
     // JSON is UTF-8 whatever the locale is.
     Terminal terminal = shown.terminal;
     terminal.isUtf8 = true;
-    print(text, terminal);
+    print(terminal.isTerminal ? printableLines(text) : text, terminal);
 }
 
 Asked askOrRead(const QString &command)
@@ -71,6 +71,9 @@ Asked askOrRead(const QString &command)
 // But for what changes all the time.
 QJsonObject whatMatters(QJsonObject status)
 {
+    if (!status.contains("documents"_L1)) {
+        return status;
+    }
     QJsonArray documents = status["documents"_L1].toArray();
     for (QJsonValueRef document : documents) {
         QJsonObject object = document.toObject();
@@ -114,13 +117,15 @@ void watchStatus(const Shown &shown)
         if (before == now) {
             continue;
         }
-        if (!isThere) {
-            complain(asked.answer.content.error().text);
-        } else {
+        if (isThere) {
             printStatus(asked, shown, QJsonDocument::Compact);
-            if (!shown.asJson) {
-                print(u"\n"_s, shown.terminal);
-            }
+        } else if (shown.asJson) {
+            printJson(now, shown, QJsonDocument::Compact);
+        } else {
+            complain(asked.answer.content.error().text);
+        }
+        if (isThere && !shown.asJson) {
+            print(u"\n"_s, shown.terminal);
         }
         before = std::move(now);
     }

@@ -1,10 +1,15 @@
 #include "ctl/Input.h"
 
 #include "control/ControlProtocol.h"
+#include "platform/Files.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
@@ -37,23 +42,45 @@ QString readUntil(Until end)
     return QString::fromUtf8(input).trimmed();
 }
 
-// While it lives the terminal does not show what is typed.
+// While it lives the terminal does not show what is typed. It does again before a signal ends the
+// program.
 class HiddenTyping
 {
 public:
     HiddenTyping()
     {
+        sigset_t ending;
+        ::sigemptyset(&ending);
+        for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGTSTP}) {
+            ::sigaddset(&ending, signal);
+        }
+        ::sigprocmask(SIG_BLOCK, &ending, &m_signalsBefore);
+        m_signals = Descriptor(::signalfd(-1, &ending, SFD_CLOEXEC));
         ::tcgetattr(STDIN_FILENO, &m_before);
         termios hidden = m_before;
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
     }
-    ~HiddenTyping() { ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before); }
+    ~HiddenTyping()
+    {
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
+        ::sigprocmask(SIG_SETMASK, &m_signalsBefore, nullptr);
+    }
     HiddenTyping(const HiddenTyping &) = delete;
     HiddenTyping &operator=(const HiddenTyping &) = delete;
 
+    // False when a signal has come.
+    bool waitForLine() const
+    {
+        std::array<pollfd, 2> waiting{{{.fd = m_signals.get(), .events = POLLIN, .revents = 0},
+                                       {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0}}};
+        return ::poll(waiting.data(), waiting.size(), -1) > 0 && waiting[0].revents == 0;
+    }
+
 private:
     termios m_before{};
+    sigset_t m_signalsBefore{};
+    Descriptor m_signals;
 };
 
 void askFor(const QString &question)
@@ -75,7 +102,7 @@ QString readSecret(const QString &question)
     }
     askFor(question);
     const HiddenTyping hidden;
-    QString secret = readUntil(Until::EndOfLine);
+    QString secret = hidden.waitForLine() ? readUntil(Until::EndOfLine) : QString();
     askFor(u"\n"_s);
     return secret;
 }

@@ -244,6 +244,7 @@ private Q_SLOTS:
         const Run read = run(u"zbarimg"_s, {u"-q"_s, u"--raw"_s, picture});
         QVERIFY2(read.out.contains("&token=t0k%26n"), shown.out + read.err);
         QCOMPARE(inTerminal(command.section(u'|', 0, 0), 20).status, 1); // it does not fit
+        QCOMPARE(inTerminal(u"ctl pair --text"_s, 120).status, 2);       // others look on
     }
 };
 
