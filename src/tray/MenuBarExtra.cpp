@@ -121,11 +121,11 @@ void MenuBarExtra::handleClick()
     m_lastPointer = QCursor::pos();
     const bool isSecond = isWithin(m_sinceClick, doubleClick());
     m_sinceClick.start();
-    if (isSecond) {
-        openPanel(); // whatever the first of two quick clicks did, also by taking its focus
-    } else if (m_panel && m_panel->isOpen()) {
+    if (!isSecond && m_panel && m_panel->isOpen()) {
         m_panel->close();
-    } else if (!isWithin(m_sinceLostFocus, sameClick)) {
+    } else if (isSecond || !isWithin(m_sinceLostFocus, sameClick)) {
+        // The second of two quick clicks opens it whatever the first one did, also by taking its
+        // focus.
         openPanel();
     }
 }

@@ -17,7 +17,7 @@ class TestDesktop : public QObject
 
 private Q_SLOTS:
     // Else all that fails together shows as nothing but a time-out.
-    void init()
+    void init() const
     {
         if (m_failures > 2) {
             QSKIP("enough has failed");

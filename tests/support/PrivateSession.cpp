@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <ranges>
+#include <sys/prctl.h>
 
 using namespace Qt::StringLiterals;
 
@@ -66,6 +67,8 @@ QProcess &PrivateSession::start(const QString &program, const QStringList &argum
 {
     QProcess &process = *m_processes.emplace_back(std::make_unique<QProcess>());
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // A test that is killed leaves nobody behind.
+    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     process.start(program, arguments);
     if (!process.waitForStarted()) {
         qFatal("cannot start %s: %s", qPrintable(program), qPrintable(process.errorString()));

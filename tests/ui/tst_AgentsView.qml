@@ -92,7 +92,6 @@ ViewTest {
 
         const field = hint => Items.visibleItems(view).find(each => each.placeholderText === hint);
         compare(field("Display name").text, "Alpha");
-        verify(!Items.withText(view, "Spinal Map"));
         field("Display name").text = "  Counter ";
         field("Emoji").text = " ";
         const emoji = alpha.node.defaultEmoji;
