@@ -43,7 +43,7 @@ QString findDuskrell()
 ToolRun runDuskrell(const QString &path, const QStringList &arguments,
                     Capture capture = Capture::StandardError)
 {
-    return path.isEmpty() ? run(u"/usr/bin/env"_s, QStringList(u"duskrell"_s) + arguments, capture)
+    return path.isEmpty() ? ToolRun{.succeeded = false, .output = u"duskrell: not found"_s}
                           : run(path, arguments, capture);
 }
 
