@@ -131,6 +131,7 @@ private:
 void prepareProgram()
 {
     prepareProcess();
+    ensureHome();
     TerminationSignals::watch(patienceForMainThread, &endWithoutMainThread);
     logMessagesOfLibraries();
 }

@@ -1,6 +1,7 @@
 #include "dashboards/ProjectTrackerJob.h"
 
 #include "core/Json.h"
+#include "platform/SearchPath.h"
 
 #include <algorithm>
 
@@ -32,7 +33,7 @@ std::expected<void, TrackerJobProblem> runProjectTrackerJob(
     const std::function<QString(const QString &program, const QStringList &args)> &runProcess)
 {
     const QString cli = runProcess(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}).trimmed();
-    if (cli.isEmpty()) {
+    if (!isTrustworthyFile(cli)) {
         return std::unexpected(TrackerJobProblem::NoTool);
     }
     const auto job =

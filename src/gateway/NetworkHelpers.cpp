@@ -29,6 +29,9 @@ QProcessEnvironment fixedEnvironment()
 
 QByteArray outputOf(const QString &executable, const QStringList &args)
 {
+    if (executable.isEmpty()) {
+        return {};
+    }
     QString commandLine = quoted(executable);
     for (const QString &argument : args) {
         commandLine += u' ' + quoted(argument);
@@ -77,8 +80,7 @@ QString NetworkHelpers::tailscaleCLI(const TailscalePlaces &places)
     if (const auto tool = std::ranges::find_if(tools, &isTrustworthyFile); tool != tools.end()) {
         return *tool;
     }
-    const QString found = tailscaleOnSearchPath();
-    return found.isEmpty() ? u"tailscale"_s : found;
+    return tailscaleOnSearchPath();
 }
 
 bool NetworkHelpers::isTailscaleInstalled(const TailscalePlaces &places)

@@ -1,8 +1,9 @@
 #include "gateway/ProjectTrackingSwitch.h"
 
 #include "core/Json.h"
+#include "core/ToolEnvironment.h"
 #include "gateway/NetworkHelpers.h"
-#include "platform/Files.h"
+#include "platform/SearchPath.h"
 
 #include <algorithm>
 
@@ -16,10 +17,10 @@ namespace
 
 QString findTool(const QStringList &paths)
 {
-    if (const auto path = std::ranges::find_if(paths, fileExists); path != paths.end()) {
+    if (const auto path = std::ranges::find_if(paths, isTrustworthyFile); path != paths.end()) {
         return *path;
     }
-    return NetworkHelpers::runProcess(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}).trimmed();
+    return findProgram(u"duskrell"_s, toolSearchPath()).value_or(QString());
 }
 
 // The ids of the project tracker's jobs; absent when the text is no list of jobs.

@@ -352,7 +352,9 @@ std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
     process.setWorkingDirectory(command.workingDirectory);
     process.setProcessEnvironment(environment);
     process.start();
-    if (!process.waitForStarted(-1)) {
+    // The program may be on a disk that hangs.
+    constexpr std::chrono::milliseconds anyTime{-1};
+    if (!process.waitForStarted(static_cast<int>(options.killAfter.value_or(anyTime).count()))) {
         return std::unexpected(failure(ChildFailure::Kind::NotStarted, process.errorString()));
     }
     pipe->closeWriteEnd();

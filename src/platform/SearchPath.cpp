@@ -9,8 +9,11 @@
 #include <QSet>
 #include <QStringList>
 
+#include <algorithm>
+#include <filesystem>
 #include <mutex>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace ostrelle
@@ -48,28 +51,64 @@ bool anybodyMayWrite(const QString &path)
            (attributes.st_mode & S_IWOTH) != 0;
 }
 
-// What anybody may exchange on the way to a folder; nothing for those on which only the owner of an
-// entry may touch it, as in /tmp.
-bool anybodyMayReplace(const QString &folder)
+// Whether somebody else could exchange this entry of the folder. In one like /tmp only its owner
+// may touch it.
+bool somebodyMayReplace(const QString &folder, const struct stat &entry)
 {
     struct stat attributes{};
-    return ::stat(QFile::encodeName(folder).constData(), &attributes) == 0 &&
-           (attributes.st_mode & S_IWOTH) != 0 && (attributes.st_mode & S_ISVTX) == 0;
+    if (::stat(QFile::encodeName(folder).constData(), &attributes) != 0) {
+        return true;
+    }
+    const bool isOurs = entry.st_uid == 0 || entry.st_uid == ::geteuid();
+    return (attributes.st_mode & S_IWOTH) != 0 && ((attributes.st_mode & S_ISVTX) == 0 || !isOurs);
+}
+
+// Of a symbolic link, as it stands there.
+QString rawTarget(const QString &link)
+{
+    std::error_code error;
+    const auto target =
+        std::filesystem::read_symlink(QFile::encodeName(link).constData(), error).string();
+    return QFile::decodeName(QByteArray::fromStdString(target));
+}
+
+// Whether somebody else decides what is at the end of the path, in which each link is followed.
+bool somebodyMayRedirect(const QString &path)
+{
+    constexpr int mostLinks = 40;
+    QStringList ahead = path.split(u'/', Qt::SkipEmptyParts);
+    QString folder; // as seen from the root, without links; empty for the root
+    int links = 0;
+    while (!ahead.isEmpty()) {
+        const QString name = ahead.takeFirst();
+        if (name == "."_L1 || name == ".."_L1) {
+            folder.truncate(name == ".."_L1 ? std::max<qsizetype>(folder.lastIndexOf(u'/'), 0)
+                                            : folder.size());
+            continue;
+        }
+        const QString entry = folder + u'/' + name;
+        struct stat attributes{};
+        if (::lstat(QFile::encodeName(entry).constData(), &attributes) != 0 ||
+            somebodyMayReplace(folder + u'/', attributes)) {
+            return true;
+        }
+        if (!S_ISLNK(attributes.st_mode)) {
+            folder = entry;
+            continue;
+        }
+        const QString target = rawTarget(entry);
+        if (++links > mostLinks) {
+            return true;
+        }
+        ahead = target.split(u'/', Qt::SkipEmptyParts) + ahead;
+        folder = target.startsWith(u'/') ? QString() : folder;
+    }
+    return false;
 }
 
 bool isOpenFolder(const QString &folder)
 {
-    if (anybodyMayWrite(folder)) {
-        return true;
-    }
-    QString above = QFileInfo(folder).canonicalFilePath();
-    while (!above.isEmpty() && above != "/"_L1) {
-        if (anybodyMayReplace(above)) {
-            return true;
-        }
-        above = QFileInfo(above).path();
-    }
-    return false;
+    return QFileInfo::exists(folder) && (anybodyMayWrite(folder) || somebodyMayRedirect(folder));
 }
 
 } // namespace
@@ -109,7 +148,8 @@ bool isTrustworthyFile(const QString &path)
         return false;
     }
     const bool isOpen = anybodyMayWrite(target) || isOpenFolder(QFileInfo(path).path()) ||
-                        isOpenFolder(QFileInfo(target).path());
+                        isOpenFolder(QFileInfo(target).path()) ||
+                        somebodyMayRedirect(QFileInfo(path).absoluteFilePath());
     if (isOpen) {
         ToldPaths::tell(path);
     }

@@ -3,7 +3,7 @@
 #include "core/ShellWord.h"
 #include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
-#include "platform/Files.h"
+#include "platform/SearchPath.h"
 
 #include <QFileInfo>
 
@@ -59,7 +59,9 @@ QString gatewayCLI()
 {
     const ShellResult found =
         runShell(u"PATH=/opt/homebrew/bin:/usr/local/bin:$PATH which duskrell"_s, checkTimeout);
-    return found.success ? found.output : findUserTool(u"duskrell"_s).value_or(QString());
+    return found.success && isTrustworthyFile(found.output)
+               ? found.output
+               : findUserTool(u"duskrell"_s).value_or(QString());
 }
 
 QString searchPathFor(const QString &tool)
@@ -74,17 +76,18 @@ QString searchPathFor(const QString &tool)
 QString tailscaleCLI()
 {
     if (const ShellResult found = runShell(u"which tailscale 2>/dev/null"_s, checkTimeout);
-        found.success) {
+        found.success && isTrustworthyFile(found.output)) {
         return found.output;
     }
     for (const QString &candidate :
          {u"/usr/local/bin/tailscale"_s, u"/opt/homebrew/bin/tailscale"_s,
           u"/Applications/Tailscale.app/Contents/MacOS/Tailscale"_s}) {
-        if (fileExists(candidate)) {
+        if (isTrustworthyFile(candidate)) {
             return candidate;
         }
     }
-    return findUserTool(u"tailscale"_s).value_or(u"tailscale"_s);
+    // The bare name could be that of a tool that was passed over.
+    return findUserTool(u"tailscale"_s).value_or(u"/usr/bin/false"_s);
 }
 
 } // namespace ostrelle

@@ -1,7 +1,5 @@
 #include "statusserver/AnswerMemory.h"
 
-#include "platform/Heap.h"
-
 namespace ostrelle
 {
 
@@ -17,19 +15,11 @@ public:
     {
         *m_sum += m_bytes;
     }
-    ~Share()
-    {
-        *m_sum -= m_bytes;
-        if (m_bytes > worthTrimming) {
-            trimHeap();
-        }
-    }
+    ~Share() { *m_sum -= m_bytes; }
     Share(const Share &) = delete;
     Share &operator=(const Share &) = delete;
 
 private:
-    static constexpr std::size_t worthTrimming = std::size_t{1024} * 1024;
-
     const std::shared_ptr<std::atomic<std::size_t>> m_sum;
     const std::size_t m_bytes;
 };

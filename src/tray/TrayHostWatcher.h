@@ -28,12 +28,15 @@ public:
 
 Q_SIGNALS:
     void hostPresentChanged();
+    void busCameBack(); // after its end: what was said to the old one is to be said again
 
 private Q_SLOTS:
     void askBus();
+    void handleBusEnd();
 
 private:
     void watchBus(const QDBusConnection &bus);
+    void connectAgain();
     void watchX11();
     void lookForX11Tray();
     void takeAnswer(const QDBusMessage &answer);
@@ -45,6 +48,7 @@ private:
     QObject *m_question = nullptr; // the last one to the bus; an older one's answer does not count
     QTimer m_asksAgain;            // whoever gave no answer
     std::unique_ptr<QDBusServiceWatcher> m_watcherService;
+    int m_connections = 0; // after the process's own
     std::unique_ptr<X11Connection> m_x11;
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(TrayHostWatcher, bool, m_hostPresent, false,
                                          &TrayHostWatcher::hostPresentChanged)

@@ -204,8 +204,8 @@ private Q_SLOTS:
     void runsTheTrackerJob_data()
     {
         const Rows<QString, QString, QString> row("found", "list", "lastCommand");
-        const QString tool = u" /bin/duskrell\n"_s;
-        const QString listing = u"/bin/duskrell cron list --json --all"_s;
+        const QString tool = u" /bin/true\n"_s;
+        const QString listing = u"/bin/true cron list --json --all"_s;
         const QString job = u"{\"name\":\"OSTRELLE Project Tracker\",\"id\":%1}"_s;
         row("no tool", u"\n"_s, u""_s, u"/usr/bin/env which duskrell"_s);
         row("no list", tool, u"error"_s, listing);
@@ -216,7 +216,7 @@ private Q_SLOTS:
             listing);
         row("the first of two", tool,
             u"{\"jobs\":[{},%1,%2]}"_s.arg(job.arg(u"\"a\""_s), job.arg(u"\"b\""_s)),
-            u"/bin/duskrell cron run a"_s);
+            u"/bin/true cron run a"_s);
     }
 
     void runsTheTrackerJob()
@@ -241,7 +241,7 @@ private Q_SLOTS:
             home.settings(),
             [](const QString &, const QStringList &args) {
                 return args.contains(u"which"_s)
-                           ? u"tool"_s
+                           ? u"/bin/true"_s
                            : u"{\"jobs\":[{\"name\":\"OSTRELLE Project Tracker\",\"id\":\"1\"}]}"_s;
             },
             1ms);

@@ -55,6 +55,7 @@ private Q_SLOTS:
         row("at the place itself", {}, u"place/duskrell"_s);
         row("somebody else's at the place", u"place/duskrell"_s, u"first/duskrell"_s);
         row("a folder for everybody", u"place"_s, u"first/duskrell"_s);
+        row("a link through such a folder", u"hop"_s, u"first/duskrell"_s);
     }
 
     void findsTheTool()
@@ -64,6 +65,11 @@ private Q_SLOTS:
         const ScratchHome home;
         for (const QString &folder : {u"place"_s, u"rogue"_s, u"first"_s}) {
             home.writeScript(folder + u"/duskrell"_s, {});
+        }
+        if (QDir(home.path()).mkdir(open) && open == u"hop"_s) {
+            QFile::rename(home.path(u"place/duskrell"_s), home.path(u"place/real"_s));
+            QFile::link(home.path(u"place/real"_s), home.path(u"hop/link"_s));
+            QFile::link(home.path(u"hop/link"_s), home.path(u"place/duskrell"_s));
         }
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", u":.:%1/rogue:%1/first:"_s.arg(home.path()).toUtf8() + path);
