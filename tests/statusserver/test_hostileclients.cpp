@@ -20,7 +20,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
 const std::optional nothing = QByteArray("");
 
 qint64 memoryInUse()
