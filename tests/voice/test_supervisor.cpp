@@ -170,6 +170,8 @@ private Q_SLOTS:
         ManualTime time;
         ServiceManager manager = home.supervisor(time.asTime());
         qsizetype descriptors = 0;
+        time.now = SupervisorTime::real().now();
+        QVERIFY(time.now.time_since_epoch() > 0s);
         manager.startVoice();
         for (const auto &[gap, delay, attempt] :
              {Crash{0s, 1, 1}, Crash{10s, 2, 2}, Crash{60s, 4, 3}, Crash{1s, 8, 4},
