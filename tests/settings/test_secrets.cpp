@@ -77,11 +77,13 @@ private Q_SLOTS:
     void keepsSecretsInAFile()
     {
         const QString path = m_home.path(u"secrets.json"_s);
+        const QFile::Permissions others(0x77); // everybody but the owner
         SecretFile file(path);
         verifyKeepsSecrets(file);
-        struct stat attributes{};
-        QCOMPARE(::stat(qPrintable(path), &attributes), 0);
-        QCOMPARE(attributes.st_mode & 0777U, 0600U);
+        QVERIFY(!(QFile::permissions(path) & others));
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | others));
+        QVERIFY(file.write(account, "seen by nobody"));
+        QVERIFY(!(QFile::permissions(path) & others));
 
         m_home.write(u"secrets.json"_s, "broken {");
         QCOMPARE(outcome(file.read(account)), toString(SecretProblem::Refused));
