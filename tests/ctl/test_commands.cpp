@@ -1,9 +1,9 @@
 #include "app/Program.h"
 #include "ctl/Ctl.h"
+#include "gateway/StandInGateway.h"
 #include "support/Rows.h"
 #include "support/SimulatedGateway.h"
 #include "tracker/GatewayTool.h"
-#include "voice/FakeControlPort.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -26,8 +26,9 @@ public:
     explicit Desk(const QByteArray &voice = R"({"state":"listening"})")
         : gateway(home)
     {
-        agent.status = "200 OK";
-        agent.body = voice;
+        agent.answer("/status", StandInGateway::response(200, voice));
+        agent.answer("/mute", StandInGateway::response(200));
+        agent.answer("/unmute", StandInGateway::response(200));
         home.configure(gateway.url(), agent.serverPort());
         program.emplace();
         program->waitForPort();
@@ -35,7 +36,7 @@ public:
 
     const CtlHome home;
     const SimulatedGateway gateway;
-    FakeControlPort agent;
+    StandInGateway agent;
     std::optional<Program> program;
 };
 
@@ -139,15 +140,17 @@ private Q_SLOTS:
     {
         Desk desk;
         QTRY_COMPARE(ctl({u"mute"_s}).status, 0); // once the agent has answered
-        QTRY_COMPARE(desk.agent.commands, QStringList(u"/mute"_s));
-        desk.agent.body = R"({"state":"listening","muted":true})";
+        QTRY_COMPARE(desk.agent.requests("/mute").size(), 1);
+        desk.agent.answer("/status",
+                          StandInGateway::response(200, R"({"state":"listening","muted":true})"));
         QTRY_VERIFY(ctl({u"status"_s}).out.contains("Muted"));
         QCOMPARE(ctl({u"mute"_s}).status, 0);
         QCOMPARE(ctl({u"unmute"_s}).status, 0);
-        desk.agent.body = R"({"state":"listening"})";
+        desk.agent.answer("/status", StandInGateway::response(200, R"({"state":"listening"})"));
         QTRY_VERIFY(ctl({u"status"_s}).out.contains("Listening"));
         QCOMPARE(ctl({u"mute"_s, u"--toggle"_s}).status, 0);
-        QTRY_COMPARE(desk.agent.commands, (QStringList{u"/mute"_s, u"/unmute"_s, u"/mute"_s}));
+        QTRY_COMPARE(desk.agent.requests("/mute").size(), 2);
+        QCOMPARE(desk.agent.requests("/unmute").size(), 1);
         desk.agent.close();
         QTRY_COMPARE_WITH_TIMEOUT(ctl({u"mute"_s}).status, 1, 20000);
         const Run start = ctl({u"voice"_s, u"start"_s});

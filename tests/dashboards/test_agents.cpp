@@ -81,11 +81,10 @@ private Q_SLOTS:
 
     void presets()
     {
-        const QStringList ids{u"MAIN"_s,   u"mainly"_s, u"code-search"_s, u"Code-Reviewer"_s,
-                              u"devops"_s, u"camera"_s, u"content"_s,     u"guide"_s,
-                              u"infra"_s,  u"tester"_s};
         QStringList emojis;
-        for (const QString &id : ids) {
+        for (const QString &id :
+             u"MAIN mainly code-search Code-Reviewer devops camera content guide infra tester"_s
+                 .split(u' ')) {
             emojis.append(AgentVisualPreset::forAgent(id, NamedColor::Mint).emoji);
         }
         QCOMPARE(emojis.join(u' '), u"🧠 ✨ 🔎 🧑💻 🧑💻 👁️ ✍️ 🎨 🛠️ 🧪"_s);

@@ -1,6 +1,7 @@
 #include "displayserver/PortalShortcut.h"
 #include "support/PrintedLines.h"
 #include "support/PrivateSession.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QDBusConnectionInterface>
@@ -93,15 +94,12 @@ class TestPortal : public QObject
 private Q_SLOTS:
     void saysOnceWhyItIsNotHeard_data()
     {
-        QTest::addColumn<std::optional<Manner>>("manner");
-        QTest::addColumn<QByteArray>("reason");
+        const Rows<std::optional<Manner>, QByteArray> row("manner", "reason");
         const QByteArray none = "the desktop has no GlobalShortcuts portal";
-        const QByteArray silent = "the desktop's portal does not answer";
-        const QByteArray refused = "the desktop's portal refused it";
-        QTest::newRow("no portal") << std::optional<Manner>() << none;
-        QTest::newRow("older portal") << std::optional(Manner::KnowsNoShortcuts) << none;
-        QTest::newRow("never answers") << std::optional(Manner::IsSilent) << silent;
-        QTest::newRow("the user refuses") << std::optional(Manner::Refuses) << refused;
+        row("no portal", {}, none);
+        row("older portal", Manner::KnowsNoShortcuts, none);
+        row("never answers", Manner::IsSilent, "the desktop's portal does not answer");
+        row("the user refuses", Manner::Refuses, "the desktop's portal refused it");
     }
 
     void saysOnceWhyItIsNotHeard()

@@ -1,3 +1,4 @@
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "support/SimulatedGateway.h"
 
@@ -45,17 +46,14 @@ private Q_SLOTS:
 
     void knowsItsClients_data()
     {
-        QTest::addColumn<QByteArray>("request"); // TOKEN stands for the token
-        QTest::addColumn<int>("status");
-        const QByteArray question = R"({"messages":[{"role":"user","content":"hello"}]})";
-        QTest::newRow("health without a token")
-            << QByteArray("GET /health HTTP/1.0\r\n\r\n") << 200;
-        QTest::newRow("right token") << get("/v1/models", "TOKEN") << 200;
-        QTest::newRow("wrong token") << get("/v1/models", "TOKENS") << 401;
-        QTest::newRow("chat") << chat("TOKEN", question) << 200;
-        QTest::newRow("chat with a wrong token") << chat("x", question) << 401;
-        QTest::newRow("unknown path") << get("/Health", {}) << 404;
-        QTest::newRow("no HTTP") << QByteArray("hello\r\n\r\n") << 400;
+        // request: TOKEN stands for the token
+        const Rows<QByteArray, int> row("request", "status");
+        row("health without a token", "GET /health HTTP/1.0\r\n\r\n", 200);
+        row("right token", get("/v1/models", "TOKEN"), 200);
+        row("wrong token", get("/v1/models", "TOKENS"), 401);
+        row("chat with a wrong token", chat("x", R"({"messages":[]})"), 401);
+        row("unknown path", get("/Health", {}), 404);
+        row("no HTTP", "hello\r\n\r\n", 400);
     }
 
     void knowsItsClients()
@@ -71,10 +69,10 @@ private Q_SLOTS:
         const QByteArray reply = exchange(
             chat(m_gateway->token(), R"({"messages":[{"role":"system","content":"be brief"},)"
                                      R"({"role":"user","content":"💬 how many jobs?"}]})"));
-        const QString content =
-            QJsonDocument::fromJson(bodyOf(reply))["choices"_L1][0]["message"_L1]["content"_L1]
-                .toString();
-        QVERIFY2(content.startsWith(u"8 jobs"_s), qPrintable(content));
+        const QString content = QJsonDocument::fromJson(reply.sliced(
+            reply.indexOf('{')))["choices"_L1][0]["message"_L1]["content"_L1]
+                                    .toString();
+        QVERIFY2(content.startsWith(u"8 jobs"_s), reply);
         const QString logs = u".duskrell/agents/main/sessions"_s;
         QByteArray log;
         for (const QString &name : QDir(m_home.path(logs)).entryList({u"*.jsonl"_s})) {
@@ -105,12 +103,6 @@ private:
                socket.waitForReadyRead(answerMilliseconds)) {
         }
         return socket.readAll();
-    }
-
-    static QByteArray bodyOf(const QByteArray &reply)
-    {
-        const qsizetype end = reply.indexOf("\r\n\r\n");
-        return end < 0 ? QByteArray() : reply.sliced(end + 4);
     }
 
     const ScratchHome m_home;

@@ -202,6 +202,8 @@ private Q_SLOTS:
         QFile::remove(m_home->path(u"hang"_s));
         QTRY_COMPARE(monitor->tailscaleIP(), u"100.1.1.1"_s);
         QTRY_COMPARE(calls(*m_home).size(), 12);
+        monitor->pollHealth();
+        QTRY_COMPARE(calls(*m_home).size(), 15); // neither the hung ones nor the refused ones count
     }
 
     void switchesToTailscaleServe_data()

@@ -1,6 +1,7 @@
 #include "platform/ProcessSetup.h"
 #include "settings/SettingsQueues.h"
 #include "support/FileSizeLimit.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QProcess>
@@ -58,7 +59,11 @@ private Q_SLOTS:
         QCOMPARE(preferences->value(key), u"second"_s);
         QVERIFY(!home.exists(file));
         disk.release();
-        QCOMPARE(written(home)->value(key), u"second"_s);
+        for (int i = 0; i < 100'000 && !home.exists(file + u".new"_s); ++i) {
+            preferences->set(key, QString::number(i));
+        }
+        preferences->set(key, u"while it is being written"_s);
+        QCOMPARE(written(home)->value(key), u"while it is being written"_s);
     }
 
     void writesWhatWasSetJustBeforeTheEnd()
@@ -70,13 +75,13 @@ private Q_SLOTS:
 
     void takesOnlyTrueAndFalseForBooleans_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QByteArray>("values"); // where true and where false holds otherwise
-        QTest::newRow("true") << QByteArray("key=true") << QByteArray("11");
-        QTest::newRow("false") << QByteArray("key=false") << QByteArray("00");
-        QTest::newRow("number") << QByteArray("key=1") << QByteArray("10");
-        QTest::newRow("missing") << QByteArray("other=true") << QByteArray("10");
-        QTest::newRow("list") << QByteArray("key=true, false") << QByteArray("10");
+        // values: where true and where false holds otherwise
+        const Rows<QByteArray, QByteArray> row("text", "values");
+        row("true", "key=true", "11");
+        row("false", "key=false", "00");
+        row("number", "key=1", "10");
+        row("missing", "other=true", "10");
+        row("list", "key=true, false", "10");
     }
 
     void takesOnlyTrueAndFalseForBooleans()
@@ -112,9 +117,9 @@ private Q_SLOTS:
 
     void leavesABrokenFileAlone_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("not an INI file") << QByteArray("[unclosed\nno equals sign\n");
-        QTest::newRow("huge") << QByteArray(5000000, '#');
+        const Rows<QByteArray> row("content");
+        row("not an INI file", "[unclosed\nno equals sign\n");
+        row("huge", QByteArray(5000000, '#'));
     }
 
     void leavesABrokenFileAlone()

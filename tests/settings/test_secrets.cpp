@@ -10,7 +10,6 @@
 #include <QTest>
 
 #include <csignal>
-#include <sys/stat.h>
 #include <thread>
 
 using namespace ostrelle;
@@ -46,15 +45,21 @@ void verifyKeepsSecrets(SecretStore &store)
 }
 
 // With another program than ours.
-QByteArray listedByBusTool()
+QByteArray askKeyring(const QString &method, const QString &argument)
 {
-    QProcess search;
-    search.start(u"dbus-send"_s,
-                 {u"--session"_s, u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s,
-                  u"/org/freedesktop/secrets"_s, u"org.freedesktop.Secret.Service.SearchItems"_s,
-                  u"dict:string:string:service,ai.duskrell.ostrelle,account,"_s + account});
-    search.waitForFinished();
-    return search.readAllStandardOutput();
+    QProcess tool;
+    tool.start(u"gdbus"_s, {u"call"_s, u"--session"_s, u"--dest=org.freedesktop.secrets"_s,
+                            u"--object-path=/org/freedesktop/secrets"_s,
+                            u"--method=org.freedesktop.Secret.Service."_s + method, argument});
+    tool.waitForFinished();
+    return tool.readAllStandardOutput();
+}
+
+qsizetype itemsInKeyring()
+{
+    const QByteArray items = askKeyring(
+        u"SearchItems"_s, u"{'service':'ai.duskrell.ostrelle','account':'%1'}"_s.arg(account));
+    return items.count("/org/freedesktop/secrets/collection/");
 }
 
 } // namespace
@@ -78,11 +83,13 @@ private Q_SLOTS:
     void keepsSecretsInAFile()
     {
         const QString path = m_home.path(u"secrets.json"_s);
+        const QFile::Permissions ownersOnly(0x6600);
         SecretFile file(path);
         verifyKeepsSecrets(file);
-        struct stat attributes{};
-        QCOMPARE(::stat(qPrintable(path), &attributes), 0);
-        QCOMPARE(attributes.st_mode & 0777U, 0600U);
+        QCOMPARE(QFile::permissions(path), ownersOnly);
+        QVERIFY(QFile::setPermissions(path, QFile::Permissions(0x6644)));
+        QVERIFY(file.write(account, "closed"));
+        QCOMPARE(QFile::permissions(path), ownersOnly);
 
         m_home.write(u"secrets.json"_s, "broken {");
         QCOMPARE(outcome(file.read(account)), toString(SecretProblem::Refused));
@@ -101,7 +108,7 @@ private Q_SLOTS:
 
         QVERIFY(m_service.write(account, "one"));
         QVERIFY(m_service.write(account, "two"));
-        QCOMPARE(listedByBusTool().count("object path"), 1);
+        QCOMPARE(itemsInKeyring(), 1);
         QVERIFY(m_service.remove(account));
     }
 
@@ -114,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(outcome(m_preferred.read(account)), u"\"without a service\""_s);
         QVERIFY(m_preferred.write(account, "with a service"));
         QCOMPARE(outcome(m_preferred.read(account)), u"\"with a service\""_s);
-        QCOMPARE(listedByBusTool().count("object path"), 1);
+        QCOMPARE(itemsInKeyring(), 1);
         QVERIFY(!m_home.read(keptIn).contains(account.toUtf8()));
 
         endKeyring();
@@ -184,7 +191,7 @@ private Q_SLOTS:
             return saved ? u"saved"_s : toString(saved.error());
         };
         QCOMPARE(save(u"one"_s), u"saved"_s);
-        lockKeyring();
+        askKeyring(u"Lock"_s, u"['/org/freedesktop/secrets/collection/login']"_s);
         QCOMPARE(outcome(m_service.read(account)), toString(SecretProblem::Locked));
         QCOMPARE(settings.tokens->getToken(gateway), u"one"_s); // remembered
         expectCancel();
@@ -204,15 +211,6 @@ private Q_SLOTS:
     }
 
 private:
-    static void lockKeyring()
-    {
-        QProcess::execute(u"dbus-send"_s,
-                          {u"--session"_s, u"--type=method_call"_s, u"--print-reply"_s,
-                           u"--dest=org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
-                           u"org.freedesktop.Secret.Service.Lock"_s,
-                           u"array:objpath:/org/freedesktop/secrets/collection/login"_s});
-    }
-
     void endKeyring()
     {
         m_keyring->terminate();

@@ -1,6 +1,7 @@
 #include "settings/OwnMachine.h"
 #include "settings/SettingsQueues.h"
 #include "support/PrintedLines.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QNetworkInterface>
@@ -81,20 +82,19 @@ private Q_SLOTS:
 
     void knowsThisMachine_data()
     {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<bool>("isThis");
+        const Rows<QString, bool> row("url", "isThis");
         for (const QHostAddress &address : QNetworkInterface::allAddresses()) {
             QUrl url(u"http://x:1"_s);
             url.setHost(address.toString());
-            QTest::newRow(qPrintable(address.toString())) << url.toString() << true;
+            row(qPrintable(address.toString()), url.toString(), true);
         }
-        QTest::newRow("loopback") << u"https://127.9.9.9"_s << true;
-        QTest::newRow("IPv6") << u"http://[::1]:5"_s << true;
-        QTest::newRow("localhost") << u"http://LocalHost:5"_s << true;
-        QTest::newRow("no host") << u"127.0.0.1"_s << false;
-        QTest::newRow("user part") << u"http://127.0.0.1@far"_s << false;
-        QTest::newRow("longer name") << u"http://localhost.far"_s << false;
-        QTest::newRow("elsewhere") << u"http://203.0.113.5"_s << false;
+        row("loopback", u"https://127.9.9.9"_s, true);
+        row("IPv6", u"http://[::1]:5"_s, true);
+        row("localhost", u"http://LocalHost:5"_s, true);
+        row("no host", u"127.0.0.1"_s, false);
+        row("user part", u"http://127.0.0.1@far"_s, false);
+        row("longer name", u"http://localhost.far"_s, false);
+        row("elsewhere", u"http://203.0.113.5"_s, false);
     }
 
     void knowsThisMachine()

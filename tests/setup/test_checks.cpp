@@ -47,12 +47,11 @@ private Q_SLOTS:
     void shell()
     {
         QFETCH(const QString, command);
-        QFETCH(const bool, success);
         QFETCH(QString, output);
         const SetupHome home;
         ShellResult result = runShell(command);
         QCOMPARE(result.output.remove(u'\0'), output.replace(u"%1"_s, home.path()));
-        QCOMPARE(result.success, success);
+        QTEST(result.success, "success");
     }
 
     void lateCommand()
@@ -120,6 +119,11 @@ private Q_SLOTS:
         QCOMPARE(manager.xcodeCLTNote(), u"here: cc"_s);
         QCOMPARE(manager.brewNote(), u"here: pacman"_s);
         QVERIFY(manager.hasBrew() && manager.hasXcodeCLT() && xcode.isEmpty() && logs.isEmpty());
+
+        QFile::remove(home.path(u".ostrelle/data/models/kokoro-v1.0.onnx.incomplete"_s));
+        QFile::remove(home.path(u".ostrelle/venv/bin/python"_s));
+        manager.checkFirstLaunch();
+        QVERIFY(waitFor([&] { return manager.showSetup(); }));
     }
 
     void tailscale_data()

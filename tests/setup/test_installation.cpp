@@ -9,7 +9,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <sys/stat.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -316,9 +315,7 @@ private Q_SLOTS:
         manager.openOnboarding();
         const QString script = home.path(u".run/ostrelle-onboard.command"_s);
         QVERIFY(waitFor([&] { return home.read(u"opened"_s) == "-e " + script.toUtf8() + '\n'; }));
-        struct stat attributes{};
-        QCOMPARE(::stat(qPrintable(script), &attributes), 0);
-        QCOMPARE(attributes.st_mode & 0777, 0755U);
+        QCOMPARE(QFile::permissions(script), QFile::Permissions(0x7755));
         QVERIFY(home.read(u".run/ostrelle-onboard.command"_s)
                     .contains("export PATH='" + home.path(u".bun/bin"_s).toUtf8() + "':$PATH:"));
 

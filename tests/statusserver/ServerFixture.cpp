@@ -19,7 +19,8 @@ RawClient::RawClient(int port, int receiveBufferBytes)
     }
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    // Not the address that everybody names: other machines use others, too.
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK + 1);
     address.sin_port = htons(static_cast<quint16>(port));
     m_connected = ::connect(m_socket.get(), reinterpret_cast<const sockaddr *>(&address),
                             sizeof address) == 0;

@@ -54,6 +54,8 @@ public:
 // The answer that a JSON body makes.
 QByteArray jsonAnswer(const QByteArray &status, const QByteArray &body);
 QByteArray bodyOf(const QByteArray &answer);
+// What /health answers.
+inline const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
 
 // A session log's line with one message.
 QByteArray messageLine(const QByteArray &text, const QByteArray &role = "user");

@@ -168,12 +168,9 @@ private Q_SLOTS:
     {
         std::stop_source stop;
         stop.request_stop();
-        const QByteArray log = messageLine("one");
-        const auto file = openRegular(m_home.write(u"stopped.jsonl"_s, log).toStdString());
+        const auto file =
+            openRegular(m_home.write(u"stopped.jsonl"_s, messageLine("one")).toStdString());
         QVERIFY(digestSessionLog(file->descriptor.get(), {}, stop.get_token()).empty());
-        BackwardLines lines(file->descriptor.get(), log.size(), {4, 8192}, stop.get_token());
-        QVERIFY(!lines.next());
-        QVERIFY(lines.failed());
     }
 
     void newestLog()

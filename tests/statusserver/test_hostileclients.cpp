@@ -20,7 +20,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QByteArray healthy = jsonAnswer("200 OK", R"({"ok":true})");
 const std::optional nothing = QByteArray("");
 
 qint64 memoryInUse()
@@ -83,7 +82,6 @@ private Q_SLOTS:
     void slowReader()
     {
         QFETCH(const std::size_t, slowestReading);
-        QFETCH(const bool, arrives);
         constexpr qsizetype bytes = 30'000'000;
         const ServerFixture fixture({.untilReading = 600ms, .slowestReading = slowestReading});
         fixture.home.write(agentTrackerFile, QByteArray(bytes, 'x'));
@@ -96,7 +94,7 @@ private Q_SLOTS:
             QTest::qWait(5);
         }
         QVERIFY(total > 0);
-        QCOMPARE(total > bytes, arrives);
+        QTEST(total > bytes, "arrives");
     }
 
     // One answer for all of them; then another one, for which the first has to go.

@@ -37,18 +37,16 @@ private Q_SLOTS:
         const QByteArray agents = jsonAnswer("200 OK", R"({"agents":{},"completions":[]})");
         const QByteArray unknown = jsonAnswer("404 Not Found", R"({"error":"not found"})");
         row("preflight", "OPTIONS /any?thing HTTP/1.1\r\n\r\n", preflight);
-        row("health", "GET /health HTTP/1.1\r\n\r\n", jsonAnswer("200 OK", R"({"ok":true})"));
-        row("status", "GET /status HTTP/1.1\r\n\r\n", agents);
+        row("health", "GET /health HTTP/1.1\r\n\r\n", healthy);
         row("no empty line, no header", "GET /", agents);
-        row("not HTTP at all", "\x16\x03\x01\xff\xfe", agents);
-        row("NUL bytes", QByteArray(64, '\0'), agents);
+        row("not HTTP at all", QByteArray("\x16\x03\0\xff\xfe", 5), agents);
         row("unknown path", "GET /favicon.ico HTTP/1.1\r\n\r\n", unknown);
         row("projects", "GET /projects HTTP/1.1\r\n\r\n",
             jsonAnswer("200 OK", R"({"version":1,"updated":"","projects":[]})"));
         row("history of nothing", "GET /?limit=3 HTTP/1.1\r\n\r\n",
             jsonAnswer("200 OK", emptyHistory));
         row("more than one receive", "GET /health HTTP/1.1\r\nX: " + QByteArray(300'000, 'x'),
-            jsonAnswer("200 OK", R"({"ok":true})"));
+            healthy);
         row("no target in one receive", QByteArray(5000, ' ') + "GET /health", agents);
     }
 
@@ -157,7 +155,7 @@ private Q_SLOTS:
         fixture.home.write(agentTrackerFile, content);
         RawClient slow(fixture.server->port(), 4096);
         QVERIFY(slow.send("GET /status HTTP/1.1\r\n\r\n"));
-        QCOMPARE(fixture.get("/health").size(), jsonAnswer("200 OK", R"({"ok":true})").size());
+        QCOMPARE(fixture.get("/health"), healthy);
         QCOMPARE(slow.readAll().value_or("broken"), jsonAnswer("200 OK", content));
     }
 
@@ -218,6 +216,10 @@ private Q_SLOTS:
             fixture.server->start();
         }
         QTRY_VERIFY(fixture.server->running() && !fixture.get("/health").isEmpty());
+        fixture.server->stop();
+        fixture.server->start();
+        fixture.server->stop();
+        QVERIFY(!QTest::qWaitFor([&] { return fixture.server->running(); }, 200));
     }
 
     void legacyAgentIsRetired()

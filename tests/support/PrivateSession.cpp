@@ -81,6 +81,7 @@ QProcess &PrivateSession::startKeyring()
     QProcess &keyring = start(u"gnome-keyring-daemon"_s,
                               {u"--foreground"_s, u"--unlock"_s, u"--components=secrets"_s});
     keyring.write("test password");
+    keyring.waitForBytesWritten();
     keyring.closeWriteChannel();
     if (!waitForService(u"org.freedesktop.secrets"_s)) {
         qFatal("the keyring does not appear on the bus");
@@ -105,17 +106,9 @@ QProcess &PrivateSession::startNotificationDaemon()
 
 bool PrivateSession::waitForService(const QString &name)
 {
-    return QTest::qWaitFor(
-        [&name] {
-            QProcess query;
-            query.start(u"dbus-send"_s,
-                        {u"--session"_s, u"--print-reply=literal"_s,
-                         u"--dest=org.freedesktop.DBus"_s, u"/"_s,
-                         u"org.freedesktop.DBus.NameHasOwner"_s, u"string:"_s + name});
-            query.waitForFinished();
-            return query.readAllStandardOutput().contains("true");
-        },
-        patienceMilliseconds);
+    const QString seconds = QString::number(patienceMilliseconds / 1000);
+    return QProcess::execute(u"gdbus"_s,
+                             {u"wait"_s, u"--session"_s, u"--timeout"_s, seconds, name}) == 0;
 }
 
 void PrivateSession::freeze(bool isFrozen)

@@ -141,19 +141,21 @@ private Q_SLOTS:
         QCOMPARE(manager.voiceProcessId(), 0);
     }
 
-    void hangingCommand_data()
+    void takesTurns_data()
     {
-        const Rows<std::chrono::milliseconds, int> row("turn", "unmuted");
-        row("during its turn", 1h, 0); // two at once could arrive in another order
-        row("after its turn", 1ms, 1);
+        const Rows<QByteArray, std::chrono::milliseconds, int> row("answer", "turn", "unmuted");
+        row("the first hangs", {}, 1h, 0); // two at once could arrive in another order
+        row("the first hangs for longer than its turn", {}, 1ms, 1);
+        row("the first is answered", nonsense, 1h, 1);
     }
 
-    void hangingCommand()
+    void takesTurns()
     {
+        QFETCH(const QByteArray, answer);
         QFETCH(const std::chrono::milliseconds, turn);
         QFETCH(const int, unmuted);
         StandInGateway agent;
-        agent.answer("/mute", {});
+        agent.answer("/mute", answer);
         VoiceControlPort port(agent.serverPort(), turn);
         for (const QString &action : {u"mute"_s, u"unmute"_s, u"start"_s}) {
             port.postAction(action); // the last one waits for nothing
