@@ -46,6 +46,6 @@ def require(holds, seen):
 
 
 def load_groups():
-    for name in ("writes", "disk", "gateway", "voice", "network", "starts"):
+    for name in ("writes", "disk", "keyring", "desktop", "gateway", "voice", "network", "clock", "starts"):
         importlib.import_module(f"groups.{name}")
     return rows

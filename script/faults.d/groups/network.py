@@ -9,8 +9,8 @@ import struct
 import threading
 import time
 
-from row import NotHere, require, row
 from loopback import set_loopback
+from row import NotHere, require, row
 from world import (DOCUMENTS, STATUS_PORT, Home, Program, connections, exchange, get, install_tool, must_serve, send_link, wait_for)
 
 MEGABYTE = 1 << 20
@@ -132,7 +132,7 @@ def resets():
     return f"/health took {took * 1000:.0f} ms afterwards; {after} descriptors, {calm} before."
 
 
-@row(seconds=60, quick=True)
+@row(seconds=60)
 def unread_answers():
     """500 clients ask for a document of 0.9 MB and never read; others ask meanwhile.
 
