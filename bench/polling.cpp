@@ -6,7 +6,7 @@
 #include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/CronViewModel.h"
 #include "gateway/GatewayViewModel.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Paths.h"
 #include "settings/OstrelleConfig.h"
 

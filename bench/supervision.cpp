@@ -3,7 +3,7 @@
 
 #include "Turns.h"
 #include "core/BackgroundWork.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Paths.h"
 #include "settings/Settings.h"
 #include "setup/SetupManager.h"

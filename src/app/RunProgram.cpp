@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/OstrelleApp.h"
 #include "core/BackgroundWork.h"
+#include "platform/ChildProcess.h"
 #include "platform/Log.h"
 #include "platform/ProcessSetup.h"
 #include "platform/SingleInstance.h"
@@ -10,7 +11,9 @@
 
 #include <QCoreApplication>
 
+#include <atomic>
 #include <cstdlib>
+#include <unistd.h>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -27,14 +30,29 @@ namespace
 // Nobody may be there to take the last lines.
 constexpr std::chrono::milliseconds patienceForLog{200};
 
-// Without destroying what a thread that hangs in the background may still use.
+// For the main thread to end the program that was told to end.
+constexpr std::chrono::milliseconds patienceForMainThread{700};
+
+// Without destroying what a thread that hangs in the background may still use. Any thread; the
+// first one does it.
 [[noreturn]] void endProcess(int status)
 {
+    static std::atomic_flag isEnding;
+    while (isEnding.test_and_set()) {
+        ::pause();
+    }
     static_cast<void>(finishLog(patienceForLog));
 #ifdef __SANITIZE_ADDRESS__
     __lsan_do_leak_check();
 #endif
     std::quick_exit(status);
+}
+
+// The main thread hangs, in a call to the desktop say.
+void endWithoutMainThread()
+{
+    endAllChildren();
+    endProcess(EXIT_SUCCESS);
 }
 
 // A later start of the program: with a link, or to see the panel.
@@ -73,7 +91,7 @@ void handleStart(OstrelleApp &app, Face *face, const QByteArray &link)
 void prepareProgram()
 {
     prepareProcess();
-    TerminationSignals::block();
+    TerminationSignals::watch(patienceForMainThread, &endWithoutMainThread);
     logMessagesOfLibraries();
 }
 

@@ -1,6 +1,6 @@
 #include "platform/LoginItem.h"
 
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/SearchPath.h"
 
 #include <QCoreApplication>
@@ -136,7 +136,7 @@ bool LoginItem::isEnabled() const
 bool LoginItem::enable()
 {
     return QDir().mkpath(QFileInfo(m_file).path()) &&
-           writeInPlace(m_file, newEntry(installed(m_program))).has_value();
+           replaceFile(fileBehind(m_file), newEntry(installed(m_program))).has_value();
 }
 
 bool LoginItem::disable()
@@ -157,7 +157,7 @@ void LoginItem::bringUpToDate()
     const qsizetype begin = entry.indexOf(execKey) + execKey.size();
     const qsizetype end = entry.indexOf(u'\n', begin);
     entry.replace(begin, (end < 0 ? entry.size() : end) - begin, execLine(wanted));
-    static_cast<void>(writeInPlace(m_file, entry.toUtf8()));
+    static_cast<void>(replaceFile(fileBehind(m_file), entry.toUtf8()));
 }
 
 QString LoginItem::content() const

@@ -3,7 +3,8 @@
 #include <QSocketNotifier>
 
 #include <csignal>
-#include <sys/signalfd.h>
+#include <sys/eventfd.h>
+#include <thread>
 #include <unistd.h>
 
 namespace ostrelle
@@ -32,38 +33,42 @@ sigset_t terminationSignals()
     return signals;
 }
 
-int openSignals()
+// Readable once one of the signals has come.
+int requested()
 {
-    TerminationSignals::block();
-    const sigset_t signals = terminationSignals();
-    return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    static const int event = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    return event;
 }
 
 } // namespace
 
-void TerminationSignals::block()
+void TerminationSignals::watch(std::chrono::milliseconds patience, void (*giveUp)())
 {
     const sigset_t signals = terminationSignals();
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    std::thread([signals, patience, giveUp] {
+        int signal = 0;
+        while (::sigwait(&signals, &signal) != 0) {
+        }
+        ::eventfd_write(requested(), 1);
+        std::this_thread::sleep_for(patience);
+        giveUp();
+    }).detach();
 }
 
 TerminationSignals::TerminationSignals(QObject *parent)
     : QObject(parent)
-    , m_signals(openSignals())
-    , m_notifier(new QSocketNotifier(m_signals, QSocketNotifier::Read, this))
+    , m_notifier(new QSocketNotifier(requested(), QSocketNotifier::Read, this))
 {
     connect(m_notifier, &QSocketNotifier::activated, this, [this] {
-        signalfd_siginfo information{};
-        while (::read(m_signals, &information, sizeof information) > 0) {
-            Q_EMIT terminationRequested();
-        }
+        m_notifier->setEnabled(false);
+        Q_EMIT terminationRequested();
     });
 }
 
 TerminationSignals::~TerminationSignals()
 {
     m_notifier->setEnabled(false);
-    ::close(m_signals);
 }
 
 } // namespace ostrelle

@@ -2,22 +2,25 @@
 
 #include <QObject>
 
+#include <chrono>
+
 class QSocketNotifier;
 
 namespace ostrelle
 {
 
-// Turns TERM, and INT and HUP unless the program was started with them ignored, into a Qt signal on
-// the main thread.
+// Turns TERM, and INT and HUP unless the program was started with them ignored, into one Qt signal
+// on the main thread.
 class TerminationSignals : public QObject
 {
     Q_OBJECT
 
 public:
-    // Blocks the signals until an object of this class handles them. Call it before there is any
-    // other thread, including those of the application object: only threads that are made later
-    // inherit the block.
-    static void block();
+    // Blocks the signals and waits for them on a thread of its own, where `giveUp` is called when
+    // the program is still there `patience` after the first of them: the main thread may hang. Call
+    // it before there is any other thread, including those of the application object: only threads
+    // that are made later inherit the block.
+    static void watch(std::chrono::milliseconds patience, void (*giveUp)());
 
     explicit TerminationSignals(QObject *parent = nullptr);
     ~TerminationSignals() override;
@@ -26,7 +29,6 @@ Q_SIGNALS:
     void terminationRequested();
 
 private:
-    int m_signals;
     QSocketNotifier *m_notifier;
 };
 

@@ -1,5 +1,6 @@
 #include "settings/ConfigStore.h"
 
+#include "platform/FileWriting.h"
 #include "platform/Log.h"
 #include "settings/SettingsQueues.h"
 
@@ -23,16 +24,31 @@ constexpr std::size_t maxConfigBytes = std::size_t{16} * 1024 * 1024;
 std::expected<void, FileProblem> writeConfig(const QString &file, const OstrelleConfig &config)
 {
     QDir().mkpath(QFileInfo(file).path());
-    constexpr mode_t usual = 0644;
-    return writeInPlace(file, config.encode(), config.holdsTokens() ? ownerOnly : usual);
+    return writeInPlace(file, config.encode());
+}
+
+struct ConfigFile {
+    std::optional<FileProblem> problem;
+    std::optional<OstrelleConfig> config; // absent without a file that can be understood
+};
+
+ConfigFile contentOf(const QString &file)
+{
+    const auto understand = [](std::string_view text) {
+        return OstrelleConfig::decode({text.data(), static_cast<qsizetype>(text.size())});
+    };
+    const auto content = readWhole(
+        file, maxConfigBytes, [&](std::string_view text) { return understand(text).has_value(); });
+    if (!content) {
+        return {.problem = content.error(), .config = {}};
+    }
+    return {.problem = {}, .config = understand(*content)};
 }
 
 // Absent without a file that can be understood.
 std::optional<OstrelleConfig> readConfig(const QString &file)
 {
-    const auto content = readFile(file, maxConfigBytes);
-    auto config =
-        content ? OstrelleConfig::decode(QByteArray::fromStdString(*content)) : std::nullopt;
+    auto config = contentOf(file).config;
     if (config && config->migrate()) {
         static_cast<void>(writeConfig(file, *config));
     }
@@ -43,8 +59,9 @@ std::optional<OstrelleConfig> readConfig(const QString &file)
 
 ConfigStore::ConfigStore(QString file)
     : m_file(std::move(file))
-    , m_current(readConfig(m_file).value_or(OstrelleConfig::defaults()))
 {
+    finishWriting(m_file);
+    m_current = readConfig(m_file).value_or(OstrelleConfig::defaults());
 }
 
 std::shared_ptr<ConfigStore> ConfigStore::open(const QString &file)
@@ -119,12 +136,34 @@ ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
 
 std::expected<void, FileProblem> ConfigStore::write(const OstrelleConfig &config)
 {
-    const auto written = writeConfig(m_file, config);
+    auto written = makeWay();
+    if (written) {
+        written = writeConfig(m_file, config);
+    }
     if (!written && !std::exchange(m_toldFailure, true)) {
         logLine(u"[Ostrelle] "_s + m_file + u" not saved: "_s + written.error().text);
     }
     m_toldFailure = !written;
     return written;
+}
+
+// A file that cannot be understood may hold what nothing else does, every saved gateway for one.
+std::expected<void, FileProblem> ConfigStore::makeWay() const
+{
+    using Kind = FileProblem::Kind;
+    const auto [problem, config] = contentOf(m_file);
+    if (config || (problem && problem->kind == Kind::Missing)) {
+        return {};
+    }
+    if (problem && problem->kind != Kind::TooLarge) {
+        return std::unexpected(*problem);
+    }
+    const auto name = setAside(m_file);
+    if (!name) {
+        return std::unexpected(FileProblem{Kind::Failed, u"Cannot be set aside"_s});
+    }
+    logLine(u"[Ostrelle] "_s + m_file + u" cannot be understood; it is kept as "_s + *name);
+    return {};
 }
 
 void ConfigStore::remember(const OstrelleConfig &config)

@@ -46,8 +46,8 @@ public:
         IfUnderstood, // never over a file that cannot be understood; the change holds all the same
     };
     // Applies the change to what the file then holds, or to what was read last where it cannot be
-    // understood, and writes that, in the order in which changes were given. A failure has also
-    // been logged, once.
+    // understood, and writes that, in the order in which changes were given. The file that cannot
+    // be understood is set aside for that. A failure has also been logged, once.
     QFuture<Changed> change(const Change &apply, Write mode = Write::IfChanged);
 
 Q_SIGNALS:
@@ -57,6 +57,7 @@ Q_SIGNALS:
 private:
     explicit ConfigStore(QString file);
     std::expected<void, FileProblem> write(const OstrelleConfig &config);
+    std::expected<void, FileProblem> makeWay() const;
     void remember(const OstrelleConfig &config);
     Changed changeNow(const Change &apply, Write mode);
 

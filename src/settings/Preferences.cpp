@@ -1,6 +1,6 @@
 #include "settings/Preferences.h"
 
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "settings/SettingsQueues.h"
 
 #include <QCoreApplication>
@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <utility>
 
 namespace ostrelle
@@ -45,11 +44,6 @@ bool isReadable(const QString &file)
     return std::ranges::all_of(QByteArray::fromStdString(*content).split('\n'), isWellFormed);
 }
 
-bool replaceFile(const QString &from, const QString &to)
-{
-    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
-}
-
 QVariantHash contentOf(const QSettings &settings)
 {
     QVariantHash content;
@@ -63,9 +57,8 @@ QVariantHash contentOf(const QSettings &settings)
 QVariantHash writeDraft(const QString &draftFile, const QSettings &current,
                         const QHash<QString, std::optional<QString>> &changes)
 {
-    QFile::remove(draftFile);
     // A key for another service is among the preferences.
-    static_cast<void>(writeInPlace(draftFile, std::string_view(), ownerOnly));
+    static_cast<void>(createAnew(draftFile, QByteArray(), ownerOnly));
     QSettings draft(draftFile, QSettings::IniFormat);
     for (const QString &kept : current.allKeys()) {
         draft.setValue(kept, current.value(kept));
@@ -228,8 +221,7 @@ bool Preferences::rewrite(const Changes &changes) const
     if (!isReadable(m_file)) {
         return false;
     }
-    const QFileInfo info(m_file);
-    const QString file = info.exists() ? info.canonicalFilePath() : m_file; // a link stays one
+    const QString file = fileBehind(m_file); // a link stays one
     const QSettings current(file, QSettings::IniFormat);
     if (current.status() != QSettings::NoError) {
         return false;
@@ -240,15 +232,14 @@ bool Preferences::rewrite(const Changes &changes) const
     // Under a new name each time, because QSettings remembers what a file of that name held.
     static std::atomic<int> rewrites = 0;
     const QString writtenFile = file + u".written"_s + QString::number(++rewrites);
-    if (!replaceFile(draftFile, writtenFile)) {
+    if (!moveOver(draftFile, writtenFile)) {
         return false;
     }
-    const bool replaced = contentOf(QSettings(writtenFile, QSettings::IniFormat)) == wanted &&
-                          replaceFile(writtenFile, file);
-    if (!replaced) {
+    if (contentOf(QSettings(writtenFile, QSettings::IniFormat)) != wanted) {
         QFile::remove(writtenFile);
+        return false;
     }
-    return replaced;
+    return moveOver(writtenFile, file).has_value();
 }
 
 } // namespace ostrelle

@@ -1,13 +1,10 @@
 #include "settings/SecretFile.h"
 
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
-
-#include <sys/stat.h>
 
 namespace ostrelle
 {
@@ -37,21 +34,10 @@ std::expected<QJsonObject, SecretFile::LoadProblem> SecretFile::load() const
     return document.object();
 }
 
-bool SecretFile::setAside() const
-{
-    QString name = m_path + QStringLiteral(".broken");
-    for (int number = 2; fileExists(name); ++number) {
-        name = m_path + QStringLiteral(".broken-%1").arg(number);
-    }
-    return QFile::rename(m_path, name);
-}
-
 std::expected<void, SecretProblem> SecretFile::save(const QJsonObject &secrets) const
 {
     QDir().mkpath(QFileInfo(m_path).path());
-    // A file that somebody opened up is closed again before a secret is written into it.
-    ::chmod(QFile::encodeName(m_path).constData(), ownerOnly);
-    if (!writeInPlace(m_path, QJsonDocument(secrets).toJson(), ownerOnly)) {
+    if (!replaceFile(fileBehind(m_path), QJsonDocument(secrets).toJson())) {
         return std::unexpected(SecretProblem::Refused);
     }
     return {};
@@ -74,7 +60,7 @@ std::expected<void, SecretProblem> SecretFile::write(const QString &account,
     const std::scoped_lock lock(m_mutex);
     auto secrets = load();
     if (!secrets) {
-        if (secrets.error() == LoadProblem::Unreadable || !setAside()) {
+        if (secrets.error() == LoadProblem::Unreadable || !setAside(m_path)) {
             return std::unexpected(SecretProblem::Refused);
         }
         secrets = QJsonObject();

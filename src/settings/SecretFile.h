@@ -12,8 +12,8 @@ namespace ostrelle
 {
 
 // Secrets in one JSON object of account names and texts, in a file of mode 0600 from the moment it
-// is created. A member that is no text is none of them. A file that cannot be understood is set
-// aside as "<name>.broken", or the next free name after it, never overwritten.
+// is created; a link to it stays one. A member that is no text is none of them. A file that cannot
+// be understood is set aside as "<name>.broken", or the next free name after it, never overwritten.
 class SecretFile final : public SecretStore
 {
 public:
@@ -39,7 +39,6 @@ private:
     enum class LoadProblem { Unreadable, NotUnderstood };
 
     std::expected<QJsonObject, LoadProblem> load() const;
-    bool setAside() const;
     std::expected<void, SecretProblem> save(const QJsonObject &secrets) const;
 
     const QString m_path;

@@ -14,7 +14,7 @@ namespace ostrelle
 // a library ends it, what was given is still done, unless that takes longer than a sixth of a
 // second for one of the queues. Any thread.
 
-// Where the configuration, the preferences and the login item are written.
+// Where the configuration, the preferences, the login item and the voice agent's PID are written.
 QThreadPool &settingsQueue();
 
 // Where tokens are stored and moved. Apart, because a keyring may take seconds.

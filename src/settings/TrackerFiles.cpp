@@ -1,5 +1,5 @@
 #include "core/ExpandPath.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Log.h"
 #include "settings/OstrelleConfig.h"
 
@@ -19,6 +19,7 @@ namespace
 void createTrackerFile(const QString &path, std::string_view content)
 {
     const QString file = expandPath(path);
+    finishWriting(file);
     if (fileExists(file)) {
         return;
     }

@@ -1,7 +1,7 @@
 #include "setup/AskpassFile.h"
 
 #include "core/ShellWord.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/Paths.h"
 

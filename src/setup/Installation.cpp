@@ -3,7 +3,7 @@
 #include "core/ToolEnvironment.h"
 #include "core/WhenDone.h"
 #include "platform/ChildProcess.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Terminal.h"
 #include "settings/KeychainHelper.h"
 #include "setup/AskpassFile.h"

@@ -1,7 +1,7 @@
 #include "setup/ModelFile.h"
 
 #include "core/ShellWord.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Paths.h"
 
 #include <QFile>
@@ -49,7 +49,7 @@ bool ModelFile::exists() const
 
 ShellResult ModelFile::download() const
 {
-    static_cast<void>(writeInPlace(m_marker, QByteArray()));
+    static_cast<void>(replaceFile(m_marker, std::string_view()));
     ShellResult result = runShell(u"curl -fSL -o "_s + quoted(m_path) + u' ' + quoted(m_address));
     if (result.success && !isOnDisk(m_path)) {
         result = {.success = false, .output = u"The file could not be written"_s};

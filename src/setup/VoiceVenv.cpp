@@ -1,6 +1,6 @@
 #include "setup/VoiceVenv.h"
 
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 
 #include <QDir>
 #include <QFile>
@@ -25,7 +25,7 @@ bool VoiceVenv::exists() const
 void VoiceVenv::begin() const
 {
     QDir().mkpath(QFileInfo(m_marker).path());
-    static_cast<void>(writeInPlace(m_marker, QByteArray()));
+    static_cast<void>(replaceFile(m_marker, std::string_view()));
 }
 
 void VoiceVenv::complete() const

@@ -4,8 +4,10 @@
 #include "statusserver/FileReading.h"
 
 #include <algorithm>
+#include <chrono>
 #include <simdjson.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace ostrelle
 {
@@ -18,6 +20,10 @@ constexpr std::size_t headerRoom = 256;
 
 // A page: what the kernel makes up is said to be empty and mostly fits in one.
 constexpr std::size_t smallestGrowth = 4096;
+
+// At a document that is being written to, or that is on a file system which does not say so.
+constexpr int mostAttempts = 20;
+constexpr std::chrono::milliseconds untilNextAttempt{5};
 
 // Reads behind the room for the header; the count of bytes, or nothing on an error.
 std::optional<std::size_t> readBody(int file, std::size_t size, std::string &storage)
@@ -38,37 +44,80 @@ void putHeader(Response &response)
     std::ranges::copy(header, response.storage.data() + response.begin);
 }
 
-} // namespace
+std::string_view bodyOf(const LoadedDocument &document)
+{
+    return std::string_view(document.response.storage).substr(headerRoom);
+}
 
-std::optional<LoadedDocument> loadDocument(const std::string &path, std::size_t maxBytes)
+bool isJson(std::string_view text)
+{
+    simdjson::dom::parser parser;
+    return parser.parse(text.data(), text.size()).error() == simdjson::SUCCESS;
+}
+
+struct Attempt {
+    LoadedDocument document; // without a header yet
+    bool wasWrittenTo;       // meanwhile, by another program
+
+    // What is not settled may be half of a document. A large one is taken as it is, because looking
+    // at it takes several times its size.
+    bool mayBeHalf() const
+    {
+        constexpr std::size_t mostLookedAt = std::size_t{4} * 1024 * 1024;
+        const std::string_view body = bodyOf(document);
+        return wasWrittenTo || (!document.version && body.size() <= mostLookedAt && !isJson(body));
+    }
+};
+
+std::optional<Attempt> readOnce(const std::string &path, std::size_t maxBytes)
 {
     const auto file = openRegular(path);
     if (!file) {
         return std::nullopt;
     }
-    const ReadTurn turn(file->descriptor.get());
-    LoadedDocument document{.response = {}, .version = settledVersion(file->descriptor.get())};
-    Response &response = document.response;
+    const int fd = file->descriptor.get();
+    const ReadTurn turn(fd);
+    struct stat before{};
+    struct stat after{};
+    Attempt attempt{.document = {.response = {}, .version = settledVersion(fd)},
+                    .wasWrittenTo = false};
+    static_cast<void>(::fstat(fd, &before));
     // A file that grows while it is read is read again.
     std::size_t size = file->size;
     while (size <= maxBytes) {
-        const auto count = readBody(file->descriptor.get(), size, response.storage);
+        const auto count = readBody(fd, size, attempt.document.response.storage);
         if (!count) {
             return std::nullopt;
         }
         if (*count <= size) {
-            if (settledVersion(file->descriptor.get()) != document.version) {
-                document.version.reset(); // it was written to meanwhile
+            attempt.wasWrittenTo = ::fstat(fd, &after) != 0 || !isSameContent(before, after);
+            if (attempt.wasWrittenTo) {
+                attempt.document.version.reset();
             }
-            putHeader(response);
-            const std::string_view body = std::string_view(response.storage).substr(headerRoom);
-            return simdjson::validate_utf8(body.data(), body.size())
-                       ? std::optional(std::move(document))
-                       : std::nullopt;
+            return attempt;
         }
         size = 2 * size + smallestGrowth; // which may have claimed to be empty
     }
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<LoadedDocument> loadDocument(const std::string &path, std::size_t maxBytes)
+{
+    auto attempt = readOnce(path, maxBytes);
+    for (int i = 1; i < mostAttempts && attempt && attempt->mayBeHalf(); ++i) {
+        std::this_thread::sleep_for(untilNextAttempt);
+        attempt = readOnce(path, maxBytes);
+    }
+    if (!attempt) {
+        return std::nullopt;
+    }
+    putHeader(attempt->document.response);
+    const std::string_view body = bodyOf(attempt->document);
+    return simdjson::validate_utf8(body.data(), body.size())
+               ? std::optional(std::move(attempt->document))
+               : std::nullopt;
 }
 
 } // namespace ostrelle

@@ -1,7 +1,7 @@
 #include "tracker/AgentSyncService.h"
 
 #include "core/ExpandPath.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "tracker/SessionList.h"
 
 #include <QDateTime>
@@ -33,9 +33,12 @@ void syncAgents(const GatewayTool &tool, const QString &statusFile, const std::s
 
 AgentSyncService::AgentSyncService(const OstrelleConfig &config, const GatewayTool &tool,
                                    QObject *parent)
-    : SyncService([tool, file = config.paths.statusFile](
-                      const std::stop_token &stop) { syncAgents(tool, file, stop); },
-                  parent)
+    : SyncService(
+          [tool, config](const std::stop_token &stop) {
+              OstrelleConfig::ensureTrackerFiles(config); // a home may go and come back
+              syncAgents(tool, config.paths.statusFile, stop);
+          },
+          parent)
 {
 }
 

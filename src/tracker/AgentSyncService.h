@@ -8,7 +8,8 @@ namespace ostrelle
 {
 
 // Keeps the agent status file up to date from the gateway tool's list of active sessions. Without
-// the tool, or without an answer that can be understood, the file stays as it is.
+// the tool, or without an answer that can be understood, the file stays as it is. A tracker file
+// that has gone, whichever of the three, is created again.
 class AgentSyncService final : public SyncService
 {
     Q_OBJECT

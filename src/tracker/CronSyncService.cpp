@@ -1,7 +1,7 @@
 #include "tracker/CronSyncService.h"
 
 #include "platform/ChildProcess.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Log.h"
 #include "tracker/JobList.h"
 #include "tracker/TrackerDocument.h"

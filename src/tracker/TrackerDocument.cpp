@@ -1,6 +1,7 @@
 #include "tracker/TrackerDocument.h"
 
 #include "core/ExpandPath.h"
+#include "core/Json.h"
 #include "platform/Files.h"
 #include "settings/OstrelleConfig.h"
 #include "tracker/RemoteDataSource.h"
@@ -25,7 +26,8 @@ std::expected<std::string, FetchError> fetchText(const QString &base, const QStr
 
 std::expected<std::string, FetchError> readText(const QString &path)
 {
-    auto content = readFile(path);
+    const auto isJson = [](std::string_view text) { return parseJson(text).has_value(); };
+    auto content = readWhole(path, maxDocumentBytes, isJson);
     if (!content) {
         return std::unexpected(FetchError::notReachable());
     }

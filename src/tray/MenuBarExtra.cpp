@@ -1,6 +1,7 @@
 #include "tray/MenuBarExtra.h"
 
 #include "platform/Module.h"
+#include "tray/DesktopBus.h"
 #include "tray/PanelPlacement.h"
 
 #include <QCursor>
@@ -9,6 +10,8 @@
 #include <QScreen>
 #include <QStyleHints>
 #include <QTimer>
+
+#include <utility>
 
 namespace ostrelle
 {
@@ -145,20 +148,23 @@ void MenuBarExtra::openPanel()
     if (m_waitsForSeat) {
         return;
     }
-    if (PanelWindow *const window = panel()) {
-        window->open(panelPlace());
+    if (m_panel) {
+        m_panel->open(panelPlace());
+    } else if (!std::exchange(m_waitsForBus, true)) {
+        // With the first window that can be read aloud Qt asks the bus, and waits for it.
+        onceBusAnswers(this, [this] { openFirst(); });
     }
 }
 
-PanelWindow *MenuBarExtra::panel()
+void MenuBarExtra::openFirst()
 {
-    if (!m_panel) {
-        if (auto *const module =
-                loadModuleAs<PanelModule>(QString::fromLatin1(PanelModule::name))) {
-            m_panel = module->makePanel(m_models, m_events);
-        }
+    m_waitsForBus = false;
+    if (auto *const module = loadModuleAs<PanelModule>(QString::fromLatin1(PanelModule::name))) {
+        m_panel = module->makePanel(m_models, m_events);
     }
-    return m_panel.get();
+    if (m_panel) {
+        m_panel->open(panelPlace());
+    }
 }
 
 std::optional<QRect> MenuBarExtra::panelPlace() const

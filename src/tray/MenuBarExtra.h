@@ -23,7 +23,7 @@ public:
     ~MenuBarExtra() override;
 
     // Beside the icon where the desktop lets programs place their windows; on a Wayland compositor
-    // that has no seat yet, once it has one.
+    // that has no seat yet, once it has one. The first time, once the session bus answers.
     void openPanel();
 
 Q_SIGNALS:
@@ -36,7 +36,7 @@ private:
     void handleDoubleClick();
     void handleMenu();
     void openIfThereIsNoTray();
-    PanelWindow *panel();
+    void openFirst();
     std::optional<QRect> panelPlace() const;
     QRect iconPlace() const;
 
@@ -46,6 +46,7 @@ private:
     MenuBarLabel m_label;
     std::unique_ptr<WaylandSeat> m_seat;  // null elsewhere than on Wayland
     bool m_waitsForSeat = false;          // to open the panel
+    bool m_waitsForBus = false;           // the same
     std::unique_ptr<PanelWindow> m_panel; // null before it is first opened
     std::optional<QPoint> m_lastPointer;  // when the icon was last clicked or its menu opened
     QElapsedTimer m_sinceLostFocus;       // of the panel

@@ -1,5 +1,7 @@
 #include "tray/TrayApplication.h"
 
+#include <unistd.h>
+
 namespace ostrelle
 {
 
@@ -39,6 +41,13 @@ PlatformArguments::PlatformArguments(int argc, char **argv)
         for (const char *argument : {"-platform", platforms()}) {
             m_values.push_back(const_cast<char *>(argument));
         }
+    }
+    // Where a bus would be. Without an address the library behind Qt starts a bus of its own on the
+    // screen, which outlives the program.
+    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) {
+        const QString fallback = u"/run/user/%1"_s.arg(::getuid());
+        qputenv("DBUS_SESSION_BUS_ADDRESS",
+                "unix:path=" + qEnvironmentVariable("XDG_RUNTIME_DIR", fallback).toUtf8() + "/bus");
     }
     // Else the whole desktop counts as free of bars as soon as there is a second monitor.
     qputenv("QT_RELY_ON_NET_WORKAREA_ATOM", "1");

@@ -1,6 +1,6 @@
 #include "voice/PidFile.h"
 
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/NeverDestroyed.h"
 
 #include <QFile>
@@ -195,11 +195,7 @@ void killRemaining()
 
 void writePidFile(const QString &path, qint64 pid)
 {
-    const QString draft = path + u".new"_s;
-    if (!writeInPlace(draft, QByteArray::number(pid)) ||
-        ::rename(QFile::encodeName(draft).constData(), QFile::encodeName(path).constData()) != 0) {
-        QFile::remove(draft);
-    }
+    static_cast<void>(replaceFile(path, QByteArray::number(pid)));
 }
 
 void killFromPidFile(const QString &path, std::chrono::milliseconds grace)

@@ -8,7 +8,7 @@ namespace ostrelle
 {
 
 // Writes the decimal process id, without a line end, in place of what was there. A failure is
-// silent.
+// silent. Waits for the disk.
 void writePidFile(const QString &path, qint64 pid);
 
 // Asks the process that the file names to end, kills it after the grace, and removes the file. A

@@ -5,6 +5,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
 #include "platform/PrivateLog.h"
+#include "settings/SettingsQueues.h"
 #include "voice/PidFile.h"
 #include "voice/VoiceAgentCommand.h"
 
@@ -155,7 +156,7 @@ void ServiceManager::handleStart(const QProcess &process)
     if (auto guard = GroupGuard::of(static_cast<pid_t>(pid))) {
         m_guards.insert_or_assign(&process, std::move(*guard));
     }
-    writePidFile(pidFile(), pid);
+    inOrder(settingsQueue(), [file = pidFile(), pid] { writePidFile(file, pid); });
     log(u"Voice agent started (PID %1)"_s.arg(pid));
 }
 

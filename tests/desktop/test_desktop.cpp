@@ -58,11 +58,16 @@ private Q_SLOTS:
     void aSecondStartShowsThePanel()
     {
         const DesktopHome home;
+        PrivateSession bus;
         XSession session;
         session.startTrayHost();
         Program program;
         QVERIFY(XSession::waitForIcon());
-        QCOMPARE(Program().waitForEnd(), 0);
+        bus.freeze(true);
+        for (int i = 0; i < 2; ++i) { // the first one must not hold up the second
+            QCOMPARE(Program().waitForEnd(), 0);
+        }
+        bus.freeze(false);
         QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds);
         QCOMPARE(program.endWith(SIGTERM), 0);
     }

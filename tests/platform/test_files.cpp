@@ -1,4 +1,4 @@
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/LoginItem.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
@@ -47,6 +47,27 @@ private Q_SLOTS:
         QVERIFY(!home.exists(u"new"_s));
     }
 
+    void finishesWhatWasCutShort_data()
+    {
+        const Rows<int, QByteArray> row("editedAfter", "content"); // in seconds
+        row("torn", 0, "new");
+        row("edited since then", 3600, "torn");
+    }
+    void finishesWhatWasCutShort()
+    {
+        QFETCH(int, editedAfter);
+        const ScratchHome home;
+        home.write(u"link.unfinished"_s, "new");
+        QFile edited(home.write(u"target"_s, "torn"));
+        QVERIFY(edited.open(QFile::ReadWrite));
+        edited.setFileTime(QDateTime::currentDateTime().addSecs(editedAfter),
+                           QFile::FileModificationTime);
+        QFile::link(edited.fileName(), home.path(u"link"_s));
+        finishWriting(home.path(u"link"_s));
+        QTEST(home.read(u"target"_s), "content");
+        QVERIFY(!home.exists(u"link.unfinished"_s));
+    }
+
     void writersTakeTurnsAndReadersSeeNoHalf()
     {
         const ScratchHome home;
@@ -68,17 +89,16 @@ private Q_SLOTS:
 
     void loginItemNamesTheInstalledProgram_data()
     {
-        QTest::addColumn<QString>("named");
-        QTest::addColumn<QString>("running");
-        QTest::addColumn<bool>("isEnabled");
-        QTest::addColumn<QString>("namedThen"); // once the program has started
+        // named then: once the program has started
+        const Rows<QString, QString, bool, QString> row("named", "running", "isEnabled",
+                                                        "namedThen");
         const QString installed = u"a \"$`\\% b/ostrelle"_s;
         const QString built = u"build/bin/ostrelle"_s;
-        QTest::newRow("all is well") << installed << installed << true << installed;
-        QTest::newRow("moved") << u"gone/ostrelle"_s << installed << false << installed;
-        QTest::newRow("of a build") << built << installed << false << installed;
-        QTest::newRow("a build runs") << installed << built << true << installed;
-        QTest::newRow("another one") << u"other/tool"_s << installed << false << u"other/tool"_s;
+        row("all is well", installed, installed, true, installed);
+        row("moved", u"gone/ostrelle"_s, installed, false, installed);
+        row("of a build", built, installed, false, installed);
+        row("a build runs", installed, built, true, installed);
+        row("another one", u"other/tool"_s, installed, false, u"other/tool"_s);
     }
     void loginItemNamesTheInstalledProgram()
     {

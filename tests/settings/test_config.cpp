@@ -3,6 +3,7 @@
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
 #include "support/PrintedLines.h"
+#include "support/Rows.h"
 #include "support/ScratchHome.h"
 
 #include <QJsonDocument>
@@ -42,17 +43,17 @@ private Q_SLOTS:
 
     void fallsBackToTheDefaults_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("no file") << QByteArray();
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("cut") << minimal.first(100);
-        QTest::newRow("without ports") << with(minimal, "\"ports\"", "\"port\"");
-        QTest::newRow("port as text") << with(minimal, "\"status\":1", "\"status\":\"1\"");
-        QTest::newRow("saved entry without url")
-            << with(minimal, ":1\"}", ":1\",\"saved\":[{\"name\":\"x\"}]}");
-        QTest::newRow("not UTF-8") << with(minimal, "/venv", "\xff\xfe");
-        QTest::newRow("nested beyond reason") << QByteArray(100000, '[');
-        QTest::newRow("huge") << QByteArray(20000000, ' ') + minimal;
+        const Rows<QByteArray> row("content");
+        row("no file", QByteArray());
+        row("empty", "");
+        row("cut", minimal.first(100));
+        row("without ports", with(minimal, "\"ports\"", "\"port\""));
+        row("port as text", with(minimal, "\"status\":1", "\"status\":\"1\""));
+        row("saved entry without url",
+            with(minimal, ":1\"}", ":1\",\"saved\":[{\"name\":\"x\"}]}"));
+        row("not UTF-8", with(minimal, "/venv", "\xff\xfe"));
+        row("nested beyond reason", QByteArray(100000, '['));
+        row("huge", QByteArray(20000000, ' ') + minimal);
     }
 
     void fallsBackToTheDefaults()
@@ -157,6 +158,7 @@ private Q_SLOTS:
         const auto last = store->change([](OstrelleConfig &config) { ++config.ports.status; });
         QCOMPARE(last.result().config.gateway.url, u"http://10.0.0.2:1"_s);
         QCOMPARE(OstrelleConfig::load().ports.status, 6);
+        QCOMPARE(home.read(configFile + u".broken"_s), "{");
     }
 
     void createsOnlyMissingTrackerFiles()

@@ -115,6 +115,11 @@ bool PrivateSession::waitForService(const QString &name)
         patienceMilliseconds);
 }
 
+void PrivateSession::freeze(bool isFrozen)
+{
+    ::kill(static_cast<pid_t>(m_processes.front()->processId()), isFrozen ? SIGSTOP : SIGCONT);
+}
+
 void PrivateSession::endBus()
 {
     end(*m_processes.front());

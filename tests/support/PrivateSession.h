@@ -27,6 +27,9 @@ public:
     // True once somebody owns the name on the bus; waits for it.
     bool waitForService(const QString &name);
 
+    // Stops the bus itself, or lets it go on.
+    void freeze(bool isFrozen);
+
     // Ends the bus itself, as a crash of the session would.
     void endBus();
 

@@ -97,7 +97,12 @@ private Q_SLOTS:
             service.sync();
             QVERIFY(finishBackgroundWork(10s));
             QVERIFY2(home.read(u"status.json"_s) == "before", script);
+            // After a home that has gone, as soon as there is room.
+            QVERIFY(!home.exists(u".ostrelle/ostrelle-project-tracker.json"_s));
         }
+        AgentSyncService(config).sync();
+        QVERIFY(finishBackgroundWork(10s));
+        QVERIFY(home.exists(u".ostrelle/ostrelle-project-tracker.json"_s));
     }
 
     void cronPass_data()

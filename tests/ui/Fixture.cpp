@@ -1,7 +1,7 @@
 #include "ui/Fixture.h"
 
 #include "platform/ChildProcess.h"
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "ui/FieldAccessibility.h"
 
 #include <QAccessible>

@@ -1,6 +1,6 @@
 #include "GatewayFiles.h"
 
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Paths.h"
 
 #include <QDir>

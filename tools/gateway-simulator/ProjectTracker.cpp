@@ -1,6 +1,6 @@
 #include "ProjectTracker.h"
 
-#include "platform/Files.h"
+#include "platform/FileWriting.h"
 #include "platform/Paths.h"
 
 #include <QDateTime>
