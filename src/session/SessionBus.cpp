@@ -1,10 +1,12 @@
 #include "session/SessionBus.h"
 
-#include <QFile>
+#include "platform/NeverDestroyed.h"
 
 #include <cstdlib>
+#include <mutex>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace ostrelle
 {
@@ -21,6 +23,44 @@ bool sessionHasBus()
     const char *runtime = std::getenv("XDG_RUNTIME_DIR");
     return runtime && ::access((std::string(runtime) + "/bus").c_str(), F_OK) == 0;
 }
+
+// Contexts that nobody uses now. They are used again, because what a service says later, when it
+// ends for instance, is delivered to the context in which it was found, and keeps that, with its
+// descriptor, until somebody takes it.
+class IdleContexts
+{
+public:
+    static GMainContext *take()
+    {
+        auto &[mutex, contexts] = instance();
+        const std::scoped_lock lock(mutex);
+        if (contexts.empty()) {
+            return g_main_context_new();
+        }
+        GMainContext *const context = contexts.back();
+        contexts.pop_back();
+        return context;
+    }
+
+    static void giveBack(GMainContext *context)
+    {
+        auto &[mutex, contexts] = instance();
+        const std::scoped_lock lock(mutex);
+        contexts.push_back(context);
+    }
+
+private:
+    struct Content {
+        std::mutex mutex;
+        std::vector<GMainContext *> contexts; // protected by it
+    };
+
+    static Content &instance()
+    {
+        static NeverDestroyed<Content> content;
+        return content.object();
+    }
+};
 
 } // namespace
 
@@ -47,22 +87,23 @@ std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus()
 }
 
 BoundedCalls::BoundedCalls(std::chrono::milliseconds deadline)
-    : m_context(g_main_context_new())
+    : m_context(IdleContexts::take())
     , m_cancellable(g_cancellable_new())
     , m_deadline(g_timeout_source_new(static_cast<guint>(deadline.count())))
 {
-    g_main_context_push_thread_default(m_context.get());
+    g_main_context_push_thread_default(m_context);
     g_source_set_callback(m_deadline.get(), &BoundedCalls::cancel, this, nullptr);
-    g_source_attach(m_deadline.get(), m_context.get());
+    g_source_attach(m_deadline.get(), m_context);
 }
 
 BoundedCalls::~BoundedCalls()
 {
     m_deadline.reset();
-    // A cancelled call still delivers a result, which must happen before its context is destroyed.
-    while (g_main_context_iteration(m_context.get(), FALSE)) {
+    // A cancelled call still delivers a result, which must not come to the next user.
+    while (g_main_context_iteration(m_context, FALSE)) {
     }
-    g_main_context_pop_thread_default(m_context.get());
+    g_main_context_pop_thread_default(m_context);
+    IdleContexts::giveBack(m_context);
 }
 
 void BoundedCalls::keepResult(GObject * /*source*/, GAsyncResult *result, gpointer self)
@@ -79,7 +120,7 @@ gboolean BoundedCalls::cancel(gpointer self)
 void BoundedCalls::waitForResult()
 {
     while (!m_result) {
-        g_main_context_iteration(m_context.get(), TRUE);
+        g_main_context_iteration(m_context, TRUE);
     }
 }
 

@@ -55,9 +55,6 @@ private:
     static gboolean cancel(gpointer self);
     void waitForResult();
 
-    struct ContextUnref {
-        void operator()(GMainContext *context) const { g_main_context_unref(context); }
-    };
     struct SourceDestroy {
         void operator()(GSource *source) const
         {
@@ -66,7 +63,7 @@ private:
         }
     };
 
-    std::unique_ptr<GMainContext, ContextUnref> m_context;
+    GMainContext *const m_context; // borrowed
     GObjectPtr<GCancellable> m_cancellable;
     std::unique_ptr<GSource, SourceDestroy> m_deadline;
     GObjectPtr<GAsyncResult> m_result;
