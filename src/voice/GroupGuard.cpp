@@ -19,7 +19,7 @@ namespace
 
 // Is given the group's number. What is sent to the group is not for the guard itself; KILL comes
 // last, and not at all once the guard is alone with what it has started.
-constexpr char script[] = R"(
+constexpr char guardScript[] = R"(
 trap '' HUP INT QUIT TERM
 others() {
     cat /proc/[0-9]*/stat 2>/dev/null | awk -v group="$1" -v guard=$$ '
@@ -126,7 +126,7 @@ std::optional<GroupGuard> GroupGuard::of(pid_t group)
     Descriptor lifeline(ends[1]);
     std::string name = "ostrelle-guard";
     std::string option = "-c";
-    std::string text = script;
+    std::string text = guardScript;
     std::string number = std::to_string(group);
     const std::array<char *, 6> arguments{name.data(), option.data(), text.data(),
                                           name.data(), number.data(), nullptr};
