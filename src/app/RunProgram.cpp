@@ -91,6 +91,7 @@ void handleStart(OstrelleApp &app, Face *face, const QByteArray &link)
 void prepareProgram()
 {
     prepareProcess();
+    ensureHome();
     TerminationSignals::watch(patienceForMainThread, &endWithoutMainThread);
     logMessagesOfLibraries();
 }

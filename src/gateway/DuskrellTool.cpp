@@ -54,15 +54,21 @@ bool isOneWord(const QString &text)
 }
 
 // The tool may print the value on either stream. Output of more than one word, or of a failed
-// command, is a message and no token.
-QString readToken(const QString &path)
+// command, is a message and no token; it is not repeated, because a token may be in it.
+std::expected<QString, QString> readToken(const QString &path)
 {
     const QStringList get{u"config"_s, u"get"_s, u"gateway.auth.token"_s};
     ToolRun value = runDuskrell(path, get, Capture::StandardOutput);
     if (value.succeeded && value.output.isEmpty()) {
         value = runDuskrell(path, get, Capture::StandardError);
     }
-    return value.succeeded && isOneWord(value.output) ? value.output : QString();
+    if (!value.succeeded || value.output.isEmpty()) {
+        return std::unexpected(u"the gateway has a new token, but does not tell it"_s);
+    }
+    if (!isOneWord(value.output)) {
+        return std::unexpected(u"the gateway has a new token, but tells more than that"_s);
+    }
+    return value.output;
 }
 
 } // namespace
@@ -83,11 +89,13 @@ std::expected<void, QString> switchGatewayToTailscaleServe()
     return {};
 }
 
-QString renewGatewayToken()
+std::expected<QString, QString> renewGatewayToken()
 {
     const QString path = findDuskrell();
-    const bool isRenewed = runDuskrell(path, {u"gateway"_s, u"token"_s, u"--reset"_s}).succeeded;
-    return isRenewed ? readToken(path) : QString();
+    if (!runDuskrell(path, {u"gateway"_s, u"token"_s, u"--reset"_s}).succeeded) {
+        return std::unexpected(u"the gateway makes no new token"_s);
+    }
+    return readToken(path);
 }
 
 } // namespace ostrelle

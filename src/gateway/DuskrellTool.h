@@ -15,7 +15,7 @@ namespace ostrelle
 // restarts it. The error is a text for the user.
 std::expected<void, QString> switchGatewayToTailscaleServe();
 
-// Has the gateway make itself a new token. An empty text when any of that fails.
-QString renewGatewayToken();
+// Has the gateway make itself a new token. The error is a text for the user.
+std::expected<QString, QString> renewGatewayToken();
 
 } // namespace ostrelle

@@ -3,6 +3,7 @@
 #include "core/NotificationManager.h"
 #include "core/ProjectTracking.h"
 #include "core/WhenDone.h"
+#include "platform/NeverDestroyed.h"
 #include "settings/SettingsQueues.h"
 
 #include <utility>
@@ -16,6 +17,14 @@ namespace
 {
 
 const QString notificationTitle = u"OSTRELLE"_s;
+
+// The last switch must win, also when the settings are closed meanwhile.
+QThreadPool &trackingQueue()
+{
+    static NeverDestroyed<QThreadPool> queue;
+    queue.object().setMaxThreadCount(1);
+    return queue.object();
+}
 
 void enableTracking()
 {
@@ -81,9 +90,9 @@ void GatewaySettings::setProjectTrackingEnabled(bool enabled)
     m_projectTrackingEnabled = enabled;
     m_preferences->set(preference::projectTrackingEnabled, enabled);
     if (enabled) {
-        m_trackingWork.run(&enableTracking);
+        inOrder(trackingQueue(), &enableTracking);
     } else {
-        m_trackingWork.run([paths = m_toolPaths] { disableTracking(paths); });
+        inOrder(trackingQueue(), [paths = m_toolPaths] { disableTracking(paths); });
     }
 }
 

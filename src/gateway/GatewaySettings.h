@@ -1,7 +1,6 @@
 #pragma once
 
 #include "gateway/ProjectTrackingSwitch.h"
-#include "gateway/WorkInOrder.h"
 #include "platform/LoginItem.h"
 #include "settings/Preferences.h"
 
@@ -62,7 +61,6 @@ private:
     const std::shared_ptr<Preferences> m_preferences;
     const QStringList m_toolPaths;
     int m_loginItemWork = 0; // counts it: only the last answer is shown
-    WorkInOrder m_trackingWork;
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_launchAtLogin, false,
                                          &GatewaySettings::launchAtLoginChanged)

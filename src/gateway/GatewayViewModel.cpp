@@ -1,8 +1,10 @@
 #include "gateway/GatewayViewModel.h"
 
+#include "core/NotificationManager.h"
 #include "core/PropertyUpdateGroup.h"
 #include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
+#include "platform/Log.h"
 #include "platform/PrivateLog.h"
 
 #include <QtConcurrent>
@@ -30,6 +32,12 @@ void openLog(const GatewaySurroundings &surroundings)
     if (openPrivateLog(surroundings.voiceLog)) { // now it is there, and nobody else's
         surroundings.openFile(surroundings.voiceLog);
     }
+}
+
+void tellResetFailed(const QString &reason)
+{
+    logLine(u"[Ostrelle] Token reset: "_s + reason);
+    NotificationManager::send(u"OSTRELLE"_s, u"Token reset failed: "_s + reason);
 }
 
 } // namespace
@@ -94,10 +102,12 @@ void GatewayViewModel::probeToken()
         return tokens->tokenFor(url);
     };
     whenDone(QtConcurrent::run(&utilityPool(), look), this,
-             [this, url = gatewayURL()](const QString &token) { askWithToken(url, token); });
+             [this, url = gatewayURL(), probe = ++m_tokenProbes](const QString &token) {
+                 askWithToken(url, token, probe);
+             });
 }
 
-void GatewayViewModel::askWithToken(const QString &gatewayURL, const QString &token)
+void GatewayViewModel::askWithToken(const QString &gatewayURL, const QString &token, int probe)
 {
     const auto models = endpoint(gatewayURL, u"/v1/models"_s);
     if (token.isEmpty() || gatewayURL != m_gatewayURL || !models) {
@@ -105,8 +115,11 @@ void GatewayViewModel::askWithToken(const QString &gatewayURL, const QString &to
     }
     m_http.send(
         {.url = *models, .headers = {{"Authorization", bearer(token)}}, .deadline = tokenDeadline},
-        [this](const HttpResult &result) {
-            m_tokenRejected = result && (result->status == 401 || result->status == 403);
+        [this, probe](const HttpResult &result) {
+            if (probe > m_answeredTokenProbe) {
+                m_answeredTokenProbe = probe;
+                m_tokenRejected = result && (result->status == 401 || result->status == 403);
+            }
         });
 }
 
@@ -176,8 +189,10 @@ void GatewayViewModel::resetGatewayToken()
     }
     m_isResettingToken = true;
     const auto renew = [tokens = m_settings.tokens, config = m_settings.config] {
-        if (const QString token = renewGatewayToken(); !token.isEmpty()) {
-            tokens->saveFor(config->snapshot().gateway.url, token).waitForFinished();
+        if (const auto token = renewGatewayToken()) {
+            tokens->saveFor(config->snapshot().gateway.url, *token).waitForFinished();
+        } else {
+            tellResetFailed(token.error());
         }
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this, [this] { finishReset(); });
@@ -187,6 +202,7 @@ void GatewayViewModel::finishReset()
 {
     m_isResettingToken = false;
     m_tokenRejected = false;
+    m_answeredTokenProbe = m_tokenProbes; // those were asked with the old token
     pollHealth();
 }
 

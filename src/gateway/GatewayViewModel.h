@@ -60,7 +60,7 @@ public:
     Q_INVOKABLE void enableTailscaleServe();
 
     // Has the gateway make a new token and stores it for the gateway in use. Does nothing while
-    // that is under way.
+    // that is under way. A failure is told by a notification and a log line.
     Q_INVOKABLE void resetGatewayToken();
 
     // Hides the warning until the program ends.
@@ -126,7 +126,7 @@ private:
 
     void probeHealth(const QUrl &url);
     void probeToken();
-    void askWithToken(const QString &gatewayURL, const QString &token);
+    void askWithToken(const QString &gatewayURL, const QString &token, int probe);
     void probeTailscale();
     void show(const Tailscale &tailscale);
     void finishEnabling(const std::expected<void, QString> &outcome);
@@ -141,6 +141,8 @@ private:
     int m_healthProbes = 0; // so far
     int m_answeredProbe = 0;
     PassLimit m_tokenPasses;
+    int m_tokenProbes = 0;
+    int m_answeredTokenProbe = 0; // what an earlier one has to tell is no longer true
     PassLimit m_tailscalePasses;
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayViewModel, bool, m_gatewayOnline, false,

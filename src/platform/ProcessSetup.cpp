@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
 #include <malloc.h>
+#include <pwd.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -70,6 +72,17 @@ void prepareProcess()
         inherited.coreBytes = coreBytes;
         inherited.mask = mask;
         inherited.known = true;
+    }
+}
+
+void ensureHome()
+{
+    const char *home = std::getenv("HOME");
+    if (home != nullptr && *home != '\0') {
+        return;
+    }
+    if (const passwd *user = ::getpwuid(::getuid()); user != nullptr) {
+        ::setenv("HOME", user->pw_dir, 1);
     }
 }
 

@@ -9,6 +9,10 @@ namespace ostrelle
 // creates is only for its user, and no memory with secrets is left behind by a crash.
 void prepareProcess();
 
+// Gives the environment, and so whatever looks there, the user's home where it names none. Before
+// there are threads.
+void ensureHome();
+
 // Undoes prepareProcess(), unblocks every signal and keeps what this program has open from the
 // child; for a child process between fork and exec. Async-signal-safe.
 void restoreForChild() noexcept;

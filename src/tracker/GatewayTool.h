@@ -14,8 +14,9 @@ namespace ostrelle
 class GatewayTool
 {
 public:
-    // Longer than any answer takes: a run that is not done by then hangs, and is killed.
-    static constexpr std::chrono::milliseconds defaultDeadline = std::chrono::minutes(5);
+    // Longer than any answer takes: a run that is not done by then hangs, and is killed. Not before
+    // the oldest of four that hang makes way.
+    static constexpr std::chrono::milliseconds defaultDeadline = std::chrono::minutes(2);
 
     static QStringList defaultCandidates();
 

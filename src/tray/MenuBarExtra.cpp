@@ -84,6 +84,7 @@ MenuBarExtra::MenuBarExtra(const Models &models, const TrayHostWatcher &hosts)
     , m_seat(isOnWayland() ? WaylandSeat::watch() : nullptr)
 {
     connect(&hosts, &TrayHostWatcher::hostPresentChanged, this, &MenuBarExtra::showLabel);
+    connect(&hosts, &TrayHostWatcher::busCameBack, this, &MenuBarExtra::renewLabel);
     connect(&m_label, &MenuBarLabel::clicked, this, &MenuBarExtra::handleClick);
     connect(&m_label, &MenuBarLabel::doubleClicked, this, &MenuBarExtra::handleDoubleClick);
     connect(&m_label, &MenuBarLabel::menuOpens, this, &MenuBarExtra::handleMenu);
@@ -106,6 +107,15 @@ void MenuBarExtra::showLabel()
     if (m_hosts.hostPresent()) {
         m_label.show();
         Q_EMIT iconShown();
+    }
+}
+
+// The icon is known to the bus that has ended.
+void MenuBarExtra::renewLabel()
+{
+    if (m_label.isShown()) {
+        m_label.hide();
+        showLabel();
     }
 }
 

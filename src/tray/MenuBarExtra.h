@@ -32,6 +32,7 @@ Q_SIGNALS:
 
 private:
     void showLabel();
+    void renewLabel();
     void handleClick();
     void handleDoubleClick();
     void handleMenu();

@@ -49,6 +49,15 @@ void MenuBarLabel::show()
     m_icon->show();
 }
 
+void MenuBarLabel::hide()
+{
+    m_gatewayVM->disconnect(this);
+    m_voiceVM->disconnect(this);
+    m_icon.reset();
+    m_menu.reset();
+    m_shownColor = {};
+}
+
 QRect MenuBarLabel::geometry() const
 {
     return m_icon ? m_icon->geometry() : QRect();

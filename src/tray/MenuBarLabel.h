@@ -26,10 +26,12 @@ public:
     MenuBarLabel(GatewayViewModel *gatewayVM, VoiceViewModel *voiceVM, QObject *parent = nullptr);
     ~MenuBarLabel() override;
 
-    // Puts the icon into the tray; once. Only when a tray host is there: Qt decides with the first
+    // Puts the icon into the tray. Only when a tray host is there: Qt decides with the first
     // icon how icons get to the tray, and one without a host never appears. A host that comes back
     // later gets the icon again.
     void show();
+    // Until the next show().
+    void hide();
     bool isShown() const { return m_icon != nullptr; }
 
     // Of the icon on the desktop; empty where the desktop does not tell.

@@ -22,6 +22,8 @@ namespace
 const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
 
+constexpr std::chrono::seconds untilNextAttempt{10}; // to reach a bus that has ended
+
 // Qt hears of an X11 tray over a connection of its own. An icon that is made before it has heard is
 // docked, taken back and docked again, which not every tray follows.
 constexpr std::chrono::milliseconds toolkitHearsIn{50};
@@ -61,7 +63,35 @@ void TrayHostWatcher::watchBus(const QDBusConnection &bus)
         connection.connect(watcherService, watcherPath, watcherService, signal, this,
                            SLOT(askBus()));
     }
+    connection.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                       u"Disconnected"_s, this, SLOT(handleBusEnd()));
     askBus();
+}
+
+void TrayHostWatcher::handleBusEnd()
+{
+    m_watcherService.reset();
+    m_busHost = false;
+    update();
+    QTimer::singleShot(untilNextAttempt, this, &TrayHostWatcher::connectAgain);
+}
+
+// The process's own connection stays closed for good.
+void TrayHostWatcher::connectAgain()
+{
+    const QString name = u"ostrelle_tray_%1"_s.arg(++m_connections);
+    const auto connect = [name] {
+        return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
+    };
+    whenDone(QtConcurrent::run(&utilityPool(), connect), this, [this, name](QDBusConnection bus) {
+        if (bus.isConnected()) {
+            Q_EMIT busCameBack();
+            watchBus(bus);
+        } else {
+            QDBusConnection::disconnectFromBus(name);
+            QTimer::singleShot(untilNextAttempt, this, &TrayHostWatcher::connectAgain);
+        }
+    });
 }
 
 void TrayHostWatcher::askBus()
@@ -70,6 +100,9 @@ void TrayHostWatcher::askBus()
         watcherService, watcherPath, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     question << watcherService << u"IsStatusNotifierHostRegistered"_s;
     question.setAutoStartService(false);
+    if (!m_watcherService) {
+        return; // a last word of a bus that has ended
+    }
     const auto *answer =
         new QDBusPendingCallWatcher(m_watcherService->connection().asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this,

@@ -24,12 +24,15 @@ public:
 
 Q_SIGNALS:
     void hostPresentChanged();
+    void busCameBack(); // after its end: what was said to the old one is to be said again
 
 private Q_SLOTS:
     void askBus();
+    void handleBusEnd();
 
 private:
     void watchBus(const QDBusConnection &bus);
+    void connectAgain();
     void watchX11();
     void lookForX11Tray();
     void update();
@@ -37,6 +40,7 @@ private:
     std::optional<bool> m_busHost; // nothing until the bus has answered
     bool m_x11Host = false;
     std::unique_ptr<QDBusServiceWatcher> m_watcherService;
+    int m_connections = 0; // after the process's own
     std::unique_ptr<X11Connection> m_x11;
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(TrayHostWatcher, bool, m_hostPresent, false,
                                          &TrayHostWatcher::hostPresentChanged)

@@ -5,6 +5,7 @@
 #include "settings/OstrelleConfig.h"
 #include "settings/Preferences.h"
 #include "settings/SettingsQueues.h"
+#include "support/PrintedLines.h"
 #include "support/Rows.h"
 
 #include <QSignalSpy>
@@ -238,6 +239,7 @@ private Q_SLOTS:
         row("on standard output", " new\n", "note\n", u"new"_s, {});
         row("on standard error", "\n", "new\n", u"new"_s, {});
         row("not UTF-8", "\xff", "", u"old"_s, {});
+        row("a banner before it", "Update available!\nnew\n", "", u"old"_s, {});
         row("a message of one line", "", "Config key not found: gateway.auth.token\n", u"old"_s,
             {});
         row("reset fails", "new", "", u"old"_s, "gateway token --reset");
@@ -248,6 +250,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, out);
         QFETCH(QByteArray, err);
         QFETCH(QByteArray, failing);
+        const PrintedLines printed;
         m_home->write(u"duskrell.out"_s, out);
         m_home->write(u"duskrell.err"_s, err);
         m_home->write(u"fail"_s, failing);
@@ -264,6 +267,8 @@ private Q_SLOTS:
         QVERIFY(!monitor->tokenRejected());
         QTEST(m_home->storedToken(KeychainHelper::activeKey).value(), "stored");
         QTEST(m_home->storedToken(m_gateway->url()).value(), "stored");
+        const bool isStored = m_home->storedToken(m_gateway->url()) == u"new"_s;
+        QCOMPARE(printed.text().contains("Token reset: the gateway "), !isStored);
         QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
     }
 
