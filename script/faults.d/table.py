@@ -11,17 +11,12 @@ import time
 
 import page
 from row import load_groups
+from sandbox import namespaces
 
 HERE = pathlib.Path(__file__).resolve().parent
 PROJECT = HERE.parents[1]
 RESULTS = PROJECT / "build/faults"
 GRACE = 10  # seconds that a row has to tell what it saw once its time is over
-
-
-def namespaces():
-    """A process table, a network, mounts and System V names of the row's own; root keeps its users."""
-    mapped = [] if os.geteuid() == 0 else ["--user", "--map-root-user"]
-    return ["unshare", *mapped, "--mount", "--pid", "--fork", "--kill-child", "--net", "--ipc", "--mount-proc"]
 
 
 def run(row):

@@ -1,36 +1,16 @@
 """Time"""
 
 import os
-import pathlib
 import signal
 import threading
 import time
 
-from row import NotHere, require, row
+from faketime import Clock
+from row import require, row
 from world import (DOCUMENTS, PREFERENCES, Gateway, Home, Program, document, get, install_tool, must_serve, sessions, wait_for)
 
 DAY = 24 * 3600
 SYNC = 30
-
-
-class Clock:
-    """The program's own clock, set through libfaketime while it runs; the time since the boot goes on as it is."""
-
-    def __init__(self, home):
-        self.file = home.runtime / "clock"
-        found = list(pathlib.Path("/usr/lib").glob("*/faketime/libfaketimeMT.so.1"))
-        if not found:
-            raise NotHere("libfaketime is not installed")
-        self.library = found[0]
-        self.shift(0)
-
-    def shift(self, seconds):
-        """By so much from now."""
-        self.file.write_text(f"{seconds:+d}\n")
-
-    def variables(self):
-        return {"LD_PRELOAD": str(self.library), "FAKETIME_TIMESTAMP_FILE": str(self.file), "FAKETIME_NO_CACHE": "1",
-                "FAKETIME_DONT_FAKE_MONOTONIC": "1", "FAKETIME_DONT_RESET": "1"}
 
 
 def shifted(seconds):
