@@ -46,6 +46,6 @@ def require(holds, seen):
 
 
 def load_groups():
-    for name in ("writes", "disk", "keyring", "desktop", "gateway", "voice", "network", "clock", "starts"):
+    for name in ("writes", "disk", "keyring", "desktop", "gateway", "voice", "network", "clock", "starts", "security"):
         importlib.import_module(f"groups.{name}")
     return rows

@@ -65,14 +65,18 @@ SECRETS = Save(".ostrelle/secrets.json", prepare_secrets, judge_secrets, [link_t
 
 def prepare_preferences(home):
     home.configure()
-    home.write(PREFERENCES, KNOWN_PREFERENCES.format("false"))
+    home.write(PREFERENCES, KNOWN_PREFERENCES.format("false"), 0o644)
 
 
 def judge_preferences(home, when):
     text = (home.read(PREFERENCES) or b"").decode()
     for kept in ("agents.customName.main=Ada", "useMagicDNS=false"):
         require(kept in text, f"The preference {kept} is lost, {when}")
-    return "new" if "projectTrackingEnabled=true" in text else "old"
+    if "projectTrackingEnabled=true" not in text:
+        return "old"
+    mode = home.file(PREFERENCES).stat().st_mode & 0o777
+    require(mode == 0o600, f"The preferences have mode {mode:o}, {when}")
+    return "new"
 
 
 PREFERENCE = Save(PREFERENCES, prepare_preferences, judge_preferences)
@@ -179,7 +183,7 @@ def secrets_failing():
 def preferences_killed():
     """The preferences are saved, and the program killed before each system call of the save.
 
-    After the next start every preference that was there is there.
+    After the next start every preference that was there is there, and what was written is for the user alone.
     """
     return PREFERENCE.kill_everywhere()
 
