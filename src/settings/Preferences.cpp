@@ -34,7 +34,6 @@ bool isWellFormed(QByteArrayView line)
            (line.front() == '[' && line.back() == ']');
 }
 
-// QSettings tells of a format error only once for as long as the file does not change.
 bool isReadable(const QString &file)
 {
     const auto content = readFile(file, maxPreferenceBytes);
@@ -98,7 +97,7 @@ TextPreference preference::customAgentEmoji(const QString &agentId, const QStrin
 
 Preferences::Preferences(QString file)
     : m_file(std::move(file))
-    , m_content(read(m_file))
+    , m_content(read())
 {
 }
 
@@ -166,17 +165,27 @@ void Preferences::queueWrite()
     }
 }
 
-Preferences::Content Preferences::read(const QString &file)
+Preferences::Content Preferences::read()
 {
-    if (!isReadable(file)) {
+    if (!isReadable(m_file)) {
         return {};
     }
-    const QSettings settings(file, QSettings::IniFormat);
-    Content content{.opens = settings.status() == QSettings::NoError};
+    const QSettings settings(m_file, QSettings::IniFormat);
+    Content content{.opens = understands(settings)};
     for (const QString &key : settings.allKeys()) {
         content.values.insert(key, settings.value(key));
     }
     return content;
+}
+
+// QSettings tells of a format error only once for as long as the file does not change.
+bool Preferences::understands(const QSettings &settings)
+{
+    const QDateTime changed = QFileInfo(settings.fileName()).lastModified();
+    if (settings.status() != QSettings::NoError) {
+        m_notUnderstood = changed;
+    }
+    return m_notUnderstood != changed;
 }
 
 // Writes what has not been written yet, earlier failures included. Settings queue only.
@@ -216,14 +225,14 @@ void Preferences::writeLater()
 // QSettings reports success on a full disk and leaves a cut file. So the new content is written
 // beside the old one, read back, and takes its place only when nothing is missing. False when it
 // has not.
-bool Preferences::rewrite(const Changes &changes) const
+bool Preferences::rewrite(const Changes &changes)
 {
     if (!isReadable(m_file)) {
         return false;
     }
     const QString file = fileBehind(m_file); // a link stays one
     const QSettings current(file, QSettings::IniFormat);
-    if (current.status() != QSettings::NoError) {
+    if (!understands(current)) {
         return false;
     }
     QDir().mkpath(QFileInfo(file).path());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QHash>
 #include <QString>
 #include <QVariantHash>
@@ -7,6 +8,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+
+class QSettings;
 
 namespace ostrelle
 {
@@ -73,15 +76,18 @@ private:
         bool isWriteQueued = false;
     };
 
-    static Content read(const QString &file);
+    Content read();
+    bool understands(const QSettings &settings);
     QVariant valueOf(const QString &key) const;
     void change(const QString &key, const std::optional<QString> &value);
     void queueWrite();
     void write();
     void writeLater();
-    bool rewrite(const Changes &changes) const;
+    bool rewrite(const Changes &changes);
 
     const QString m_file;
+    // When the file was last changed that QSettings did not understand. Settings queue only.
+    std::optional<QDateTime> m_notUnderstood;
     mutable std::mutex m_mutex;
     Content m_content; // protected by it
 };

@@ -125,18 +125,6 @@ private:
     bool m_exiting = false;
 };
 
-std::optional<pid_t> readPid(const QString &path)
-{
-    const auto content = readFile(path, maxPidFileBytes);
-    if (!content) {
-        return std::nullopt;
-    }
-    const QByteArrayView text(*content);
-    bool isNumber = false;
-    const int pid = QString::fromUtf8(text).trimmed().toInt(&isNumber);
-    return text.isValidUtf8() && isNumber && pid >= 1 ? std::optional<pid_t>(pid) : std::nullopt;
-}
-
 struct ProcessOrigin {
     pid_t parent;
     system_clock::time_point start; // by the system's clock as it is set now
@@ -183,6 +171,14 @@ system_clock::time_point timeOfWriting(const QString &path)
 
 } // namespace
 
+std::optional<pid_t> processNamedBy(std::string_view content)
+{
+    const QByteArrayView text(content);
+    bool isNumber = false;
+    const int pid = QString::fromUtf8(text).trimmed().toInt(&isNumber);
+    return text.isValidUtf8() && isNumber && pid >= 1 ? std::optional<pid_t>(pid) : std::nullopt;
+}
+
 void prepareKills()
 {
     PendingKills::instance();
@@ -201,7 +197,8 @@ void writePidFile(const QString &path, qint64 pid)
 void killFromPidFile(const QString &path, std::chrono::milliseconds grace)
 {
     const auto written = timeOfWriting(path);
-    const auto pid = readPid(path);
+    const auto content = readFile(path, maxPidFileBytes);
+    const auto pid = content ? processNamedBy(*content) : std::nullopt;
     if (!pid) {
         return;
     }

@@ -3,9 +3,15 @@
 #include <QString>
 
 #include <chrono>
+#include <optional>
+#include <string_view>
+#include <sys/types.h>
 
 namespace ostrelle
 {
+
+// The process that a PID file with this content names, 1 or more; absent when it names none.
+std::optional<pid_t> processNamedBy(std::string_view content);
 
 // Writes the decimal process id, without a line end, in place of what was there. A failure is
 // silent. Waits for the disk.

@@ -1,0 +1,141 @@
+"""Time"""
+
+import os
+import signal
+import threading
+import time
+
+from faketime import Clock
+from row import require, row
+from world import (DOCUMENTS, PREFERENCES, Gateway, Home, Program, document, get, install_tool, must_serve, sessions, wait_for)
+
+DAY = 24 * 3600
+SYNC = 30
+
+
+def shifted(seconds):
+    home = Home()
+    home.configure()
+    home.play(record=True)
+    install_tool("duskrell", f'date >> "$HOME/runs"; case "$1" in sessions) echo \'{sessions()}\' ;; *) exit 1 ;; esac')
+    gateway = Gateway(home)
+    clock = Clock(home)
+    program = Program(home, **clock.variables()).listens()
+    require(wait_for(lambda: document("status")), "No document")
+    written = home.file(DOCUMENTS["status"]).stat().st_mtime_ns
+    clock.shift(seconds)
+    polled = gateway.must_be_asked("after the clock was set", 12)
+    must_serve("after the clock was set")
+    began = time.monotonic()
+    require(wait_for(lambda: home.file(DOCUMENTS["status"]).stat().st_mtime_ns != written, SYNC + 8, 0.5), "No further pass")
+    took = time.monotonic() - began
+    gateway.must_be_asked("a second time", 12)
+    return f"Asked {polled:.1f} s and the next pass {took:.0f} s later; it ended in {program.end():.1f} s."
+
+
+@row(seconds=90)
+def a_day_forward():
+    """The clock is set a day forward while the program runs.
+
+    Polls and passes go on at their pace, and the status server answers.
+    """
+    return shifted(DAY)
+
+
+@row(seconds=90)
+def a_day_back():
+    """The clock is set a day back while the program runs.
+
+    Polls and passes go on at their pace, and the status server answers.
+    """
+    return shifted(-DAY)
+
+
+@row(seconds=60)
+def clock_of_the_epoch():
+    """The clock stands at the beginning of 1970 at the start, as on a machine whose battery is empty.
+
+    It starts, writes its documents and serves.
+    """
+    home = Home()
+    home.configure()
+    install_tool("duskrell", f"case \"$1\" in sessions) echo '{sessions()}' ;; *) exit 1 ;; esac")
+    clock = Clock(home)
+    clock.shift(-int(time.time()) + 60)
+    program = Program(home, **clock.variables()).listens()
+    require(wait_for(lambda: "a0" in (document("status") or {}).get("agents", {})), "No document")
+    return f"It served the new document; it ended in {program.end():.1f} s."
+
+
+@row(seconds=120)
+def stopped_for_an_hour():
+    """The program is stopped (STOP) for 20 s while its clock goes an hour forward; then it goes on (CONT).
+
+    It answers at once, polls go on, and descriptors are what they were.
+    """
+    home = Home()
+    home.configure()
+    home.play(record=True)
+    install_tool("duskrell", "exit 1")
+    gateway = Gateway(home)
+    clock = Clock(home)
+    program = Program(home, **clock.variables()).listens()
+    gateway.must_be_asked("at the start", 12)
+    calm = program.rest()
+    os.kill(program.pid, signal.SIGSTOP)
+    clock.shift(3600)
+    time.sleep(20)
+    os.kill(program.pid, signal.SIGCONT)
+    took = must_serve("after an hour's stop")
+    polled = gateway.must_be_asked("after an hour's stop", 12)
+    after = program.calm_descriptors(calm + 3)
+    require(after <= calm + 3, f"{after} descriptors, {calm} before")
+    return f"/health took {took * 1000:.0f} ms, the gateway was asked after {polled:.1f} s; it ended in {program.end():.1f} s."
+
+
+@row(seconds=60)
+def clients_of_a_stopped_program():
+    """The program is stopped for 15 s; 300 clients ask meanwhile; then it goes on.
+
+    All who still wait are answered, and the next is answered at once.
+    """
+    home = Home()
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    home.write(DOCUMENTS["status"], '{"agents":{}}')
+    program = Program(home).listens()
+    require(document("status"), "No document")
+    os.kill(program.pid, signal.SIGSTOP)
+    answers = []
+    threads = [threading.Thread(target=lambda: answers.append(get("/status", seconds=30)[0])) for _ in range(300)]
+    for thread in threads:
+        thread.start()
+    time.sleep(15)
+    os.kill(program.pid, signal.SIGCONT)
+    for thread in threads:
+        thread.join()
+    require(answers.count(200) == 300, f"{answers.count(200)} of 300 were answered")
+    took = must_serve("afterwards")
+    program.end()
+    return f"All 300 were answered; the next one took {took * 1000:.0f} ms."
+
+
+@row(seconds=40)
+def files_from_the_future():
+    """The documents, the preferences and the PID file bear the time of next year.
+
+    They are read and written as ever.
+    """
+    home = Home()
+    home.configure()
+    home.write(DOCUMENTS["status"], '{"agents":{"old":{}}}')
+    home.write(PREFERENCES, "[General]\nagents.customName.main=Ada\n")
+    home.write(".ostrelle/voice-agent.pid", "999999")
+    for name in (DOCUMENTS["status"], PREFERENCES, ".ostrelle/voice-agent.pid", ".ostrelle/config.json"):
+        os.utime(home.file(name), (time.time() + 365 * DAY,) * 2)
+    install_tool("duskrell", f"case \"$1\" in sessions) echo '{sessions()}' ;; *) exit 1 ;; esac")
+    program = Program(home).listens()
+    require(wait_for(lambda: "a0" in (document("status") or {}).get("agents", {})), "No new document")
+    require(wait_for(lambda: b"projectTrackingEnabled" in home.read(PREFERENCES)), "The preferences are not written")
+    require(b"Ada" in home.read(PREFERENCES), "A preference is lost")
+    return f"Read and written; it ended in {program.end():.1f} s."

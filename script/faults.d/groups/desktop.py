@@ -1,0 +1,253 @@
+"""The desktop"""
+
+import socket
+import time
+
+from row import require, row
+from world import (PREFERENCES, Bus, Home, Program, Screen, freeze, is_alive, link_to, must_serve, send_link, thaw,
+                   wait_for)
+
+GATEWAY = "http://127.0.0.9:1"
+
+
+def desk(tray=True, bus=True):
+    home = Home()
+    home.configure()
+    home.write(PREFERENCES, "[General]\nsetupWasShown=true\nprojectTrackingEnabled=true\n")
+    screen = Screen(home)
+    if tray:
+        screen.start_tray_host()
+    return home, screen, Bus(home) if bus else None
+
+
+def start(home, screen, bus):
+    address = bus.address if bus else "disabled:"
+    return Program(home, DISPLAY=screen.name, DBUS_SESSION_BUS_ADDRESS=address).listens()
+
+
+@row(seconds=60)
+def tray_host_restarts():
+    """The tray host ends and is started again, five times.
+
+    The icon is back each time, and a click opens the panel.
+    """
+    home, screen, bus = desk()
+    program = start(home, screen, bus)
+    screen.wait_for_icon("at the start")
+    for turn in range(5):
+        screen.end_tray_host()
+        require(wait_for(lambda: not screen.icon(), 5, 0.2), "The icon stays without a host")
+        screen.start_tray_host()
+        screen.wait_for_icon(f"after restart {turn + 1}")
+    screen.open_panel("after five restarts")
+    return f"The icon was back five times; it ended in {program.end():.1f} s."
+
+
+@row(seconds=60)
+def tray_host_comes_late():
+    """There is no tray host at the start; it comes 5 s later.
+
+    The panel is open as a window at first; then there is an icon.
+    """
+    home, screen, bus = desk(tray=False)
+    program = start(home, screen, bus)
+    require(wait_for(screen.panel, 20, 0.3), "No panel without a tray")
+    time.sleep(5)
+    screen.start_tray_host()
+    screen.wait_for_icon("after the host came")
+    return f"The panel, then the icon; it ended in {program.end():.1f} s."
+
+
+@row(seconds=60)
+def panel_many_times():
+    """The panel is opened and closed 20 times.
+
+    Descriptors, threads and children are what they were after the first time; memory grows by 10 MB at most.
+    """
+    home, screen, bus = desk()
+    program = start(home, screen, bus)
+    for _ in range(2):
+        screen.open_panel("at first")
+        screen.close_panel()
+    calm, threads, memory = program.rest(), program.threads(), program.megabytes()
+    for turn in range(20):
+        screen.open_panel(f"for the {turn + 1}th time")
+        screen.close_panel()
+    after = program.calm_descriptors(calm + 2)
+    grown = program.megabytes() - memory
+    require(after <= calm + 2 and grown < 10, f"{after} descriptors, {calm} before; {grown:+.1f} MB")
+    return f"{after} descriptors, {calm} before; {program.threads()} threads, {threads} before; {grown:+.1f} MB. Ended in {program.end():.1f} s."
+
+
+@row(seconds=60, quick=True)
+def frozen_bus_at_the_start():
+    """The session bus is stopped (STOP) before the program starts on a desktop.
+
+    It listens and serves; TERM ends it within a moment.
+    """
+    home, screen, bus = desk()
+    freeze(bus.process)
+    program = start(home, screen, bus)
+    time.sleep(3)
+    must_serve("with a frozen bus")
+    send_link(home, link_to(GATEWAY), DBUS_SESSION_BUS_ADDRESS=bus.address)
+    require(wait_for(lambda: home.config()["gateway"]["url"] == GATEWAY, 15), "A link is not taken")
+    return f"It served and took a link; it ended in {program.end():.1f} s."
+
+
+@row(seconds=80)
+def frozen_bus_and_the_panel():
+    """The session bus is stopped while the program runs; then the icon is clicked for the first time.
+
+    The main thread goes on: a link is taken meanwhile, and TERM ends the program within a moment.
+    """
+    home, screen, bus = desk()
+    program = start(home, screen, bus)
+    screen.wait_for_icon("at the start")
+    freeze(bus.process)
+    screen.click_icon()
+    time.sleep(3)
+    send_link(home, link_to(GATEWAY), DBUS_SESSION_BUS_ADDRESS=bus.address)
+    require(wait_for(lambda: home.config()["gateway"]["url"] == GATEWAY, 10), "The main thread does not take a link")
+    opened = screen.panel() is not None
+    took = program.end()
+    return f"A link was taken; the panel was {'open' if opened else 'waiting for the bus'}; it ended in {took:.1f} s."
+
+
+@row(seconds=80)
+def bus_thaws():
+    """The session bus is stopped, the icon is clicked, and the bus goes on after 10 s.
+
+    The panel is open within 10 s of that.
+    """
+    home, screen, bus = desk()
+    program = start(home, screen, bus)
+    screen.wait_for_icon("at the start")
+    freeze(bus.process)
+    screen.click_icon()
+    time.sleep(10)
+    thaw(bus.process)
+    began = time.monotonic()
+    require(wait_for(screen.panel, 10, 0.2), "The panel does not open")
+    took = time.monotonic() - began
+    return f"Open {took:.1f} s after the bus went on; it ended in {program.end():.1f} s."
+
+
+@row(seconds=90)
+def bus_dies_and_returns():
+    """The session bus is killed with everything on it; after 5 s there is a new one at the same address, with a keyring.
+
+    The program goes on; a token that comes then is in the new keyring within half a minute, and the icon is there.
+    """
+    home, screen, bus = desk()
+    bus.start_keyring()
+    program = start(home, screen, bus)
+    send_link(home, link_to(GATEWAY, "before"), DBUS_SESSION_BUS_ADDRESS=bus.address)
+    require(wait_for(lambda: bus.token(GATEWAY) == "before"), "The keyring does not have the first token")
+    bus.stop()
+    bus.keyring.kill()
+    bus.keyring.wait()
+    time.sleep(5)
+    program.must_run("after the bus died")
+    must_serve("without a bus")
+    bus.start()
+    bus.start_keyring()
+    send_link(home, link_to(GATEWAY, "after"), DBUS_SESSION_BUS_ADDRESS=bus.address)
+    began = time.monotonic()
+    require(wait_for(lambda: bus.token(GATEWAY) == "after", 30, 0.3), "The new keyring does not get the token")
+    took = time.monotonic() - began
+    screen.wait_for_icon("after the bus came back", 10)
+    return f"In the new keyring after {took:.1f} s, the icon was there; it ended in {program.end():.1f} s."
+
+
+@row(seconds=40, quick=True)
+def bus_that_says_nothing():
+    """At the bus's address somebody listens who takes connections and says nothing.
+
+    It listens and serves; TERM ends it within a moment.
+    """
+    home, screen, _ = desk(bus=False)
+    path = home.runtime / "mute"
+    mute = socket.socket(socket.AF_UNIX)
+    mute.bind(str(path))
+    mute.listen(64)
+    program = Program(home, DISPLAY=screen.name, DBUS_SESSION_BUS_ADDRESS=f"unix:path={path}")
+    program.listens()
+    must_serve("with a mute bus")
+    time.sleep(2)
+    return f"It served; it ended in {program.end():.1f} s."
+
+
+@row(seconds=40)
+def no_bus_of_ours():
+    """There is a screen and no bus address, and a library would start a bus of its own.
+
+    No dbus-launch and no dbus-daemon is started by the program; the panel opens all the same.
+    """
+    home, screen, _ = desk(bus=False)
+    log = home.runtime / "executed"
+    program = Program(home, under=["strace", "-D", "-f", "-qq", "-o", str(log), "-e", "trace=execve"], DISPLAY=screen.name,
+                      DBUS_SESSION_BUS_ADDRESS=None)
+    program.listens()
+    screen.open_panel("without a bus")
+    time.sleep(2)
+    started = [line for line in log.read_text(errors="replace").splitlines() if "dbus-" in line]
+    require(not started, f"Started: {(started or [''])[0]}")
+    program.end(within=5)
+    return "Nothing of the kind was started; the panel opened."
+
+
+@row(seconds=60)
+def display_goes():
+    """The X server is killed while the panel is open and a voice agent runs.
+
+    The program ends, whatever it has started ends with it, and the next start without a display comes up.
+    """
+    home, screen, bus = desk()
+    config = home.config()
+    home.configure(voice=True)
+    home.write(PREFERENCES, "[General]\nsetupWasShown=true\nprojectTrackingEnabled=true\nautoStartVoice=true\n")
+    home.write(".ostrelle/voice_agent.py", "")
+    home.write(".ostrelle/venv/bin/python", "#!/bin/sh\necho $$ > \"$HOME/agent\"\nexec sleep 1000\n", 0o755)
+    program = start(home, screen, bus)
+    screen.open_panel("before the display goes")
+    agent = int(wait_for(lambda: home.read("agent")))
+    screen.server.kill()
+    began = time.monotonic()
+    require(wait_for(lambda: not program.is_running(), 10), "The program goes on without its display")
+    took = time.monotonic() - began
+    require(wait_for(lambda: not is_alive(agent), 4), "The voice agent lives on")
+    require(config is not None and home.config() is not None, "config.json is torn")
+    Program(home).listens().end()
+    return f"It ended {took:.1f} s after the display, and its voice agent; the next start came up."
+
+
+@row(seconds=60)
+def frozen_display():
+    """The X server is stopped (STOP) while the panel is open, and TERM comes.
+
+    The status server answers meanwhile; the program is gone within a moment of TERM.
+    """
+    home, screen, bus = desk()
+    program = start(home, screen, bus)
+    screen.open_panel("at first")
+    freeze(screen.server)
+    time.sleep(2)
+    must_serve("with a frozen display")
+    return f"Gone after {program.end():.1f} s."
+
+
+@row(seconds=60)
+def frozen_tray_host():
+    """The tray host is stopped (STOP); a link comes, and TERM.
+
+    The program serves, takes the link, and is gone within a moment.
+    """
+    home, screen, bus = desk()
+    program = start(home, screen, bus)
+    screen.wait_for_icon("at the start")
+    freeze(screen.host)
+    send_link(home, link_to(GATEWAY), DBUS_SESSION_BUS_ADDRESS=bus.address)
+    require(wait_for(lambda: home.config()["gateway"]["url"] == GATEWAY, 10), "The link is not taken")
+    must_serve("with a frozen tray host")
+    return f"The link was taken; it ended in {program.end():.1f} s."

@@ -1,0 +1,425 @@
+"""Disks"""
+
+import contextlib
+import json
+import os
+import subprocess
+import threading
+import time
+
+from row import require, row
+from world import (DOCUMENTS, MOMENT, PREFERENCES, Home, Program, document, get, install_tool, is_alive, link_to,
+                   must_serve, send_link, sessions, spawn, timed_get, wait_for)
+
+NEW_GATEWAY = "http://127.0.0.9:1"
+SYNC = 30  # seconds between two passes over the gateway's tool
+
+
+class SmallDisk:
+    """A home on a disk of its own, which can be filled, emptied, made read-only and taken away."""
+
+    def __init__(self, options="size=2m"):
+        self.place = "/tmp/home"
+        os.mkdir(self.place, 0o700)
+        self.mount("-t", "tmpfs", "-o", "mode=700," + options, "none", self.place)
+        self.home = Home(self.place)
+
+    @staticmethod
+    def mount(*arguments):
+        subprocess.run(["mount", *arguments], check=True)
+
+    def fill(self):
+        with contextlib.suppress(OSError), open(f"{self.place}/filler", "wb", buffering=0) as filler:
+            while filler.write(b"x" * 4096):
+                pass
+
+    def use_inodes(self):
+        os.mkdir(f"{self.place}/fillers")
+        with contextlib.suppress(OSError):
+            for number in range(100000):
+                os.close(os.open(f"{self.place}/fillers/{number}", os.O_CREAT, 0o600))
+
+    def make_room(self):
+        for filler in [f"{self.place}/filler", f"{self.place}/fillers"]:
+            subprocess.run(["rm", "-rf", filler], check=True)
+
+    def set_writable(self, writable):
+        self.mount("-o", f"remount,{'rw' if writable else 'ro'}", self.place)
+
+
+def install_sessions(count=1):
+    install_tool("duskrell", f"case \"$1\" in sessions) echo '{sessions(count)}' ;; cron) echo '{{\"jobs\":[]}}' ;; esac")
+
+
+@row(seconds=40, quick=True)
+def full_disk_config():
+    """The home's disk is full when a link names another gateway; then there is room again, and another link comes.
+
+    The old configuration stays whole; what the links have set holds, and both are in the file once there is room.
+    """
+    disk = SmallDisk()
+    disk.home.configure(saved=[(f"Old {i}", f"http://127.0.0.8:{i}") for i in range(1, 61)])
+    program = Program(disk.home).listens()
+    disk.fill()
+    before = disk.home.read(".ostrelle/config.json")
+    send_link(disk.home, link_to(NEW_GATEWAY))
+    require(program.wait_for("not saved", 5), "No line says that nothing was saved")
+    require(disk.home.read(".ostrelle/config.json") == before, "The old configuration was damaged")
+    must_serve("with a full disk")
+    disk.make_room()
+    send_link(disk.home, link_to(NEW_GATEWAY + "2"))
+    config = wait_for(lambda: (found := disk.home.config()) and found["gateway"]["url"] == NEW_GATEWAY + "2" and found)
+    require(config, "The next link is not saved though there is room")
+    urls = {entry["url"] for entry in config["gateway"]["saved"]}
+    require({"http://127.0.0.8:60", NEW_GATEWAY, NEW_GATEWAY + "2"} <= urls, f"Saved gateways were lost: {sorted(urls)}")
+    return f"The old file stayed; {len(urls)} gateways were in it after the next link. It ended in {program.end():.1f} s."
+
+
+@row(seconds=90)
+def full_disk_documents():
+    """The disk is full when the agents' and the jobs' documents are to grow; later there is room.
+
+    The old documents stay whole and are served; the new ones are there at the next pass (30 s).
+    """
+    disk = SmallDisk()
+    disk.home.configure()
+    disk.home.write(DOCUMENTS["status"], '{"agents":{"old":{"status":"idle"}}}')
+    disk.fill()
+    install_sessions(300)
+    program = Program(disk.home).listens()
+    time.sleep(5)
+    require("old" in (document("status") or {}).get("agents", {}), "The old document is not served")
+    disk.make_room()
+    began = time.monotonic()
+    require(wait_for(lambda: "a299" in (document("status") or {}).get("agents", {}), SYNC + 10, 0.5), "No new document")
+    took = time.monotonic() - began
+    program.end()
+    return f"The old document was served; the new one came {took:.0f} s after there was room."
+
+
+@row(seconds=40)
+def full_disk_secrets():
+    """Without a keyring, the disk is full when a token comes; then there is room, and it comes again.
+
+    The tokens that were there stay; it is said that this one was not saved; the second time it is.
+    """
+    disk = SmallDisk()
+    disk.home.configure()
+    disk.home.write(".ostrelle/secrets.json", json.dumps({"gateway-token:http://127.0.0.8:1": "old"}))
+    program = Program(disk.home).listens()
+    disk.fill()
+    send_link(disk.home, link_to(NEW_GATEWAY, "t" * 5000))
+    require(program.wait_for("Token not saved", 5), "No line says that the token was not saved")
+    kept = json.loads(disk.home.read(".ostrelle/secrets.json"))
+    require(kept.get("gateway-token:http://127.0.0.8:1") == "old", "The old token is lost")
+    disk.make_room()
+    send_link(disk.home, link_to(NEW_GATEWAY, "t" * 5000))
+    require(wait_for(lambda: b"ttttt" in disk.home.read(".ostrelle/secrets.json")), "The token is not saved though there is room")
+    program.end()
+    return "The old token stayed, a line told of the new one, which was saved when there was room."
+
+
+@row(seconds=80)
+def full_disk_preferences():
+    """The disk is full at the first start, which sets a preference; later there is room.
+
+    The preferences that were there stay; the new one is written within half a minute of there being room.
+    """
+    disk = SmallDisk()
+    disk.home.configure()
+    disk.home.write(PREFERENCES, "[General]\nagents.customName.main=Ada\n")
+    disk.fill()
+    program = Program(disk.home).listens()
+    time.sleep(2)
+    require(b"Ada" in disk.home.read(PREFERENCES), "A preference is lost")
+    disk.make_room()
+    began = time.monotonic()
+    require(wait_for(lambda: b"projectTrackingEnabled" in disk.home.read(PREFERENCES), 40), "It is not written")
+    took = time.monotonic() - began
+    require(b"Ada" in disk.home.read(PREFERENCES) and not disk.home.leftovers(), "A preference is lost, or a draft stayed")
+    program.end()
+    return f"Nothing was lost; written {took:.0f} s after there was room."
+
+
+@row(seconds=90)
+def full_disk_first_start():
+    """The very first start finds a full disk; later there is room.
+
+    It listens; the three documents are served within half a minute of there being room.
+    """
+    disk = SmallDisk()
+    disk.fill()
+    program = Program(disk.home)
+    program.listens()
+    must_serve("with a full disk")
+    disk.make_room()
+    began = time.monotonic()
+    require(wait_for(lambda: all(document(name) for name in DOCUMENTS), 45, 0.5),
+            "Not served 45 s after there is room: " + ", ".join(name for name in DOCUMENTS if not document(name)))
+    program.end()
+    return f"It listened; all three documents were served {time.monotonic() - began:.0f} s after there was room."
+
+
+@row(seconds=90)
+def no_inodes_left():
+    """The home's disk has no inodes left at the first start; later it has.
+
+    As with a full disk: it listens, and later serves all three documents.
+    """
+    disk = SmallDisk("size=8m,nr_inodes=200")
+    disk.use_inodes()
+    program = Program(disk.home)
+    program.listens()
+    disk.make_room()
+    began = time.monotonic()
+    require(wait_for(lambda: all(document(name) for name in DOCUMENTS), 45, 0.5),
+            "Not served 45 s after there is room: " + ", ".join(name for name in DOCUMENTS if not document(name)))
+    program.end()
+    return f"All three documents were served {time.monotonic() - began:.0f} s after there were inodes again."
+
+
+@row(seconds=60, quick=True)
+def read_only_home():
+    """The home is mounted read-only; a link comes; then it is writable again, and another link comes.
+
+    It serves the documents and the second link is saved, with the gateway of the first.
+    """
+    disk = SmallDisk()
+    disk.home.configure()
+    disk.home.write(DOCUMENTS["status"], '{"agents":{"old":{"status":"idle"}}}')
+    disk.set_writable(False)
+    program = Program(disk.home).listens()
+    require(document("status"), "The document is not served")
+    send_link(disk.home, link_to(NEW_GATEWAY))
+    time.sleep(1)
+    program.must_run("on a read-only disk")
+    disk.set_writable(True)
+    send_link(disk.home, link_to(NEW_GATEWAY + "2"))
+    saved = wait_for(lambda: NEW_GATEWAY + "2" in json.dumps(disk.home.config()))
+    require(saved and NEW_GATEWAY + '"' in json.dumps(disk.home.config()), "A link is not saved")
+    program.end()
+    return "Served while read-only; both gateways were saved afterwards."
+
+
+@row(seconds=90)
+def home_removed():
+    """Everything in the home is removed while the program runs, and the gateway's tool answers.
+
+    The three documents are served again within two passes (60 s), a link is saved, and TERM ends it.
+    """
+    home = Home()
+    home.configure()
+    install_sessions()
+    program = Program(home).listens()
+    require(wait_for(lambda: document("status")), "No document at the start")
+    subprocess.run(["find", str(home.path), "-mindepth", "1", "-delete"], check=True)
+    began = time.monotonic()
+    require(wait_for(lambda: all(document(name) for name in DOCUMENTS), 2 * SYNC + 5, 0.5),
+            "Not served again: " + ", ".join(name for name in DOCUMENTS if not document(name)))
+    took = time.monotonic() - began
+    send_link(home, link_to(NEW_GATEWAY))
+    require(wait_for(lambda: NEW_GATEWAY in json.dumps(home.config())), "A link is not saved")
+    program.end()
+    return f"All three were served again after {took:.0f} s; a link was saved."
+
+
+@row(seconds=100)
+def home_gone_and_back():
+    """The home's disk is taken away for 10 s while the program runs, and is empty when it comes back.
+
+    The three documents are served again within two passes (60 s).
+    """
+    disk = SmallDisk()
+    disk.home.configure()
+    install_sessions()
+    program = Program(disk.home, cwd="/").listens()
+    require(wait_for(lambda: document("status")), "No document at the start")
+    subprocess.run(["umount", "-l", disk.place], check=True)
+    os.chmod(disk.place, 0)
+    os.rename(disk.place, disk.place + ".away")
+    time.sleep(10)
+    must_serve("without a home")
+    os.rename(disk.place + ".away", disk.place)
+    os.chmod(disk.place, 0o700)
+    began = time.monotonic()
+    require(wait_for(lambda: all(document(name) for name in DOCUMENTS), 2 * SYNC + 5, 0.5),
+            "Not served again: " + ", ".join(name for name in DOCUMENTS if not document(name)))
+    took = time.monotonic() - began
+    program.end()
+    return f"It served without a home; all three documents were there {took:.0f} s after it was back."
+
+
+def hold_calls_on(file, seconds, program=None):
+    """The options that let every system call on the file take so long."""
+    return ["strace", "-f", "-qq", "-o", "/dev/null", "-P", str(file), "-e", f"inject=all:delay_enter={seconds}s",
+            *(["-p", str(program.pid)] if program else ["-D"])]
+
+
+@row(seconds=40, quick=True)
+def hanging_disk():
+    """Every system call on the agents' document takes 20 s, as on a network file system that hangs, and is asked for.
+
+    Whoever asks for something else is answered at once, and the program ends within a moment of TERM.
+    """
+    home = Home()
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    file = home.write(DOCUMENTS["status"], '{"agents":{"old":{"status":"idle"}}}')
+    program = Program(home).listens()
+    spawn(hold_calls_on(file, 20, program))
+    time.sleep(1)
+    for _ in range(4):
+        threading.Thread(target=get, args=("/status",), kwargs={"seconds": 30}, daemon=True).start()
+    time.sleep(0.5)
+    slowest = max(must_serve("while /status hangs") for _ in range(20))
+    require(timed_get("/projects")[2] < MOMENT, "/projects waits for another document's disk")
+    program.process.terminate()
+    began = time.monotonic()
+    # Who delays a call keeps its thread until that is over; what the program itself is, is a zombie before.
+    require(wait_for(lambda: not is_alive(program.pid), MOMENT), "It did not end in time")
+    return f"The slowest of 20 other requests took {slowest * 1000:.0f} ms; it ended {time.monotonic() - began:.1f} s after TERM."
+
+
+@row(seconds=40)
+def hanging_disk_at_the_start():
+    """Every system call on the agents' document takes 5 s when the program starts.
+
+    It listens within a moment, and answers who asks for something else.
+    """
+    home = Home()
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    file = home.write(DOCUMENTS["status"], '{"agents":{"old":{"status":"idle"}}}')
+    program = Program(home, under=hold_calls_on(file, 5)).listens(30)
+    took = time.monotonic() - program.began
+    require(took < 2 * MOMENT, f"It listens after {took:.1f} s")
+    must_serve("while a disk hangs")
+    return f"It listened after {took:.1f} s, under a tracer that slows it."
+
+
+@row(seconds=60)
+def clients_of_a_hanging_disk():
+    """A document cannot be read for 35 s; 50 clients wait for it.
+
+    They are dropped after 30 s when the next one comes, and the document is served once it can be read.
+    """
+    home = Home()
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    file = str(home.write(DOCUMENTS["status"], '{"agents":{"old":{"status":"idle"}}}'))
+    program = Program(home).listens()
+    tracer = subprocess.Popen(["strace", "-f", "-qq", "-o", "/dev/null", "-P", file, "-p", str(program.pid),
+                               "-e", "inject=openat:delay_enter=35000000:when=1"])
+    time.sleep(1)
+    home.write(DOCUMENTS["status"], '{"agents":{"new":{"status":"idle"}}}')
+    idle = program.descriptors()
+    threads = [threading.Thread(target=get, args=("/status",), kwargs={"seconds": 50}) for _ in range(50)]
+    for thread in threads:
+        thread.start()
+    require(wait_for(lambda: program.descriptors() >= idle + 50, 5), "The clients were not taken")
+    time.sleep(31)
+    get("/status", seconds=0.5)
+    left = program.calm_descriptors(idle + 10, 3)
+    require(left <= idle + 10, f"{left - idle} clients still wait after 31 s")
+    require(wait_for(lambda: document("status"), 20, 0.5), "The document is not served though it can be read")
+    tracer.terminate()
+    tracer.wait()
+    program.end(within=3)
+    return "All 50 were dropped; the document was served again."
+
+
+@row(seconds=30, quick=True)
+def strange_documents():
+    """The documents are a named pipe, a folder, a 300 MB file with a hole, a link to itself, a device, nothing.
+
+    Each answers 404 within a moment; nothing hangs, and a good file is served right after.
+    """
+    home = Home()
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    program = Program(home).listens()
+    path = home.file(DOCUMENTS["status"])
+
+    def sparse():
+        with open(path, "wb") as file:
+            file.truncate(300 << 20)
+
+    slowest = 0
+    for name, make in {"pipe": lambda: os.mkfifo(path), "folder": lambda: os.mkdir(path), "huge file": sparse,
+                       "link to itself": lambda: os.symlink(path, path), "device": lambda: os.symlink("/dev/zero", path),
+                       "nothing": lambda: None}.items():
+        subprocess.run(["rm", "-rf", str(path)], check=True)
+        make()
+        status, _, took = timed_get("/status")
+        require(status == 404 and took < 1.5, f"{name}: {status} after {took:.1f} s")
+        slowest = max(slowest, took)
+    home.write(DOCUMENTS["status"], '{"agents":{}}')
+    require(document("status") == {"agents": {}}, "A good file is not served afterwards")
+    program.end()
+    return f"404 each time, after {slowest * 1000:.0f} ms at most; then the good file."
+
+
+@row(seconds=30, quick=True)
+def broken_config():
+    """config.json is cut in the middle at the start; then a link comes.
+
+    The broken file is kept under another name before anything is written over it, and one line says so.
+    """
+    home = Home()
+    home.configure(saved=[("Kept", "http://127.0.0.8:1")])
+    whole = home.read(".ostrelle/config.json")
+    home.write(".ostrelle/config.json", whole[:-20])
+    program = Program(home).listens()
+    send_link(home, link_to(NEW_GATEWAY))
+    require(wait_for(lambda: NEW_GATEWAY in json.dumps(home.config())), "The link is not saved")
+    kept = [file for file in home.file(".ostrelle").iterdir() if file.is_file() and file.read_bytes() == whole[:-20]]
+    require(kept, "The broken file was written over; its saved gateways are lost")
+    require("config.json" in program.output(), "No line says so")
+    program.end()
+    return f"Kept as {kept[0].name}; the log says so."
+
+
+@row(seconds=30, quick=True)
+def broken_secrets():
+    """secrets.json is cut in the middle, without a keyring, when a token comes.
+
+    The broken file is kept under another name, the token is saved, and only the user may read both.
+    """
+    home = Home()
+    home.configure()
+    home.write(".ostrelle/secrets.json", '{"gateway-token:x": "old')
+    program = Program(home).listens()
+    send_link(home, link_to(NEW_GATEWAY, "t0ken"))
+    require(wait_for(lambda: b"t0ken" in (home.read(".ostrelle/secrets.json") or b"")), "The token is not saved")
+    require(home.read(".ostrelle/secrets.json.broken") == b'{"gateway-token:x": "old', "The broken file is lost")
+    modes = {file.stat().st_mode & 0o077 for file in home.file(".ostrelle").glob("secrets*")}
+    require(modes == {0}, "Others may read them")
+    program.end()
+    return "Kept as secrets.json.broken; the token was saved; nobody else may read either."
+
+
+@row(seconds=40)
+def changed_while_running():
+    """config.json is replaced 50 times by editors (renamed over, emptied first, removed and made again) while links come.
+
+    The program goes on, and what the last link set is in the file.
+    """
+    home = Home()
+    home.configure()
+    program = Program(home).listens()
+    content = home.read(".ostrelle/config.json")
+    file = home.file(".ostrelle/config.json")
+    for turn in range(50):
+        if turn % 3 == 0:
+            home.write(".ostrelle/config.json.editor", content).rename(file)
+        elif turn % 3 == 1:
+            file.write_bytes(b"")
+            file.write_bytes(content)
+        else:
+            file.unlink(missing_ok=True)
+            file.write_bytes(content)
+        if turn % 10 == 0:
+            send_link(home, link_to(f"http://127.0.0.9:{turn + 1}"))
+    send_link(home, link_to(NEW_GATEWAY))
+    require(wait_for(lambda: NEW_GATEWAY in json.dumps(home.config())), "The last link is not in the file")
+    return f"The last link was saved; it ended in {program.end():.1f} s."

@@ -1,0 +1,51 @@
+"""What a row of the table is, and what it may end with."""
+
+import dataclasses
+import importlib
+import inspect
+from collections.abc import Callable
+
+
+class FallsShort(Exception):
+    """What must hold did not; the text tells what was seen instead."""
+
+
+class NotHere(Exception):
+    """This machine cannot show the row; the text tells why."""
+
+
+@dataclasses.dataclass(frozen=True)
+class Row:
+    name: str
+    group: str
+    done: str
+    must: str
+    run: Callable[[], str]  # returns what was seen
+    seconds: int  # then the row is ended and falls short
+    quick: bool
+
+
+rows: list[Row] = []
+
+
+def row(seconds=60, quick=False):
+    """Makes a row of a function. Its documentation tells what is done and, below, what must hold."""
+
+    def add(function):
+        done, must = (" ".join(part.split()) for part in inspect.getdoc(function).split("\n\n"))
+        group = inspect.getmodule(function).__doc__.strip()
+        rows.append(Row(function.__name__.replace("_", "-"), group, done, must, function, seconds, quick))
+        return function
+
+    return add
+
+
+def require(holds, seen):
+    if not holds:
+        raise FallsShort(seen)
+
+
+def load_groups():
+    for name in ("writes", "disk", "keyring", "desktop", "gateway", "voice", "network", "clock", "starts", "security"):
+        importlib.import_module(f"groups.{name}")
+    return rows

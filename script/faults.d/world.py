@@ -1,0 +1,460 @@
+"""What a row plays with: a home, the program, its gateway, a bus, a keyring, a screen."""
+
+import contextlib
+import json
+import os
+import pathlib
+import re
+import resource
+import signal
+import socket
+import subprocess
+import time
+
+from row import FallsShort, require
+
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = PROJECT / "build"
+TOOLS = pathlib.Path("/usr/local/bin")  # the row's own, and where the program looks for tools first
+STATUS_PORT, VOICE_PORT, GATEWAY_PORT = 18794, 18790, 18789
+MOMENT = 1.5  # seconds: one that the program may take, and what a busy machine adds
+PATIENCE = 20  # seconds for what is only waited for, not judged
+
+DOCUMENTS = {
+    "status": ".ostrelle/ostrelle-agent-tracker.json",
+    "cron": ".ostrelle/ostrelle-cron-tracker.json",
+    "projects": ".ostrelle/ostrelle-project-tracker.json",
+}
+PREFERENCES = ".config/ai.duskrell.ostrelle.conf"
+
+
+def wait_for(condition, seconds=PATIENCE, step=0.05):
+    """What the condition returns once that is true, or the last thing it returned."""
+    end = time.monotonic() + seconds
+    while not (value := condition()) and time.monotonic() < end:
+        time.sleep(step)
+    return value
+
+
+def is_alive(pid):
+    with contextlib.suppress(OSError):
+        return pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[0] not in "ZX"
+    return False
+
+
+def children_of(pid):
+    """The numbers of all that it has started, and of what those have."""
+    found = []
+    for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        with contextlib.suppress(OSError):
+            fields = stat.read_text().rpartition(")")[2].split()
+            if int(fields[1]) == pid and fields[0] not in "ZX":
+                child = int(stat.parent.name)
+                found += [child, *children_of(child)]
+    return found
+
+
+class Home:
+    def __init__(self, path="/tmp/home", user=None):
+        self.path = pathlib.Path(path)
+        self.user = user
+        self.path.mkdir(mode=0o700, parents=True, exist_ok=True)
+        self.runtime = pathlib.Path(f"{path}.run")
+        self.runtime.mkdir(mode=0o700, exist_ok=True)
+
+    def file(self, relative):
+        return self.path / relative
+
+    def read(self, relative):
+        """None where there is nothing."""
+        with contextlib.suppress(FileNotFoundError, NotADirectoryError):
+            return self.file(relative).read_bytes()
+        return None
+
+    def write(self, relative, content, mode=0o600):
+        file = self.file(relative)
+        file.parent.mkdir(mode=0o700, parents=True, exist_ok=True)
+        file.write_bytes(content.encode() if isinstance(content, str) else content)
+        file.chmod(mode)
+        return file
+
+    def configure(self, status=STATUS_PORT, voice=False, gateway=f"http://127.0.0.1:{GATEWAY_PORT}", saved=(), token=None):
+        config = {
+            "gateway": {"url": gateway, "saved": [{"name": name, "url": url} for name, url in saved]},
+            "ports": {"status": status, "voiceAgent": VOICE_PORT},
+            "voice": {"enabled": voice, "venvPath": "~/.ostrelle/venv"},
+            "paths": {"statusFile": "~/" + DOCUMENTS["status"], "trackerFile": "~/" + DOCUMENTS["projects"],
+                      "cronFile": "~/" + DOCUMENTS["cron"]},
+        }
+        if token:
+            config["gateway"]["token"] = token
+        self.write(".ostrelle/config.json", json.dumps(config))
+
+    def config(self):
+        """The configuration in the file; None where it cannot be understood."""
+        try:
+            return json.loads(self.read(".ostrelle/config.json") or b"")
+        except ValueError:
+            return None
+
+    def play(self, **members):
+        """Directs the simulator; see tools/gateway-simulator/README.md."""
+        self.write(".duskrell/simulator.json", json.dumps(members))
+
+    def environment(self, **more):
+        variables = {"HOME": str(self.path), "XDG_RUNTIME_DIR": str(self.runtime), "PATH": os.environ["PATH"],
+                     "LANG": "C.UTF-8", "DBUS_SESSION_BUS_ADDRESS": "disabled:", **more}
+        return {name: value for name, value in variables.items() if value is not None}
+
+    def leftovers(self):
+        """Files that were to be there for the time of a save only."""
+        return [str(file.relative_to(self.path)) for file in self.path.rglob("*")
+                if re.search(r"\.(new|written|save|tmp|part|draft|next|journal)[^/]*$", file.name)]
+
+
+def install_tool(name, body):
+    """Puts a program where the program looks for its tools: a script, or a link to one of ours."""
+    tool = TOOLS / name
+    with contextlib.suppress(FileNotFoundError):
+        tool.unlink()
+    if isinstance(body, pathlib.Path):
+        tool.symlink_to(body)
+        return
+    tool.write_text("#!/bin/sh\n" + body + "\n")
+    tool.chmod(0o755)
+
+
+def install_gateway_tool():
+    install_tool("duskrell", BUILD / "duskrell")
+
+
+def sessions(count=1, model="atlas"):
+    """What a gateway tool prints for so many sessions."""
+    return json.dumps({"sessions": [{"key": f"agent:a{i}:main", "agentId": f"a{i}", "model": model}
+                                    for i in range(count)]})
+
+
+class Program:
+    """The program, from its start until the row ends it, or its sandbox does."""
+
+    def __init__(self, home, *arguments, under=(), output=None, limits=(), cwd=None, umask=-1, **variables):
+        self.log = home.runtime / f"log-{time.monotonic_ns()}"
+        self.began = time.monotonic()
+
+        def prepare():
+            for limit, value in limits:
+                resource.setrlimit(limit, (value, value))
+
+        with open(self.log, "wb") as log:
+            self.process = subprocess.Popen(
+                [*under, str(BUILD / "ostrelle"), *arguments], env=home.environment(**variables), cwd=cwd or home.path,
+                stdin=subprocess.DEVNULL, stdout=output or log, stderr=output or log, umask=umask,
+                user=home.user, group=home.user, extra_groups=[] if home.user else None,
+                preexec_fn=prepare if limits else None)
+        self.pid = self.process.pid
+
+    def output(self):
+        return self.log.read_text(errors="replace")
+
+    def wait_for(self, text, seconds=PATIENCE):
+        """The first line with that text, or None; also None once the program has ended without one."""
+        def find():
+            ended = self.process.poll() is not None
+            line = next((line for line in self.output().splitlines() if text in line), None)
+            return line or ("" if ended else None)
+        end = time.monotonic() + seconds
+        while (line := find()) is None and time.monotonic() < end:
+            time.sleep(0.03)
+        return line or None
+
+    def listens(self, seconds=PATIENCE):
+        require(self.wait_for("[StatusServer] Listening on port", seconds),
+                f"It does not listen within {seconds} s; its log: {self.tail()}")
+        return self
+
+    def tail(self):
+        return " / ".join(self.output().splitlines()[-3:])
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def must_run(self, while_what):
+        require(self.is_running(), f"It ended with {self.process.poll()} {while_what}: {self.tail()}")
+
+    def end(self, signal_number=signal.SIGTERM, within=MOMENT):
+        """Seconds from the signal to the end, which has to come in time and with status 0."""
+        began = time.monotonic()
+        self.process.send_signal(signal_number)
+        try:
+            status = self.process.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            raise FallsShort(f"It did not end within {PATIENCE} s of {signal.Signals(signal_number).name}") from None
+        took = time.monotonic() - began
+        require(took <= within, f"It ended {took:.1f} s after {signal.Signals(signal_number).name}")
+        require(signal_number == signal.SIGKILL or status == 0, f"It ended with status {status}")
+        return took
+
+    def kill(self):
+        with contextlib.suppress(ProcessLookupError):
+            self.process.kill()
+        self.process.wait()
+
+    def descriptors(self):
+        return len(os.listdir(f"/proc/{self.pid}/fd"))
+
+    def threads(self):
+        return len(os.listdir(f"/proc/{self.pid}/task"))
+
+    def children(self):
+        return children_of(self.pid)
+
+    def megabytes(self):
+        """Resident memory of its own."""
+        text = pathlib.Path(f"/proc/{self.pid}/smaps_rollup").read_text()
+        return sum(int(kb) for kb in re.findall(r"Private_\w+: +(\d+)", text)) / 1024
+
+    def rest(self, seconds=15):
+        """How many descriptors are open once the start is over: no change for a second and a half."""
+        end = time.monotonic() + seconds
+        count, since = self.descriptors(), time.monotonic()
+        while time.monotonic() - since < 1.5 and time.monotonic() < end:
+            time.sleep(0.1)
+            if (now := self.descriptors()) != count:
+                count, since = now, time.monotonic()
+        return count
+
+    def calm_descriptors(self, at_most, seconds=PATIENCE):
+        """How many are open once there are not more than that, or the time is over."""
+        wait_for(lambda: self.descriptors() <= at_most, seconds, 0.2)
+        return self.descriptors()
+
+
+def send_link(home, link, **variables):
+    """Opens a link as the desktop does; the running program takes it. The seconds that took."""
+    other = Program(home, link, **variables)
+    status = other.process.wait(PATIENCE)
+    require(status == 0, f"The start with a link ended with {status}: {other.tail()}")
+    return time.monotonic() - other.began
+
+
+def link_to(url, token=None):
+    return f"ostrelle://config?gatewayBaseURL={url}" + (f"&token={token}" if token else "")
+
+
+def exchange(request, port=STATUS_PORT, seconds=10, address="127.0.0.1"):
+    """Everything that the server answers until it closes."""
+    with socket.create_connection((address, port), seconds) as client:
+        client.settimeout(seconds)
+        client.sendall(request)
+        answer = bytearray()
+        while part := client.recv(1 << 16):
+            answer += part
+    return bytes(answer)
+
+
+def get(path, port=STATUS_PORT, seconds=10, headers=""):
+    """Status and body; (0, reason) where there is no answer."""
+    try:
+        answer = exchange(f"GET {path} HTTP/1.1\r\nHost: here\r\n{headers}\r\n".encode(), port, seconds)
+    except OSError as problem:
+        return 0, str(problem).encode()
+    head, _, body = answer.partition(b"\r\n\r\n")
+    return (int(head.split()[1]) if head.startswith(b"HTTP/") else 0), body
+
+
+def connections(port=STATUS_PORT):
+    """How many clients the program has, as the system's table tells."""
+    lines = pathlib.Path("/proc/net/tcp").read_text().splitlines() + pathlib.Path("/proc/net/tcp6").read_text().splitlines()
+    return sum(fields[1].endswith(f":{port:04X}") and fields[3] == "01" for fields in map(str.split, lines[1:]))
+
+
+def timed_get(path, **options):
+    began = time.monotonic()
+    status, body = get(path, **options)
+    return status, body, time.monotonic() - began
+
+
+def must_serve(while_what, within=MOMENT):
+    """The status server answers, and soon."""
+    status, body, took = timed_get("/health")
+    require(status == 200, f"No answer to /health {while_what}: {body.decode(errors='replace')}")
+    require(took <= within, f"/health took {took:.1f} s {while_what}")
+    return took
+
+
+def document(name):
+    """The document that the status server gives, or None where it is no whole one."""
+    status, body = get(f"/{name}")
+    try:
+        return json.loads(body) if status == 200 else None
+    except ValueError:
+        return None
+
+
+def spawn(command, home=None, **options):
+    """A process that the sandbox ends with everything else."""
+    options.setdefault("stdout", subprocess.DEVNULL)
+    options.setdefault("stderr", subprocess.DEVNULL)
+    options.setdefault("stdin", subprocess.DEVNULL)
+    return subprocess.Popen(command, env=options.pop("env", home.environment() if home else None), **options)
+
+
+def freeze(process):
+    os.kill(process.pid, signal.SIGSTOP)
+
+
+def thaw(process):
+    os.kill(process.pid, signal.SIGCONT)
+
+
+class Gateway:
+    """The simulator's HTTP service."""
+
+    def __init__(self, home, port=GATEWAY_PORT):
+        self.home = home
+        self.port = port
+        self.start()
+
+    def start(self):
+        self.process = spawn([str(BUILD / "duskrell"), "serve", "--port", str(self.port)], self.home)
+        require(wait_for(lambda: get("/health", self.port)[0]), "The simulated gateway does not start")
+
+    def stop(self):
+        self.process.kill()
+        self.process.wait()
+
+    def asked(self, target="/health"):
+        """How often the program has asked for that; record=True has to be played."""
+        record = self.home.read(".duskrell/simulator-record.jsonl") or b""
+        lines = [json.loads(line) for line in record.splitlines() if line.endswith(b"}")]
+        return sum(line.get("target") == target for line in lines)
+
+    def must_be_asked(self, when, within, target="/health"):
+        began = time.monotonic()
+        before = self.asked(target)
+        require(wait_for(lambda: self.asked(target) > before, within), f"Nothing asks for {target} within {within} s {when}")
+        return time.monotonic() - began
+
+
+class Listener:
+    """A port that takes connections and says what it is told to, or nothing at all."""
+
+    def __init__(self, port, backlog=64):
+        self.socket = socket.socket()
+        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        self.socket.bind(("127.0.0.1", port))
+        self.socket.listen(backlog)
+
+    def close(self):
+        self.socket.close()
+
+
+class Bus:
+    """A session bus at an address that outlives it."""
+
+    def __init__(self, home):
+        self.home = home
+        self.socket = home.runtime / "bus"
+        self.address = f"unix:path={self.socket}"
+        self.configuration = home.runtime / "bus.conf"
+        self.configuration.write_text(
+            f"<busconfig><type>session</type><listen>{self.address}</listen><policy context='default'>"
+            "<allow send_destination='*'/><allow receive_sender='*'/><allow own='*'/></policy></busconfig>")
+        self.keyring = None
+        self.start()
+
+    def start(self):
+        self.socket.unlink(missing_ok=True)
+        self.process = spawn(["dbus-daemon", "--config-file", str(self.configuration), "--nofork"], self.home)
+        require(wait_for(self.socket.exists), "The bus does not start")
+
+    def stop(self):
+        self.process.kill()
+        self.process.wait()
+
+    def environment(self):
+        return self.home.environment(DBUS_SESSION_BUS_ADDRESS=self.address)
+
+    def has(self, name):
+        answer = subprocess.run(
+            ["dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/",
+             "org.freedesktop.DBus.NameHasOwner", f"string:{name}"],
+            env=self.environment(), capture_output=True, text=True, timeout=PATIENCE)
+        return "true" in answer.stdout
+
+    def start_keyring(self, unlocked=True):
+        options = ["--unlock"] if unlocked else []
+        self.keyring = spawn(["gnome-keyring-daemon", "--foreground", "--components=secrets", *options],
+                             env=self.environment(), stdin=subprocess.PIPE)
+        if unlocked:
+            self.keyring.stdin.write(b"test password")
+        self.keyring.stdin.close()
+        require(wait_for(lambda: self.has("org.freedesktop.secrets")), "The keyring does not start")
+
+    def stop_keyring(self):
+        self.keyring.kill()
+        self.keyring.wait()
+        wait_for(lambda: not self.has("org.freedesktop.secrets"))
+
+    def token(self, url):
+        """What the keyring keeps for a gateway; None for nothing."""
+        answer = subprocess.run(["secret-tool", "lookup", "service", "ai.duskrell.ostrelle", "account", f"gateway-token:{url}"],
+                                env=self.environment(), capture_output=True, text=True, timeout=PATIENCE)
+        return answer.stdout.strip() or None
+
+
+class Screen:
+    """An X server with a window manager and, once it is started, a tray host."""
+
+    def __init__(self, home):
+        self.home = home
+        reading, writing = os.pipe()
+        self.server = spawn(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24", "-noreset",
+                             "-nolisten", "tcp"], home, pass_fds=[writing])
+        self.name = ":" + os.read(reading, 16).decode().strip()
+        spawn(["openbox"], env=home.environment(DISPLAY=self.name))
+        wait_for(lambda: self.run("xdotool", "get_desktop").returncode == 0)
+        self.host = None
+
+    def run(self, *command):
+        return subprocess.run(command, env=self.home.environment(DISPLAY=self.name), capture_output=True, text=True,
+                              timeout=PATIENCE)
+
+    def start_tray_host(self):
+        self.host = spawn(["trayer", "--edge", "top", "--align", "right", "--height", "24", "--width", "10"],
+                          env=self.home.environment(DISPLAY=self.name))
+
+    def end_tray_host(self):
+        self.host.terminate()
+        self.host.wait()
+
+    def windows(self):
+        """The visible windows of the program: (x, y, width, height)."""
+        for window in self.run("xdotool", "search", "--onlyvisible", "--class", "^ostrelle$").stdout.split():
+            shape = dict(re.findall(r"(\w+)=(\d+)", self.run("xdotool", "getwindowgeometry", "--shell", window).stdout))
+            if shape:
+                yield tuple(int(shape[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def icon(self):
+        return next((window for window in self.windows() if 4 < window[2] < 64), None)
+
+    def panel(self):
+        return next((window for window in self.windows() if window[2:] == (380, 700)), None)
+
+    def wait_for_icon(self, when, seconds=PATIENCE):
+        icon = wait_for(self.icon, seconds, 0.2)
+        require(icon, f"No icon in the tray within {seconds} s {when}")
+        return icon
+
+    def click_icon(self):
+        x, y, width, height = self.wait_for_icon("to click")
+        self.run("xdotool", "mousemove", str(x + width // 2), str(y + height // 2), "click", "1")
+
+    def open_panel(self, when):
+        self.click_icon()
+        require(wait_for(self.panel, PATIENCE, 0.2), f"A click opens no panel {when}")
+
+    def close_panel(self):
+        self.run("xdotool", "key", "Escape")
+        require(wait_for(lambda: not self.panel(), PATIENCE, 0.2), "Escape does not close the panel")
+        time.sleep(0.6)  # slower than a double click
