@@ -1,4 +1,3 @@
-#include "core/BackgroundWork.h"
 #include "core/ExpandPath.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
@@ -10,8 +9,6 @@
 #include <QJsonObject>
 #include <QSignalSpy>
 #include <QTest>
-
-#include <sys/stat.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -65,14 +62,6 @@ private Q_SLOTS:
         }
         QCOMPARE(home.settings().config->snapshot(), OstrelleConfig::defaults());
         QCOMPARE(home.read(configFile), content); // the file, or its absence, stays as it was
-    }
-
-    void doesNotWaitForAPipe()
-    {
-        const ScratchHome home;
-        QDir(home.path()).mkdir(u".ostrelle"_s);
-        ::mkfifo(qPrintable(home.path(configFile)), 0600);
-        QCOMPARE(OstrelleConfig::load(), OstrelleConfig::defaults());
     }
 
     void readsWhatItWrote()
@@ -186,20 +175,6 @@ private Q_SLOTS:
         for (const QString &path : {u"/a"_s, u"a/~/b"_s, u"~user/a"_s, u"~"_s, u""_s}) {
             QCOMPARE(expandPath(path), path);
         }
-    }
-
-    void boundsPassesUnderWay()
-    {
-        PassLimit limit(2);
-        auto first = limit.begin();
-        QVERIFY(first);
-        const auto second = limit.begin();
-        QVERIFY(second);
-        auto copy = first;
-        first.reset();
-        QVERIFY(!limit.begin()); // lasts as long as any copy
-        copy.reset();
-        QVERIFY(limit.begin());
     }
 };
 
