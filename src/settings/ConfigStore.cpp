@@ -124,7 +124,9 @@ ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
     if (mode == Write::IfUnderstood && !inFile) {
         changed.written = std::unexpected(FileProblem{FileProblem::Kind::Missing, {}});
     } else if (mode == Write::Always || !m_unwritten.isEmpty() || config != before) {
-        m_unwritten.append(apply);
+        if (m_unwritten.isEmpty() || config != before) {
+            rememberUnwritten(apply, config);
+        }
         changed.written = write(config);
         if (changed.written) {
             m_unwritten.clear();
@@ -164,6 +166,18 @@ std::expected<void, FileProblem> ConfigStore::makeWay() const
     }
     logLine(u"[Ostrelle] "_s + m_file + u" cannot be understood; it is kept as "_s + *name);
     return {};
+}
+
+// Where very many wait for a disk, what they have made of the configuration takes their place.
+// Edits from outside no longer count then.
+void ConfigStore::rememberUnwritten(const Change &apply, const OstrelleConfig &result)
+{
+    constexpr qsizetype mostApart = 100;
+    if (m_unwritten.size() < mostApart) {
+        m_unwritten.append(apply);
+    } else {
+        m_unwritten = {[result](OstrelleConfig &config) { config = result; }};
+    }
 }
 
 void ConfigStore::remember(const OstrelleConfig &config)

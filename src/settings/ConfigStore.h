@@ -58,6 +58,7 @@ private:
     explicit ConfigStore(QString file);
     std::expected<void, FileProblem> write(const OstrelleConfig &config);
     std::expected<void, FileProblem> makeWay() const;
+    void rememberUnwritten(const Change &apply, const OstrelleConfig &result);
     void remember(const OstrelleConfig &config);
     Changed changeNow(const Change &apply, Write mode);
 
@@ -65,7 +66,7 @@ private:
 
     std::mutex m_diskMutex; // one reads or writes at a time
     // Protected by the one above.
-    QList<Change> m_unwritten; // in their order
+    QList<Change> m_unwritten; // in their order; bounded
     bool m_toldFailure = false;
 
     mutable std::mutex m_mutex; // never held while the disk is used

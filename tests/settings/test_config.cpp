@@ -10,8 +10,6 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <sys/stat.h>
-
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
 
@@ -64,14 +62,6 @@ private Q_SLOTS:
         }
         QCOMPARE(home.settings().config->snapshot(), OstrelleConfig::defaults());
         QCOMPARE(home.read(configFile), content); // the file, or its absence, stays as it was
-    }
-
-    void doesNotWaitForAPipe()
-    {
-        const ScratchHome home;
-        QDir(home.path()).mkdir(u".ostrelle"_s);
-        ::mkfifo(qPrintable(home.path(configFile)), 0600);
-        QCOMPARE(OstrelleConfig::load(), OstrelleConfig::defaults());
     }
 
     void readsWhatItWrote()

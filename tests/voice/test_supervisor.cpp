@@ -51,7 +51,7 @@ private Q_SLOTS:
         manager.startVoice();
         QTRY_VERIFY(manager.voiceRunning());
         const auto pid = static_cast<pid_t>(manager.voiceProcessId());
-        QCOMPARE(home.read(pidFile), QByteArray::number(pid));
+        QTRY_COMPARE(home.read(pidFile), QByteArray::number(pid));
         QCOMPARE(printed.text(),
                  "[ServiceManager] Voice agent started (PID " + QByteArray::number(pid) + ")\n");
         QTRY_VERIFY(home.read(u"agent.log"_s).startsWith("of an earlier run\ndemo voice agent"));
