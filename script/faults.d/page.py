@@ -9,16 +9,16 @@ Each row of these tables is a fault, brought about while the real program runs: 
 
 "A moment" is a second and a half: a second that the program may take, and what a busy machine adds.
 """
-KEPT = "## Endurance"  # bench/endurance.py writes it
+KEPT = "## Endurance"  # bench/endurance.py writes what begins with that
 
 
 def cell(text):
     return text.replace("|", "\\|").replace("\n", " ")
 
 
-def seen(result):
+def seen(row, result):
     if result["verdict"] == "short":
-        return "**Falls short.** " + cell(result["seen"])
+        return "**Falls short.** " + cell(f"{result['seen']}. {row.cause}".strip())
     if result["verdict"] == "not here":
         return "Not shown here: " + cell(result["seen"])
     return cell(result["seen"])
@@ -28,7 +28,7 @@ def tables(rows, results):
     for group, members in itertools.groupby(rows, key=lambda row: row.group):
         yield f"\n## {group}\n\n| row | what was done | what must hold | what was seen |\n|---|---|---|---|\n"
         for row in members:
-            yield f"| `{row.name}` | {cell(row.done)} | {cell(row.must)} | {seen(results[row.name])} |\n"
+            yield f"| `{row.name}` | {cell(row.done)} | {cell(row.must)} | {seen(row, results[row.name])} |\n"
 
 
 def write(page, rows, directory):

@@ -20,6 +20,7 @@ class Row:
     group: str
     done: str
     must: str
+    cause: str  # why it falls short, as long as it does; empty where nobody knows
     run: Callable[[], str]  # returns what was seen
     seconds: int  # then the row is ended and falls short
     quick: bool
@@ -29,12 +30,13 @@ rows: list[Row] = []
 
 
 def row(seconds=60, quick=False):
-    """Makes a row of a function. Its documentation tells what is done and, below, what must hold."""
+    """Makes a row of a function. Its documentation tells what is done, what must hold and, where it is known, why it
+    does not."""
 
     def add(function):
-        done, must = (" ".join(part.split()) for part in inspect.getdoc(function).split("\n\n"))
+        done, must, *cause = (" ".join(part.split()) for part in inspect.getdoc(function).split("\n\n"))
         group = inspect.getmodule(function).__doc__.strip()
-        rows.append(Row(function.__name__.replace("_", "-"), group, done, must, function, seconds, quick))
+        rows.append(Row(function.__name__.replace("_", "-"), group, done, must, "".join(cause), function, seconds, quick))
         return function
 
     return add

@@ -238,6 +238,7 @@ bool Preferences::rewrite(const Changes &changes)
     QDir().mkpath(QFileInfo(file).path());
     const QString draftFile = file + u".new"_s;
     const QVariantHash wanted = writeDraft(draftFile, current, changes);
+    QFile::remove(draftFile + u".lock"_s); // in case QSettings could not
     // Under a new name each time, because QSettings remembers what a file of that name held.
     static std::atomic<int> rewrites = 0;
     const QString writtenFile = file + u".written"_s + QString::number(++rewrites);

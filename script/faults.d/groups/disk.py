@@ -44,7 +44,7 @@ class SmallDisk:
             subprocess.run(["rm", "-rf", filler], check=True)
 
     def set_writable(self, writable):
-        self.mount("-o", f"remount,{'rw' if writable else 'ro'}", self.place)
+        self.mount("-o", f"remount,bind,{'rw' if writable else 'ro'}", self.place)
 
 
 def install_sessions(count=1):
@@ -285,6 +285,8 @@ def hanging_disk_at_the_start():
     """Every system call on the agents' document takes 5 s when the program starts.
 
     It listens within a moment, and answers who asks for something else.
+
+    The start looks on the main thread whether each document is there.
     """
     home = Home()
     home.configure()

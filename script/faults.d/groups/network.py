@@ -41,7 +41,7 @@ def raise_own_limit(wanted):
 
 
 def many(count, make=connect):
-    """As many open connections, made ten thousand a second at most."""
+    """As many open connections as can be had."""
     found = []
     for _ in range(count):
         with contextlib.suppress(OSError):
@@ -137,6 +137,8 @@ def unread_answers():
     """500 clients ask for a document of 0.9 MB and never read; others ask meanwhile.
 
     Program and kernel keep no more than 100 MB for them, and give it back; the others are answered.
+
+    The kernel takes a whole answer into the buffer of each connection; only what the program itself holds is bounded.
     """
     _, program = serving(900_000)
     raise_own_limit(500)
