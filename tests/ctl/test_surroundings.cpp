@@ -150,6 +150,11 @@ private Q_SLOTS:
             "{\"protocol\":1,\"problem\":{\"text\":\"\\u001b[2J\\nx\"}}\n", 1, " [2J x\n");
         row("no end", QByteArray(17'000'000, 'x'), 3, "does not answer");
         row("a word and away", "{", 3, "does not answer");
+        row("nothing in it", "{\"protocol\":1}\n", 1, "cannot be understood");
+        row("nothing of health", "{\"protocol\":1,\"data\":{}}\n", 1, "does not say whether");
+        row("a problem without words", "{\"protocol\":1,\"problem\":{}}\n", 1, "does not say why");
+        row("a document without a name",
+            "{\"protocol\":1,\"data\":{\"documents\":[{}],\"problems\":[\"all\"]}}\n", 1, "all\n");
     }
 
     void meetsOthersAtTheSocket()
@@ -166,6 +171,7 @@ private Q_SLOTS:
                 client->disconnectFromServer();
             });
         });
+        QVERIFY(ctl({u"status"_s}).status >= 0);
         const Run run = ctl({u"health"_s});
         QTEST(run.status, "status");
         QVERIFY2(run.out.contains(told), run.out);
