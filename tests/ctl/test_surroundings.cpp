@@ -220,6 +220,18 @@ private Q_SLOTS:
         QCOMPARE(inTerminal(u"ctl --help > /dev/full"_s, 80).status, 1);
     }
 
+    void completes()
+    {
+        const QString complete =
+            u"ctl completions bash > $HOME/completions; bash -c 'compopt() { :; }; "
+            ". ~/completions; COMP_WORDS=(x %1 %2); COMP_CWORD=2; "
+            "_ostrellectl x %2; echo ${COMPREPLY[*]}'"_s;
+        const CtlHome home;
+        QCOMPARE(inTerminal(complete.arg(u"voice"_s, u"re"_s), 80).out, "restart\r\n");
+        QCOMPARE(inTerminal(complete.arg(u"completions"_s, u"z"_s), 80).out, "zsh\r\n");
+        QCOMPARE(inTerminal(complete.arg(u"diagnose"_s, u"\"\""_s), 80).out, "\r\n"); // but files
+    }
+
     void aCameraReadsTheCode_data()
     {
         const Rows<QString, bool> row("command", "isLight");
