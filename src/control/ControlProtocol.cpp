@@ -65,6 +65,11 @@ ControlAnswer noAnswer(const ControlProblem &problem)
     return {.content = std::unexpected(problem)};
 }
 
+ControlAnswer notUnderstood()
+{
+    return noAnswer({Kind::Request, u"the answer cannot be understood"_s});
+}
+
 } // namespace
 
 QByteArray ControlRequest::toLine() const
@@ -116,17 +121,21 @@ ControlAnswer readAnswer(const QByteArray &line)
     const QJsonValue protocol = object.value("protocol"_L1);
     const QString version = object.value("version"_L1).toString();
     if (!protocol.isDouble()) {
-        return noAnswer({Kind::Request, u"the answer cannot be understood"_s});
+        return notUnderstood();
     }
     if (protocol.toDouble() != controlProtocol) {
         return noAnswer(otherProtocol(protocol.toDouble() < controlProtocol, version));
     }
-    ControlAnswer answer{.version = version,
-                         .isRunning = object.value("running"_L1).toBool(true),
-                         .content = object.value("data"_L1).toObject()};
+    ControlAnswer answer{.version = version, .isRunning = object.value("running"_L1).toBool(true)};
     if (const QJsonValue problem = object.value("problem"_L1); problem.isObject()) {
-        answer.content = std::unexpected(ControlProblem{kindCalled(problem["kind"_L1].toString()),
-                                                        problem["text"_L1].toString()});
+        const QString why = problem["text"_L1].toString();
+        answer.content = std::unexpected(
+            ControlProblem{kindCalled(problem["kind"_L1].toString()),
+                           why.isEmpty() ? u"the answer does not say why not"_s : why});
+    } else if (const QJsonValue data = object.value("data"_L1); data.isObject()) {
+        answer.content = data.toObject();
+    } else {
+        return notUnderstood();
     }
     return answer;
 }

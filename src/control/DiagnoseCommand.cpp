@@ -37,8 +37,10 @@ Background lookAround(const Settings &settings)
     }
     for (const QString &key : keys) {
         found.secrets.append(settings.tokens->getToken(key).value_or(QString()));
-        // Older versions took such addresses.
-        found.secrets.append({QUrl(key).userInfo(QUrl::FullyEncoded), QUrl(key).userInfo()});
+        // Older versions took addresses with a user; one with a query may hold a token there.
+        found.secrets.append({QUrl(key).userInfo(QUrl::FullyEncoded), QUrl(key).userInfo(),
+                              QUrl(key).query(QUrl::FullyEncoded),
+                              QUrl(key).fragment(QUrl::FullyEncoded)});
     }
     found.secrets.append({config.gateway.token.value_or(QString()),
                           config.resolveToken(*settings.tokens),

@@ -216,7 +216,7 @@ void CommandLine::addRest()
         });
     completions->add_option("SHELL", m_shell, "bash, zsh or fish")
         ->required()
-        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+        ->check(CLI::IsMember(completedShells));
 }
 
 int CommandLine::complainOf(const QString &usage)

@@ -137,6 +137,8 @@ int showHealth(const Shown &shown)
     QStringList problems;
     if (!asked.answer.content) {
         problems.append(asked.answer.content.error().text);
+    } else if (!asked.answer.content->value("problems"_L1).isArray()) {
+        problems.append(u"Ostrelle does not say whether anything is wrong"_s);
     } else {
         problems = problemsIn(*asked.answer.content);
     }

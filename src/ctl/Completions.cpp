@@ -38,6 +38,11 @@ Place placeOf(const CLI::App &app, const std::string &path)
             place.words.push_back({name, option->get_description()});
         }
         place.takesFile = place.takesFile || option->get_name() == "FILE";
+        if (option->get_name() == "SHELL") {
+            for (const std::string &shell : completedShells) {
+                place.words.push_back({shell, {}});
+            }
+        }
     }
     return place;
 }
@@ -85,8 +90,10 @@ std::string forBash(const std::vector<Place> &places)
                        for (const Word &word : place.words) {
                            words += (words.empty() ? "" : " ") + word.text;
                        }
-                       return "words=" + inQuotes(words) +
-                              (place.takesFile ? "; compopt -o default" : "");
+                       // Where nothing else fits, a file does.
+                       return (place.takesFile ? "compopt -o default; [[ $2 == -* ]] && words="
+                                               : "words=") +
+                              inQuotes(words);
                    }) +
            "    mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$2\")\n"
            "}\n"

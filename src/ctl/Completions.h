@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace CLI
 {
@@ -10,7 +11,9 @@ class App;
 namespace ostrelle
 {
 
-// The script that completes the command line in that shell: "bash", "zsh" or "fish".
+inline const std::vector<std::string> completedShells{"bash", "zsh", "fish"};
+
+// The script that completes the command line in that shell, one of these.
 std::string completionsFor(const std::string &shell, const CLI::App &app);
 
 } // namespace ostrelle

@@ -23,7 +23,7 @@ namespace
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-constexpr auto patience = 1s; // before a sign of life is asked for
+constexpr auto patience = 1s; // before a sign of life is asked for, and in the midst of an answer
 constexpr auto signOfLife = 500ms;
 
 // Qt Core has no sockets, and nothing else here needs the rest of Qt Network.
@@ -94,7 +94,10 @@ std::expected<QByteArray, Unreachable> hear(int socket, Clock::time_point deadli
 {
     QByteArray heard;
     std::array<char, 65536> piece{};
-    while (heard.size() <= maxAnswerBytes && waitFor(socket, POLLIN, deadline)) {
+    const auto patiently = [&] {
+        return heard.isEmpty() ? deadline : std::min(deadline, Clock::now() + patience);
+    };
+    while (heard.size() <= maxAnswerBytes && waitFor(socket, POLLIN, patiently())) {
         const ssize_t count = ::recv(socket, piece.data(), piece.size(), 0);
         if (count == 0 || isOver(count)) {
             break;

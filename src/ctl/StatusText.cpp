@@ -46,12 +46,12 @@ QString serverLine(const QJsonValue &server, const Terminal &terminal)
 QString documentLine(const QJsonValue &document)
 {
     const bool isThere = document["bytes"_L1].isDouble();
-    QString name = told(document, "name"_L1);
-    name.front() = name.front().toUpper();
-    return line(name, {isThere ? told(document, "age"_L1) : u"missing"_s,
-                       isThere ? QString::number(document["bytes"_L1].toInteger()) + u" bytes"_s
-                               : QString(),
-                       told(document, "file"_L1)});
+    const QString name = told(document, "name"_L1);
+    return line(
+        name.left(1).toUpper() + name.mid(1),
+        {isThere ? told(document, "age"_L1) : u"missing"_s,
+         isThere ? QString::number(document["bytes"_L1].toInteger()) + u" bytes"_s : QString(),
+         told(document, "file"_L1)});
 }
 
 } // namespace

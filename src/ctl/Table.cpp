@@ -17,12 +17,22 @@ constexpr int narrowest = 3; // a letter or two and the mark
 
 } // namespace
 
-Table::Table(QStringList headings)
+Table::Table(QStringList headings, const Terminal &terminal)
     : m_headings(std::move(headings))
+    , m_terminal(terminal)
 {
 }
 
-QList<int> Table::widths(const Terminal &terminal) const
+// Spelled before it is measured: what the locale lacks becomes wider, or has no width at all.
+void Table::add(QList<Cell> row)
+{
+    for (Cell &cell : row) {
+        cell.text = m_terminal.spelled(cell.text);
+    }
+    m_rows.append(std::move(row));
+}
+
+QList<int> Table::widths() const
 {
     QList<int> widths;
     for (qsizetype column = 0; column < m_headings.size(); ++column) {
@@ -32,11 +42,11 @@ QList<int> Table::widths(const Terminal &terminal) const
         }
         widths.append(width);
     }
-    if (!terminal.columns) {
+    if (!m_terminal.columns) {
         return widths;
     }
     const auto gaps = static_cast<int>(gap.size() * (widths.size() - 1));
-    int excess = std::accumulate(widths.begin(), widths.end(), gaps) - *terminal.columns;
+    int excess = std::accumulate(widths.begin(), widths.end(), gaps) - *m_terminal.columns;
     for (; excess > 0; --excess) {
         const auto widest = std::ranges::max_element(widths);
         if (*widest <= narrowest) {
@@ -47,9 +57,9 @@ QList<int> Table::widths(const Terminal &terminal) const
     return widths;
 }
 
-QString Table::text(const Terminal &terminal) const
+QString Table::text() const
 {
-    const QList<int> columns = widths(terminal);
+    const QList<int> columns = widths();
     const auto line = [&](const auto &textAt) {
         QString text;
         for (qsizetype column = 0; column < columns.size(); ++column) {
@@ -66,13 +76,13 @@ QString Table::text(const Terminal &terminal) const
         return text + u'\n';
     };
     QString text = line([&](qsizetype column) {
-        const QString heading = elided(m_headings.at(column), columns.at(column), terminal);
-        return std::pair(heading, terminal.bold(heading));
+        const QString heading = elided(m_headings.at(column), columns.at(column), m_terminal);
+        return std::pair(heading, m_terminal.bold(heading));
     });
     for (const QList<Cell> &row : m_rows) {
         text += line([&](qsizetype column) {
-            const QString cell = elided(row.at(column).text, columns.at(column), terminal);
-            return std::pair(cell, terminal.colored(cell, row.at(column).color));
+            const QString cell = elided(row.at(column).text, columns.at(column), m_terminal);
+            return std::pair(cell, m_terminal.colored(cell, row.at(column).color));
         });
     }
     return text;

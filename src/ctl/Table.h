@@ -17,17 +17,18 @@ struct Cell {
 class Table
 {
 public:
-    explicit Table(QStringList headings);
+    Table(QStringList headings, const Terminal &terminal);
 
     // As many cells as there are headings.
-    void add(const QList<Cell> &row) { m_rows.append(row); }
+    void add(QList<Cell> row);
 
-    QString text(const Terminal &terminal) const;
+    QString text() const;
 
 private:
-    QList<int> widths(const Terminal &terminal) const;
+    QList<int> widths() const;
 
     const QStringList m_headings;
+    const Terminal m_terminal;
     QList<QList<Cell>> m_rows;
 };
 

@@ -44,7 +44,7 @@ QString withRemarks(const QJsonObject &data, const QString &table)
 
 QString agentsText(const QJsonObject &data, const Terminal &terminal)
 {
-    Table table({u"AGENT"_s, u"STATUS"_s, u"MODEL"_s, u"DETAIL"_s});
+    Table table({u"AGENT"_s, u"STATUS"_s, u"MODEL"_s, u"DETAIL"_s}, terminal);
     for (const QJsonValue agent : data["agents"_L1].toArray()) {
         Cell status = statusOf(agent);
         status.text = joined(status.text, told(agent, "progress"_L1));
@@ -53,12 +53,12 @@ QString agentsText(const QJsonObject &data, const Terminal &terminal)
                    plain(agent, "model"_L1),
                    plain(agent, "detail"_L1)});
     }
-    return withRemarks(data, table.text(terminal));
+    return withRemarks(data, table.text());
 }
 
 QString projectsText(const QJsonObject &data, const Terminal &terminal)
 {
-    Table table({u"PROJECT"_s, u"STATUS"_s, u"DONE"_s, u"DETAIL"_s});
+    Table table({u"PROJECT"_s, u"STATUS"_s, u"DONE"_s, u"DETAIL"_s}, terminal);
     for (const QJsonValue project : data["projects"_L1].toArray()) {
         table.add({plain(project, "name"_L1),
                    statusOf(project),
@@ -71,22 +71,22 @@ QString projectsText(const QJsonObject &data, const Terminal &terminal)
                        plain(item, "note"_L1)});
         }
     }
-    return withRemarks(data, table.text(terminal));
+    return withRemarks(data, table.text());
 }
 
 QString cronText(const QJsonObject &data, const Terminal &terminal)
 {
-    Table table({u"JOB"_s, u"STATUS"_s, u"SCHEDULE"_s, u"LAST"_s, u"NEXT"_s});
+    Table table({u"JOB"_s, u"STATUS"_s, u"SCHEDULE"_s, u"LAST"_s, u"NEXT"_s}, terminal);
     for (const QJsonValue job : data["jobs"_L1].toArray()) {
         table.add({plain(job, "name"_L1), statusOf(job), plain(job, "schedule"_L1),
                    plain(job, "lastRun"_L1), plain(job, "nextRun"_L1)});
     }
-    return withRemarks(data, table.text(terminal));
+    return withRemarks(data, table.text());
 }
 
 QString gatewaysText(const QJsonObject &data, const Terminal &terminal)
 {
-    Table table({u""_s, u"GATEWAY"_s, u"URL"_s, u"TOKEN"_s});
+    Table table({u""_s, u"GATEWAY"_s, u"URL"_s, u"TOKEN"_s}, terminal);
     for (const QJsonValue gateway : data["gateways"_L1].toArray()) {
         const QJsonValue hasToken = gateway["hasToken"_L1];
         table.add({{.text = gateway["inUse"_L1].toBool() ? u"*"_s : u""_s, .color = u"green"_s},
@@ -95,7 +95,7 @@ QString gatewaysText(const QJsonObject &data, const Terminal &terminal)
                    {.text = hasToken.isBool() ? (hasToken.toBool() ? u"stored"_s : u"none"_s)
                                               : u"unknown"_s}});
     }
-    return table.text(terminal);
+    return table.text();
 }
 
 QString setupText(const QJsonObject &data, const Terminal &terminal)

@@ -117,6 +117,11 @@ QString Terminal::bold(const QString &text) const
     return hasColors ? u"\x1b[1m"_s + text + u"\x1b[0m"_s : text;
 }
 
+QString Terminal::spelled(const QString &text) const
+{
+    return isUtf8 ? text : inAscii(text);
+}
+
 QString printable(const QString &text)
 {
     return cleaned(text, {});
@@ -155,7 +160,7 @@ QString elided(const QString &text, int columns, const Terminal &terminal)
 
 void print(const QString &text, const Terminal &terminal)
 {
-    if (writeAll(STDOUT_FILENO, (terminal.isUtf8 ? text : inAscii(text)).toUtf8())) {
+    if (writeAll(STDOUT_FILENO, terminal.spelled(text).toUtf8())) {
         return;
     }
     if (errno != EPIPE) {

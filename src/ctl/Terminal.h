@@ -20,6 +20,9 @@ struct Terminal {
     // The text in a colour by its name, and bold for a heading, where there are colours.
     QString colored(const QString &text, const QString &color) const;
     QString bold(const QString &text) const;
+
+    // The text in characters that the locale has.
+    QString spelled(const QString &text) const;
 };
 
 // A text from outside as one that a terminal takes for nothing else: without control characters and

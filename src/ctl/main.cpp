@@ -1,5 +1,6 @@
 // Ostrelle from a terminal: asks the running program, or else its files, and prints what they say.
 
+#include "ctl/Asking.h"
 #include "ctl/CommandLine.h"
 
 #include <QtGlobal>
@@ -16,8 +17,10 @@ int main(int argc, char **argv)
     std::signal(SIGPIPE, SIG_DFL);
     // What Qt has to say about the environment is nothing to the user.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-    const int status = ostrelle::runCommandLine(argc, argv);
-    std::fflush(stdout);
+    int status = ostrelle::runCommandLine(argc, argv);
+    if (std::fflush(stdout) != 0 && status == ostrelle::Well) { // the help was not taken
+        status = ostrelle::SomethingIsWrong;
+    }
     // Without waiting for what may hang in the background.
     std::_Exit(status);
 }

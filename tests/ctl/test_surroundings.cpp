@@ -149,7 +149,12 @@ private Q_SLOTS:
         row("commands for the terminal",
             "{\"protocol\":1,\"problem\":{\"text\":\"\\u001b[2J\\nx\"}}\n", 1, " [2J x\n");
         row("no end", QByteArray(17'000'000, 'x'), 3, "does not answer");
-        row("a word and away", "{", 3, "does not answer");
+        row("a word and silence", "{", 3, "does not answer");
+        row("nothing in it", "{\"protocol\":1}\n", 1, "cannot be understood");
+        row("nothing of health", "{\"protocol\":1,\"data\":{}}\n", 1, "does not say whether");
+        row("a problem without words", "{\"protocol\":1,\"problem\":{}}\n", 1, "does not say why");
+        row("a document without a name",
+            "{\"protocol\":1,\"data\":{\"documents\":[{}],\"problems\":[\"all\"]}}\n", 1, "all\n");
     }
 
     void meetsOthersAtTheSocket()
@@ -161,11 +166,10 @@ private Q_SLOTS:
         QVERIFY(server.listen(instanceSocket()));
         connect(&server, &QLocalServer::newConnection, &server, [&] {
             QLocalSocket *const client = server.nextPendingConnection();
-            connect(client, &QLocalSocket::readyRead, client, [client, answer] {
-                client->write(answer);
-                client->disconnectFromServer();
-            });
+            connect(client, &QLocalSocket::readyRead, client,
+                    [client, answer] { client->write(answer); });
         });
+        QVERIFY(ctl({u"status"_s}).status >= 0);
         const Run run = ctl({u"health"_s});
         QTEST(run.status, "status");
         QVERIFY2(run.out.contains(told), run.out);
@@ -209,15 +213,23 @@ private Q_SLOTS:
         }
         const QByteArray ascii = inTerminal(u"export NO_COLOR=1 LC_ALL=C; "_s + agents, 30).out;
         QVERIFY2(std::ranges::all_of(ascii, [](char each) { return each >= 0; }), ascii);
-        QVERIFY(ascii.contains('~'));
-        const Run headless =
-            run(u"bash"_s, {u"-c"_s, u"'%1/ostrellectl' status 2>&1 | head -n 1"_s.arg(
-                                         qEnvironmentVariable("OSTRELLE_BINARY_DIR"))});
-        QCOMPARE(headless.out, "ostrellectl: Ostrelle does not run\n");
-        const Run full =
-            run(u"bash"_s, {u"-c"_s, u"'%1/ostrellectl' --help > /dev/full"_s.arg(
-                                         qEnvironmentVariable("OSTRELLE_BINARY_DIR"))});
-        QCOMPARE(full.out, "");
+        const QList<QByteArray> lines = ascii.split('\n');
+        QCOMPARE(lines.value(2).indexOf("busy"), lines.value(0).indexOf("ST"));
+        QCOMPARE(inTerminal(u"ctl status 2>&1 | head -n 1"_s, 80).out,
+                 "ostrellectl: Ostrelle does not run\r\n");
+        QCOMPARE(inTerminal(u"ctl --help > /dev/full"_s, 80).status, 1);
+    }
+
+    void completes()
+    {
+        const QString complete =
+            u"ctl completions bash > $HOME/completions; bash -c 'compopt() { :; }; "
+            ". ~/completions; COMP_WORDS=(x %1 %2); COMP_CWORD=2; "
+            "_ostrellectl x %2; echo ${COMPREPLY[*]}'"_s;
+        const CtlHome home;
+        QCOMPARE(inTerminal(complete.arg(u"voice"_s, u"re"_s), 80).out, "restart\r\n");
+        QCOMPARE(inTerminal(complete.arg(u"completions"_s, u"z"_s), 80).out, "zsh\r\n");
+        QCOMPARE(inTerminal(complete.arg(u"diagnose"_s, u"\"\""_s), 80).out, "\r\n"); // but files
     }
 
     void aCameraReadsTheCode_data()
