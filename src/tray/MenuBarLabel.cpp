@@ -1,10 +1,10 @@
 #include "tray/MenuBarLabel.h"
 
 #include "gateway/GatewayViewModel.h"
+#include "state/StateInWords.h"
 #include "tray/Pearl.h"
 #include "tray/PearlIcon.h"
 #include "tray/Quit.h"
-#include "state/StateInWords.h"
 #include "voice/VoiceViewModel.h"
 
 #include <QMenu>
