@@ -4,6 +4,7 @@ import os
 import signal
 import threading
 import time
+from datetime import datetime
 
 from faketime import Clock
 from row import require, row
@@ -17,11 +18,11 @@ def shifted(seconds):
     home = Home()
     home.configure()
     home.play(record=True)
-    install_tool("duskrell", f'date >> "$HOME/runs"; case "$1" in sessions) echo \'{sessions()}\' ;; *) exit 1 ;; esac')
+    install_tool("duskrell", f'case "$1" in sessions) echo \'{sessions()}\' ;; cron) echo \'{{"jobs":[]}}\' ;; esac')
     gateway = Gateway(home)
     clock = Clock(home)
     program = Program(home, **clock.variables()).listens()
-    require(wait_for(lambda: document("status")), "No document")
+    require(wait_for(lambda: "a0" in (document("status") or {}).get("agents", {})), "No document")
     written = home.file(DOCUMENTS["status"]).stat().st_mtime_ns
     clock.shift(seconds)
     polled = gateway.must_be_asked("after the clock was set", 12)
@@ -29,6 +30,9 @@ def shifted(seconds):
     began = time.monotonic()
     require(wait_for(lambda: home.file(DOCUMENTS["status"]).stat().st_mtime_ns != written, SYNC + 8, 0.5), "No further pass")
     took = time.monotonic() - began
+    time.sleep(1)
+    told = datetime.fromisoformat(document("cron")["updated"]).timestamp() - time.time()
+    require(abs(told - seconds) < 60, f"The document is {told:.0f} s off instead of {seconds} s")
     gateway.must_be_asked("a second time", 12)
     return f"Asked {polled:.1f} s and the next pass {took:.0f} s later; it ended in {program.end():.1f} s."
 
@@ -37,7 +41,7 @@ def shifted(seconds):
 def a_day_forward():
     """The clock is set a day forward while the program runs.
 
-    Polls and passes go on at their pace, and the status server answers.
+    Polls and passes go on at their pace, the status server answers, and the documents bear the new time.
     """
     return shifted(DAY)
 
@@ -46,7 +50,7 @@ def a_day_forward():
 def a_day_back():
     """The clock is set a day back while the program runs.
 
-    Polls and passes go on at their pace, and the status server answers.
+    Polls and passes go on at their pace, the status server answers, and the documents bear the new time.
     """
     return shifted(-DAY)
 
