@@ -51,7 +51,6 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
 {
     m_setupManager->checkFirstLaunch();
     m_gatewayInUse = std::make_unique<GatewayInUse>(m_settings, m_gatewayVM.get());
-    OstrelleConfig::ensureTrackerFiles(m_config);
     m_serviceManager->startAll();
     m_statusServer->start();
     enableProjectTrackingOnFirstStart();

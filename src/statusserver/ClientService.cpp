@@ -17,7 +17,7 @@ namespace
 constexpr std::size_t maxDiscardedBytes = std::size_t{1024} * 1024; // a turn
 constexpr int maxDiscardTurns = 16;
 
-constexpr std::size_t largeAnswer = std::size_t{1024} * 1024;
+constexpr std::size_t largeAnswer = std::size_t{256} * 1024;
 constexpr int slowReadersBuffer = 64 * 1024;
 
 constexpr std::string_view requestEnd = "\r\n\r\n";
@@ -116,8 +116,8 @@ void ClientService::send(Recipient client, SharedResponse answer)
 {
     client.answer = std::move(answer);
     if (client.answer->bytes().size() > largeAnswer) {
-        // The kernel tells of progress when a third of its buffer has gone out: of one of megabytes
-        // that is too late for a slow reader.
+        // The kernel's own buffer of megabytes would hold the answer once more for each client, and
+        // it tells of progress when a third has gone out, which is too late for a slow reader.
         ::setsockopt(client.socket.get(), SOL_SOCKET, SO_SNDBUF, &slowReadersBuffer,
                      sizeof slowReadersBuffer);
     }

@@ -35,7 +35,7 @@ AgentSyncService::AgentSyncService(const OstrelleConfig &config, const GatewayTo
                                    QObject *parent)
     : SyncService(
           [tool, config](const std::stop_token &stop) {
-              OstrelleConfig::ensureTrackerFiles(config); // a home may go and come back
+              OstrelleConfig::ensureTrackerFiles(config); // also later: a home may go and come back
               syncAgents(tool, config.paths.statusFile, stop);
           },
           parent)

@@ -285,8 +285,6 @@ def hanging_disk_at_the_start():
     """Every system call on the agents' document takes 5 s when the program starts.
 
     It listens within a moment, and answers who asks for something else.
-
-    The start looks on the main thread whether each document is there.
     """
     home = Home()
     home.configure()

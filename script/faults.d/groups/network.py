@@ -137,8 +137,6 @@ def unread_answers():
     """500 clients ask for a document of 0.9 MB and never read; others ask meanwhile.
 
     Program and kernel keep no more than 100 MB for them, and give it back; the others are answered.
-
-    The kernel takes a whole answer into the buffer of each connection; only what the program itself holds is bounded.
     """
     _, program = serving(900_000)
     raise_own_limit(500)
