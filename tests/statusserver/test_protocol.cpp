@@ -167,6 +167,7 @@ private Q_SLOTS:
         const PrintedLines printed;
         StatusServer second(config, fixture.home.settings().tokens,
                             {.untilNextTry = std::chrono::milliseconds(20)});
+        const QSignalSpy changes(&second, &StatusServer::portTakenChanged);
         second.start();
         QTRY_COMPARE(printed.text(), "[StatusServer] Failed to bind to port " +
                                          QByteArray::number(config.ports.status) +
@@ -176,6 +177,7 @@ private Q_SLOTS:
         // An end without a clean-up in between: the same port serves again, without a further call.
         fixture.server->stop();
         QTRY_VERIFY(second.running() && !second.portTaken());
+        QTRY_COMPARE(changes.count(), 2);
         QCOMPARE(printed.text().count('\n'), 2); // it is told once, however often it fails
     }
 
