@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/BackgroundWork.h"
 #include "gateway/NetworkHelpers.h"
 #include "state/Models.h"
 
@@ -18,6 +19,9 @@ struct ControlContext {
     std::function<void()> openPanel = {}; // null without a display
     bool isRunning = true;                // this is the running program
     TailscalePlaces tailscale = {};
+    // Looks at files and keyring under way. They outlast an answer that did not wait for them, and
+    // many who ask must not use up the threads that the panel needs too.
+    std::shared_ptr<PassLimit> looks = std::make_shared<PassLimit>(8);
 };
 
 // Answers ostrellectl: what the panel shows, and what its buttons do. Main thread only.

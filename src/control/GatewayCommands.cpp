@@ -86,12 +86,17 @@ void changeSaved(const ControlContext &context, Question *question, const QStrin
 
 void tellGateways(const ControlContext &context, Question *question)
 {
-    const auto look = [config = context.models.settings.config->current(),
-                       tokens = context.models.settings.tokens] {
-        return readStoredTokens(config, *tokens);
-    };
     const auto tell = [context, question](const std::optional<StoredTokens> &tokens) {
         question->answer(listOf(savedGateways(context), tokens));
+    };
+    const PassLimit::Pass pass = context.looks->begin();
+    if (!pass) {
+        tell(std::nullopt);
+        return;
+    }
+    const auto look = [pass, config = context.models.settings.config->current(),
+                       tokens = context.models.settings.tokens] {
+        return readStoredTokens(config, *tokens);
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), look), question, tell);
     QTimer::singleShot(patienceForTokens, question, [tell] { tell(std::nullopt); });

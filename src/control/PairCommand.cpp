@@ -47,7 +47,12 @@ QJsonArray rowsOf(const QrCode &code)
 void pair(const ControlContext &context, Question *question)
 {
     const bool asLink = question->text("form"_L1) == "link"_L1;
-    const auto build = [subject = subjectOf(context)] { return buildPairURL(subject); };
+    const PassLimit::Pass pass = context.looks->begin();
+    if (!pass) {
+        question->fail(u"the keyring does not answer"_s);
+        return;
+    }
+    const auto build = [pass, subject = subjectOf(context)] { return buildPairURL(subject); };
     whenDone(QtConcurrent::run(&userInitiatedPool(), build), question,
              [question, asLink](const QString &link) {
                  if (asLink) {

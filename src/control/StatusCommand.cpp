@@ -19,13 +19,18 @@ constexpr std::chrono::milliseconds patienceForFacts{1000};
 
 void tellStatus(const ControlContext &context, Question *question)
 {
-    // Without the program the keyring is left in peace.
-    const auto look = [settings = context.models.settings,
-                       askTokens = context.isRunning ? AskTokens::Yes : AskTokens::No] {
-        return lookAtFiles(settings, askTokens);
-    };
     const auto tell = [context, question](const FileFacts &facts) {
         question->answer(reportStatus(context, facts));
+    };
+    const PassLimit::Pass pass = context.looks->begin();
+    if (!pass) {
+        tell({});
+        return;
+    }
+    // Without the program the keyring is left in peace.
+    const auto look = [pass, settings = context.models.settings,
+                       askTokens = context.isRunning ? AskTokens::Yes : AskTokens::No] {
+        return lookAtFiles(settings, askTokens);
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), look), question, tell);
     QTimer::singleShot(patienceForFacts, question, [tell] { tell({}); });
