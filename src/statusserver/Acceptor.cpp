@@ -22,6 +22,9 @@ namespace
 // How many connections are served before those who waited for something else get their turn.
 constexpr int maxAcceptsPerTurn = 64;
 
+// To find room for a newcomer among the descriptors.
+constexpr int mostTriesForRoom = 16;
+
 // After this long there may be descriptors or memory again.
 constexpr std::chrono::milliseconds pauseAfterError{50};
 
@@ -115,11 +118,14 @@ Descriptor Acceptor::withinBound(Descriptor client) const
     if (client.get() < m_maxDescriptors) {
         return client;
     }
-    if (!m_makeRoom()) {
-        return Descriptor();
+    // Another thread may be quicker to take that number.
+    for (int attempt = 0; attempt < mostTriesForRoom && m_makeRoom(); ++attempt) {
+        Descriptor lower(::fcntl(client.get(), F_DUPFD_CLOEXEC, 0));
+        if (lower && lower.get() < m_maxDescriptors) {
+            return lower;
+        }
     }
-    Descriptor lower(::fcntl(client.get(), F_DUPFD_CLOEXEC, 0));
-    return lower.get() < m_maxDescriptors ? std::move(lower) : Descriptor();
+    return Descriptor();
 }
 
 // A client that cannot be served, for want of memory or a thread, must not end the accepting.

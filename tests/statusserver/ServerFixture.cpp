@@ -3,6 +3,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -16,6 +17,10 @@ RawClient::RawClient(int port, int receiveBufferBytes)
     ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     if (receiveBufferBytes > 0) {
         ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVBUF, &receiveBufferBytes, sizeof(int));
+    }
+    // Low numbers are the server's, which is in the same process and may not use high ones.
+    if (const int high = ::fcntl(m_socket.get(), F_DUPFD_CLOEXEC, 512); high >= 0) {
+        m_socket = Descriptor(high);
     }
     sockaddr_in address{};
     address.sin_family = AF_INET;
