@@ -8,6 +8,8 @@
 
 #include <QtConcurrentRun>
 
+#include <algorithm>
+
 namespace ostrelle::command
 {
 
@@ -122,6 +124,11 @@ void addGateway(const ControlContext &context, Question *question)
     auto profile = gatewayTyped(question->text("url"_L1));
     if (!profile) {
         question->fail(gatewayNotAdded(profile.error()));
+        return;
+    }
+    const auto isSame = [&](const SavedGatewayRow &row) { return row.url == profile->url; };
+    if (std::ranges::any_of(savedGateways(context), isSame)) {
+        question->fail(u"Not added: a gateway with this address is saved already"_s);
         return;
     }
     if (const QString name = question->text("name"_L1); !name.isEmpty()) {

@@ -17,7 +17,8 @@ QJsonObject toJson(const SetupCheck &check)
     if (!check.ok) {
         // The sheet's buttons stand below its rows.
         row.insert("advice"_L1,
-                   QString(check.advice).replace(" below"_L1, " in the setup sheet"_L1));
+                   QString(check.advice)
+                       .replace(" below"_L1, " in the setup sheet, which needs a display"_L1));
         row.insert("commands"_L1, QJsonArray::fromStringList(commands));
     }
     return row;

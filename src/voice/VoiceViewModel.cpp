@@ -73,6 +73,9 @@ VoiceViewModel::VoiceViewModel(ServiceManager *serviceManager, qint64 controlPor
     deriveAppearance();
     connect(&m_controlPort, &VoiceControlPort::statusArrived, this, &VoiceViewModel::apply);
     connect(&m_pollTimer, &QTimer::timeout, this, &VoiceViewModel::pollStatus);
+    m_restartPause.setSingleShot(true);
+    m_restartPause.setInterval(restartPause);
+    connect(&m_restartPause, &QTimer::timeout, this, &VoiceViewModel::start);
     pollStatus();
     m_pollTimer.start(m_polling.interval);
 }
@@ -103,6 +106,7 @@ void VoiceViewModel::stop()
     const PropertyUpdateGroup together;
     m_pending = Stopping{m_polling.now() + stopDeadline};
     m_controlPort.dropWaitingActions();
+    m_restartPause.stop();
     m_isLaunching = false; // a start that was under way is given up
     m_voiceRunning = false;
     m_state = u"offline"_s;
@@ -117,7 +121,7 @@ void VoiceViewModel::stop()
 void VoiceViewModel::restart()
 {
     stop();
-    QTimer::singleShot(restartPause, this, &VoiceViewModel::start);
+    m_restartPause.start();
 }
 
 void VoiceViewModel::toggleMute()

@@ -97,6 +97,7 @@ private:
     const QPointer<ServiceManager> m_serviceManager;
     VoiceControlPort m_controlPort;
     QTimer m_pollTimer;
+    QTimer m_restartPause; // between the two halves of a restart
     PendingAction m_pending;
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(VoiceViewModel, bool, m_voiceRunning, false,

@@ -129,8 +129,9 @@ private Q_SLOTS:
         QCOMPARE(OstrelleConfig::load().gateway.url, u"http://box:18789"_s);
         QCOMPARE(ctl({u"gateways"_s, u"remove"_s, u"http://box:18789"_s}).status, 0);
         QCOMPARE(OstrelleConfig::load().gateway.saved->size(), 1);
-        for (const QStringList &wrong :
-             {QStringList{u"use"_s, u"nowhere"_s}, {u"add"_s, u"http://u:p@box"_s}}) {
+        for (const QStringList &wrong : {QStringList{u"use"_s, u"nowhere"_s},
+                                         {u"add"_s, u"http://u:p@box"_s},
+                                         {u"add"_s, desk.gateway.url(), u"--name"_s, u"Other"_s}}) {
             const Run refused = ctl(QStringList(u"gateways"_s) + wrong);
             QVERIFY(refused.status == 1 && refused.err.count('\n') == 1);
         }

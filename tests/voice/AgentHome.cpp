@@ -53,5 +53,6 @@ SupervisorTime ManualTime::asTime()
 
 bool ManualTime::waitForScheduled()
 {
-    return QTest::qWaitFor([this] { return scheduled.size() == 1; });
+    constexpr int patienceMilliseconds = 20000;
+    return QTest::qWaitFor([this] { return scheduled.size() == 1; }, patienceMilliseconds);
 }

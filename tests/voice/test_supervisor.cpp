@@ -186,7 +186,8 @@ private Q_SLOTS:
 
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             QVERIFY(manager.findChildren<QProcess *>().isEmpty());
-            QTRY_VERIFY(descriptors == 0 || openDescriptors() <= descriptors);
+            // A thread of a pool may have made its own meanwhile.
+            QTRY_VERIFY(descriptors == 0 || openDescriptors() <= descriptors + 2);
             descriptors = attempt == 2 ? openDescriptors() : descriptors;
 
             time.runNext();
