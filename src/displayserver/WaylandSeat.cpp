@@ -45,20 +45,21 @@ std::unique_ptr<WaylandSeat> WaylandSeat::watch()
 
 WaylandSeat::WaylandSeat(wl_display *display)
     : m_display(display)
+    , m_registry(wl_display_get_registry(display))
     , m_notifier(new QSocketNotifier(wl_display_get_fd(display), QSocketNotifier::Read, this))
 {
     m_toolkitHears.setSingleShot(true);
     m_toolkitHears.setInterval(toolkitHearsIn);
     connect(&m_toolkitHears, &QTimer::timeout, this, &WaylandSeat::tell);
     connect(m_notifier, &QSocketNotifier::activated, this, &WaylandSeat::handleEvents);
-    // Ends with its display.
-    wl_registry_add_listener(wl_display_get_registry(display), &Listener::functions, this);
+    wl_registry_add_listener(m_registry, &Listener::functions, this);
     wl_display_flush(display);
 }
 
 WaylandSeat::~WaylandSeat()
 {
     m_notifier->setEnabled(false);
+    wl_registry_destroy(m_registry);
     wl_display_disconnect(m_display);
 }
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 struct wl_display;
+struct wl_registry;
 class QSocketNotifier;
 
 namespace ostrelle
@@ -37,6 +38,7 @@ private:
     void tell();
 
     wl_display *const m_display;
+    wl_registry *const m_registry;
     QSocketNotifier *m_notifier;
     QTimer m_toolkitHears;
     QSet<std::uint32_t> m_seats; // the compositor's numbers of them

@@ -161,7 +161,7 @@ void PreferredSecretStore::unlockForUser()
 
 QString PreferredSecretStore::whereKept()
 {
-    switch (m_place) {
+    switch (m_place.load()) {
     case Place::Service:
         return inService;
     case Place::File:
