@@ -100,6 +100,7 @@ private Q_SLOTS:
         home.write(u".ostrelle/voice_agent.py"_s, {});
         home.writeScript(
             u".ostrelle/venv/bin/python"_s,
+            "[ \"$1\" = -I ] && exit;" // the setup asks it for its packages
             "trap '' TERM; (while :; do sleep 1; done) & echo $! > \"$HOME/recorder.pid\";"
             " echo $$ > \"$HOME/agent.pid\"; while :; do sleep 1; done");
         OstrelleConfig config = OstrelleConfig::load();

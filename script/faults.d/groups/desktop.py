@@ -208,7 +208,7 @@ def display_goes():
     home.configure(voice=True)
     home.write(PREFERENCES, "[General]\nsetupWasShown=true\nprojectTrackingEnabled=true\nautoStartVoice=true\n")
     home.write(".ostrelle/voice_agent.py", "")
-    home.write(".ostrelle/venv/bin/python", "#!/bin/sh\necho $$ > \"$HOME/agent\"\nexec sleep 1000\n", 0o755)
+    home.write(".ostrelle/venv/bin/python", "#!/bin/sh\n[ \"$1\" = -I ] && exit\necho $$ > \"$HOME/agent\"\nexec sleep 1000\n", 0o755)
     program = start(home, screen, bus)
     screen.open_panel("before the display goes")
     agent = int(wait_for(lambda: home.read("agent")))

@@ -17,7 +17,8 @@ def home_with_agent(body):
     home.configure(voice=True)
     home.write(PREFERENCES, "[General]\nautoStartVoice=true\nprojectTrackingEnabled=true\n")
     home.write(".ostrelle/voice_agent.py", "")
-    home.write(".ostrelle/venv/bin/python", f"#!/bin/sh\necho $$ >> \"$HOME/agents\"\n{body}\n", 0o755)
+    # The setup asks it for its packages, which starts no agent.
+    home.write(".ostrelle/venv/bin/python", f"#!/bin/sh\n[ \"$1\" = -I ] && exit\necho $$ >> \"$HOME/agents\"\n{body}\n", 0o755)
     return home
 
 

@@ -121,7 +121,7 @@ def prepare_voice(home):
     home.configure(voice=True)
     home.write(PREFERENCES, KNOWN_PREFERENCES.format("true") + "projectTrackingEnabled=true\n")
     home.write(".ostrelle/voice_agent.py", "")
-    home.write(".ostrelle/venv/bin/python", "#!/bin/sh\necho $$ >> \"$HOME/agents\"\nexec sleep 1000\n", 0o755)
+    home.write(".ostrelle/venv/bin/python", "#!/bin/sh\n[ \"$1\" = -I ] && exit\necho $$ >> \"$HOME/agents\"\nexec sleep 1000\n", 0o755)
 
 
 def agents_alive(home):
