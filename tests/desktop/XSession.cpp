@@ -135,8 +135,11 @@ std::optional<QRect> XSession::panel()
 
 void XSession::click(QPoint place, int times)
 {
-    run(u"xdotool"_s, {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()),
-                       u"click"_s, u"--repeat"_s, QString::number(times), u"1"_s});
+    QStringList arguments{u"mousemove"_s, QString::number(place.x()), QString::number(place.y())};
+    for (int i = 0; i < times; ++i) { // without a pause, in which a busy machine may forget it
+        arguments << u"mousedown"_s << u"1"_s << u"mouseup"_s << u"1"_s;
+    }
+    run(u"xdotool"_s, arguments);
 }
 
 void XSession::press(const QString &key)
