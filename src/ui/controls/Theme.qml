@@ -136,22 +136,7 @@ QtObject {
     // The same colour, so much lighter that a small text in it can be read (4.5 to 1) wherever it
     // stands, before a white desktop too. The text may stand on a wash of its own colour.
     function legible(color: color, washOpacity: real): color {
-        const ground = Qt.tint(theme.lightestGround, theme.faded(color, washOpacity));
-        for (let white = 0; white < 1; white += 0.05) {
-            const lighter = Qt.rgba(color.r + white * (1 - color.r), color.g + white * (1 - color.g),
-                color.b + white * (1 - color.b), color.a);
-            if (theme.luminance(Qt.tint(ground, lighter)) + 0.05 >= 4.5 * (theme.luminance(ground) + 0.05)) {
-                return lighter;
-            }
-        }
-        return theme.textPrimary;
-    }
-
-    // How light the eye sees it, from 0 to 1, as WCAG reckons.
-    function luminance(color: color): real {
-        const [red, green, blue] = [color.r, color.g, color.b].map(
-            part => part <= 0.04045 ? part / 12.92 : Math.pow((part + 0.055) / 1.055, 2.4));
-        return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+        return TextColors.legible(color, theme.lightestGround, washOpacity);
     }
 
     // The same colour, more or less opaque.
