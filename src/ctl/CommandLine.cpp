@@ -109,12 +109,8 @@ CLI::App *CommandLine::addWithJson(const std::string &name, const std::string &d
 void CommandLine::addStatus()
 {
     CLI::App *const status =
-        addWithJson("status", "What the pearl, the lights and the lock say", [this] {
-            if (m_watches) {
-                watchStatus(m_shown);
-            }
-            return showStatus(m_shown);
-        });
+        addWithJson("status", "What the pearl, the lights and the lock say",
+                    [this] { return m_watches ? watchStatus(m_shown) : showStatus(m_shown); });
     status->add_flag("--watch", m_watches, "Again whenever something has changed");
     addWithJson("health", "The same in a line, and in the exit status",
                 [this] { return showHealth(m_shown); });

@@ -9,7 +9,8 @@
 #include <QJsonDocument>
 
 #include <algorithm>
-#include <thread>
+#include <poll.h>
+#include <unistd.h>
 
 namespace ostrelle
 {
@@ -20,7 +21,14 @@ using namespace std::chrono_literals;
 namespace
 {
 
-constexpr auto watchInterval = 1s;
+constexpr std::chrono::milliseconds watchInterval = 1s;
+
+// False as soon as nobody reads the output any more.
+bool pauseWhileSomebodyReads()
+{
+    pollfd output{.fd = STDOUT_FILENO, .events = 0, .revents = 0};
+    return ::poll(&output, 1, static_cast<int>(watchInterval.count())) <= 0;
+}
 
 // Complains where there is no answer; the exit status then, or nothing.
 std::optional<int> complaint(const Asked &asked)
@@ -106,10 +114,10 @@ int showStatus(const Shown &shown)
     return statusOf(asked);
 }
 
-void watchStatus(const Shown &shown)
+int watchStatus(const Shown &shown)
 {
     std::optional<QJsonObject> before;
-    for (;; std::this_thread::sleep_for(watchInterval)) {
+    do {
         const Asked asked = ask({.command = u"status"_s});
         const bool isThere = asked.answer.content.has_value();
         QJsonObject now =
@@ -128,7 +136,8 @@ void watchStatus(const Shown &shown)
             print(u"\n"_s, shown.terminal);
         }
         before = std::move(now);
-    }
+    } while (pauseWhileSomebodyReads());
+    return EXIT_SUCCESS;
 }
 
 int showHealth(const Shown &shown)

@@ -15,7 +15,8 @@ struct Shown {
 };
 
 int showStatus(const Shown &shown);
-[[noreturn]] void watchStatus(const Shown &shown);
+// Until nobody reads the output any more.
+int watchStatus(const Shown &shown);
 int showHealth(const Shown &shown);
 
 // What the running program, or else the files, tell; `text` makes a text of it.

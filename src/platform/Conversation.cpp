@@ -46,6 +46,8 @@ void Conversation::take()
         m_line = m_peer->readLine().trimmed();
         m_deadline.start(patienceForAnswer);
         Q_EMIT heard();
+    } else if (!m_hasHeard && m_peer->bytesAvailable() >= maxLineBytes) {
+        m_peer->abort(); // an endless line
     }
 }
 
