@@ -156,12 +156,14 @@ def close(program, screen):
 
 def furnish(home):
     """Makes the machine look set up, so that the panel opens without its setup sheet."""
-    tools = [home / "bin/node", home / ".npm-global/bin/duskrell", home / ".ostrelle/venv/bin/python",
-             home / ".ostrelle/data/models/kokoro-v1.0.onnx"]
+    tools = [home / "bin/node", home / ".npm-global/bin/duskrell", home / ".ostrelle/data/models/kokoro-v1.0.onnx"]
     for tool in tools:
         tool.parent.mkdir(parents=True, exist_ok=True)
         tool.write_text("#!/bin/sh\nexit 1\n")
         tool.chmod(0o755)
+    python = home / ".ostrelle/venv/bin/python"
+    python.parent.mkdir(parents=True)
+    python.symlink_to("/usr/bin/python3")
     (home / ".bash_profile").write_text('PATH="$HOME/bin:$PATH"\n')
 
 
@@ -224,6 +226,8 @@ def measure_panel(build, home, screen):
     program.frames(6)
     before = programs.cpu_milliseconds(program.pid)
     frames = program.frames(20)
+    if not frames:
+        raise SystemExit("panel: working agents do not move; is something in front of them?")
     report("agents tab at work, % of a core", (programs.cpu_milliseconds(program.pid) - before) / 200)
     report("  frames a second", len(frames) / 20)
     write_agents(home, AGENTS, "idle")
