@@ -130,7 +130,6 @@ void MenuBarExtra::handleClick()
 {
     m_lastPointer = QCursor::pos();
     const bool isSecond = isWithin(m_sinceClick, doubleClick());
-    m_sinceClick.start();
     if (!isSecond && m_panel && m_panel->isOpen()) {
         m_panel->close();
     } else if (isSecond || !isWithin(m_sinceLostFocus, sameClick)) {
@@ -138,6 +137,8 @@ void MenuBarExtra::handleClick()
         // focus.
         openPanel();
     }
+    // Only now: on a busy machine opening takes longer than the pause between two clicks.
+    m_sinceClick.start();
 }
 
 void MenuBarExtra::handleDoubleClick()
