@@ -3,7 +3,7 @@
 #include "core/BackgroundWork.h"
 #include "core/HttpClient.h"
 #include "gateway/NetworkHelpers.h"
-#include "platform/DesktopOpen.h"
+#include "core/DesktopOpen.h"
 #include "settings/Settings.h"
 
 #include <QObject>

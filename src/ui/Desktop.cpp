@@ -1,7 +1,7 @@
 #include "ui/Desktop.h"
 
 #include "core/BackgroundWork.h"
-#include "platform/DesktopOpen.h"
+#include "core/DesktopOpen.h"
 #include "platform/Files.h"
 #include "tray/Quit.h"
 

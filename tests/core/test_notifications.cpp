@@ -1,4 +1,5 @@
 #include "core/BackgroundWork.h"
+#include "core/DesktopOpen.h"
 #include "core/NotificationManager.h"
 #include "support/PrivateSession.h"
 #include "support/ScratchHome.h"
@@ -30,6 +31,11 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT((shown += daemon.readAll()).contains("\n}"), 20000);
         QVERIFY2(shown.contains("summary: 'OSTRELLE'"), shown);
         QVERIFY2(shown.contains("5 < 6 & \"quoted\"") || shown.contains("5 &lt; 6 &amp;"), shown);
+
+        qputenv("PATH", home.path(u"bin"_s).toLocal8Bit()); // no xdg-open there
+        openWithDesktop(u"/tmp/a.log"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (shown += daemon.readAll()).contains("can open /tmp/a.log: install xdg-utils"), 20000);
     }
 
     void doesNothingWithoutADesktop()
