@@ -1,3 +1,4 @@
+#include "support/Rows.h"
 #include "tray/Pearl.h"
 #include "tray/PearlIcon.h"
 
@@ -73,20 +74,17 @@ private Q_SLOTS:
 
     void isLitLikeASphere_data()
     {
-        QTest::addColumn<QColor>("color");
-        QTest::addColumn<QList<int>>("light"); // of each spot, as it was when it looked right
-        QTest::newRow("translucent")
-            << offline
-            << QList<int>{0xb2b2b6, 0xefeff0, 0xb3b3b7, 0xfbfbfb, 0x8d8d90, 0x8a8a8e, 0x7b7b7e,
-                          0x7f7f82, 0x666669, 0x868689, 0x8f8f91, 0x98989a, 0x7c7c7f};
-        QTest::newRow("pale") << QColor(Qt::white)
-                              << QList<int>{0xe4e4e4, 0xffffff, 0xe7e7e7, 0xffffff, 0xcdcdcd,
-                                            0xc6c6c6, 0xa7a7a7, 0x9c9ca0, 0x8b8b8f, 0x9b9b9f,
-                                            0x9e9ea2, 0xa3a3a7, 0x98989c};
-        QTest::newRow("saturated")
-            << speaking
-            << QList<int>{0xf26e6e, 0xffdcdc, 0xf77c7c, 0xfff6f6, 0xde5050, 0xe14a4a, 0xc84343,
-                          0xc54b4b, 0xaa3434, 0xbd5d5d, 0xc16969, 0xcd7171, 0xc04a4a};
+        // The light is that of each spot, as it was when it looked right.
+        const Rows<QColor, QList<int>> row("color", "light");
+        row("translucent", offline,
+            {0xb2b2b6, 0xefeff0, 0xb3b3b7, 0xfbfbfb, 0x8d8d90, 0x8a8a8e, 0x7b7b7e, 0x7f7f82,
+             0x666669, 0x868689, 0x8f8f91, 0x98989a, 0x7c7c7f});
+        row("pale", Qt::white,
+            {0xe4e4e4, 0xffffff, 0xe7e7e7, 0xffffff, 0xcdcdcd, 0xc6c6c6, 0xa7a7a7, 0x9c9ca0,
+             0x8b8b8f, 0x9b9b9f, 0x9e9ea2, 0xa3a3a7, 0x98989c});
+        row("saturated", speaking,
+            {0xf26e6e, 0xffdcdc, 0xf77c7c, 0xfff6f6, 0xde5050, 0xe14a4a, 0xc84343, 0xc54b4b,
+             0xaa3434, 0xbd5d5d, 0xc16969, 0xcd7171, 0xc04a4a});
     }
 
     void isLitLikeASphere()
