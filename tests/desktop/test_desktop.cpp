@@ -98,9 +98,9 @@ private Q_SLOTS:
 
     void theShortcutMutes_data()
     {
-        QTest::addColumn<QByteArray>("waylandDisplay");
-        QTest::newRow("an X11 session") << QByteArray();
-        QTest::newRow("a Wayland session without the portal") << QByteArray("wayland-none");
+        const Rows<QByteArray> row("waylandDisplay");
+        row("an X11 session", {});
+        row("a Wayland session without the portal", "wayland-none");
     }
 
     void theShortcutMutes()
@@ -148,9 +148,9 @@ private Q_SLOTS:
 
     void everyScaleShowsTheSame_data()
     {
-        QTest::addColumn<qreal>("scale");
+        const Rows<qreal> row("scale");
         for (const qreal scale : {1.0, 1.25, 1.5, 2.0}) {
-            QTest::addRow("%g", scale) << scale;
+            row(QByteArray::number(scale).constData(), scale);
         }
     }
 
@@ -183,14 +183,13 @@ private Q_SLOTS:
 
     void theKeyboardReachesEverything_data()
     {
-        QTest::addColumn<QStringList>("opened");
-        QTest::newRow("Setup") << QStringList{u"Mac password"_s};
+        const Rows<QStringList> row("opened");
+        row("Setup", {u"Mac password"_s});
         for (const QString &tab : {u"Ostrelle"_s, u"Projects"_s, u"Agents"_s, u"Cron"_s}) {
-            QTest::newRow(qPrintable(tab)) << QStringList{u"Skip"_s, tab};
+            row(qPrintable(tab), {u"Skip"_s, tab});
         }
-        QTest::newRow("Settings") << QStringList{u"Skip"_s,         u"Settings"_s,
-                                                 u"Change Token"_s, u"ADVANCED"_s,
-                                                 u"PROFILES"_s,     u"Add Gateway Manually"_s};
+        row("Settings", {u"Skip"_s, u"Settings"_s, u"Change Token"_s, u"ADVANCED"_s, u"PROFILES"_s,
+                         u"Add Gateway Manually"_s});
     }
 
     void theKeyboardReachesEverything()
