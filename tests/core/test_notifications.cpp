@@ -1,4 +1,3 @@
-#include "core/BackgroundWork.h"
 #include "core/NotificationManager.h"
 #include "support/PrivateSession.h"
 #include "support/ScratchHome.h"
@@ -30,13 +29,6 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT((shown += daemon.readAll()).contains("\n}"), 20000);
         QVERIFY2(shown.contains("summary: 'OSTRELLE'"), shown);
         QVERIFY2(shown.contains("5 < 6 & \"quoted\"") || shown.contains("5 &lt; 6 &amp;"), shown);
-    }
-
-    void doesNothingWithoutADesktop()
-    {
-        const ScratchHome home;
-        NotificationManager::send(u"OSTRELLE"_s, u"nobody sees this"_s);
-        QVERIFY(finishBackgroundWork(std::chrono::seconds(20)));
     }
 };
 

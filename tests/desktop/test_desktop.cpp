@@ -1,5 +1,6 @@
 #include "desktop/Desk.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 
 #include <QImage>
@@ -239,9 +240,10 @@ private Q_SLOTS:
         QVERIFY(desk.press(u"Show QR to pair phone"_s));
         QVERIFY(desk.shows(u"QR code"_s));
         // It unfolds.
-        QTRY_VERIFY_WITH_TIMEOUT(run(u"zbarimg"_s, {u"--raw"_s, u"-q"_s, Desk::screenshot(u"qr"_s)})
-                                     .startsWith("ostrelle://config?"),
-                                 patienceMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            outputOf(u"zbarimg"_s, {u"--raw"_s, u"-q"_s, Desk::screenshot(u"qr"_s)})
+                .startsWith("ostrelle://config?"),
+            patienceMilliseconds);
         QVERIFY(desk.press(u"Show QR to pair phone"_s)); // makes room
 
         QVERIFY(desk.press(u"Change Token"_s));
@@ -307,14 +309,6 @@ private:
                                       std::abs(a.blue() - b.blue()));
         }
         return most;
-    }
-
-    static QByteArray run(const QString &tool, const QStringList &arguments)
-    {
-        QProcess process;
-        process.start(tool, arguments);
-        process.waitForFinished();
-        return process.readAllStandardOutput();
     }
 
     int m_failures = 0;

@@ -2,9 +2,9 @@
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
 #include "settings/SettingsQueues.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 
-#include <QProcess>
 #include <QSemaphore>
 #include <QSignalSpy>
 
@@ -421,10 +421,7 @@ private:
         const QByteArray size = QByteArray::number(side);
         const QString image =
             m_home->write(u"code.pgm"_s, "P5 " + size + ' ' + size + " 255\n" + pixels + above);
-        QProcess scanner;
-        scanner.start(u"zbarimg"_s, {u"--quiet"_s, u"--raw"_s, image});
-        scanner.waitForFinished();
-        return scanner.readAllStandardOutput().trimmed();
+        return outputOf(u"zbarimg"_s, {u"--quiet"_s, u"--raw"_s, image}).trimmed();
     }
 
     std::unique_ptr<ScratchHome> m_home; // one for each test

@@ -2,7 +2,6 @@
 #include "tray/Pearl.h"
 #include "tray/PearlIcon.h"
 
-#include <QGuiApplication>
 #include <QPainter>
 #include <QTest>
 
@@ -63,7 +62,6 @@ private Q_SLOTS:
     {
         const auto online = [](const QString &word) { return pearlColor(true, true, word).rgba(); };
         QCOMPARE(online(u"dormant"_s), QColor::fromRgbF(0, 0.75F, 0.75F).rgba());
-        QCOMPARE(online(u"listening"_s), QColor::fromRgbF(0.2F, 0.9F, 0.4F).rgba());
         QCOMPARE(online(u"capturing"_s), QColor::fromRgbF(0.2F, 0.9F, 0.4F).rgba());
         QCOMPARE(online(u"processing"_s), QColor::fromRgbF(1, 0.6F, 0.2F).rgba());
         QCOMPARE(online(u"speaking"_s), speaking.rgba());
@@ -82,9 +80,6 @@ private Q_SLOTS:
         row("pale", Qt::white,
             {0xe4e4e4, 0xffffff, 0xe7e7e7, 0xffffff, 0xcdcdcd, 0xc6c6c6, 0xa7a7a7, 0x9c9ca0,
              0x8b8b8f, 0x9b9b9f, 0x9e9ea2, 0xa3a3a7, 0x98989c});
-        row("saturated", speaking,
-            {0xf26e6e, 0xffdcdc, 0xf77c7c, 0xfff6f6, 0xde5050, 0xe14a4a, 0xc84343, 0xc54b4b,
-             0xaa3434, 0xbd5d5d, 0xc16969, 0xcd7171, 0xc04a4a});
     }
 
     void isLitLikeASphere()
@@ -116,12 +111,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    TestPearl test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestPearl)
 #include "test_pearl.moc"
