@@ -1,7 +1,7 @@
-#include "DashboardHome.h"
 #include "dashboards/AgentAppearanceStore.h"
 #include "dashboards/AgentVisualPreset.h"
 #include "dashboards/AgentsTopologyViewModel.h"
+#include "dashboards/DashboardHome.h"
 #include "settings/SettingsQueues.h"
 #include "support/Rows.h"
 #include "tracker/AgentStatus.h"
