@@ -54,6 +54,7 @@ private Q_SLOTS:
         malformed("cut", StandInGateway::response(200, "body").chopped(1));
         malformed("head beyond reason", ok + QByteArray("X: y\r\n").repeated(11000));
     }
+
     void readsResponsesCutAnywhere()
     {
         QFETCH(QByteArray, response);
@@ -105,6 +106,7 @@ private Q_SLOTS:
         row("unknown authority", false, u"IP:127.0.0.1"_s, false);
         row("somebody else's name", true, u"DNS:gateway.invalid"_s, false);
     }
+
     void trustsWhomTheSystemTrusts()
     {
         QFETCH(bool, known);

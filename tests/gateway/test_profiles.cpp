@@ -71,6 +71,7 @@ private Q_SLOTS:
         row("not saved", u"http://My.lan:1"_s, u"My"_s, false, u"My"_s);
         row("no URL", u"http://a b"_s, u"Gateway"_s, false, u"Odd"_s);
     }
+
     void namesGateways()
     {
         QFETCH(QString, url);
@@ -178,6 +179,7 @@ private Q_SLOTS:
         row("URL", u"http://Box.lan:5/"_s, u"Box.lan"_s, u"http://Box.lan:5/"_s);
         row("no trimming", u" x"_s, u"http:// x:18789"_s, u"http:// x:18789"_s);
     }
+
     void addsByHand()
     {
         QFETCH(QString, typed);
@@ -215,6 +217,7 @@ private Q_SLOTS:
         row("mylocalhost", AddressProblem::LooksLocal);
         row("http://far/?localhost", AddressProblem::LooksLocal);
     }
+
     void knowsAddresses()
     {
         QFETCH(const std::optional<AddressProblem>, problem);
@@ -288,6 +291,7 @@ private Q_SLOTS:
         const auto lan = NetworkHelpers::getLocalIP(); // this machine may be in none
         row("no Tailscale, local", here, false, {}, lan ? u"http://%1:5/%1"_s.arg(*lan) : here);
     }
+
     void findsTheAddressForAPhone()
     {
         QFETCH(QString, url);
