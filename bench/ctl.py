@@ -1,7 +1,6 @@
 """Measures 50 warm runs of ostrellectl, against as many of a bare program of Qt Core between them."""
 
 import pathlib
-import signal
 import statistics
 import subprocess
 import sys
@@ -22,22 +21,12 @@ def milliseconds_of(command, environment):
     return (time.perf_counter() - began) * 1000
 
 
-def verdict(value, target):
-    return f"{value:6.2f}   target {target:g}: {'met' if value <= target else 'MISSED'}"
-
-
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
     with tempfile.TemporaryDirectory() as directory:
         home = programs.make_home(directory)
-        environment = {
-            "HOME": str(home), "XDG_RUNTIME_DIR": str(home / ".run"),
-            "PATH": f"{build}:/usr/local/bin:/usr/bin:/bin", "LANG": "C.UTF-8",
-        }
-        program = subprocess.Popen([build / "ostrelle"], env=environment, stdout=subprocess.PIPE)
-        for line in program.stdout:
-            if b"Listening" in line:
-                break
+        environment = programs.environment(build, home)
+        program, _ = programs.start(build, home)
         time.sleep(3)  # the first passes are over
         try:
             for arguments in COMMANDS:
@@ -47,11 +36,11 @@ def main():
                     ours.append(milliseconds_of([build / "ostrellectl", *arguments], environment))
                 median = statistics.median(ours)
                 print(f"ostrellectl {' '.join(arguments)}, {RUNS} warm runs, the program idle")
-                print(f"  median ms            {verdict(median, MILLISECONDS)}")
-                print(f"  to bare Qt Core      {verdict(median / statistics.median(bare), RATIO)}")
+                ratio = median / statistics.median(bare)
+                print(f"  median ms            {median:6.2f}{programs.verdict(median, MILLISECONDS)}")
+                print(f"  to bare Qt Core      {ratio:6.2f}{programs.verdict(ratio, RATIO)}")
         finally:
-            program.send_signal(signal.SIGTERM)
-            program.communicate()
+            programs.end(program)
 
 
 main()

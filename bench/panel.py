@@ -176,9 +176,7 @@ def write_agents(home, count, status, changed=None):
 
 
 def report(name, value):
-    target = TARGETS.get(name)
-    verdict = "" if target is None else f"   target {target:g}: {'met' if value <= target else 'MISSED'}"
-    print(f"{name:<46}{value:8.1f}{verdict}", flush=True)
+    print(f"{name:<46}{value:8.1f}{programs.verdict(value, TARGETS.get(name))}", flush=True)
 
 
 def measure_times(build, home, screen):

@@ -1,9 +1,12 @@
-"""What the benchmarks that start the program share: its home directory, and what the kernel says of it."""
+"""What the benchmarks share: the program and its home directory, what the kernel says of it, and the verdicts."""
 
 import json
 import os
 import pathlib
+import signal
 import socket
+import subprocess
+import time
 
 
 def free_port():
@@ -27,6 +30,32 @@ def make_home(directory):
         },
     }))
     return home
+
+
+def environment(build, home):
+    return {
+        "HOME": str(home), "XDG_RUNTIME_DIR": str(home / ".run"),
+        "PATH": f"{build}:/usr/local/bin:/usr/bin:/bin", "LANG": "C.UTF-8",
+    }
+
+
+def start(build, home):
+    """The program, and how many milliseconds it took until it listened."""
+    began = time.perf_counter()
+    program = subprocess.Popen([build / "ostrelle"], env=environment(build, home), stdout=subprocess.PIPE)
+    for line in program.stdout:
+        if b"Listening" in line:
+            return program, (time.perf_counter() - began) * 1000
+    raise SystemExit("the program ended before it listened")
+
+
+def end(program):
+    program.send_signal(signal.SIGTERM)
+    program.communicate()
+
+
+def verdict(value, target):
+    return "" if target is None else f"   target {target:g}: {'met' if value <= target else 'MISSED'}"
 
 
 def proportional_set_size(pid):

@@ -1,10 +1,7 @@
 """Measures 20 warm starts of the program, and its memory and wake-ups while it idles."""
 
-import os
 import pathlib
-import signal
 import statistics
-import subprocess
 import sys
 import tempfile
 import time
@@ -20,24 +17,6 @@ TARGETS = {
 }
 
 
-def start(build, home):
-    environment = {
-        "HOME": str(home), "XDG_RUNTIME_DIR": str(home / ".run"),
-        "PATH": f"{build}:/usr/local/bin:/usr/bin:/bin", "LANG": "C.UTF-8",
-    }
-    began = time.perf_counter()
-    program = subprocess.Popen([build / "ostrelle"], env=environment, stdout=subprocess.PIPE)
-    for line in program.stdout:
-        if b"Listening" in line:
-            return program, (time.perf_counter() - began) * 1000
-    raise SystemExit("startup: the program ended before it listened")
-
-
-def end(program):
-    program.send_signal(signal.SIGTERM)
-    program.communicate()
-
-
 def wakeups(pid):
     switches = 0
     for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
@@ -48,26 +27,24 @@ def wakeups(pid):
 
 
 def report(name, value, unit=""):
-    target = TARGETS.get(name)
-    verdict = "" if target is None else f"   target {target:g}: {'met' if value <= target else 'MISSED'}"
-    print(f"{name:<34}{value:8.2f} {unit}{verdict}")
+    print(f"{name:<34}{value:8.2f} {unit}{programs.verdict(value, TARGETS.get(name))}")
 
 
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
     with tempfile.TemporaryDirectory() as directory:
         home = programs.make_home(directory)
-        end(start(build, home)[0])  # warms the page cache, creates the files
+        programs.end(programs.start(build, home)[0])  # warms the page cache, creates the files
         times = []
         for _ in range(STARTS):
-            program, milliseconds = start(build, home)
+            program, milliseconds = programs.start(build, home)
             times.append(milliseconds)
-            end(program)
+            programs.end(program)
         print(f'exec to "Listening", {STARTS} warm starts')
         report("median ms", statistics.median(times))
         report("slowest ms", max(times))
 
-        program, _ = start(build, home)
+        program, _ = programs.start(build, home)
         time.sleep(3)  # the first passes are over
         before, cpu_before = wakeups(program.pid), programs.cpu_milliseconds(program.pid)
         time.sleep(IDLE_SECONDS)
@@ -76,7 +53,7 @@ def main():
         report("wake-ups a gateway cycle", (wakeups(program.pid) - before) / cycles)
         report("CPU ms a minute, without children", (programs.cpu_milliseconds(program.pid) - cpu_before) * 60 / IDLE_SECONDS)
         report("PSS MB", programs.proportional_set_size(program.pid))
-        end(program)
+        programs.end(program)
 
 
 main()

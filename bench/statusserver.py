@@ -15,6 +15,8 @@ import sys
 import tempfile
 import time
 
+import programs
+
 ROUNDS = 5
 NGINX_CONFIGURATION = """
 daemon off;
@@ -37,12 +39,6 @@ http {{
     server {{ listen 127.0.0.1:{port} backlog=4096; root {root}; }}
 }}
 """
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
 
 
 def wait_for(port):
@@ -82,7 +78,7 @@ def start_ours(build, home):
     tracker.mkdir()
     (tracker / "ostrelle-agent-tracker.json").write_bytes(document(2048))
     (tracker / "ostrelle-project-tracker.json").write_bytes(document(200 * 1024))
-    port = free_port()
+    port = programs.free_port()
     process = subprocess.Popen([build / "bench-status-host", str(port)], stdout=subprocess.DEVNULL,
                                env={**os.environ, "HOME": str(home)})
     return Server(process, port, {"2 KB": "/status", "200 KB": "/tracker"})
@@ -92,7 +88,7 @@ def start_nginx(prefix):
     prefix.mkdir()
     (prefix / "small.json").write_bytes(document(2048))
     (prefix / "large.json").write_bytes(document(200 * 1024))
-    port = free_port()
+    port = programs.free_port()
     user = "user root;" if os.geteuid() == 0 else ""
     configuration = prefix / "nginx.conf"
     configuration.write_text(

@@ -44,8 +44,8 @@ endif()
 
 # ostrelle_folder(<name> SOURCES <file>... [USES <library>...])
 # One folder of src, as the objects ostrelle_<name>. USES names what it needs to be compiled: folders,
-# with what those need, and libraries. It describes its models, so that
-# qmllint knows them where the ui exposes them.
+# with what those need, and libraries. It describes its models, so that qmllint knows them where the
+# ui exposes them.
 function(ostrelle_folder name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
     add_library(ostrelle_${name} OBJECT ${arg_SOURCES})
@@ -56,8 +56,8 @@ endfunction()
 
 # ostrelle_module(<target> NAME <name> [FOLDERS <folder>...]
 #                 [SOURCES <file>...] [LINK <library>...])
-# The shared library lib<name>.so, made of whole folders or of files. What one of them needs and nobody gives it
-# does not link.
+# The shared library lib<name>.so, made of whole folders or of files. What one of them needs and
+# nobody gives it does not link.
 function(ostrelle_module target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "NAME" "FOLDERS;SOURCES;LINK")
     add_library(${target} SHARED ${arg_SOURCES})

@@ -1,6 +1,7 @@
 #include "dashboards/ProjectTrackerJob.h"
 
 #include "core/Json.h"
+#include "core/ProjectTracking.h"
 #include "platform/SearchPath.h"
 
 #include <algorithm>
@@ -21,9 +22,8 @@ std::optional<QString> projectTrackerJobIn(const QString &output)
     if (jobs == nullptr) {
         return std::nullopt;
     }
-    const auto job = std::ranges::find_if(*jobs, [](const JsonValue &value) {
-        return value["name"].isString("OSTRELLE Project Tracker");
-    });
+    const auto job = std::ranges::find_if(
+        *jobs, [](const JsonValue &value) { return value["name"].isString(projectTrackerJob); });
     return job != jobs->end() ? (*job)["id"].string() : std::nullopt;
 }
 

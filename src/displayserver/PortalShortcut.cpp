@@ -149,6 +149,9 @@ void PortalShortcut::adoptSession(uint response, const QVariantMap &results)
 // ask once more; in the second case the answer is a refusal.
 void PortalShortcut::handleEnd()
 {
+    if (!m_bus) {
+        return; // it was refused, and asks no more
+    }
     m_session = {};
     if (std::exchange(m_hasEnded, true)) {
         giveUp(u"the desktop's portal has ended it"_s);

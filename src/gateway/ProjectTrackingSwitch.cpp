@@ -1,6 +1,7 @@
 #include "gateway/ProjectTrackingSwitch.h"
 
 #include "core/Json.h"
+#include "core/ProjectTracking.h"
 #include "core/ToolEnvironment.h"
 #include "gateway/NetworkHelpers.h"
 #include "platform/SearchPath.h"
@@ -35,7 +36,7 @@ std::optional<QStringList> trackerIds(const std::string &listing)
     for (const JsonValue &job : *jobs) {
         const auto id = job["id"].string();
         // What begins like an option would be one for the tool.
-        if (id && !id->startsWith(u'-') && job["name"].isString("OSTRELLE Project Tracker")) {
+        if (id && !id->startsWith(u'-') && job["name"].isString(projectTrackerJob)) {
             ids.append(*id);
         }
     }

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/OutputPipe.h"
+#include "platform/ProcessDescriptor.h"
 #include "platform/ProcessSetup.h"
 #include "platform/SearchPath.h"
 
@@ -20,11 +21,6 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-// glibc 2.36 declares these functions without C linkage.
-extern "C" {
-#include <sys/pidfd.h>
-}
-
 namespace ostrelle
 {
 
@@ -40,8 +36,7 @@ constexpr qsizetype mostInPipe = qsizetype{1024} * 1024;
 
 const QString pathVariable = u"PATH"_s;
 
-// The children that somebody waits for, so that shutdown can end them. A process descriptor names
-// its process for good, where a number could by then belong to a stranger.
+// The children that somebody waits for, so that shutdown can end them.
 class RunningChildren
 {
 public:
@@ -56,7 +51,7 @@ public:
     {
         const std::scoped_lock lock(m_mutex);
         if (!m_ending) {
-            m_children.emplace(pid, Descriptor(::pidfd_open(pid, 0)));
+            m_children.emplace(pid, processDescriptor(pid));
         }
         return !m_ending;
     }
@@ -94,7 +89,7 @@ private:
     // The group goes with its leader, as long as that is surely still the one we started.
     static void end(const std::pair<const pid_t, Descriptor> &child)
     {
-        if (::pidfd_send_signal(child.second.get(), SIGKILL, nullptr, 0) == 0) {
+        if (sendSignal(child.second, SIGKILL)) {
             ::kill(-child.first, SIGKILL);
         }
     }
@@ -287,7 +282,7 @@ std::expected<QByteArray, ChildFailure> superviseChild(const QProcess &child, Ou
 {
     const auto pid = static_cast<pid_t>(child.processId());
     const Registration registration(pid);
-    const Descriptor process(::pidfd_open(pid, 0));
+    const Descriptor process = processDescriptor(pid);
     if (!process) {
         return std::unexpected(notStarted(errno));
     }

@@ -61,9 +61,9 @@ struct ChildFailure {
 
 // Runs a child to its end and returns what it wrote. Blocks: background threads only. The end is
 // the end of the child itself; a grandchild that holds the pipe open does not prolong the call, but
-// for the second that killLeftovers gives it.
-// The child dies with this program, also after a kill -9; what
-// it has started in turn then lives on, such as a command line's second process behind its shell.
+// for the second that killLeftovers gives it. The child dies with this program, also after a
+// kill -9; what it has started in turn then lives on, such as a command line's second process
+// behind its shell.
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
                                                   const ChildOptions &options = {});
 

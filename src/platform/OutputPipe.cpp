@@ -1,16 +1,13 @@
 #include "platform/OutputPipe.h"
 
+#include "platform/ProcessDescriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
-
-// glibc 2.36 declares these functions without C linkage.
-extern "C" {
-#include <sys/pidfd.h>
-}
 
 namespace ostrelle
 {
@@ -84,9 +81,9 @@ void OutputPipe::killHolders() const
             continue;
         }
         // A second look once the descriptor is there: the number may be somebody else's by now.
-        const Descriptor process(::pidfd_open(pid, 0));
+        const Descriptor process = processDescriptor(pid);
         if (process && holds(entry->path(), pipe)) {
-            ::pidfd_send_signal(process.get(), SIGKILL, nullptr, 0);
+            sendSignal(process, SIGKILL);
         }
     }
 }

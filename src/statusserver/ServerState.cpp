@@ -8,37 +8,37 @@ namespace ostrelle
 
 void ServerState::observe(std::function<void()> changed)
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     m_changed = std::move(changed);
 }
 
 bool ServerState::running() const
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     return m_running;
 }
 
 bool ServerState::startRequested() const
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     return m_startRequested;
 }
 
 bool ServerState::portTaken() const
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     return m_portTaken;
 }
 
 int ServerState::port() const
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     return m_port;
 }
 
 bool ServerState::requestStart()
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     if (m_startRequested || m_running) {
         return false;
     }
@@ -48,7 +48,7 @@ bool ServerState::requestStart()
 
 bool ServerState::enterServing(int serverSocket, int port)
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     if (!m_startRequested || m_running) {
         return false;
     }
@@ -63,7 +63,7 @@ bool ServerState::enterServing(int serverSocket, int port)
 
 bool ServerState::enterIdle(bool portTaken)
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     const bool waits = std::exchange(m_startRequested, false) && portTaken;
     if (std::exchange(m_portTaken, waits) != waits) {
         tell();
@@ -73,7 +73,7 @@ bool ServerState::enterIdle(bool portTaken)
 
 int ServerState::stop()
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     const bool wasRunning = std::exchange(m_running, false);
     const bool portWasTaken = std::exchange(m_portTaken, false);
     m_startRequested = false;

@@ -23,7 +23,7 @@ void Workers::post(Task task)
 // One more thread, unless there are enough. The first one is needed, the others only help.
 void Workers::ensureThread()
 {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     if (m_threads.size() >= m_maxThreads || m_queue->tasks.stopped()) {
         return;
     }
@@ -40,7 +40,7 @@ void Workers::finishUntil(std::chrono::steady_clock::time_point deadline)
 {
     m_queue->stop.request_stop();
     m_queue->tasks.stop();
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     for (AbandonableThread &thread : m_threads) {
         thread.finishUntil(deadline);
     }

@@ -14,8 +14,8 @@ namespace ostrelle
 class GatewayTool
 {
 public:
-    // Longer than any answer takes: a run that is not done by then hangs, and is killed. Not before
-    // the oldest of four that hang makes way.
+    // Longer than any answer takes: a run that is not done by then hangs, and is killed. As long as
+    // four passes of SyncService last, the oldest of which makes way for the next one.
     static constexpr std::chrono::milliseconds defaultDeadline = std::chrono::minutes(2);
 
     static QStringList defaultCandidates();

@@ -57,6 +57,7 @@ void MenuBarLabel::hide()
 {
     m_gatewayVM->disconnect(this);
     m_voiceVM->disconnect(this);
+    m_statusServer->disconnect(this);
     m_icon.reset();
     m_menu.reset();
     m_shownColor = {};

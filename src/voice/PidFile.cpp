@@ -2,6 +2,7 @@
 
 #include "platform/FileWriting.h"
 #include "platform/NeverDestroyed.h"
+#include "platform/ProcessDescriptor.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -17,11 +18,6 @@
 #include <thread>
 #include <unistd.h>
 #include <vector>
-
-// glibc 2.36 declares these functions without C linkage.
-extern "C" {
-#include <sys/pidfd.h>
-}
 
 namespace ostrelle
 {

@@ -39,8 +39,7 @@ struct SupervisorSurroundings {
 
 // Runs the voice agent as a child process: starts it, restarts it after a crash, with growing
 // delays, and stops it. The agent dies with this program, whatever ends it, and what the agent has
-// started dies with the agent. Main thread only, but
-// for killFromPidFile().
+// started dies with the agent. Main thread only, but for killFromPidFile().
 class ServiceManager : public QObject
 {
     Q_OBJECT

@@ -7,7 +7,6 @@ using namespace ostrelle;
 using namespace Qt::StringLiterals;
 
 using Text = std::optional<QString>;
-Q_DECLARE_METATYPE(Text)
 
 class TestLink : public QObject
 {

@@ -1,5 +1,4 @@
 #include "app/Program.h"
-#include "platform/Files.h"
 #include "settings/OstrelleConfig.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
@@ -14,12 +13,8 @@
 #include <QTest>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
-#include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -186,53 +181,6 @@ private Q_SLOTS:
         QVERIFY(process.waitForFinished());
     }
 
-    void keepsItsFilesToItself()
-    {
-        const ProgramHome home;
-        QVERIFY(QDir(home.path(u".ostrelle"_s)).removeRecursively());
-        const mode_t before = ::umask(0);
-        Program program;
-        ::umask(before);
-        QVERIFY(!program.waitForLine("[StatusServer]").isEmpty()); // the default port may be taken
-        const auto mode = [&](const QString &file) {
-            struct stat attributes{};
-            return ::stat(qPrintable(home.path(file)), &attributes) == 0 ? attributes.st_mode & 0777
-                                                                         : 0;
-        };
-        QCOMPARE(mode(u".ostrelle"_s), 0700U);
-        QCOMPARE(mode(u".ostrelle/run/ostrelle.lock"_s), 0600U);
-        rlimit coreBytes{};
-        QCOMPARE(::prlimit(program.pid(), RLIMIT_CORE, nullptr, &coreBytes), 0);
-        QCOMPARE(coreBytes.rlim_cur, rlim_t{0});
-        QCOMPARE(program.endWith(SIGINT), 0);
-    }
-
-    // As in a terminal that was paused: nobody reads what the program prints.
-    void endsThoughNobodyReads()
-    {
-        const ProgramHome home;
-        std::array<int, 2> ends{};
-        QCOMPARE(::pipe2(ends.data(), O_CLOEXEC), 0);
-        const Descriptor unread(ends[0]);
-        const Descriptor full(ends[1]);
-        QVERIFY(::fcntl(full.get(), F_SETFL, O_NONBLOCK) == 0);
-        while (::write(full.get(), "x", 1) == 1) {
-        }
-        QVERIFY(::fcntl(full.get(), F_SETFL, 0) == 0);
-        QProcess program;
-        program.setChildProcessModifier([&] {
-            ::dup2(full.get(), STDOUT_FILENO);
-            ::dup2(full.get(), STDERR_FILENO);
-        });
-        program.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrelle"_s, QStringList());
-        QVERIFY(program.waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(home.exists(u".ostrelle/ostrelle-agent-tracker.json"_s), 20000);
-        QTest::qWait(300); // it has logged by now
-        program.terminate();
-        QVERIFY(program.waitForFinished(1500));
-        QCOMPARE(program.exitCode(), 0);
-    }
-
     void enablesProjectTrackingOnce()
     {
         const ProgramHome home;
@@ -269,7 +217,7 @@ private Q_SLOTS:
         Program program;
         // Where the configuration is lost the default port holds, which may be taken here.
         QVERIFY(!program.waitForLine("[StatusServer]").isEmpty());
-        QCOMPARE(program.endWith(SIGTERM), 0);
+        QCOMPARE(program.endWith(SIGINT), 0);
         QCOMPARE(home.read(file), content);
     }
 };

@@ -7,7 +7,6 @@ using namespace ostrelle;
 using namespace Qt::StringLiterals;
 
 using Kind = ControlProblem::Kind;
-Q_DECLARE_METATYPE(Kind)
 
 class TestProtocol : public QObject
 {

@@ -1,4 +1,3 @@
-#include "core/BackgroundWork.h"
 #include "core/DesktopOpen.h"
 #include "core/NotificationManager.h"
 #include "support/PrivateSession.h"
@@ -36,13 +35,6 @@ private Q_SLOTS:
         openWithDesktop(u"/tmp/a.log"_s);
         QTRY_VERIFY_WITH_TIMEOUT(
             (shown += daemon.readAll()).contains("can open /tmp/a.log: install xdg-utils"), 20000);
-    }
-
-    void doesNothingWithoutADesktop()
-    {
-        const ScratchHome home;
-        NotificationManager::send(u"OSTRELLE"_s, u"nobody sees this"_s);
-        QVERIFY(finishBackgroundWork(std::chrono::seconds(20)));
     }
 };
 

@@ -1,5 +1,5 @@
-#include "DashboardHome.h"
 #include "dashboards/CronViewModel.h"
+#include "dashboards/DashboardHome.h"
 #include "dashboards/ProjectTrackerJob.h"
 #include "dashboards/ProjectsViewModel.h"
 #include "platform/Files.h"

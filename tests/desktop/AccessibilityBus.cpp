@@ -1,6 +1,7 @@
 #include "desktop/AccessibilityBus.h"
 
 #include "app/Program.h"
+#include "support/Processes.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -25,12 +26,11 @@ AccessibilityBus::AccessibilityBus()
     QString address;
     const bool isUp = QTest::qWaitFor(
         [&] {
-            QProcess query;
-            query.start(u"dbus-send"_s,
-                        {u"--session"_s, u"--print-reply=literal"_s, u"--dest=org.a11y.Bus"_s,
-                         u"/org/a11y/bus"_s, u"org.a11y.Bus.GetAddress"_s});
-            query.waitForFinished();
-            address = QString::fromUtf8(query.readAllStandardOutput()).trimmed();
+            const QByteArray told =
+                outputOf(u"dbus-send"_s,
+                         {u"--session"_s, u"--print-reply=literal"_s, u"--dest=org.a11y.Bus"_s,
+                          u"/org/a11y/bus"_s, u"org.a11y.Bus.GetAddress"_s});
+            address = QString::fromUtf8(told).trimmed();
             return !address.isEmpty();
         },
         patienceMilliseconds);
@@ -45,11 +45,7 @@ AccessibilityBus::~AccessibilityBus()
 {
     qunsetenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");
     QDBusConnection::disconnectFromBus(m_bus->name());
-    m_launcher.terminate();
-    if (!m_launcher.waitForFinished(5000)) {
-        m_launcher.kill();
-        m_launcher.waitForFinished();
-    }
+    endProcess(m_launcher);
 }
 
 QList<AccessibilityBus::Control> AccessibilityBus::controls() const

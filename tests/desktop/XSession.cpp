@@ -1,6 +1,7 @@
 #include "desktop/XSession.h"
 
 #include "app/Program.h"
+#include "support/Processes.h"
 
 #include <QTest>
 
@@ -9,34 +10,15 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QByteArray run(const QString &tool, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(tool, arguments);
-    if (!process.waitForFinished()) {
-        qWarning() << tool << arguments << "hangs";
-    }
-    return process.readAllStandardOutput();
-}
-
-void end(QProcess &process)
-{
-    process.terminate();
-    if (!process.waitForFinished(5000)) {
-        process.kill();
-        process.waitForFinished();
-    }
-}
-
 // The visible windows of the program, by their places.
 QList<QRect> windows()
 {
     QList<QRect> places;
     const QByteArray found =
-        run(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"^ostrelle$"_s});
+        outputOf(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"^ostrelle$"_s});
     for (const QByteArray &window : found.split('\n').sliced(0, found.count('\n'))) {
-        const QByteArray geometry =
-            run(u"xdotool"_s, {u"getwindowgeometry"_s, u"--shell"_s, QString::fromLatin1(window)});
+        const QByteArray geometry = outputOf(
+            u"xdotool"_s, {u"getwindowgeometry"_s, u"--shell"_s, QString::fromLatin1(window)});
         const auto value = [&](const QByteArray &name) {
             const qsizetype at = geometry.indexOf("\n" + name + "=") + name.size() + 2;
             return geometry.mid(at, geometry.indexOf('\n', at) - at).toInt();
@@ -83,8 +65,8 @@ XSession::XSession()
 XSession::~XSession()
 {
     endTrayHost();
-    end(m_windowManager);
-    end(m_server);
+    endProcess(m_windowManager);
+    endProcess(m_server);
     qunsetenv("DISPLAY");
 }
 
@@ -99,7 +81,7 @@ void XSession::startTrayHost()
 void XSession::endTrayHost()
 {
     if (m_trayHost) {
-        end(*m_trayHost);
+        endProcess(*m_trayHost);
         m_trayHost.reset();
     }
 }
@@ -118,7 +100,7 @@ std::optional<QRect> XSession::waitForIcon()
         return place && place == last;
     };
     if (!QTest::qWaitFor(rests, patienceMilliseconds)) {
-        qWarning() << run(u"xwininfo"_s, {u"-root"_s, u"-tree"_s}).constData();
+        qWarning() << outputOf(u"xwininfo"_s, {u"-root"_s, u"-tree"_s}).constData();
         return std::nullopt;
     }
     return place;
@@ -139,20 +121,20 @@ void XSession::click(QPoint place, int times)
     for (int i = 0; i < times; ++i) { // without a pause, in which a busy machine may forget it
         arguments << u"mousedown"_s << u"1"_s << u"mouseup"_s << u"1"_s;
     }
-    run(u"xdotool"_s, arguments);
+    outputOf(u"xdotool"_s, arguments);
 }
 
 void XSession::press(const QString &key)
 {
-    run(u"xdotool"_s, {u"key"_s, key});
+    outputOf(u"xdotool"_s, {u"key"_s, key});
 }
 
 void XSession::type(const QString &text)
 {
-    run(u"xdotool"_s, {u"type"_s, text});
+    outputOf(u"xdotool"_s, {u"type"_s, text});
 }
 
 void XSession::useLayouts(const QString &layouts)
 {
-    run(u"setxkbmap"_s, {layouts});
+    outputOf(u"setxkbmap"_s, {layouts});
 }

@@ -1,5 +1,6 @@
 #include "desktop/Desk.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 
 #include <QImage>
@@ -98,9 +99,9 @@ private Q_SLOTS:
 
     void theShortcutMutes_data()
     {
-        QTest::addColumn<QByteArray>("waylandDisplay");
-        QTest::newRow("an X11 session") << QByteArray();
-        QTest::newRow("a Wayland session without the portal") << QByteArray("wayland-none");
+        const Rows<QByteArray> row("waylandDisplay");
+        row("an X11 session", {});
+        row("a Wayland session without the portal", "wayland-none");
     }
 
     void theShortcutMutes()
@@ -148,9 +149,9 @@ private Q_SLOTS:
 
     void everyScaleShowsTheSame_data()
     {
-        QTest::addColumn<qreal>("scale");
+        const Rows<qreal> row("scale");
         for (const qreal scale : {1.0, 1.25, 1.5, 2.0}) {
-            QTest::addRow("%g", scale) << scale;
+            row(QByteArray::number(scale).constData(), scale);
         }
     }
 
@@ -183,14 +184,13 @@ private Q_SLOTS:
 
     void theKeyboardReachesEverything_data()
     {
-        QTest::addColumn<QStringList>("opened");
-        QTest::newRow("Setup") << QStringList{u"Mac password"_s};
+        const Rows<QStringList> row("opened");
+        row("Setup", {u"Mac password"_s});
         for (const QString &tab : {u"Ostrelle"_s, u"Projects"_s, u"Agents"_s, u"Cron"_s}) {
-            QTest::newRow(qPrintable(tab)) << QStringList{u"Skip"_s, tab};
+            row(qPrintable(tab), {u"Skip"_s, tab});
         }
-        QTest::newRow("Settings") << QStringList{u"Skip"_s,         u"Settings"_s,
-                                                 u"Change Token"_s, u"ADVANCED"_s,
-                                                 u"PROFILES"_s,     u"Add Gateway Manually"_s};
+        row("Settings", {u"Skip"_s, u"Settings"_s, u"Change Token"_s, u"ADVANCED"_s, u"PROFILES"_s,
+                         u"Add Gateway Manually"_s});
     }
 
     void theKeyboardReachesEverything()
@@ -240,9 +240,10 @@ private Q_SLOTS:
         QVERIFY(desk.press(u"Show QR to pair phone"_s));
         QVERIFY(desk.shows(u"QR code"_s));
         // It unfolds.
-        QTRY_VERIFY_WITH_TIMEOUT(run(u"zbarimg"_s, {u"--raw"_s, u"-q"_s, Desk::screenshot(u"qr"_s)})
-                                     .startsWith("ostrelle://config?"),
-                                 patienceMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            outputOf(u"zbarimg"_s, {u"--raw"_s, u"-q"_s, Desk::screenshot(u"qr"_s)})
+                .startsWith("ostrelle://config?"),
+            patienceMilliseconds);
         QVERIFY(desk.press(u"Show QR to pair phone"_s)); // makes room
 
         QVERIFY(desk.press(u"Change Token"_s));
@@ -308,14 +309,6 @@ private:
                                       std::abs(a.blue() - b.blue()));
         }
         return most;
-    }
-
-    static QByteArray run(const QString &tool, const QStringList &arguments)
-    {
-        QProcess process;
-        process.start(tool, arguments);
-        process.waitForFinished();
-        return process.readAllStandardOutput();
     }
 
     int m_failures = 0;

@@ -57,6 +57,11 @@ public:
             m_calls << given.at(0).value<QDBusObjectPath>().path() + u' ' +
                            asked.value(0).second.value(u"preferred_trigger"_s).toString();
             respond(message, m_manner == Manner::Refuses ? 1 : 0);
+            if (m_manner == Manner::Refuses) { // and ends the session at once
+                m_bus.send(QDBusMessage::createTargetedSignal(m_client, portalPath + u"/session"_s,
+                                                              u"org.freedesktop.portal.Session"_s,
+                                                              u"Closed"_s));
+            }
         } else if (message.member() == "Register"_L1 || m_manner == Manner::KnowsNoShortcuts) {
             m_bus.send(message.createErrorReply(QDBusError::UnknownMethod, {}));
         } else if (m_manner != Manner::IsSilent) {

@@ -52,7 +52,6 @@ private Q_SLOTS:
         row("right token", get("/v1/models", "TOKEN"), 200);
         row("wrong token", get("/v1/models", "TOKENS"), 401);
         row("chat with a wrong token", chat("x", R"({"messages":[]})"), 401);
-        row("unknown path", get("/Health", {}), 404);
         row("no HTTP", "hello\r\n\r\n", 400);
     }
 
@@ -84,13 +83,6 @@ private Q_SLOTS:
         for (const QByteArray &line : log.trimmed().split('\n')) {
             QVERIFY2(QJsonDocument::fromJson(line)["type"_L1].isString(), line);
         }
-    }
-
-    void playsAMode()
-    {
-        playSimulator(m_home, {{u"service"_s, QJsonObject{{u"/health"_s, u"error"_s}}}});
-        QVERIFY(exchange(get("/health", {})).startsWith("HTTP/1.1 500 "));
-        QVERIFY(exchange(get("/none", {})).startsWith("HTTP/1.1 404 ")); // not affected
     }
 
 private:

@@ -59,6 +59,7 @@ private Q_SLOTS:
         row("100 MB", completion('"' + QByteArray(100000000, 'x') + '"'),
             u"Error: The reply is too long."_s);
     }
+
     void showsTheReply()
     {
         QFETCH(QByteArray, body);
@@ -107,6 +108,7 @@ private Q_SLOTS:
         row("nobody there", u"http://127.0.0.1:1"_s, u"Error: Connection refused"_s);
         row("black hole", u"hole"_s, u"Error: The request timed out."_s);
     }
+
     void failuresAreReplies()
     {
         QFETCH(QString, url);

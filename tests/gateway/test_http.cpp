@@ -1,10 +1,10 @@
 #include "core/HttpClient.h"
 #include "gateway/StandInGateway.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 
 #include <QFile>
 #include <QNetworkProxy>
-#include <QProcess>
 #include <QScopeGuard>
 #include <QSslCertificate>
 #include <QSslConfiguration>
@@ -54,6 +54,7 @@ private Q_SLOTS:
         malformed("cut", StandInGateway::response(200, "body").chopped(1));
         malformed("head beyond reason", ok + QByteArray("X: y\r\n").repeated(11000));
     }
+
     void readsResponsesCutAnywhere()
     {
         QFETCH(QByteArray, response);
@@ -105,6 +106,7 @@ private Q_SLOTS:
         row("unknown authority", false, u"IP:127.0.0.1"_s, false);
         row("somebody else's name", true, u"DNS:gateway.invalid"_s, false);
     }
+
     void trustsWhomTheSystemTrusts()
     {
         QFETCH(bool, known);
@@ -165,12 +167,10 @@ private:
     // A certificate that signs itself.
     static QSslCertificate makeCertificate(const QString &directory, const QString &name)
     {
-        QProcess openssl;
-        openssl.start(u"openssl"_s,
-                      {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-subj"_s,
-                       u"/CN=gateway"_s, u"-addext"_s, u"subjectAltName="_s + name, u"-keyout"_s,
-                       directory + u"/key.pem"_s, u"-out"_s, directory + u"/certificate.pem"_s});
-        openssl.waitForFinished();
+        outputOf(u"openssl"_s,
+                 {u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-subj"_s,
+                  u"/CN=gateway"_s, u"-addext"_s, u"subjectAltName="_s + name, u"-keyout"_s,
+                  directory + u"/key.pem"_s, u"-out"_s, directory + u"/certificate.pem"_s});
         return QSslCertificate::fromPath(directory + u"/certificate.pem"_s).value(0);
     }
 

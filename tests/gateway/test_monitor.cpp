@@ -54,6 +54,7 @@ private Q_SLOTS:
         row("black hole", {});
         row("half a body", ok.chopped(1));
     }
+
     void anyWholeAnswerIsOnline()
     {
         QFETCH(QByteArray, noAnswer);
@@ -213,6 +214,7 @@ private Q_SLOTS:
         row("serve fails", "config set gateway.tailscale.mode serve",
             u"Failed to enable Tailscale: no way"_s, 2);
     }
+
     void switchesToTailscaleServe()
     {
         QFETCH(QByteArray, failing);
@@ -247,6 +249,7 @@ private Q_SLOTS:
         row("reset fails", "new", "", u"old"_s, "gateway token --reset");
         row("look-up fails", "", "oops", u"old"_s, "config get gateway.auth.token");
     }
+
     void resetsTheToken()
     {
         QFETCH(QByteArray, out);

@@ -31,6 +31,7 @@ private Q_SLOTS:
             u"# x\n\t https://a.ts.net (tailnet only) \r\nhttps://b"_s,
             u"https://a.ts.net (tailnet only) \r"_s);
     }
+
     void readsAddressAndServeLine()
     {
         QFETCH(QByteArray, printed);
@@ -59,6 +60,7 @@ private Q_SLOTS:
                 ips.chopped(1) + "}}",
             {}, {u"z 100.1.1.1"_s, u"a 100.1.1.1"_s});
     }
+
     void readsStatus()
     {
         QFETCH(QByteArray, status);

@@ -1,12 +1,12 @@
+#include "core/BackgroundWork.h"
 #include "gateway/GatewayAddress.h"
 #include "gateway/GatewayPairing.h"
 #include "gateway/Scripts.h"
 #include "settings/SettingsQueues.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 
-#include <QProcess>
 #include <QSemaphore>
-#include <QSignalSpy>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -38,7 +38,6 @@ private Q_SLOTS:
     void init()
     {
         m_home = std::make_unique<ScratchHome>();
-        m_duskrell = scriptedDuskrell(*m_home);
         m_tailscale = scriptedTailscale(*m_home);
         OstrelleConfig config = OstrelleConfig::defaults();
         config.gateway = {.url = local,
@@ -72,6 +71,7 @@ private Q_SLOTS:
         row("not saved", u"http://My.lan:1"_s, u"My"_s, false, u"My"_s);
         row("no URL", u"http://a b"_s, u"Gateway"_s, false, u"Odd"_s);
     }
+
     void namesGateways()
     {
         QFETCH(QString, url);
@@ -179,6 +179,7 @@ private Q_SLOTS:
         row("URL", u"http://Box.lan:5/"_s, u"Box.lan"_s, u"http://Box.lan:5/"_s);
         row("no trimming", u" x"_s, u"http:// x:18789"_s, u"http:// x:18789"_s);
     }
+
     void addsByHand()
     {
         QFETCH(QString, typed);
@@ -216,6 +217,7 @@ private Q_SLOTS:
         row("mylocalhost", AddressProblem::LooksLocal);
         row("http://far/?localhost", AddressProblem::LooksLocal);
     }
+
     void knowsAddresses()
     {
         QFETCH(const std::optional<AddressProblem>, problem);
@@ -289,6 +291,7 @@ private Q_SLOTS:
         const auto lan = NetworkHelpers::getLocalIP(); // this machine may be in none
         row("no Tailscale, local", here, false, {}, lan ? u"http://%1:5/%1"_s.arg(*lan) : here);
     }
+
     void findsTheAddressForAPhone()
     {
         QFETCH(QString, url);
@@ -339,70 +342,6 @@ private Q_SLOTS:
         QVERIFY(!QrCode::encode({}));
     }
 
-    void preferencesAreStored()
-    {
-        {
-            GatewaySettings settings(m_settings->preferences);
-            QVERIFY(settings.projectTrackingEnabled() && !settings.launchAtLogin());
-            settings.setLaunchAtLogin(true);
-            settings.setGeminiAPIKey(u"k,\"ü"_s);
-        }
-        GatewaySettings settings(m_settings->preferences);
-        QCOMPARE(settings.geminiAPIKey(), u"k,\"ü"_s);
-        QTRY_VERIFY(settings.launchAtLogin());
-        const QString entry = u".config/autostart/ai.duskrell.ostrelle.desktop"_s;
-        QVERIFY(m_home->exists(entry));
-        QSignalSpy changed(&settings, &GatewaySettings::launchAtLoginChanged);
-        for (const bool launch : {false, true, false}) { // what is said of one is late for the next
-            settings.setLaunchAtLogin(launch);
-        }
-        settingsQueue().waitForDone();
-        QVERIFY(!m_home->exists(entry));
-
-        // No folder can be made where a file stands.
-        QDir(m_home->path(u".config/autostart"_s)).removeRecursively();
-        m_home->write(u".config/autostart"_s, "");
-        settings.setLaunchAtLogin(true);
-        QTRY_COMPARE(changed.size(), 3 + 2);
-        QVERIFY(!settings.launchAtLogin());
-    }
-
-    void tracksProjectsInOrder()
-    {
-        m_home->write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
-                      u"/scripts/enable-project-tracking.sh"_s,
-                      "sleep 0.1; echo enable $PATH >> \"$HOME/calls\"");
-        m_home->write(
-            u"duskrell.out"_s,
-            R"({"jobs":[{"id":"1","name":"Other"},{"id":"it\u0027s 2","name":)"
-            R"("OSTRELLE Project Tracker"},{"id":3,"name":"OSTRELLE Project Tracker"}]})");
-        GatewaySettings settings(m_settings->preferences, {m_home->path(u"none"_s), m_duskrell});
-        QVERIFY(finishBackgroundWork(10s));
-        QFile::remove(m_home->path(u"calls"_s));
-        settings.setProjectTrackingEnabled(true); // it is already
-        settings.setProjectTrackingEnabled(false);
-        settings.setProjectTrackingEnabled(true);
-        settings.setProjectTrackingEnabled(false);
-        QVERIFY(!m_settings->preferences->value(preference::projectTrackingEnabled));
-        const QByteArrayList removal{"duskrell cron list --json --all",
-                                     "duskrell cron remove it's 2"};
-        // The script sees nothing of this program's environment.
-        const QByteArrayList enabling{"enable /opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"};
-        QTRY_COMPARE(calls(*m_home), removal + enabling + removal);
-    }
-
-    void stopsAtWhatIsNoJobList()
-    {
-        for (const char *listing :
-             {"", "[]", R"({"jobs":[{"id":"1","name":"OSTRELLE Project Tracker"},"x"]})"}) {
-            m_home->write(u"duskrell.out"_s, listing);
-            QVERIFY2(!disableProjectTracking({m_duskrell}), listing);
-        }
-        QVERIFY(!calls(*m_home).contains("duskrell cron remove 1"));
-        m_home->write(u"duskrell.out"_s, R"({"jobs":[]})");
-        QVERIFY(disableProjectTracking({m_duskrell}).has_value());
-    }
-
 private:
     // What a scanner reads from the code as it is shown.
     QByteArray scanned(const QrCode &code) const
@@ -421,14 +360,10 @@ private:
         const QByteArray size = QByteArray::number(side);
         const QString image =
             m_home->write(u"code.pgm"_s, "P5 " + size + ' ' + size + " 255\n" + pixels + above);
-        QProcess scanner;
-        scanner.start(u"zbarimg"_s, {u"--quiet"_s, u"--raw"_s, image});
-        scanner.waitForFinished();
-        return scanner.readAllStandardOutput().trimmed();
+        return outputOf(u"zbarimg"_s, {u"--quiet"_s, u"--raw"_s, image}).trimmed();
     }
 
     std::unique_ptr<ScratchHome> m_home; // one for each test
-    QString m_duskrell;
     TailscalePlaces m_tailscale;
     std::unique_ptr<Settings> m_settings;
     std::unique_ptr<GatewayViewModel> m_gateway;

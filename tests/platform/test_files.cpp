@@ -53,6 +53,7 @@ private Q_SLOTS:
         row("torn", 0, "new");
         row("edited since then", 3600, "torn");
     }
+
     void finishesWhatWasCutShort()
     {
         QFETCH(int, editedAfter);
@@ -100,6 +101,7 @@ private Q_SLOTS:
         row("a build runs", installed, built, true, installed);
         row("another one", u"other/tool"_s, installed, false, u"other/tool"_s);
     }
+
     void loginItemNamesTheInstalledProgram()
     {
         QFETCH(QString, named);

@@ -47,12 +47,9 @@ void verifyKeepsSecrets(SecretStore &store)
 // With another program than ours.
 QByteArray askKeyring(const QString &method, const QString &argument)
 {
-    QProcess tool;
-    tool.start(u"gdbus"_s, {u"call"_s, u"--session"_s, u"--dest=org.freedesktop.secrets"_s,
-                            u"--object-path=/org/freedesktop/secrets"_s,
-                            u"--method=org.freedesktop.Secret.Service."_s + method, argument});
-    tool.waitForFinished();
-    return tool.readAllStandardOutput();
+    return outputOf(u"gdbus"_s, {u"call"_s, u"--session"_s, u"--dest=org.freedesktop.secrets"_s,
+                                 u"--object-path=/org/freedesktop/secrets"_s,
+                                 u"--method=org.freedesktop.Secret.Service."_s + method, argument});
 }
 
 qsizetype itemsInKeyring()

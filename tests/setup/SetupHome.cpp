@@ -1,4 +1,4 @@
-#include "SetupHome.h"
+#include "setup/SetupHome.h"
 
 #include <QDir>
 #include <QFile>

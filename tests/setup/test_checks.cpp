@@ -1,5 +1,5 @@
-#include "SetupHome.h"
 #include "platform/ChildProcess.h"
+#include "setup/SetupHome.h"
 #include "setup/SetupShell.h"
 #include "support/Processes.h"
 #include "support/Rows.h"
@@ -29,7 +29,7 @@ QStringList truths(const SetupManager &manager)
 
 } // namespace
 
-class ChecksTest : public QObject
+class TestChecks : public QObject
 {
     Q_OBJECT
 
@@ -174,6 +174,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ChecksTest)
+QTEST_GUILESS_MAIN(TestChecks)
 
 #include "test_checks.moc"

@@ -1,6 +1,6 @@
-#include "SetupHome.h"
 #include "platform/ChildProcess.h"
 #include "setup/InstallerOutput.h"
+#include "setup/SetupHome.h"
 #include "support/Rows.h"
 
 #include <QAbstractItemModelTester>
@@ -36,7 +36,7 @@ bool install(SetupManager &manager, const QString &password = u"secret"_s)
 
 } // namespace
 
-class InstallationTest : public QObject
+class TestInstallation : public QObject
 {
     Q_OBJECT
 
@@ -350,7 +350,7 @@ int main(int argc, char **argv)
     if (const QStringList arguments = app.arguments(); arguments.value(1) == "--leave-by"_L1) {
         return leaveBy(arguments.value(2));
     }
-    InstallationTest test;
+    TestInstallation test;
     return QTest::qExec(&test, argc, argv);
 }
 

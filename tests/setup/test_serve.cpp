@@ -1,4 +1,4 @@
-#include "SetupHome.h"
+#include "setup/SetupHome.h"
 #include "support/Rows.h"
 
 using namespace ostrelle;
@@ -11,7 +11,7 @@ const QString manually = u"Try manually: tailscale serve --bg http://127.0.0.1:1
 
 } // namespace
 
-class ServeTest : public QObject
+class TestServe : public QObject
 {
     Q_OBJECT
 
@@ -87,6 +87,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ServeTest)
+QTEST_GUILESS_MAIN(TestServe)
 
 #include "test_serve.moc"

@@ -47,7 +47,7 @@ QByteArray digestForwards(const QByteArray &log, qsizetype limit)
 
 } // namespace
 
-class DigestTest : public QObject
+class TestDigest : public QObject
 {
     Q_OBJECT
 
@@ -206,6 +206,6 @@ private:
     QByteArray m_written; // what the log file holds
 };
 
-QTEST_GUILESS_MAIN(DigestTest)
+QTEST_GUILESS_MAIN(TestDigest)
 
 #include "test_digest.moc"

@@ -54,7 +54,7 @@ private:
 
 } // namespace
 
-class HostileClientsTest : public QObject
+class TestHostileClients : public QObject
 {
     Q_OBJECT
 
@@ -243,6 +243,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(HostileClientsTest)
+QTEST_GUILESS_MAIN(TestHostileClients)
 
 #include "test_hostileclients.moc"

@@ -19,7 +19,7 @@ constexpr char emptyHistory[] = R"({"messages":[],"count":0})";
 
 } // namespace
 
-class ProtocolTest : public QObject
+class TestProtocol : public QObject
 {
     Q_OBJECT
 
@@ -235,6 +235,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ProtocolTest)
+QTEST_GUILESS_MAIN(TestProtocol)
 
 #include "test_protocol.moc"

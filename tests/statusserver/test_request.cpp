@@ -5,7 +5,7 @@
 
 using namespace ostrelle;
 
-class RequestTest : public QObject
+class TestRequest : public QObject
 {
     Q_OBJECT
 
@@ -67,6 +67,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RequestTest)
+QTEST_GUILESS_MAIN(TestRequest)
 
 #include "test_request.moc"

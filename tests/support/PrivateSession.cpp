@@ -1,5 +1,7 @@
 #include "support/PrivateSession.h"
 
+#include "support/Processes.h"
+
 #include <QTest>
 
 #include <csignal>
@@ -24,19 +26,6 @@ constexpr const char *busConfiguration = R"(<busconfig>
   </policy>
 </busconfig>)";
 
-void end(QProcess &process)
-{
-    // A frozen process has to run again before it can end.
-    if (process.state() == QProcess::Running) {
-        ::kill(static_cast<pid_t>(process.processId()), SIGCONT);
-        process.terminate();
-        if (!process.waitForFinished(2000)) {
-            process.kill();
-            process.waitForFinished();
-        }
-    }
-}
-
 } // namespace
 
 PrivateSession::PrivateSession()
@@ -58,7 +47,7 @@ PrivateSession::PrivateSession()
 PrivateSession::~PrivateSession()
 {
     for (const auto &process : std::views::reverse(m_processes)) {
-        end(*process);
+        endProcess(*process);
     }
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
@@ -118,5 +107,5 @@ void PrivateSession::freeze(bool isFrozen)
 
 void PrivateSession::endBus()
 {
-    end(*m_processes.front());
+    endProcess(*m_processes.front());
 }

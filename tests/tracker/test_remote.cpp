@@ -22,8 +22,6 @@ const Fetched authRejected = std::unexpected(FetchError::authRejected());
 
 } // namespace
 
-Q_DECLARE_METATYPE(Fetched)
-
 class TestRemote : public QObject
 {
     Q_OBJECT

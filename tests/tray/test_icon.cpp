@@ -1,5 +1,13 @@
+#include "gateway/GatewayViewModel.h"
+#include "statusserver/StatusServer.h"
+#include "support/Rows.h"
+#include "support/ScratchHome.h"
+#include "tray/MenuBarLabel.h"
 #include "tray/PanelPlacement.h"
+#include "voice/VoiceViewModel.h"
 
+#include <QSignalSpy>
+#include <QTcpServer>
 #include <QTest>
 
 using namespace ostrelle;
@@ -11,32 +19,20 @@ class TestTray : public QObject
 private Q_SLOTS:
     void placesThePanel_data()
     {
-        QTest::addColumn<QRect>("icon");
-        QTest::addColumn<QRect>("available");
-        QTest::addColumn<QRect>("panel");
+        const Rows<QRect, QRect, QRect> row("icon", "available", "panel");
+        const QRect all(0, 0, 1000, 800);
         const QRect besideTop(0, 30, 1000, 770);
-        QTest::newRow("bar at the top")
-            << QRect(500, 15, 20, 20) << besideTop << QRect(409, 39, 200, 300);
-        QTest::newRow("bar at the bottom")
-            << QRect(500, 775, 20, 20) << QRect(0, 0, 1000, 770) << QRect(409, 470, 200, 300);
-        QTest::newRow("bar on the left")
-            << QRect(5, 400, 20, 20) << QRect(30, 0, 970, 800) << QRect(30, 259, 200, 300);
-        QTest::newRow("bar on the right")
-            << QRect(975, 400, 20, 20) << QRect(0, 0, 970, 800) << QRect(770, 259, 200, 300);
-        QTest::newRow("bar that takes no room")
-            << QRect(500, 775, 20, 20) << QRect(0, 0, 1000, 800) << QRect(409, 471, 200, 300);
-        QTest::newRow("in the corner")
-            << QRect(975, 5, 20, 20) << besideTop << QRect(800, 30, 200, 300);
-        QTest::newRow("on a screen that is too small")
-            << QRect(100, 5, 20, 20) << QRect(0, 30, 150, 170) << QRect(0, 30, 150, 170);
-        QTest::newRow("under a pointer on a bar")
-            << QRect(500, 785, 1, 1) << QRect(0, 0, 1000, 770) << QRect(400, 470, 200, 300);
-        QTest::newRow("under a pointer on a bar that hides")
-            << QRect(500, 10, 1, 1) << QRect(0, 0, 1000, 800) << QRect(400, 39, 200, 300);
-        QTest::newRow("under a pointer in a corner of bars that hide")
-            << QRect(990, 10, 1, 1) << QRect(0, 0, 1000, 800) << QRect(800, 39, 200, 300);
-        QTest::newRow("of an icon that nobody finds, below a bar")
-            << QRect() << besideTop << QRect(796, 34, 200, 300);
+        row("bar at the top", {500, 15, 20, 20}, besideTop, {409, 39, 200, 300});
+        row("bar at the bottom", {500, 775, 20, 20}, {0, 0, 1000, 770}, {409, 470, 200, 300});
+        row("bar on the left", {5, 400, 20, 20}, {30, 0, 970, 800}, {30, 259, 200, 300});
+        row("bar on the right", {975, 400, 20, 20}, {0, 0, 970, 800}, {770, 259, 200, 300});
+        row("bar that takes no room", {500, 775, 20, 20}, all, {409, 471, 200, 300});
+        row("in the corner", {975, 5, 20, 20}, besideTop, {800, 30, 200, 300});
+        row("screen that is too small", {100, 5, 20, 20}, {0, 30, 150, 170}, {0, 30, 150, 170});
+        row("pointer on a bar", {500, 785, 1, 1}, {0, 0, 1000, 770}, {400, 470, 200, 300});
+        row("pointer on a bar that hides", {500, 10, 1, 1}, all, {400, 39, 200, 300});
+        row("pointer in a corner of bars that hide", {990, 10, 1, 1}, all, {800, 39, 200, 300});
+        row("an icon that nobody finds, below a bar", {}, besideTop, {796, 34, 200, 300});
     }
 
     void placesThePanel()
@@ -48,7 +44,26 @@ private Q_SLOTS:
         QTEST(placePanel(isPointer ? iconUnder(icon.topLeft(), screen) : icon, screen, {200, 300}),
               "panel");
     }
+
+    // As it is between the end of a session bus and the next tray.
+    void followsNobodyWhileTheIconIsHidden()
+    {
+        const ScratchHome home;
+        QTcpServer stranger;
+        QVERIFY(stranger.listen(QHostAddress::AnyIPv4));
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.ports.status = stranger.serverPort();
+        GatewayViewModel gateway(home.settings());
+        VoiceViewModel voice(nullptr, -1);
+        StatusServer server(config, home.settings().tokens);
+        MenuBarLabel label(&gateway, &voice, &server);
+        label.show();
+        label.hide();
+        const QSignalSpy told(&server, &StatusServer::portTakenChanged);
+        server.start();
+        QTRY_COMPARE(told.size(), 1);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestTray)
+QTEST_MAIN(TestTray)
 #include "test_icon.moc"

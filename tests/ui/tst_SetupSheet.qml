@@ -3,13 +3,10 @@ import QtTest
 import Ostrelle
 import "items.js" as Items
 
-TestCase {
+ViewTest {
     id: test
 
     name: "SetupSheet"
-    when: windowShown
-    visible: true
-    width: 380
     height: 1000
 
     Component {
@@ -26,10 +23,6 @@ TestCase {
         id: doneSpy
 
         signalName: "done"
-    }
-
-    function init() {
-        fixture.reset();
     }
 
     readonly property string loggedOut: "true"

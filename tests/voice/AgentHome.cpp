@@ -1,4 +1,4 @@
-#include "AgentHome.h"
+#include "voice/AgentHome.h"
 
 #include <QDir>
 #include <QTcpServer>

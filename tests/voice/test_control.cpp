@@ -1,6 +1,6 @@
-#include "AgentHome.h"
 #include "gateway/StandInGateway.h"
 #include "support/Rows.h"
+#include "voice/AgentHome.h"
 #include "voice/VoiceViewModel.h"
 
 using namespace ostrelle;
@@ -38,7 +38,7 @@ QString shownBy(const VoiceViewModel &model)
 
 } // namespace
 
-class ControlTest : public QObject
+class TestControl : public QObject
 {
     Q_OBJECT
 
@@ -199,6 +199,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ControlTest)
+QTEST_GUILESS_MAIN(TestControl)
 
 #include "test_control.moc"

@@ -1,5 +1,5 @@
-#include "AgentHome.h"
 #include "support/Rows.h"
+#include "voice/AgentHome.h"
 #include "voice/PidFile.h"
 
 #include <QProcess>
@@ -42,7 +42,7 @@ public:
 
 } // namespace
 
-class PidFileTest : public QObject
+class TestPidFile : public QObject
 {
     Q_OBJECT
 
@@ -127,7 +127,7 @@ int main(int argc, char **argv)
         ServiceManager::killFromPidFile();
         return 0;
     }
-    PidFileTest test;
+    TestPidFile test;
     return QTest::qExec(&test, argc, argv);
 }
 

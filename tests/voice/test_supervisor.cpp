@@ -1,6 +1,6 @@
-#include "AgentHome.h"
 #include "settings/SettingsQueues.h"
 #include "support/Rows.h"
+#include "voice/AgentHome.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -32,7 +32,7 @@ QByteArray childrenOfMainThread()
 
 } // namespace
 
-class SupervisorTest : public QObject
+class TestSupervisor : public QObject
 {
     Q_OBJECT
 
@@ -284,6 +284,6 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SupervisorTest)
+QTEST_GUILESS_MAIN(TestSupervisor)
 
 #include "test_supervisor.moc"

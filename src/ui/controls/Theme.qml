@@ -110,7 +110,6 @@ QtObject {
     // Durations, in milliseconds; none without motion
     readonly property int quick: motion ? 120 : 0
     readonly property int calm: motion ? 200 : 0
-    readonly property int slow: motion ? 250 : 0
     readonly property int spinnerTurn: 1200
     readonly property int helpDelay: 500 // the pointer's rest before help appears
 

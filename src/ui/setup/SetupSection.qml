@@ -22,8 +22,6 @@ Rectangle {
     color: section.isLater ? "transparent" : Theme.faded(section.tint, 0.06)
 
     Symbol {
-        id: icon
-
         anchors.left: parent.left
         anchors.leftMargin: Theme.setupPadding
         anchors.verticalCenter: heading.verticalCenter

@@ -1,0 +1,124 @@
+#include "support/PrivateSession.h"
+#include "support/Rows.h"
+#include "support/ScratchHome.h"
+#include "ui/DesktopAppearance.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusVirtualObject>
+#include <QTest>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using Groups = QMap<QString, QVariantMap>;
+
+namespace
+{
+
+const QString gnome = u"org.gnome.desktop.interface"_s;
+const QString portalService = u"org.freedesktop.portal.Desktop"_s;
+
+// Where a desktop keeps its settings, with one answer to every question; on the bus while the
+// object lives.
+class DesktopSettings : public QDBusVirtualObject
+{
+public:
+    DesktopSettings(const QString &service, const QVariant &answer)
+        : m_answer(answer)
+    {
+        m_bus.registerVirtualObject(u"/org"_s, this, QDBusConnection::SubPath);
+        m_bus.registerService(service);
+    }
+    ~DesktopSettings() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
+
+    bool wasAsked() const { return m_wasAsked; }
+
+    void change(const QString &group, const QString &key, const QVariant &value) const
+    {
+        auto signal =
+            QDBusMessage::createSignal(u"/org/freedesktop/portal/desktop"_s,
+                                       u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
+        m_bus.send(signal << group << key << QVariant::fromValue(QDBusVariant(value)));
+    }
+
+    QString introspect(const QString & /*path*/) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection & /*bus*/) override
+    {
+        m_wasAsked = true;
+        return m_bus.send(message.createReply(m_answer));
+    }
+
+private:
+    const QVariant m_answer;
+    bool m_wasAsked = false;
+    QDBusConnection m_bus =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"desktop"_s);
+};
+
+} // namespace
+
+class TestAppearance : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { qDBusRegisterMetaType<Groups>(); }
+
+    void isAsTheDesktopSays_data()
+    {
+        const Rows<QString, QVariant, bool, double> row("service", "answer", "motion", "scale");
+        const auto portal = [&](const char *name, const Groups &groups, bool motion, double scale) {
+            row(name, portalService, QVariant::fromValue(groups), motion, scale);
+        };
+        portal("GNOME with large text", {{gnome, {{u"text-scaling-factor"_s, 1.25}}}}, true, 1.25);
+        portal(
+            "GNOME with a large font and no animations",
+            {{gnome, {{u"enable-animations"_s, false}, {u"font-name"_s, u"Noto Sans Bold 22"_s}}}},
+            false, 2);
+        portal(
+            "Plasma",
+            {{u"org.kde.kdeglobals.General"_s, {{u"font"_s, u"Noto Sans,15,-1,5,50,0,0,0,0,0"_s}}},
+             {u"org.kde.kdeglobals.KDE"_s, {{u"AnimationDurationFactor"_s, u"0"_s}}}},
+            false, 1.5);
+        portal("values that are none",
+               {{gnome,
+                 {{u"enable-animations"_s, false},
+                  {u"font-name"_s, u"Sans"_s},
+                  {u"text-scaling-factor"_s, -1.0}}}},
+               false, 1);
+        portal("beyond reason", {{gnome, {{u"text-scaling-factor"_s, 40.0}}}}, true, 4);
+        row("GTK alone", u"org.gtk.Settings"_s, QVariant::fromValue(QDBusVariant(false)), false, 1);
+    }
+
+    void isAsTheDesktopSays()
+    {
+        QFETCH(QString, service);
+        QFETCH(QVariant, answer);
+        QFETCH(bool, motion);
+        QFETCH(double, scale);
+        const DesktopSettings desktop(service, answer);
+        const DesktopAppearance appearance;
+        QTRY_COMPARE(std::pair(appearance.motion(), appearance.textScale()),
+                     std::pair(motion, scale));
+    }
+
+    void followsTheDesktop()
+    {
+        const DesktopSettings desktop(portalService, QVariant::fromValue(Groups()));
+        const DesktopAppearance appearance;
+        QTRY_VERIFY(desktop.wasAsked());
+        for (const bool reduced : {true, false}) {
+            desktop.change(u"org.freedesktop.appearance"_s, u"reduced-motion"_s, reduced ? 1U : 0U);
+            QTRY_COMPARE(appearance.motion(), !reduced);
+        }
+    }
+
+private:
+    const ScratchHome m_home;
+    const PrivateSession m_session; // for all: a process knows one bus address
+};
+
+QTEST_GUILESS_MAIN(TestAppearance)
+#include "test_appearance.moc"
