@@ -21,6 +21,19 @@ void tellCron(const ControlContext &context, Question *question);
 void checkSetup(const ControlContext &context, Question *question);
 void diagnose(const ControlContext &context, Question *question);
 
+void installEverything(const ControlContext &context, Question *question);
+void installVoice(const ControlContext &context, Question *question);
+void configureServe(const ControlContext &context, Question *question);
+// Waits until there is some.
+void tellProgress(const ControlContext &context, Question *question);
+void tellSettings(const ControlContext &context, Question *question);
+void switchOn(const ControlContext &context, Question *question);
+void switchOff(const ControlContext &context, Question *question);
+void setGeminiKey(const ControlContext &context, Question *question);
+void removeGeminiKey(const ControlContext &context, Question *question);
+void setAgent(const ControlContext &context, Question *question);
+void resetAgent(const ControlContext &context, Question *question);
+void syncProjects(const ControlContext &context, Question *question);
 void openPanel(const ControlContext &context, Question *question);
 void chat(const ControlContext &context, Question *question);
 void mute(const ControlContext &context, Question *question);
@@ -31,9 +44,14 @@ void stopVoice(const ControlContext &context, Question *question);
 void restartVoice(const ControlContext &context, Question *question);
 void tellGateways(const ControlContext &context, Question *question);
 void useGateway(const ControlContext &context, Question *question);
+void findGateways(const ControlContext &context, Question *question);
 void addGateway(const ControlContext &context, Question *question);
+void addPeer(const ControlContext &context, Question *question);
 void removeGateway(const ControlContext &context, Question *question);
+void encryptGateway(const ControlContext &context, Question *question);
 void setToken(const ControlContext &context, Question *question);
+void removeToken(const ControlContext &context, Question *question);
+void resetToken(const ControlContext &context, Question *question);
 void pair(const ControlContext &context, Question *question);
 
 } // namespace command

@@ -110,10 +110,15 @@ void SetupManager::GatewayInstallation::report(const ChildResult &result, bool s
 
 void SetupManager::installDuskrell()
 {
+    installDuskrell(m_sudoPassword);
+}
+
+void SetupManager::installDuskrell(const QString &typed)
+{
     if (m_isInstallingDuskrell) {
         return;
     }
-    const QString password = m_sudoPassword.value().trimmed();
+    const QString password = typed.trimmed();
     if (password.isEmpty()) {
         m_needsSudoPassword = true;
         return;

@@ -100,6 +100,9 @@ public:
     // voice parts are missing. Without a password it only asks for one. One at a time.
     Q_INVOKABLE void installDuskrell();
 
+    // The same with a password that was typed elsewhere, which is not kept.
+    void installDuskrell(const QString &password);
+
     // Writes the configuration and installs the voice agent's parts. One at a time.
     Q_INVOKABLE void run();
 
@@ -145,6 +148,11 @@ public:
     bool hasVenv() const { return m_hasVenv; }
     bool hasModels() const { return m_hasModels; }
 
+    // One of the operations that print to the log is under way.
+    bool isWorking() const
+    {
+        return m_isInstallingDuskrell || m_isRunning || m_isConfiguringTailscale;
+    }
     bool isInstallingDuskrell() const { return m_isInstallingDuskrell; }
     bool isConfiguringTailscale() const { return m_isConfiguringTailscale; }
     QString sudoPassword() const { return m_sudoPassword; } // forgotten when the install ends
