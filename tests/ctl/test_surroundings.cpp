@@ -222,14 +222,23 @@ private Q_SLOTS:
 
     void completes()
     {
-        const QString complete =
-            u"ctl completions bash > $HOME/completions; bash -c 'compopt() { :; }; "
-            ". ~/completions; COMP_WORDS=(x %1 %2); COMP_CWORD=2; "
-            "_ostrellectl x %2; echo ${COMPREPLY[*]}'"_s;
+        const auto completed = [](const QString &before, const QString &word) {
+            return inTerminal(u"ctl completions bash > ~/completions; bash -c 'compopt() { :; }; "
+                              ". ~/completions; COMP_WORDS=(x %1 %2); "
+                              "((COMP_CWORD = ${#COMP_WORDS[@]} - 1)); "
+                              "_ostrellectl $OSTRELLE_BINARY_DIR/ostrellectl %2; "
+                              "echo ${COMPREPLY[*]}'"_s.arg(before, word),
+                              80)
+                .out;
+        };
         const CtlHome home;
-        QCOMPARE(inTerminal(complete.arg(u"voice"_s, u"re"_s), 80).out, "restart\r\n");
-        QCOMPARE(inTerminal(complete.arg(u"completions"_s, u"z"_s), 80).out, "zsh\r\n");
-        QCOMPARE(inTerminal(complete.arg(u"diagnose"_s, u"\"\""_s), 80).out, "\r\n"); // but files
+        QCOMPARE(completed(u"voice"_s, u"re"_s), "restart\r\n");
+        QCOMPARE(completed(u"completions"_s, u"z"_s), "zsh\r\n");
+        QCOMPARE(completed(u"diagnose"_s, u"\"\""_s), "\r\n"); // but files
+        QCOMPARE(completed(u"gateways use"_s, u"H"_s), "\r\n");
+        Program program;
+        QVERIFY(program.waitForPort() != 0);
+        QCOMPARE(completed(u"gateways use"_s, u"H"_s), "Home\r\n");
     }
 
     void aCameraReadsTheCode_data()
