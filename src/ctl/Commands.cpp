@@ -7,6 +7,8 @@
 
 #include <QJsonArray>
 
+#include <climits>
+
 namespace ostrelle
 {
 
@@ -163,6 +165,10 @@ int pairPhone(const Shown &shown, const Pairing &pairing)
         return SomethingIsWrong;
     }
     print(*code, shown.terminal);
+    if (const auto needed = code->count(u'\n') + 1;
+        needed > shown.terminal.lines.value_or(INT_MAX)) {
+        complain(u"the code is seen whole in a terminal of %1 lines"_s.arg(needed));
+    }
     return Well;
 }
 

@@ -44,7 +44,7 @@ Run ctl(const QStringList &arguments, const QByteArray &input)
 
 Run inTerminal(const QString &command, int columns)
 {
-    const QString inShell = u"stty cols %1; ctl() { '%2' \"$@\"; }; "_s.arg(columns).arg(
+    const QString inShell = u"stty cols %1 rows 24; ctl() { '%2' \"$@\"; }; "_s.arg(columns).arg(
                                 builtProgram(u"ostrellectl"_s)) +
                             command;
     return run(u"script"_s, {u"-qec"_s, inShell, u"/dev/null"_s});
