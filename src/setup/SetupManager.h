@@ -3,6 +3,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/Paths.h"
 #include "settings/Settings.h"
+#include "setup/Confinement.h"
 #include "setup/ProgressFeed.h"
 #include "setup/SetupChecks.h"
 #include "setup/StatusLog.h"
@@ -25,6 +26,7 @@ class AskpassFile;
 struct SetupSurroundings {
     std::optional<QString> resources = resourceDirectory();
     QString sudoSearchPath = QStringLiteral("/usr/bin:/bin:/usr/sbin:/sbin");
+    bool isConfined = ostrelle::isConfined();
     std::chrono::milliseconds tailscaleTimeout = std::chrono::seconds(15); // of one command
     std::chrono::milliseconds restartPause = std::chrono::seconds(3);      // until a restart shows
 };

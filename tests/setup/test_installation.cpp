@@ -75,6 +75,25 @@ private Q_SLOTS:
         QVERIFY(!manager.isComplete());
     }
 
+    // A program that may not use sudo has the installer run outside, and its password through a
+    // pipe.
+    void confined()
+    {
+        const SetupHome home;
+        addVoiceParts(home);
+        home.addTool(u"systemd-run"_s, "while [ $1 != -- ]; do case $1 in *=*) export "
+                                       "\"${1#--setenv=}\"; esac; shift; done; shift; exec \"$@\"");
+        home.addInstaller("echo \"$SUDO_PASS $(cat)\"");
+        SetupSurroundings surroundings = home.surroundings();
+        surroundings.isConfined = true;
+        SetupManager manager(home.settings(), surroundings);
+        QVERIFY(install(manager, u"-n \\x  y"_s));
+        QCOMPARE(messagesOf(manager).mid(2),
+                 QStringList({u"-n \\x  y "_s, u"✓ Installation complete!"_s}));
+        const QString call = home.calls().join(u'\n');
+        QVERIFY(call.startsWith("systemd-run --user "_L1) && !call.contains("\\x"_L1));
+    }
+
     void installer_data()
     {
         const Rows<QByteArray, QStringList> row("script", "messages");
