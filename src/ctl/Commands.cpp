@@ -161,7 +161,8 @@ int pairPhone(const Shown &shown, const Pairing &pairing)
     const auto code =
         pairingCode(rows, shown.terminal, pairing.onLight ? Background::Light : Background::Dark);
     if (!code) {
-        complain(u"the terminal is too narrow for the code"_s);
+        complain(u"the terminal is too narrow for the code"_s +
+                 (shown.terminal.isUtf8 ? u""_s : u"; in a UTF-8 locale it is half as wide"_s));
         return SomethingIsWrong;
     }
     print(*code, shown.terminal);
