@@ -133,43 +133,31 @@ private Q_SLOTS:
     {
         const Desk desk;
         const QList<Step> steps{
-            {u"gateways add box --name Attic"_s, 0, u"^Saved: http://box:18789\n$"_s},
-            {u"gateways use attic"_s, 0, u"^In use: http://box:18789\n$"_s},
-            {u"gateways --names"_s, 0, u"^Home\nAttic\n$"_s},
+            {u"gateways add box --name Attic; gateways use attic; gateways --names"_s, 0,
+             u"^Saved: http://box:18789\nIn use: http://box:18789\nHome\nAttic\n$"_s},
             {u"token reset"_s, 1, u"not this machine's"_s},
-            {u"gateways use home"_s, 0, u"^In use: http:"_s},
-            {u"token set attic"_s, 0, u"^$"_s, "t\n"},
-            {u"gateways"_s, 0, u"  Attic +http://box:18789 +stored\n$"_s},
-            {u"token remove ATTIC"_s, 0, u"^$"_s},
-            {u"gateways"_s, 0, u" none\n$"_s},
-            {u"gateways remove http://box:18789"_s, 0, u"^Removed: "_s},
+            {u"gateways use home; token set attic; gateways"_s, 0,
+             u"^In use: http:.*  Attic +http://box:18789 +stored\n$"_s, "t\n"},
+            {u"token remove ATTIC; gateways"_s, 0, u"^ .* none\n$"_s},
+            {u"gateways remove attic"_s, 0, u"^Removed: http://box:18789\n$"_s},
             {u"gateways use nowhere"_s, 1, u"no gateway with that name"_s},
-            {u"gateways add http://u:p@box"_s, 1, u"user name or password"_s},
             {u"gateways add "_s + desk.gateway.url() + u" --name Other"_s, 1, u"saved already"_s},
-            {u"gateways find"_s, 0, u"^DEVICE +URL +IP +GATEWAY\n$"_s},
-            {u"gateways find --json"_s, 0, u"\"devices\": \\["_s},
+            {u"gateways find; gateways find --json"_s, 0,
+             u"^DEVICE +URL +IP +GATEWAY\n{.*\"devices\": \\["_s},
             {u"gateways add nobody --device"_s, 1, u"no device of that name"_s},
             {u"gateways encrypt"_s, 1, u"Failed to set gateway.bind"_s},
             {u"token reset"_s, 1, u"makes no new token"_s},
-            {u"agents set SCOUT --name Fox --emoji 🦊"_s, 0, u"^Shown as: Fox\n$"_s},
-            {u"agents"_s, 0, u"\n🦊 Fox +busy"_s},
-            {u"agents set scout"_s, 1, u"neither a name nor"_s},
-            {u"agents reset fox"_s, 0, u"^Shown as: Scout\n$"_s},
-            {u"agents reset fox"_s, 1, u"no agent with that name"_s},
+            {u"agents set SCOUT --name Fox --emoji 🦊; agents"_s, 0, u"^Shown.*\n🦊 Fox +busy"_s},
+            {u"agents reset fox; agents reset fox"_s, 1, u"^Shown as: Scout\n.*no agent"_s},
             {u"projects sync"_s, 1, u"the gateway's tool was not found"_s},
             {u"settings on voice-autostart"_s, 1, u"is switched off"_s},
-            {u"settings on voice-agent"_s, 0, u"^$"_s},
-            {u"settings on voice-autostart"_s, 0, u"^$"_s},
-            {u"settings on launch-at-login"_s, 0, u"^$"_s},
-            {u"settings off project-tracking"_s, 0, u"^$"_s},
-            {u"settings off wings"_s, 1, u"no setting of that name"_s},
-            {u"gemini-key set"_s, 0, u"^$"_s, "key\n"},
-            {u"settings"_s, 0,
+            {u"settings on voice-agent; settings on voice-autostart; settings on launch-at-login; "
+             "settings off project-tracking; gemini-key set; settings"_s,
+             0,
              u"login +on\nmagic-dns +on\nproject-tracking +off\nvoice-agent +on\n"
-             "voice-autostart +on\ngemini-key +stored\n"_s},
-            {u"settings off voice-agent"_s, 0, u"^$"_s},
-            {u"gemini-key remove"_s, 0, u"^$"_s},
-            {u"settings --json"_s, 0,
+             "voice-autostart +on\ngemini-key +stored\n"_s,
+             "key\n"},
+            {u"settings off voice-agent; gemini-key remove; settings --json"_s, 0,
              u"Key\": false.*agent\",\n *\"on\": false.*autostart\",\n *\"on\": false"_s},
             {u"setup install"_s, 2, u"there is no password"_s},
             {u"setup install"_s, 1, u"^Installing.*Mac.\nmissing .*Agent configured\n"_s, "pw\n"},
@@ -178,11 +166,16 @@ private Q_SLOTS:
             {u"setup progress --json"_s, 1, u"^{.*\"messages\":\\[\"Creating.*:false}\n$"_s},
         };
         for (const auto &[line, status, told, input] : steps) {
-            const Run run = ctl(line.split(u' '), input);
-            const QString text = QString::fromUtf8(run.out + run.err);
+            Run last{.status = 0};
+            QString text;
+            for (const QString &command : line.split(u"; "_s)) {
+                QCOMPARE(last.status, 0);
+                last = ctl(command.split(u' '), input);
+                text += QString::fromUtf8(last.out + last.err);
+            }
             const QRegularExpression expected(told, QRegularExpression::DotMatchesEverythingOption);
             QVERIFY2(expected.match(text).hasMatch(), qPrintable(line + u": "_s + text));
-            QCOMPARE(run.status, status);
+            QCOMPARE(last.status, status);
         }
         QVERIFY(!desk.program->output().contains("pw"));
     }
@@ -208,7 +201,6 @@ private Q_SLOTS:
         const Run start = ctl({u"voice"_s, u"restart"_s});
         QVERIFY2(start.status == 1 && start.err.contains("Voice script not found"), start.err);
         QVERIFY(!ctl({u"status"_s}).out.contains("switched off"));
-        QCOMPARE(ctl({u"panel"_s}).err, "ostrellectl: this Ostrelle runs without a display\n");
     }
 
     // Both sides of each command, as the schema for other clients has them.
