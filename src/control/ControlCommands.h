@@ -21,16 +21,13 @@ void tellCron(const ControlContext &context, Question *question);
 void checkSetup(const ControlContext &context, Question *question);
 void diagnose(const ControlContext &context, Question *question);
 
+// What the setup sheet does. Progress is waited for until there is some.
 void installEverything(const ControlContext &context, Question *question);
 void installVoice(const ControlContext &context, Question *question);
 void configureServe(const ControlContext &context, Question *question);
-// Waits until there is some.
 void tellProgress(const ControlContext &context, Question *question);
-void tellSettings(const ControlContext &context, Question *question);
-void switchOn(const ControlContext &context, Question *question);
-void switchOff(const ControlContext &context, Question *question);
-void setGeminiKey(const ControlContext &context, Question *question);
-void removeGeminiKey(const ControlContext &context, Question *question);
+
+// The dashboards, the chat and the voice agent.
 void setAgent(const ControlContext &context, Question *question);
 void resetAgent(const ControlContext &context, Question *question);
 void syncProjects(const ControlContext &context, Question *question);
@@ -42,11 +39,18 @@ void toggleMute(const ControlContext &context, Question *question);
 void startVoice(const ControlContext &context, Question *question);
 void stopVoice(const ControlContext &context, Question *question);
 void restartVoice(const ControlContext &context, Question *question);
+
+// The settings.
+void tellSettings(const ControlContext &context, Question *question);
+void switchSettingOn(const ControlContext &context, Question *question);
+void switchSettingOff(const ControlContext &context, Question *question);
+void setGeminiKey(const ControlContext &context, Question *question);
+void removeGeminiKey(const ControlContext &context, Question *question);
 void tellGateways(const ControlContext &context, Question *question);
 void useGateway(const ControlContext &context, Question *question);
-void findGateways(const ControlContext &context, Question *question);
+void findDevices(const ControlContext &context, Question *question);
 void addGateway(const ControlContext &context, Question *question);
-void addPeer(const ControlContext &context, Question *question);
+void addDevice(const ControlContext &context, Question *question);
 void removeGateway(const ControlContext &context, Question *question);
 void encryptGateway(const ControlContext &context, Question *question);
 void setToken(const ControlContext &context, Question *question);

@@ -59,7 +59,7 @@ void changeSaved(const ControlContext &context, Question *question, const QStrin
              });
 }
 
-void save(const ControlContext &context, Question *question, SavedGateway profile)
+void saveProfile(const ControlContext &context, Question *question, SavedGateway profile)
 {
     const auto isSame = [&](const SavedGatewayRow &row) { return row.url == profile.url; };
     if (std::ranges::any_of(savedGateways(context), isSame)) {
@@ -74,15 +74,20 @@ void save(const ControlContext &context, Question *question, SavedGateway profil
 }
 
 // Calls it with the devices of the tailnet that the panel would find.
-void withPeers(const ControlContext &context, Question *question,
-               const std::function<void(const QList<TailscalePeer> &peers)> &use)
+void withDevices(const ControlContext &context, Question *question,
+                 const std::function<void(const QList<TailscalePeer> &peers)> &use)
 {
     const Models &models = context.models;
+    const PassLimit::Pass pass = context.looks->begin();
+    if (!pass) {
+        question->fail(u"Tailscale does not answer"_s);
+        return;
+    }
     auto *const profiles =
         new GatewayProfiles(models.settings, models.gatewayVM, models.gatewayInUse, question);
     auto *const peers = new TailscalePeersModel(profiles, context.tailscale);
     peers->setParent(question);
-    QObject::connect(peers, &TailscalePeersModel::loadingChanged, question, [peers, use] {
+    QObject::connect(peers, &TailscalePeersModel::loadingChanged, question, [peers, use, pass] {
         if (!peers->loading()) {
             use(peers->rows());
         }
@@ -134,9 +139,9 @@ void useGateway(const ControlContext &context, Question *question)
     });
 }
 
-void findGateways(const ControlContext &context, Question *question)
+void findDevices(const ControlContext &context, Question *question)
 {
-    withPeers(context, question, [question](const QList<TailscalePeer> &peers) {
+    withDevices(context, question, [question](const QList<TailscalePeer> &peers) {
         QJsonArray found;
         for (const TailscalePeer &peer : peers) {
             found.append(toJson(peer));
@@ -149,13 +154,13 @@ void addGateway(const ControlContext &context, Question *question)
 {
     const auto profile = gatewayTyped(question->text("url"_L1));
     if (profile) {
-        save(context, question, *profile);
+        saveProfile(context, question, *profile);
     } else {
         question->fail(gatewayNotAdded(profile.error()));
     }
 }
 
-void addPeer(const ControlContext &context, Question *question)
+void addDevice(const ControlContext &context, Question *question)
 {
     const QString called = question->text("device"_L1);
     const auto add = [context, question, called](const QList<TailscalePeer> &peers) {
@@ -163,12 +168,12 @@ void addPeer(const ControlContext &context, Question *question)
             return each.hostname == called || each.ip == called || profileOf(each).name == called;
         });
         if (peer != peers.end()) {
-            save(context, question, profileOf(*peer));
+            saveProfile(context, question, profileOf(*peer));
         } else {
             question->fail(u"no device of that name is online and not saved yet"_s);
         }
     };
-    withPeers(context, question, add);
+    withDevices(context, question, add);
 }
 
 void removeGateway(const ControlContext &context, Question *question)

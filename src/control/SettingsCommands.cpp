@@ -4,6 +4,8 @@
 #include "state/VoiceSwitch.h"
 #include "voice/ServiceManager.h"
 
+#include <QTimer>
+
 #include <algorithm>
 #include <array>
 
@@ -14,6 +16,9 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+// A disk that hangs keeps nobody from seeing the settings.
+constexpr std::chrono::milliseconds patienceForLoginItem{1000};
 
 using Done = std::function<void()>;
 
@@ -96,20 +101,22 @@ void change(const ControlContext &context, Question *question, bool on)
 
 void tellSettings(const ControlContext &context, Question *question)
 {
-    const QPointer<Question> asked(question);
-    context.models.gatewaySettings->lookAtLoginItem([asked, models = context.models] {
+    const auto tell = [question, models = context.models] { question->answer(toJson(models)); };
+    const QPointer<Question> asked(question); // the look may outlast it
+    context.models.gatewaySettings->lookAtLoginItem([asked, tell] {
         if (asked) {
-            asked->answer(toJson(models));
+            tell();
         }
     });
+    QTimer::singleShot(patienceForLoginItem, question, tell);
 }
 
-void switchOn(const ControlContext &context, Question *question)
+void switchSettingOn(const ControlContext &context, Question *question)
 {
     change(context, question, true);
 }
 
-void switchOff(const ControlContext &context, Question *question)
+void switchSettingOff(const ControlContext &context, Question *question)
 {
     change(context, question, false);
 }

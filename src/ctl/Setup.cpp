@@ -6,7 +6,9 @@
 
 #include <QJsonArray>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,24 +20,27 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// Runs it in a process of its own, and with it goes what was typed. Signals of the terminal wait
-// until that has put the terminal to rights.
+// Runs it in a process of its own, and with it goes what was typed. What interrupts both waits here
+// until the terminal is put to rights.
 int inChildProcess(int (*work)())
 {
-    sigset_t ofTerminal;
+    sigset_t interrupting;
     sigset_t before;
-    ::sigemptyset(&ofTerminal);
-    for (const int signal : {SIGINT, SIGQUIT, SIGTSTP}) {
-        ::sigaddset(&ofTerminal, signal);
-    }
-    ::sigprocmask(SIG_BLOCK, &ofTerminal, &before);
+    ::sigemptyset(&interrupting);
+    ::sigaddset(&interrupting, SIGINT);
+    ::sigaddset(&interrupting, SIGQUIT);
+    ::sigprocmask(SIG_BLOCK, &interrupting, &before);
     const pid_t child = ::fork();
     if (child == 0) {
         ::sigprocmask(SIG_SETMASK, &before, nullptr);
         std::_Exit(work());
     }
-    int status = -1;
-    while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    if (child < 0) {
+        complain(QString::fromLocal8Bit(std::strerror(errno)));
+        return SomethingIsWrong;
+    }
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     return WIFEXITED(status) ? WEXITSTATUS(status) : SomethingIsWrong;
