@@ -32,6 +32,7 @@ void setAgent(const ControlContext &context, Question *question);
 void resetAgent(const ControlContext &context, Question *question);
 void syncProjects(const ControlContext &context, Question *question);
 void openPanel(const ControlContext &context, Question *question);
+void quit(const ControlContext &context, Question *question);
 void chat(const ControlContext &context, Question *question);
 void mute(const ControlContext &context, Question *question);
 void unmute(const ControlContext &context, Question *question);

@@ -53,6 +53,7 @@ constexpr std::array commands{
     CommandRow{"agent-reset"_L1, &command::resetAgent},
     CommandRow{"projects-sync"_L1, &command::syncProjects},
     CommandRow{"panel"_L1, &command::openPanel},
+    CommandRow{"quit"_L1, &command::quit},
     CommandRow{"chat"_L1, &command::chat},
     CommandRow{"mute"_L1, &command::mute},
     CommandRow{"unmute"_L1, &command::unmute},

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// The sheet's buttons stand below its rows; here there are commands.
+// Where the sheet has buttons below its rows, and steps of their own, here there are commands.
 QString withCommands(QString advice)
 {
     for (const auto &[button, command] : {
@@ -25,6 +25,17 @@ QString withCommands(QString advice)
         advice.replace(button, command);
     }
     return advice;
+}
+
+SetupChecks forTerminal(SetupChecks checks)
+{
+    checks.serve.advice = u"here: ostrellectl setup serve, once MagicDNS and HTTPS certificates "
+                          "are on at https://login.tailscale.com/admin/dns"_s;
+    if (checks.agent.ok) {
+        checks.token.commands = {
+            u"duskrell config get gateway.auth.token | ostrellectl token set"_s};
+    }
+    return checks;
 }
 
 QJsonObject toJson(const SetupCheck &check)
@@ -42,7 +53,7 @@ QJsonObject toJson(const SetupCheck &check)
 QJsonObject toJson(const SetupChecks &checks)
 {
     QJsonArray rows;
-    for (const SetupCheck &check : checks.all()) {
+    for (const SetupCheck &check : forTerminal(checks).all()) {
         rows.append(toJson(check));
     }
     return {{"checks"_L1, rows}};

@@ -230,6 +230,7 @@ void CommandLine::addButtons()
     mute->add_flag("--toggle", m_toggles, "Or unmutes it where it is muted");
     addRequest(m_app, "unmute", "Unmutes it", {.command = u"unmute"_s});
     addRequest(m_app, "panel", "Opens the panel", {.command = u"panel"_s});
+    addRequest(m_app, "quit", "Ends Ostrelle", {.command = u"quit"_s});
 }
 
 void CommandLine::addVoice()
