@@ -99,8 +99,8 @@ CommandLine::CommandLine()
     m_app.set_version_flag("--version", "ostrellectl " OSTRELLE_VERSION);
     m_app.failure_message(CLI::FailureMessage::simple);
     addStatus();
-    addLists();
     addAgents();
+    addLists();
     addSetup();
     addButtons();
     addVoice();
@@ -173,10 +173,9 @@ void CommandLine::addStatus()
 
 void CommandLine::addLists()
 {
-    CLI::App *const projects =
-        addWithJson(m_app, "projects", "The projects of the gateway in use", [this] {
-            return showList(u"projects"_s, m_shown, &projectsText, Otherwise::FilesTell);
-        });
+    CLI::App *const projects = addWithJson(m_app, "projects", "Its projects", [this] {
+        return showList(u"projects"_s, m_shown, &projectsText, Otherwise::FilesTell);
+    });
     projects->require_subcommand(0, 1);
     addRequest(*projects, "sync", "Has the gateway bring them up to date",
                {.command = u"projects-sync"_s});
