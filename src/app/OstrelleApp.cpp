@@ -8,6 +8,7 @@
 #include "core/WhenDone.h"
 #include "gateway/GatewayAddress.h"
 #include "gateway/GatewayInUse.h"
+#include "gateway/GatewaySettings.h"
 #include "platform/Log.h"
 #include "platform/LoginItem.h"
 #include "settings/SettingsQueues.h"
@@ -51,6 +52,7 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
 {
     m_setupManager->checkFirstLaunch();
     m_gatewayInUse = std::make_unique<GatewayInUse>(m_settings, m_gatewayVM.get());
+    m_gatewaySettings = std::make_unique<GatewaySettings>(m_settings.preferences);
     m_serviceManager->startAll();
     m_statusServer->start();
     enableProjectTrackingOnFirstStart();
@@ -73,6 +75,7 @@ Models OstrelleApp::models() const
     return {.settings = m_settings,
             .gatewayVM = m_gatewayVM.get(),
             .gatewayInUse = m_gatewayInUse.get(),
+            .gatewaySettings = m_gatewaySettings.get(),
             .voiceVM = m_voiceVM.get(),
             .serviceManager = m_serviceManager.get(),
             .setupManager = m_setupManager.get(),

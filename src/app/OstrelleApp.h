@@ -13,6 +13,7 @@ namespace ostrelle
 class AgentSyncService;
 class AppDelegate;
 class CronSyncService;
+class GatewaySettings;
 
 // Creates every long-lived object once, in a fixed order, and owns it for the life of the process.
 // Main thread only.
@@ -42,6 +43,7 @@ private:
     const OstrelleConfig m_config; // as it was at the start
     std::unique_ptr<GatewayViewModel> m_gatewayVM;
     std::unique_ptr<GatewayInUse> m_gatewayInUse;
+    std::unique_ptr<GatewaySettings> m_gatewaySettings;
     std::unique_ptr<ServiceManager> m_serviceManager;
     std::unique_ptr<VoiceViewModel> m_voiceVM;
     std::unique_ptr<StatusServer> m_statusServer;

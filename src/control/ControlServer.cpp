@@ -2,6 +2,8 @@
 
 #include "control/ControlCommands.h"
 
+#include <QTimer>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -38,7 +40,20 @@ constexpr std::array commands{
     CommandRow{"cron"_L1, &command::tellCron, fromFilesToo},
     CommandRow{"setup"_L1, &command::checkSetup, fromFilesToo},
     CommandRow{"diagnose"_L1, &command::diagnose, fromFilesToo},
+    CommandRow{"setup-install"_L1, &command::installEverything},
+    CommandRow{"setup-voice"_L1, &command::installVoice},
+    CommandRow{"setup-serve"_L1, &command::configureServe},
+    CommandRow{"setup-progress"_L1, &command::tellProgress},
+    CommandRow{"settings"_L1, &command::tellSettings},
+    CommandRow{"setting-on"_L1, &command::switchSettingOn},
+    CommandRow{"setting-off"_L1, &command::switchSettingOff},
+    CommandRow{"gemini-key-set"_L1, &command::setGeminiKey},
+    CommandRow{"gemini-key-remove"_L1, &command::removeGeminiKey},
+    CommandRow{"agent-set"_L1, &command::setAgent},
+    CommandRow{"agent-reset"_L1, &command::resetAgent},
+    CommandRow{"projects-sync"_L1, &command::syncProjects},
     CommandRow{"panel"_L1, &command::openPanel},
+    CommandRow{"quit"_L1, &command::quit},
     CommandRow{"chat"_L1, &command::chat},
     CommandRow{"mute"_L1, &command::mute},
     CommandRow{"unmute"_L1, &command::unmute},
@@ -48,11 +63,19 @@ constexpr std::array commands{
     CommandRow{"voice-restart"_L1, &command::restartVoice},
     CommandRow{"gateways"_L1, &command::tellGateways},
     CommandRow{"gateway-use"_L1, &command::useGateway},
+    CommandRow{"gateway-find"_L1, &command::findDevices},
     CommandRow{"gateway-add"_L1, &command::addGateway},
+    CommandRow{"gateway-add-device"_L1, &command::addDevice},
     CommandRow{"gateway-remove"_L1, &command::removeGateway},
+    CommandRow{"gateway-encrypt"_L1, &command::encryptGateway},
     CommandRow{"token-set"_L1, &command::setToken},
+    CommandRow{"token-remove"_L1, &command::removeToken},
+    CommandRow{"token-reset"_L1, &command::resetToken},
     CommandRow{"pair"_L1, &command::pair},
 };
+
+// Before the conversation ends without an answer.
+constexpr std::chrono::seconds patience{140};
 
 QByteArray bounded(const QByteArray &line, ControlAnswer answer)
 {
@@ -92,7 +115,11 @@ void ControlServer::ask(const QByteArray &line, QObject *asker,
                            u"Ostrelle "_s + m_context.version + u" does not know this command"_s}));
         return;
     }
-    known->run(m_context, new Question(request->arguments, asker, tell));
+    auto *const question = new Question(request->arguments, asker, tell);
+    QTimer::singleShot(patience, question, [question] {
+        question->fail(u"this takes longer than it should; it may still be done"_s);
+    });
+    known->run(m_context, question);
 }
 
 } // namespace ostrelle

@@ -1,6 +1,7 @@
 #include "control/ControlCommands.h"
 #include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/CronViewModel.h"
+#include "dashboards/ProjectTrackerJob.h"
 #include "dashboards/ProjectsViewModel.h"
 #include "state/StatusWords.h"
 #include "tracker/RemoteDataSource.h"
@@ -139,6 +140,27 @@ void tellAgents(const ControlContext &context, Question *question)
 void tellProjects(const ControlContext &context, Question *question)
 {
     tell<ProjectsViewModel>(context, question);
+}
+
+// As a refresh of the panel's does.
+void syncProjects(const ControlContext &context, Question *question)
+{
+    const PassLimit::Pass pass = context.looks->begin();
+    if (!pass) {
+        question->fail(u"the gateway's tool does not answer"_s);
+        return;
+    }
+    const auto work = [pass] { return runProjectTrackerJob(&NetworkHelpers::runProcess); };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), work), question,
+             [question](const std::expected<void, TrackerJobProblem> &started) {
+                 if (started) {
+                     question->answer({});
+                 } else {
+                     question->fail(started.error() == TrackerJobProblem::NoTool
+                                        ? u"the gateway's tool was not found"_s
+                                        : u"the gateway has no job that tracks projects"_s);
+                 }
+             });
 }
 
 void tellCron(const ControlContext &context, Question *question)

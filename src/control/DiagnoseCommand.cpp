@@ -1,5 +1,6 @@
 #include "control/ControlCommands.h"
 #include "control/StatusReport.h"
+#include "control/Unnamed.h"
 #include "core/BackgroundWork.h"
 #include "core/WhenDone.h"
 #include "gateway/GatewayViewModel.h"
@@ -11,6 +12,8 @@
 #include <QSysInfo>
 #include <QUrl>
 #include <QtConcurrentRun>
+
+#include <algorithm>
 
 namespace ostrelle::command
 {
@@ -37,10 +40,6 @@ Background lookAround(const Settings &settings)
     }
     for (const QString &key : keys) {
         found.secrets.append(settings.tokens->getToken(key).value_or(QString()));
-        // Older versions took addresses with a user; one with a query may hold a token there.
-        found.secrets.append({QUrl(key).userInfo(QUrl::FullyEncoded), QUrl(key).userInfo(),
-                              QUrl(key).query(QUrl::FullyEncoded),
-                              QUrl(key).fragment(QUrl::FullyEncoded)});
     }
     found.secrets.append({config.gateway.token.value_or(QString()),
                           config.resolveToken(*settings.tokens),
@@ -50,26 +49,61 @@ Background lookAround(const Settings &settings)
 }
 
 // Nothing of what follows should hold a secret or the home's path; should one of its writers have
-// erred, they go here.
+// erred, they go here. A secret that may be part of a word would be told by its absence.
 QString scrubbed(QString text, const QStringList &secrets)
 {
+    constexpr qsizetype shortest = 6;
     for (const QString &secret : secrets) {
-        if (!secret.isEmpty()) {
+        if (secret.size() >= shortest) {
             text.replace(secret, "[removed]"_L1);
         }
     }
     return homely(text);
 }
 
+// The user's own names, of people perhaps, stay out as well.
+const QString ownName = u"[name]"_s;
+
+// Older versions took URLs with a user; one with a query may hold a token there.
+QString bare(const QString &url)
+{
+    return QUrl(url).toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery | QUrl::RemoveFragment);
+}
+
 QString configuration(OstrelleConfig config)
 {
+    config.gateway.url = bare(config.gateway.url);
     config.gateway.token.reset();
     if (config.gateway.saved) {
         for (SavedGateway &saved : *config.gateway.saved) {
             saved.token.reset();
+            saved.name = ownName;
+            saved.url = bare(saved.url);
         }
     }
     return QString::fromUtf8(config.encode()).trimmed();
+}
+
+QString statusText(QJsonObject status)
+{
+    QJsonObject gateway = status["gateway"_L1].toObject();
+    gateway.insert("name"_L1, ownName);
+    for (const QLatin1StringView url : {"url"_L1, "address"_L1}) {
+        gateway.insert(url, bare(gateway[url].toString()));
+    }
+    status.insert("gateway"_L1, gateway);
+    return QString::fromUtf8(QJsonDocument(status).toJson());
+}
+
+// Of the machines that the report would name.
+QStringList addressesIn(const OstrelleConfig &config, const QJsonObject &status)
+{
+    QStringList addresses{config.gateway.url, status["tailscale"_L1]["url"_L1].toString(),
+                          status["tailscale"_L1]["ip"_L1].toString()};
+    for (const SavedGateway &saved : config.gateway.saved.value_or(QList<SavedGateway>())) {
+        addresses.append(saved.url);
+    }
+    return addresses;
 }
 
 QString section(const QString &title, const QStringList &lines)
@@ -89,10 +123,13 @@ QStringList versions(const ControlContext &context)
 QStringList desktop()
 {
     QStringList lines;
-    for (const char *name : {"XDG_CURRENT_DESKTOP", "XDG_SESSION_TYPE", "DISPLAY",
-                             "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    for (const char *name :
+         {"XDG_CURRENT_DESKTOP", "XDG_SESSION_TYPE", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
         lines.append(QString::fromLatin1(name) + u'=' + qEnvironmentVariable(name));
     }
+    // Before the colon, another machine may be named.
+    const QString display = qEnvironmentVariable("DISPLAY");
+    lines.append(u"DISPLAY="_s + display.mid(std::max<qsizetype>(0, display.indexOf(u':'))));
     return lines;
 }
 
@@ -113,13 +150,13 @@ QString compose(const ControlContext &context, const SetupChecks &checks, const 
     for (const QByteArray &line : recentLogLines()) {
         log.append(QString::fromUtf8(line));
     }
-    return scrubbed(section(u"Versions"_s, versions(context)) + section(u"Desktop"_s, desktop()) +
-                        section(u"Configuration"_s,
-                                {configuration(context.models.settings.config->current())}) +
-                        section(u"Setup"_s, describe(checks)) +
-                        section(u"Status"_s, {QString::fromUtf8(QJsonDocument(status).toJson())}) +
-                        section(u"Log"_s, log),
-                    found.secrets);
+    const OstrelleConfig config = context.models.settings.config->current();
+    const QString text = section(u"Versions"_s, versions(context)) +
+                         section(u"Desktop"_s, desktop()) +
+                         section(u"Configuration"_s, {configuration(config)}) +
+                         section(u"Setup"_s, describe(checks)) +
+                         section(u"Status"_s, {statusText(status)}) + section(u"Log"_s, log);
+    return unnamed(scrubbed(text, found.secrets), addressesIn(config, status));
 }
 
 } // namespace

@@ -1,10 +1,11 @@
 #include "control/ControlCommands.h"
+#include "control/GatewayMeant.h"
 #include "core/BackgroundWork.h"
 #include "core/WhenDone.h"
 #include "gateway/GatewayInUse.h"
 #include "gateway/SavedGateways.h"
-#include "gateway/SavedGatewaysModel.h"
 #include "gateway/StoredTokens.h"
+#include "gateway/TailscalePeersModel.h"
 
 #include <QtConcurrentRun>
 
@@ -21,12 +22,6 @@ namespace
 // A keyring that hangs keeps nobody from seeing the gateways.
 constexpr std::chrono::milliseconds patienceForTokens{1000};
 
-QList<SavedGatewayRow> savedGateways(const ControlContext &context)
-{
-    return savedGatewayRows(context.models.settings.config->current().gateway,
-                            context.models.gatewayVM->magicDNSURL(), {});
-}
-
 // The gateway in use is sent others than its own too.
 bool hasToken(const SavedGatewayRow &row, const StoredTokens &tokens)
 {
@@ -38,7 +33,7 @@ QJsonObject listOf(const QList<SavedGatewayRow> &rows, const std::optional<Store
     QJsonArray gateways;
     for (const SavedGatewayRow &row : rows) {
         QJsonObject gateway{{"name"_L1, row.displayName},
-                            {"url"_L1, row.url},
+                            {"url"_L1, withoutPassword(row.url)},
                             {"address"_L1, row.displayURL},
                             {"inUse"_L1, row.isActive}};
         if (tokens) {
@@ -49,26 +44,6 @@ QJsonObject listOf(const QList<SavedGatewayRow> &rows, const std::optional<Store
     return {{"gateways"_L1, gateways}};
 }
 
-// The saved gateway that the user means, by its URL or its name; or what he is told.
-std::expected<SavedGatewayRow, QString> gatewayMeant(const ControlContext &context,
-                                                     const QString &called)
-{
-    QList<SavedGatewayRow> named;
-    for (const SavedGatewayRow &row : savedGateways(context)) {
-        if (row.url == called || row.displayURL == called) {
-            return row;
-        }
-        if (row.displayName.compare(called, Qt::CaseInsensitive) == 0) {
-            named.append(row);
-        }
-    }
-    if (named.size() == 1) {
-        return named.first();
-    }
-    return std::unexpected(named.isEmpty() ? u"no gateway with that name or URL is saved"_s
-                                           : u"more than one gateway has that name; say the URL"_s);
-}
-
 void changeSaved(const ControlContext &context, Question *question, const QString &url,
                  const std::function<void(OstrelleConfig::Gateway &)> &apply)
 {
@@ -76,12 +51,57 @@ void changeSaved(const ControlContext &context, Question *question, const QStrin
     whenDone(context.models.settings.config->change(change), question,
              [question, url](const ConfigStore::Changed &changed) {
                  if (changed.written) {
-                     question->answer({{"url"_L1, url}});
+                     question->answer({{"url"_L1, withoutPassword(url)}});
                  } else {
                      question->fail(u"config.json was not saved: "_s +
                                     changed.written.error().text);
                  }
              });
+}
+
+void saveProfile(const ControlContext &context, Question *question, SavedGateway profile)
+{
+    const auto isSame = [&](const SavedGatewayRow &row) { return row.url == profile.url; };
+    if (std::ranges::any_of(savedGateways(context), isSame)) {
+        question->fail(u"Not added: a gateway with this address is saved already"_s);
+        return;
+    }
+    if (const QString name = question->text("name"_L1); !name.isEmpty()) {
+        profile.name = name;
+    }
+    changeSaved(context, question, profile.url,
+                [profile](OstrelleConfig::Gateway &gateway) { addSaved(gateway, profile); });
+}
+
+// Calls it with the devices of the tailnet that the panel would find.
+void withDevices(const ControlContext &context, Question *question,
+                 const std::function<void(const QList<TailscalePeer> &peers)> &use)
+{
+    const Models &models = context.models;
+    const PassLimit::Pass pass = context.looks->begin();
+    if (!pass) {
+        question->fail(u"Tailscale does not answer"_s);
+        return;
+    }
+    auto *const profiles =
+        new GatewayProfiles(models.settings, models.gatewayVM, models.gatewayInUse, question);
+    auto *const peers = new TailscalePeersModel(profiles, context.tailscale);
+    peers->setParent(question);
+    QObject::connect(peers, &TailscalePeersModel::loadingChanged, question, [peers, use, pass] {
+        if (!peers->loading()) {
+            use(peers->rows());
+        }
+    });
+    peers->loadPeers();
+}
+
+QJsonObject toJson(const TailscalePeer &peer)
+{
+    const SavedGateway profile = profileOf(peer);
+    return {{"name"_L1, profile.name},
+            {"url"_L1, profile.url},
+            {"ip"_L1, peer.ip},
+            {"answers"_L1, peer.gatewayOnline.value_or(false)}};
 }
 
 } // namespace
@@ -106,76 +126,83 @@ void tellGateways(const ControlContext &context, Question *question)
 
 void useGateway(const ControlContext &context, Question *question)
 {
-    const auto gateway = gatewayMeant(context, question->text("gateway"_L1));
-    if (!gateway) {
-        question->fail(gateway.error());
+    const auto url = gatewayMeant(context, question->text("gateway"_L1));
+    if (!url) {
+        question->fail(url.error());
         return;
     }
     const QPointer<Question> asked(question); // the switch goes on without it
-    context.models.gatewayInUse->switchTo(gateway->url, [asked, url = gateway->url] {
+    context.models.gatewayInUse->switchTo(*url, [asked, url = *url] {
         if (asked) {
-            asked->answer({{"url"_L1, url}});
+            asked->answer({{"url"_L1, withoutPassword(url)}});
         }
+    });
+}
+
+void findDevices(const ControlContext &context, Question *question)
+{
+    withDevices(context, question, [question](const QList<TailscalePeer> &peers) {
+        QJsonArray found;
+        for (const TailscalePeer &peer : peers) {
+            found.append(toJson(peer));
+        }
+        question->answer({{"devices"_L1, found}});
     });
 }
 
 void addGateway(const ControlContext &context, Question *question)
 {
-    auto profile = gatewayTyped(question->text("url"_L1));
-    if (!profile) {
+    const auto profile = gatewayTyped(question->text("url"_L1));
+    if (profile) {
+        saveProfile(context, question, *profile);
+    } else {
         question->fail(gatewayNotAdded(profile.error()));
-        return;
     }
-    const auto isSame = [&](const SavedGatewayRow &row) { return row.url == profile->url; };
-    if (std::ranges::any_of(savedGateways(context), isSame)) {
-        question->fail(u"Not added: a gateway with this address is saved already"_s);
-        return;
-    }
-    if (const QString name = question->text("name"_L1); !name.isEmpty()) {
-        profile->name = name;
-    }
-    changeSaved(
-        context, question, profile->url,
-        [profile = *profile](OstrelleConfig::Gateway &gateway) { addSaved(gateway, profile); });
+}
+
+void addDevice(const ControlContext &context, Question *question)
+{
+    const QString called = question->text("device"_L1);
+    const auto add = [context, question, called](const QList<TailscalePeer> &peers) {
+        const auto peer = std::ranges::find_if(peers, [&](const TailscalePeer &each) {
+            return each.hostname == called || each.ip == called || profileOf(each).name == called;
+        });
+        if (peer != peers.end()) {
+            saveProfile(context, question, profileOf(*peer));
+        } else {
+            question->fail(u"no device of that name is online and not saved yet"_s);
+        }
+    };
+    withDevices(context, question, add);
 }
 
 void removeGateway(const ControlContext &context, Question *question)
 {
-    const auto gateway = gatewayMeant(context, question->text("gateway"_L1));
-    if (!gateway) {
-        question->fail(gateway.error());
+    const auto url = gatewayMeant(context, question->text("gateway"_L1));
+    if (!url) {
+        question->fail(url.error());
         return;
     }
-    changeSaved(context, question, gateway->url,
-                [url = gateway->url](OstrelleConfig::Gateway &it) { removeSaved(it, url); });
+    changeSaved(context, question, *url,
+                [url = *url](OstrelleConfig::Gateway &it) { removeSaved(it, url); });
 }
 
-void setToken(const ControlContext &context, Question *question)
+// A switch of the gateway's own, which takes its tool a while.
+void encryptGateway(const ControlContext &context, Question *question)
 {
-    const QString token = question->text("token"_L1);
-    const QString called = question->text("gateway"_L1);
-    QString url = context.models.settings.config->current().gateway.url;
-    if (!called.isEmpty()) {
-        const auto gateway = gatewayMeant(context, called);
-        if (!gateway) {
-            question->fail(gateway.error());
+    GatewayViewModel *const monitor = context.models.gatewayVM;
+    const auto tell = [monitor, question] {
+        if (monitor->isEnablingTailscale()) {
             return;
         }
-        url = gateway->url;
-    }
-    if (token.isEmpty()) {
-        question->fail(u"there is no token"_s);
-        return;
-    }
-    whenDone(context.models.settings.tokens->saveForUser(url, token), question,
-             [question, url, monitor = context.models.gatewayVM](const Tokens::Saved &saved) {
-                 if (!saved) {
-                     question->fail(tokenNotSaved(saved.error()));
-                     return;
-                 }
-                 monitor->pollHealth();
-                 question->answer({{"url"_L1, url}});
-             });
+        if (const QString problem = monitor->enableTailscaleError(); !problem.isEmpty()) {
+            question->fail(problem);
+        } else {
+            question->answer({});
+        }
+    };
+    QObject::connect(monitor, &GatewayViewModel::isEnablingTailscaleChanged, question, tell);
+    monitor->enableTailscaleServe();
 }
 
 } // namespace ostrelle::command

@@ -28,6 +28,12 @@ PairingSubject subjectOf(const ControlContext &context)
             .tailscale = context.tailscale};
 }
 
+// A terminal damages nothing, and has few lines.
+std::optional<QrCode> codeForTerminal(const QString &link)
+{
+    return QrCode::encode(link.toUtf8(), QrCode::Correction::Low);
+}
+
 // A text of "#" and blanks for each row of modules, without the light border.
 QJsonArray rowsOf(const QrCode &code)
 {
@@ -57,7 +63,7 @@ void pair(const ControlContext &context, Question *question)
              [question, asLink](const QString &link) {
                  if (asLink) {
                      question->answer({{"link"_L1, link}});
-                 } else if (const auto code = QrCode::encode(link.toUtf8())) {
+                 } else if (const auto code = codeForTerminal(link)) {
                      question->answer({{"rows"_L1, rowsOf(*code)}});
                  } else {
                      question->fail(u"the link is too long for a code"_s);

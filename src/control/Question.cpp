@@ -17,6 +17,11 @@ QString Question::text(QLatin1StringView argument) const
     return m_arguments.value(argument).toString();
 }
 
+qint64 Question::number(QLatin1StringView argument) const
+{
+    return m_arguments.value(argument).toInteger();
+}
+
 void Question::fail(const QString &why)
 {
     reply(std::unexpected(ControlProblem{ControlProblem::Kind::Failed, why}));

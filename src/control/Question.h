@@ -24,6 +24,9 @@ public:
     // An argument; empty when it was left out or is no text.
     QString text(QLatin1StringView argument) const;
 
+    // 0 when it was left out or is no number.
+    qint64 number(QLatin1StringView argument) const;
+
     void answer(const QJsonObject &data) { reply(data); }
 
     // What was asked for could not be done; the text is for people.

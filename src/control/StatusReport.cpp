@@ -1,5 +1,6 @@
 #include "control/StatusReport.h"
 
+#include "gateway/GatewayAddress.h"
 #include "gateway/GatewayNames.h"
 #include "gateway/GatewayViewModel.h"
 #include "state/StateInWords.h"
@@ -48,10 +49,11 @@ QJsonObject gatewayOf(const ControlContext &context, const FileFacts &facts)
     const GatewayViewModel *const monitor = context.models.gatewayVM;
     const GatewayNames names(context.models.settings.config->current().gateway,
                              monitor != nullptr ? monitor->magicDNSURL() : QString());
-    QJsonObject gateway{{"name"_L1, names.activeGatewayName()},
-                        {"url"_L1, context.models.settings.config->current().gateway.url},
-                        {"address"_L1, names.activeGatewayURL()},
-                        {"token"_L1, tokenWord(context, facts)}};
+    QJsonObject gateway{
+        {"name"_L1, names.activeGatewayName()},
+        {"url"_L1, withoutPassword(context.models.settings.config->current().gateway.url)},
+        {"address"_L1, names.activeGatewayURL()},
+        {"token"_L1, tokenWord(context, facts)}};
     if (monitor != nullptr) {
         gateway.insert("light"_L1, toJson(StatusWords::gateway(monitor->gatewayOnline())));
         gateway.insert("lock"_L1, toJson(StatusWords::lock(monitor->isSecure())));

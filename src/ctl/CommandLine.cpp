@@ -2,6 +2,7 @@
 
 #include "ctl/Commands.h"
 #include "ctl/Completions.h"
+#include "ctl/Setup.h"
 #include "ctl/Tables.h"
 
 #include <CLI/CLI.hpp>
@@ -46,13 +47,31 @@ private:
 
     CLI::App *add(CLI::App &parent, const std::string &name, const std::string &description,
                   const Run &run);
-    CLI::App *addWithJson(const std::string &name, const std::string &description, const Run &run);
+    CLI::App *addWithJson(CLI::App &parent, const std::string &name, const std::string &description,
+                          const Run &run);
+    // One whose rows have names that the completions ask for.
+    CLI::App *addNamed(const std::string &name, const std::string &description, const Run &run);
+    // What the program is asked to do, and what is printed once it is done.
+    struct Request {
+        QString command;
+        QLatin1StringView subject = {}; // what the argument is called; empty: there is none
+        QString done = {};              // with a member of the answer in place of "%1"
+        QLatin1StringView told = {};    // that member
+    };
+    CLI::App *addRequest(CLI::App &parent, const std::string &name, const std::string &description,
+                         const Request &request);
+    int make(const Request &request) const;
+
     void addStatus();
     void addLists();
+    void addAgents();
+    void addSetup();
     void addButtons();
     void addVoice();
+    void addSettings();
     void addGateways();
     void addPairing();
+    void addTokens();
     void addRest();
     void hideQuestion(std::span<char *> arguments) const;
     static int complainOf(const QString &usage);
@@ -64,8 +83,10 @@ private:
     bool m_watches = false;
     bool m_toggles = false;
     std::vector<std::string> m_words;
-    std::string m_gateway;
+    std::string m_subject; // a gateway, an agent or a setting
     std::string m_name;
+    std::string m_emoji;
+    bool m_isDevice = false;
     std::string m_file;
     std::string m_shell;
     Pairing m_pairing;
@@ -78,11 +99,15 @@ CommandLine::CommandLine()
     m_app.set_version_flag("--version", "ostrellectl " OSTRELLE_VERSION);
     m_app.failure_message(CLI::FailureMessage::simple);
     addStatus();
+    addAgents();
     addLists();
+    addSetup();
     addButtons();
     addVoice();
+    addSettings();
     addGateways();
     addPairing();
+    addTokens();
     addRest();
 }
 
@@ -98,34 +123,99 @@ CLI::App *CommandLine::add(CLI::App &parent, const std::string &name,
     return command;
 }
 
-CLI::App *CommandLine::addWithJson(const std::string &name, const std::string &description,
-                                   const Run &run)
+CLI::App *CommandLine::addWithJson(CLI::App &parent, const std::string &name,
+                                   const std::string &description, const Run &run)
 {
-    CLI::App *const command = add(m_app, name, description, run);
+    CLI::App *const command = add(parent, name, description, run);
     command->add_flag("--json", m_shown.asJson, "As JSON");
     return command;
+}
+
+CLI::App *CommandLine::addNamed(const std::string &name, const std::string &description,
+                                const Run &run)
+{
+    CLI::App *const list = addWithJson(m_app, name, description, run);
+    list->add_flag("--names", m_shown.namesOnly, "Only what they are called");
+    list->require_subcommand(0, 1);
+    return list;
+}
+
+CLI::App *CommandLine::addRequest(CLI::App &parent, const std::string &name,
+                                  const std::string &description, const Request &request)
+{
+    return add(parent, name, description, [this, request] { return make(request); });
+}
+
+int CommandLine::make(const Request &request) const
+{
+    QJsonObject arguments;
+    if (!request.subject.isEmpty()) {
+        arguments.insert(request.subject, fromArgument(m_subject));
+    }
+    if (!m_name.empty()) {
+        arguments.insert("name"_L1, fromArgument(m_name));
+    }
+    if (!m_emoji.empty()) {
+        arguments.insert("emoji"_L1, fromArgument(m_emoji));
+    }
+    return act({.command = request.command, .arguments = arguments}, request.done, request.told);
 }
 
 void CommandLine::addStatus()
 {
     CLI::App *const status =
-        addWithJson("status", "What the pearl, the lights and the lock say",
+        addWithJson(m_app, "status", "What the pearl, the lights and the lock say",
                     [this] { return m_watches ? watchStatus(m_shown) : showStatus(m_shown); });
     status->add_flag("--watch", m_watches, "Again whenever something has changed");
-    addWithJson("health", "The same in a line, and in the exit status",
+    addWithJson(m_app, "health", "The same in a line, and in the exit status",
                 [this] { return showHealth(m_shown); });
 }
 
 void CommandLine::addLists()
 {
-    addWithJson("agents", "The agents of the gateway in use",
-                [this] { return showList(u"agents"_s, m_shown, &agentsText); });
-    addWithJson("projects", "Its projects",
-                [this] { return showList(u"projects"_s, m_shown, &projectsText); });
-    addWithJson("cron", "Its scheduled jobs",
-                [this] { return showList(u"cron"_s, m_shown, &cronText); });
-    addWithJson("setup", "What the setup finds, and what mends it",
-                [this] { return showSetup(m_shown); });
+    CLI::App *const projects = addWithJson(m_app, "projects", "Its projects", [this] {
+        return showList(u"projects"_s, m_shown, &projectsText, Otherwise::FilesTell);
+    });
+    projects->require_subcommand(0, 1);
+    addRequest(*projects, "sync", "Has the gateway bring them up to date",
+               {.command = u"projects-sync"_s});
+    addWithJson(m_app, "cron", "Its scheduled jobs",
+                [this] { return showList(u"cron"_s, m_shown, &cronText, Otherwise::FilesTell); });
+}
+
+void CommandLine::addAgents()
+{
+    CLI::App *const agents = addNamed("agents", "The agents of the gateway in use", [this] {
+        return showList(u"agents"_s, m_shown, &agentsText, Otherwise::FilesTell);
+    });
+    const auto addChange = [&](const std::string &name, const std::string &description) {
+        CLI::App *const change = addRequest(*agents, name, description,
+                                            {.command = u"agent-"_s + fromArgument(name),
+                                             .subject = "agent"_L1,
+                                             .done = u"Shown as: %1"_s,
+                                             .told = "name"_L1});
+        change->add_option("AGENT", m_subject, "Its id, or what it is called")->required();
+        return change;
+    };
+    CLI::App *const set = addChange("set", "Calls an agent what you like");
+    set->add_option("--name", m_name, "What to call it");
+    set->add_option("--emoji", m_emoji, "What to show in its disc");
+    addChange("reset", "Calls it by its own name again");
+}
+
+void CommandLine::addSetup()
+{
+    CLI::App *const setup = addWithJson(m_app, "setup", "What the setup finds, and what mends it",
+                                        [this] { return showSetup(m_shown); });
+    setup->require_subcommand(0, 1);
+    addWithJson(*setup, "install", "Installs everything; the standard input brings the password",
+                [this] { return installEverything(m_shown); });
+    addWithJson(*setup, "voice", "Installs the voice agent's parts",
+                [this] { return install(u"setup-voice"_s, m_shown); });
+    addWithJson(*setup, "serve", "Has Tailscale serve the gateway over HTTPS",
+                [this] { return install(u"setup-serve"_s, m_shown); });
+    addWithJson(*setup, "progress", "What the work that is under way prints",
+                [this] { return showProgress(m_shown); });
 }
 
 void CommandLine::addButtons()
@@ -137,8 +227,9 @@ void CommandLine::addButtons()
         return act({.command = m_toggles ? u"mute-toggle"_s : u"mute"_s});
     });
     mute->add_flag("--toggle", m_toggles, "Or unmutes it where it is muted");
-    add(m_app, "unmute", "Unmutes it", [] { return act({.command = u"unmute"_s}); });
-    add(m_app, "panel", "Opens the panel", [] { return act({.command = u"panel"_s}); });
+    addRequest(m_app, "unmute", "Unmutes it", {.command = u"unmute"_s});
+    addRequest(m_app, "panel", "Opens the panel", {.command = u"panel"_s});
+    addRequest(m_app, "quit", "Ends Ostrelle", {.command = u"quit"_s});
 }
 
 void CommandLine::addVoice()
@@ -146,42 +237,66 @@ void CommandLine::addVoice()
     CLI::App *const voice = m_app.add_subcommand("voice", "Starts and stops the voice agent");
     voice->require_subcommand(0, 1);
     const auto addAction = [&](const std::string &name, const std::string &description) {
-        add(*voice, name, description, [command = u"voice-"_s + fromArgument(name)] {
-            return act({.command = command}, u"Voice: %1"_s, "label"_L1);
-        });
+        addRequest(*voice, name, description,
+                   {.command = u"voice-"_s + fromArgument(name),
+                    .done = u"Voice: %1"_s,
+                    .told = "label"_L1});
     };
     addAction("start", "Starts it, and switches it on where it is off");
     addAction("stop", "Stops it");
     addAction("restart", "Stops it and starts it again");
 }
 
+void CommandLine::addSettings()
+{
+    CLI::App *const settings = addNamed("settings", "The switches of the settings", [this] {
+        return showList(u"settings"_s, m_shown, &settingsText);
+    });
+    const auto addSwitch = [&](const std::string &name, const std::string &description) {
+        addRequest(*settings, name, description,
+                   {.command = u"setting-"_s + fromArgument(name), .subject = "name"_L1})
+            ->add_option("SETTING", m_subject, "One of those that \"settings\" lists")
+            ->required();
+    };
+    addSwitch("on", "Switches one on");
+    addSwitch("off", "Switches one off");
+    CLI::App *const key =
+        m_app.add_subcommand("gemini-key", "The key that travels with the pairing code");
+    key->require_subcommand(0, 1);
+    add(*key, "set", "Stores the key that the standard input brings", &setGeminiKey);
+    addRequest(*key, "remove", "Forgets it", {.command = u"gemini-key-remove"_s});
+}
+
 void CommandLine::addGateways()
 {
-    CLI::App *const gateways =
-        addWithJson("gateways", "The saved gateways", [this] { return showGateways(m_shown); });
-    gateways->require_subcommand(0, 1);
-    const auto addChange = [&](const std::string &name, const std::string &description,
+    CLI::App *const gateways = addNamed("gateways", "The saved gateways", [this] {
+        return showList(u"gateways"_s, m_shown, &gatewaysText);
+    });
+    const auto addChoice = [&](const std::string &name, const std::string &description,
                                const QString &done) {
-        CLI::App *const change =
-            add(*gateways, name, description,
-                [this, command = u"gateway-"_s + fromArgument(name), done] {
-                    return act({.command = command,
-                                .arguments = {{"gateway"_L1, fromArgument(m_gateway)},
-                                              {"url"_L1, fromArgument(m_gateway)},
-                                              {"name"_L1, fromArgument(m_name)}}},
-                               done, "url"_L1);
-                });
-        return change;
+        addRequest(*gateways, name, description,
+                   {.command = u"gateway-"_s + fromArgument(name),
+                    .subject = "gateway"_L1,
+                    .done = done,
+                    .told = "url"_L1})
+            ->add_option("GATEWAY", m_subject, "Its name or URL")
+            ->required();
     };
-    addChange("use", "Makes a saved gateway the one in use", u"In use: %1"_s)
-        ->add_option("GATEWAY", m_gateway, "Its name or URL")
-        ->required();
-    CLI::App *const addOne = addChange("add", "Saves a gateway", u"Saved: %1"_s);
-    addOne->add_option("URL", m_gateway, "Its URL, or an address")->required();
+    addChoice("use", "Makes a saved gateway the one in use", u"In use: %1"_s);
+    addWithJson(*gateways, "find", "The tailnet's devices that are not saved yet",
+                [this] { return showList(u"gateway-find"_s, m_shown, &devicesText); });
+    CLI::App *const addOne = add(*gateways, "add", "Saves a gateway", [this] {
+        return make({.command = m_isDevice ? u"gateway-add-device"_s : u"gateway-add"_s,
+                     .subject = m_isDevice ? "device"_L1 : "url"_L1,
+                     .done = u"Saved: %1"_s,
+                     .told = "url"_L1});
+    });
+    addOne->add_option("URL", m_subject, "Its URL, or an address")->required();
     addOne->add_option("--name", m_name, "What to call it");
-    addChange("remove", "Forgets a saved gateway; its token stays", u"Removed: %1"_s)
-        ->add_option("GATEWAY", m_gateway, "Its name or URL")
-        ->required();
+    addOne->add_flag("--device", m_isDevice, "The URL is a device that \"find\" has found");
+    addChoice("remove", "Forgets a saved gateway; its token stays", u"Removed: %1"_s);
+    addRequest(*gateways, "encrypt", "Has this machine's publish itself through Tailscale",
+               {.command = u"gateway-encrypt"_s});
 }
 
 void CommandLine::addPairing()
@@ -191,11 +306,20 @@ void CommandLine::addPairing()
     pair->add_flag("--text", m_pairing.asLink, "As a link, which carries a token");
     pair->add_flag("--show-token", m_pairing.linkOnTerminal, "Show the link at a terminal too");
     pair->add_flag("--light", m_pairing.onLight, "For a light terminal without colours");
+}
+
+void CommandLine::addTokens()
+{
     CLI::App *const token = m_app.add_subcommand("token", "The gateway's token");
     token->require_subcommand(0, 1);
     add(*token, "set", "Stores the token that the standard input brings", [this] {
-        return setToken(fromArgument(m_gateway));
-    })->add_option("GATEWAY", m_gateway, "Whose it is, else of the gateway in use");
+        return setToken(fromArgument(m_subject));
+    })->add_option("GATEWAY", m_subject, "Whose it is, else of the gateway in use");
+    addRequest(*token, "remove", "Forgets the stored token",
+               {.command = u"token-remove"_s, .subject = "gateway"_L1})
+        ->add_option("GATEWAY", m_subject, "Whose it is, else of the gateway in use");
+    addRequest(*token, "reset", "Has this machine's gateway make a new one, and stores that",
+               {.command = u"token-reset"_s});
 }
 
 void CommandLine::addRest()

@@ -6,75 +6,16 @@
 #include "ctl/Tables.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
-#include <algorithm>
-#include <poll.h>
-#include <unistd.h>
+#include <climits>
 
 namespace ostrelle
 {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace
 {
-
-constexpr std::chrono::milliseconds watchInterval = 1s;
-
-// False as soon as nobody reads the output any more.
-bool pauseWhileSomebodyReads()
-{
-    pollfd output{.fd = STDOUT_FILENO, .events = 0, .revents = 0};
-    return ::poll(&output, 1, static_cast<int>(watchInterval.count())) <= 0;
-}
-
-// Complains where there is no answer; the exit status then, or nothing.
-std::optional<int> complaint(const Asked &asked)
-{
-    if (!asked.notRunning.isEmpty()) {
-        complain(asked.notRunning);
-    }
-    if (asked.answer.content) {
-        return std::nullopt;
-    }
-    if (const QString why = asked.answer.content.error().text; why != asked.notRunning) {
-        complain(why);
-    }
-    return asked.notRunning.isEmpty() ? SomethingIsWrong : NotRunning;
-}
-
-// Where the files have told, that is not all.
-int statusOf(const Asked &asked, int otherwise = Well)
-{
-    return asked.notRunning.isEmpty() ? otherwise : NotRunning;
-}
-
-QJsonObject withRunning(const Asked &asked)
-{
-    QJsonObject data = *asked.answer.content;
-    data.insert("running"_L1, asked.notRunning.isEmpty());
-    return data;
-}
-
-void printJson(const QJsonObject &data, const Shown &shown,
-               QJsonDocument::JsonFormat format = QJsonDocument::Indented)
-{
-    QString text = QString::fromUtf8(QJsonDocument(data).toJson(format));
-    if (!text.endsWith(u'\n')) {
-        text += u'\n';
-    }
-    // JSON is UTF-8 whatever the locale is.
-    Terminal terminal = shown.terminal;
-    terminal.isUtf8 = true;
-    print(terminal.isTerminal ? printableLines(text) : text, terminal);
-}
-
-Asked askOrRead(const QString &command)
-{
-    return ask({.command = command}, Otherwise::FilesTell);
-}
 
 // But for what changes all the time.
 QJsonObject whatMatters(QJsonObject status)
@@ -93,6 +34,18 @@ QJsonObject whatMatters(QJsonObject status)
     return status;
 }
 
+// What the standard input brings, as the request's member of that name.
+int handOver(const QString &secret, ControlRequest request)
+{
+    const QString typed = readSecret(secret.left(1).toUpper() + secret.mid(1) + u": "_s);
+    if (typed.isEmpty()) {
+        complain(u"there is no "_s + secret + u" on the standard input"_s);
+        return WrongUsage;
+    }
+    request.arguments.insert(secret, typed);
+    return act(request);
+}
+
 void printStatus(const Asked &asked, const Shown &shown, QJsonDocument::JsonFormat format)
 {
     if (shown.asJson) {
@@ -106,7 +59,7 @@ void printStatus(const Asked &asked, const Shown &shown, QJsonDocument::JsonForm
 
 int showStatus(const Shown &shown)
 {
-    const Asked asked = askOrRead(u"status"_s);
+    const Asked asked = ask({.command = u"status"_s}, Otherwise::FilesTell);
     if (const auto status = complaint(asked)) {
         return *status;
     }
@@ -168,52 +121,21 @@ int showHealth(const Shown &shown)
 }
 
 int showList(const QString &command, const Shown &shown,
-             QString (*text)(const QJsonObject &data, const Terminal &terminal))
+             QString (*text)(const QJsonObject &data, const Terminal &terminal),
+             Otherwise otherwise)
 {
-    const Asked asked = ask({.command = command}, Otherwise::FilesTell);
+    const Asked asked = ask({.command = command}, otherwise);
     if (const auto status = complaint(asked)) {
         return *status;
     }
     if (shown.asJson) {
         printJson(withRunning(asked), shown);
     } else {
-        print(text(*asked.answer.content, shown.terminal), shown.terminal);
+        const auto toText = shown.namesOnly ? &namesText : text;
+        print(toText(*asked.answer.content, shown.terminal), shown.terminal);
     }
     const bool isWrong = asked.answer.content->contains("problem"_L1);
     return statusOf(asked, isWrong ? SomethingIsWrong : Well);
-}
-
-int showSetup(const Shown &shown)
-{
-    bool isComplete = true;
-    const Asked asked = ask({.command = u"setup"_s}, Otherwise::FilesTell);
-    if (const auto status = complaint(asked)) {
-        return *status;
-    }
-    const QJsonObject data = withRunning(asked);
-    for (const QJsonValue check : data["checks"_L1].toArray()) {
-        isComplete = isComplete && check["ok"_L1].toBool();
-    }
-    if (shown.asJson) {
-        printJson(data, shown);
-    } else {
-        print(setupText(data, shown.terminal), shown.terminal);
-    }
-    return statusOf(asked, isComplete ? Well : SomethingIsWrong);
-}
-
-int showGateways(const Shown &shown)
-{
-    const Asked asked = ask({.command = u"gateways"_s});
-    if (const auto status = complaint(asked)) {
-        return *status;
-    }
-    if (shown.asJson) {
-        printJson(withRunning(asked), shown);
-    } else {
-        print(gatewaysText(*asked.answer.content, shown.terminal), shown.terminal);
-    }
-    return Well;
 }
 
 int pairPhone(const Shown &shown, const Pairing &pairing)
@@ -239,10 +161,15 @@ int pairPhone(const Shown &shown, const Pairing &pairing)
     const auto code =
         pairingCode(rows, shown.terminal, pairing.onLight ? Background::Light : Background::Dark);
     if (!code) {
-        complain(u"the terminal is too narrow for the code"_s);
+        complain(u"the terminal is too narrow for the code"_s +
+                 (shown.terminal.isUtf8 ? u""_s : u"; in a UTF-8 locale it is half as wide"_s));
         return SomethingIsWrong;
     }
     print(*code, shown.terminal);
+    if (const auto needed = code->count(u'\n') + 1;
+        needed > shown.terminal.lines.value_or(INT_MAX)) {
+        complain(u"the code is seen whole in a terminal of %1 lines"_s.arg(needed));
+    }
     return Well;
 }
 
@@ -264,16 +191,13 @@ int chat(const QString &text)
 
 int setToken(const QString &gateway)
 {
-    const QString token = readSecret(u"Token: "_s);
-    if (token.isEmpty()) {
-        complain(u"there is no token on the standard input"_s);
-        return WrongUsage;
-    }
-    QJsonObject arguments{{"token"_L1, token}};
-    if (!gateway.isEmpty()) {
-        arguments.insert("gateway"_L1, gateway);
-    }
-    return act({.command = u"token-set"_s, .arguments = arguments});
+    return handOver(u"token"_s,
+                    {.command = u"token-set"_s, .arguments = {{"gateway"_L1, gateway}}});
+}
+
+int setGeminiKey()
+{
+    return handOver(u"key"_s, {.command = u"gemini-key-set"_s});
 }
 
 int act(const ControlRequest &request, const QString &done, QLatin1StringView member)

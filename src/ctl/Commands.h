@@ -1,7 +1,6 @@
 #pragma once
 
-#include "ctl/Asking.h"
-#include "ctl/Terminal.h"
+#include "ctl/Shown.h"
 
 namespace ostrelle
 {
@@ -9,21 +8,15 @@ namespace ostrelle
 // What the subcommands do. Each prints, or complains in one line, and returns what the program ends
 // with.
 
-struct Shown {
-    Terminal terminal = Terminal::ofOutput();
-    bool asJson = false;
-};
-
 int showStatus(const Shown &shown);
 // Until nobody reads the output any more.
 int watchStatus(const Shown &shown);
 int showHealth(const Shown &shown);
 
-// What the running program, or else the files, tell; `text` makes a text of it.
+// What the running program tells, or else the files where they can; `text` makes a text of it.
 int showList(const QString &command, const Shown &shown,
-             QString (*text)(const QJsonObject &data, const Terminal &terminal));
-int showSetup(const Shown &shown);
-int showGateways(const Shown &shown);
+             QString (*text)(const QJsonObject &data, const Terminal &terminal),
+             Otherwise otherwise = Otherwise::Nothing);
 
 struct Pairing {
     bool asLink = false;
@@ -34,6 +27,7 @@ int pairPhone(const Shown &shown, const Pairing &pairing);
 
 int chat(const QString &text);
 int setToken(const QString &gateway);
+int setGeminiKey();
 
 // Has the program do something that needs no answer but that it is done; prints `done` then, with
 // what the answer has in its member of that name in place of "%1".

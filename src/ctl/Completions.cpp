@@ -20,7 +20,23 @@ struct Place {
     std::string path;
     std::vector<Word> words;
     bool takesFile = false;
+    std::string names = {}; // the command that lists what else may stand there; empty: nothing
 };
+
+// The command that lists what an option of that name stands for.
+std::string listOf(const std::string &option)
+{
+    return option == "GATEWAY"   ? "gateways"
+           : option == "AGENT"   ? "agents"
+           : option == "SETTING" ? "settings"
+                                 : "";
+}
+
+// Has the program that is completed list them; says nothing where it cannot.
+std::string listing(const Place &place, const std::string &program)
+{
+    return '"' + program + "\" " + place.names + " --names 2>/dev/null";
+}
 
 std::vector<const CLI::App *> subcommandsOf(const CLI::App &app)
 {
@@ -38,6 +54,7 @@ Place placeOf(const CLI::App &app, const std::string &path)
             place.words.push_back({name, option->get_description()});
         }
         place.takesFile = place.takesFile || option->get_name() == "FILE";
+        place.names += listOf(option->get_name());
         if (option->get_name() == "SHELL") {
             for (const std::string &shell : completedShells) {
                 place.words.push_back({shell, {}});
@@ -79,7 +96,7 @@ std::string casesOf(const std::vector<Place> &places, const MakeCase &make)
 std::string forBash(const std::vector<Place> &places)
 {
     return "_ostrellectl() {\n"
-           "    local place='' words='' i\n"
+           "    local place='' words='' names='' name i\n"
            "    COMPREPLY=()\n"
            "    for ((i = 1; i < COMP_CWORD; i++)); do\n"
            "        [[ ${COMP_WORDS[i]} == -* ]] || place+=\" ${COMP_WORDS[i]}\"\n"
@@ -93,9 +110,14 @@ std::string forBash(const std::vector<Place> &places)
                        // Where nothing else fits, a file does.
                        return (place.takesFile ? "compopt -o default; [[ $2 == -* ]] && words="
                                                : "words=") +
-                              inQuotes(words);
+                              inQuotes(words) +
+                              (place.names.empty() ? ""
+                                                   : "; names=$(" + listing(place, "$1") + ')');
                    }) +
            "    mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$2\")\n"
+           "    while IFS= read -r name; do\n"
+           "        [[ $name && $name == \"$2\"* ]] && COMPREPLY+=(\"$(printf %q \"$name\")\")\n"
+           "    done <<< \"$names\"\n"
            "}\n"
            "complete -F _ostrellectl ostrellectl\n";
 }
@@ -114,7 +136,10 @@ std::string forZsh(const std::vector<Place> &places)
                        for (const Word &word : place.words) {
                            list += ' ' + inQuotes(word.text + ':' + word.description);
                        }
-                       return list + " )";
+                       return list + " )" +
+                              (place.names.empty() ? ""
+                                                   : "; compadd -- ${(f)\"$(" +
+                                                         listing(place, "$words[1]") + ")\"}");
                    }) +
            "_describe 'ostrellectl' list\n";
 }
@@ -137,6 +162,9 @@ std::string forFish(const std::vector<Place> &places)
         }
         if (place.takesFile) {
             text += condition + " -F\n";
+        }
+        if (!place.names.empty()) {
+            text += condition + " -a " + inQuotes('(' + listing(place, "ostrellectl") + ')') + '\n';
         }
     }
     return text;

@@ -1,5 +1,7 @@
 #include "ctl/PairingCode.h"
 
+#include <climits>
+
 namespace ostrelle
 {
 
@@ -79,14 +81,19 @@ std::optional<QString> pairingCode(const QStringList &rows, const Terminal &term
 {
     const int columnsOfModule = terminal.isUtf8 ? 1 : 2;
     const bool inkIsDark = terminal.hasColors || background == Background::Light;
+    std::optional<QString> code;
     for (const int around : {border, thinBorder}) {
         const Modules modules(rows, around);
-        if (!terminal.columns || modules.size() * columnsOfModule <= *terminal.columns) {
-            return terminal.isUtf8 ? halfBlocks(modules, inkIsDark, terminal.hasColors)
-                                   : pairs(modules, inkIsDark, terminal.hasColors);
+        if (terminal.columns && modules.size() * columnsOfModule > *terminal.columns) {
+            continue;
+        }
+        code = terminal.isUtf8 ? halfBlocks(modules, inkIsDark, terminal.hasColors)
+                               : pairs(modules, inkIsDark, terminal.hasColors);
+        if (code->count(u'\n') < terminal.lines.value_or(INT_MAX)) {
+            break;
         }
     }
-    return std::nullopt;
+    return code;
 }
 
 } // namespace ostrelle

@@ -98,6 +98,44 @@ QString gatewaysText(const QJsonObject &data, const Terminal &terminal)
     return table.text();
 }
 
+QString devicesText(const QJsonObject &data, const Terminal &terminal)
+{
+    Table table({u"DEVICE"_s, u"URL"_s, u"IP"_s, u"GATEWAY"_s}, terminal);
+    for (const QJsonValue device : data["devices"_L1].toArray()) {
+        const bool answers = device["answers"_L1].toBool();
+        table.add({plain(device, "name"_L1),
+                   plain(device, "url"_L1),
+                   plain(device, "ip"_L1),
+                   {.text = answers ? u"answers"_s : u"none"_s,
+                    .color = answers ? u"green"_s : u"yellow"_s}});
+    }
+    return table.text();
+}
+
+QString settingsText(const QJsonObject &data, const Terminal &terminal)
+{
+    Table table({u"SETTING"_s, u"STATE"_s}, terminal);
+    for (const QJsonValue setting : data["settings"_L1].toArray()) {
+        const bool isOn = setting["on"_L1].toBool();
+        table.add({plain(setting, "name"_L1),
+                   {.text = isOn ? u"on"_s : u"off"_s, .color = isOn ? u"green"_s : u"grey"_s}});
+    }
+    table.add({{.text = u"gemini-key"_s},
+               {.text = data["hasGeminiKey"_L1].toBool() ? u"stored"_s : u"none"_s}});
+    return table.text();
+}
+
+QString namesText(const QJsonObject &data, const Terminal & /*terminal*/)
+{
+    QString text;
+    for (const QJsonValue list : data) {
+        for (const QJsonValue row : list.toArray()) {
+            text += told(row, "name"_L1) + u'\n';
+        }
+    }
+    return text;
+}
+
 QString setupText(const QJsonObject &data, const Terminal &terminal)
 {
     QString text;

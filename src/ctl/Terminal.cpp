@@ -21,14 +21,12 @@ namespace
 {
 
 constexpr int usualColumns = 80;
+constexpr int usualLines = 24;
 
-std::optional<int> columnsOf(int descriptor)
+// Some terminals do not tell.
+int orElse(int told, int otherwise)
 {
-    winsize size{};
-    if (::ioctl(descriptor, TIOCGWINSZ, &size) != 0) {
-        return std::nullopt;
-    }
-    return size.ws_col > 0 ? size.ws_col : usualColumns;
+    return told > 0 ? told : otherwise;
 }
 
 // The number of a colour in the terminal's own palette, which suits its background.
@@ -100,10 +98,13 @@ Terminal Terminal::ofOutput()
     const bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
     const char *const noColor = std::getenv("NO_COLOR");
     const bool isDumb = qgetenv("TERM") == "dumb";
+    winsize size{};
+    const bool hasSize = isTerminal && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0;
     return {.isTerminal = isTerminal,
             .hasColors = isTerminal && !isDumb && (noColor == nullptr || *noColor == '\0'),
             .isUtf8 = std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0,
-            .columns = isTerminal ? columnsOf(STDOUT_FILENO) : std::nullopt};
+            .columns = hasSize ? std::optional(orElse(size.ws_col, usualColumns)) : std::nullopt,
+            .lines = hasSize ? std::optional(orElse(size.ws_row, usualLines)) : std::nullopt};
 }
 
 QString Terminal::colored(const QString &text, const QString &color) const

@@ -12,7 +12,8 @@ struct Terminal {
     bool isTerminal = false;
     bool hasColors = false;
     bool isUtf8 = true;
-    std::optional<int> columns = std::nullopt; // unbounded where absent
+    std::optional<int> columns = std::nullopt; // unbounded where absent, as the lines
+    std::optional<int> lines = std::nullopt;
 
     // The standard output, with the user's locale, which main() has set, and NO_COLOR.
     static Terminal ofOutput();

@@ -5,6 +5,12 @@
 namespace ostrelle
 {
 
+QString typedOr(const QString &typed, const QString &otherwise)
+{
+    const QString trimmed = typed.trimmed();
+    return trimmed.isEmpty() ? otherwise : trimmed;
+}
+
 AgentAppearanceStore::AgentAppearanceStore(std::shared_ptr<Preferences> preferences)
     : m_preferences(std::move(preferences))
 {

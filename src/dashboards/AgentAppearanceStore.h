@@ -5,6 +5,9 @@
 namespace ostrelle
 {
 
+// What a user has typed, without white space at its ends; the other where nothing is left of it.
+QString typedOr(const QString &typed, const QString &otherwise);
+
 // The user's own names and emojis for agents, in the user's preferences. Any thread.
 class AgentAppearanceStore
 {

@@ -92,6 +92,12 @@ std::expected<void, AddressProblem> checkGatewayAddress(const QString &address)
     return {};
 }
 
+QString withoutPassword(const QString &address)
+{
+    static const QRegularExpression password(u"^([^:/?#@]*://|//)?([^/?#:]*):[^/?#]*@"_s);
+    return QString(address).replace(password, u"\\1\\2@"_s);
+}
+
 QString printableHost(const QString &address)
 {
     constexpr qsizetype longestName = 253;

@@ -23,6 +23,9 @@ QString toString(AddressProblem problem);
 // need not be a URL. By its text alone, so that it holds however a reader takes the URL apart.
 std::expected<void, AddressProblem> checkGatewayAddress(const QString &address);
 
+// The address as people may see it: a password in it, of an older version's profile, is left out.
+QString withoutPassword(const QString &address);
+
 // The address's host for a log line: bounded, and without what may be a secret.
 QString printableHost(const QString &address);
 

@@ -1,5 +1,7 @@
 #include "gateway/GatewayNames.h"
 
+#include "gateway/GatewayAddress.h"
+
 #include <QUrl>
 
 #include <algorithm>
@@ -61,7 +63,7 @@ QString GatewayNames::activeGatewayName() const
 
 QString GatewayNames::activeGatewayURL() const
 {
-    return isLocalGateway() && knowsMagicDNS() ? m_magicDNSURL : m_url;
+    return isLocalGateway() && knowsMagicDNS() ? m_magicDNSURL : withoutPassword(m_url);
 }
 
 SavedGateway GatewayNames::activeGatewaySaved() const
@@ -83,7 +85,7 @@ QString GatewayNames::profileDisplayName(const SavedGateway &profile) const
 QString GatewayNames::profileDisplayURL(const SavedGateway &profile) const
 {
     const bool shownAsItIs = profile.isMagicDNS.value_or(false) || !isLocalUrl(profile.url);
-    return shownAsItIs || !knowsMagicDNS() ? profile.url : m_magicDNSURL;
+    return shownAsItIs || !knowsMagicDNS() ? withoutPassword(profile.url) : m_magicDNSURL;
 }
 
 QString GatewayNames::magicDNSLabel() const

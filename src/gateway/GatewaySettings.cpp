@@ -51,22 +51,29 @@ GatewaySettings::GatewaySettings(std::shared_ptr<Preferences> preferences, QStri
     m_autoStartVoice = m_preferences->value(preference::autoStartVoice);
     m_projectTrackingEnabled = m_preferences->value(preference::projectTrackingEnabled);
     m_geminiAPIKey = m_preferences->value(preference::geminiAPIKey());
-    showLoginItem([](const LoginItem &) {});
+    lookAtLoginItem();
 }
 
-void GatewaySettings::setLaunchAtLogin(bool launch)
+void GatewaySettings::lookAtLoginItem(const std::function<void()> &done)
+{
+    showLoginItem([](const LoginItem &) {}, done);
+}
+
+void GatewaySettings::setLaunchAtLogin(bool launch, const std::function<void()> &done)
 {
     // Shown as the user wants it first, so that views see it being taken back when it fails.
     m_launchAtLogin = launch;
-    showLoginItem([launch](LoginItem &item) {
+    const auto change = [launch](LoginItem &item) {
         if (const auto changed = launch ? item.enable() : item.disable(); !changed) {
             logLine(u"[Ostrelle] The autostart entry could not be changed: "_s +
                     changed.error().text);
         }
-    });
+    };
+    showLoginItem(change, done);
 }
 
-void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &change)
+void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &change,
+                                    const std::function<void()> &done)
 {
     const auto work = [change] {
         LoginItem item;
@@ -74,10 +81,11 @@ void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &chan
         return item.isEnabled();
     };
     const int asked = ++m_loginItemWork;
-    whenDone(inOrder(settingsQueue(), work), this, [this, asked](bool holds) {
+    whenDone(inOrder(settingsQueue(), work), this, [this, asked, done](bool holds) {
         if (asked == m_loginItemWork) { // else the user has asked for something else meanwhile
             m_launchAtLogin = holds;
         }
+        done();
     });
 }
 

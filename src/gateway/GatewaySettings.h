@@ -7,11 +7,13 @@
 #include <QObject>
 #include <QProperty>
 
+#include <functional>
+
 namespace ostrelle
 {
 
-// The preferences on the gateway's settings screen. Every change is stored in the background. Main
-// thread only.
+// The preferences on the gateway's settings screen, one for all who show or change them. Every
+// change is stored in the background. Main thread only.
 class GatewaySettings : public QObject
 {
     Q_OBJECT
@@ -31,9 +33,13 @@ public:
                              QStringList toolPaths = usualDuskrellPaths(),
                              QObject *parent = nullptr);
 
-    // Shows what the desktop has, once that was looked up. A change that failed is taken back.
+    // Shows what the desktop has, once that was looked up. A change that failed is taken back;
+    // `done` is called when it is known how it ended.
     bool launchAtLogin() const { return m_launchAtLogin; }
-    void setLaunchAtLogin(bool launch);
+    void setLaunchAtLogin(bool launch, const std::function<void()> &done = [] {});
+
+    // Looks again at what the desktop has: others may have changed it.
+    void lookAtLoginItem(const std::function<void()> &done = [] {});
 
     bool autoStartVoice() const { return m_autoStartVoice; }
     void setAutoStartVoice(bool start);
@@ -56,7 +62,8 @@ Q_SIGNALS:
     void geminiAPIKeyChanged();
 
 private:
-    void showLoginItem(const std::function<void(LoginItem &)> &change);
+    void showLoginItem(const std::function<void(LoginItem &)> &change,
+                       const std::function<void()> &done);
 
     const std::shared_ptr<Preferences> m_preferences;
     const QStringList m_toolPaths;

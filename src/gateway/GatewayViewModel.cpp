@@ -4,6 +4,7 @@
 #include "core/PropertyUpdateGroup.h"
 #include "core/WhenDone.h"
 #include "gateway/DuskrellTool.h"
+#include "gateway/GatewayAddress.h"
 #include "platform/Log.h"
 #include "platform/PrivateLog.h"
 
@@ -189,17 +190,21 @@ void GatewayViewModel::resetGatewayToken()
     }
     m_isResettingToken = true;
     const auto renew = [tokens = m_settings.tokens, config = m_settings.config] {
-        if (const auto token = renewGatewayToken()) {
-            tokens->saveForUser(config->snapshot().gateway.url, *token).waitForFinished();
-        } else {
+        const auto token = renewGatewayToken();
+        if (!token) {
             tellResetFailed(token.error());
+            return token.error();
         }
+        const auto saved = tokens->saveForUser(config->snapshot().gateway.url, *token).result();
+        return saved ? QString() : tokenNotSaved(saved.error());
     };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this, [this] { finishReset(); });
+    whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this,
+             [this](const QString &problem) { finishReset(problem); });
 }
 
-void GatewayViewModel::finishReset()
+void GatewayViewModel::finishReset(const QString &problem)
 {
+    m_tokenResetProblem = problem;
     m_isResettingToken = false;
     m_tokenRejected = false;
     m_answeredTokenProbe = m_tokenProbes; // those were asked with the old token
@@ -231,7 +236,7 @@ QString GatewayViewModel::derivePreferredURL() const
     if (!tailscaleIP().isEmpty()) {
         return u"http://"_s + tailscaleIP() + u":18789"_s;
     }
-    return m_gatewayURL;
+    return withoutPassword(m_gatewayURL);
 }
 
 } // namespace ostrelle

@@ -8,7 +8,7 @@
 namespace ostrelle
 {
 
-std::optional<QrCode> QrCode::encode(const QByteArray &bytes)
+std::optional<QrCode> QrCode::encode(const QByteArray &bytes, Correction correction)
 {
     constexpr int smallestThatFits = 0;
     // The library's flag for a dark module.
@@ -17,7 +17,8 @@ std::optional<QrCode> QrCode::encode(const QByteArray &bytes)
     const std::unique_ptr<QRcode, decltype(&QRcode_free)> symbol(
         QRcode_encodeData(static_cast<int>(bytes.size()),
                           reinterpret_cast<const unsigned char *>(bytes.constData()),
-                          smallestThatFits, QR_ECLEVEL_M),
+                          smallestThatFits,
+                          correction == Correction::Low ? QR_ECLEVEL_L : QR_ECLEVEL_M),
         &QRcode_free);
     if (!symbol) {
         return std::nullopt;

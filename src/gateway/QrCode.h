@@ -17,8 +17,12 @@ public:
 
     QrCode() = default;
 
-    // At error-correction level M. Absent when there are no bytes or more than fit.
-    static std::optional<QrCode> encode(const QByteArray &bytes);
+    // How much of it may be damaged: levels L and M.
+    enum class Correction { Low, Medium };
+
+    // Absent when there are no bytes or more than fit.
+    static std::optional<QrCode> encode(const QByteArray &bytes,
+                                        Correction correction = Correction::Medium);
 
     int size() const { return m_size; } // modules a side
     bool isEmpty() const { return m_size == 0; }

@@ -38,6 +38,11 @@ QList<QUrl> healthURLs(const TailscalePeer &peer)
 
 } // namespace
 
+SavedGateway profileOf(const TailscalePeer &peer)
+{
+    return {.name = nameOf(peer), .url = secureURL(peer), .isMagicDNS = true};
+}
+
 TailscalePeersModel::TailscalePeersModel(GatewayProfiles *profiles, TailscalePlaces tailscale,
                                          std::chrono::milliseconds probeDeadline, QObject *parent)
     : RowsModel(parent)
@@ -125,8 +130,7 @@ void TailscalePeersModel::add(int row)
     if (row < 0 || row >= rowCount()) {
         return;
     }
-    const TailscalePeer peer = rows().at(row);
-    m_profiles->addGateway({.name = nameOf(peer), .url = secureURL(peer), .isMagicDNS = true});
+    m_profiles->addGateway(profileOf(rows().at(row)));
 }
 
 QVariant TailscalePeersModel::data(const QModelIndex &index, int role) const

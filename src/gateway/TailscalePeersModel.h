@@ -15,6 +15,9 @@ struct TailscalePeer {
     friend bool operator==(const TailscalePeer &, const TailscalePeer &) = default;
 };
 
+// The gateway that it is saved as.
+SavedGateway profileOf(const TailscalePeer &peer);
+
 // The tailnet's online devices that are not saved as gateways yet, as of the last discovery. Main
 // thread only.
 class TailscalePeersModel : public RowsModel<TailscalePeer>

@@ -40,6 +40,12 @@ Conversation::Conversation(QLocalSocket *peer)
     QMetaObject::invokeMethod(this, &Conversation::take, Qt::QueuedConnection);
 }
 
+// It may have held a password.
+Conversation::~Conversation()
+{
+    m_line.fill('\0');
+}
+
 void Conversation::take()
 {
     if (m_peer->canReadLine() && !std::exchange(m_hasHeard, true)) {

@@ -18,6 +18,7 @@ class Conversation : public QObject
 public:
     // The peer owns the conversation.
     explicit Conversation(QLocalSocket *peer);
+    ~Conversation() override;
 
     // What the client has said, without the end of the line.
     const QByteArray &line() const { return m_line; }

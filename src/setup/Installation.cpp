@@ -40,10 +40,12 @@ public:
     const std::optional<QString> resources;
     const QString password;
     const QString sudoSearchPath;
+    const bool isConfined;
     const std::shared_ptr<AskpassFile> askpass;
 
 private:
     void installFrom(const QString &installer) const;
+    std::expected<ChildResult, ChildFailure> start(const QString &line, ChildOptions options) const;
     void primeSudo() const;
     void tellProblem(const QString &text) const;
     void report(const ChildResult &result, bool sudoFailed) const;
@@ -55,25 +57,38 @@ void SetupManager::GatewayInstallation::installFrom(const QString &installer) co
         tellProblem(u"ERROR: install-duskrell.sh not found in app bundle"_s);
         return;
     }
-    QProcessEnvironment environment = shellEnvironment();
-    environment.insert(u"SUDO_PASS"_s, password);
-    environment.insert(u"SUDO_ASKPASS"_s, askpass->write(password).value_or(QString()));
-    environment.insert(u"NONINTERACTIVE"_s, u"1"_s);
-    primeSudo();
-
     InstallerOutput output;
     const auto result =
-        runChild({.program = u"/bin/bash"_s,
-                  .arguments = {u"-lc"_s, u"bash "_s + quoted(installer) + u" 2>&1"_s},
-                  .environment = environment},
-                 {.capture = Capture::Merged, .onOutput = [&](const QByteArray &piece) {
-                      feed.addOutput(output.take(piece));
-                  }});
+        start(u"bash "_s + quoted(installer) + u" 2>&1"_s,
+              {.capture = Capture::Merged,
+               .onOutput = [&](const QByteArray &piece) { feed.addOutput(output.take(piece)); }});
     if (!result) {
         tellProblem(u"ERROR: "_s + result.error().text);
         return;
     }
     report(*result, output.sudoFailed());
+}
+
+std::expected<ChildResult, ChildFailure>
+SetupManager::GatewayInstallation::start(const QString &line, ChildOptions options) const
+{
+    QProcessEnvironment environment = shellEnvironment();
+    environment.insert(u"SUDO_ASKPASS"_s, askpass->write(password).value_or(QString()));
+    environment.insert(u"NONINTERACTIVE"_s, u"1"_s);
+    const auto inShell = [&](const QString &command) {
+        return ChildCommand{.program = u"/bin/bash"_s,
+                            .arguments = {u"-lc"_s, command},
+                            .environment = environment};
+    };
+    if (isConfined) {
+        options.input = password.toUtf8() + '\n';
+        const QString unlocked =
+            u"IFS= read -r SUDO_PASS; export SUDO_PASS; "_s + line + u" </dev/null"_s;
+        return runChild(asUnitOfItsOwn(inShell(unlocked), sudoSearchPath), options);
+    }
+    environment.insert(u"SUDO_PASS"_s, password);
+    primeSudo();
+    return runChild(inShell(line), options);
 }
 
 // So that the installer's own sudo finds fresh credentials. The password goes through a pipe: every
@@ -110,10 +125,15 @@ void SetupManager::GatewayInstallation::report(const ChildResult &result, bool s
 
 void SetupManager::installDuskrell()
 {
+    installDuskrell(m_sudoPassword);
+}
+
+void SetupManager::installDuskrell(const QString &typed)
+{
     if (m_isInstallingDuskrell) {
         return;
     }
-    const QString password = m_sudoPassword.value().trimmed();
+    const QString password = typed.trimmed();
     if (password.isEmpty()) {
         m_needsSudoPassword = true;
         return;
@@ -132,6 +152,7 @@ void SetupManager::installDuskrell()
                                             .resources = m_surroundings.resources,
                                             .password = password,
                                             .sudoSearchPath = m_surroundings.sudoSearchPath,
+                                            .isConfined = m_surroundings.isConfined,
                                             .askpass = m_askpass}] { installation.run(); });
 }
 

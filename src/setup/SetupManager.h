@@ -3,6 +3,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/Paths.h"
 #include "settings/Settings.h"
+#include "setup/Confinement.h"
 #include "setup/ProgressFeed.h"
 #include "setup/SetupChecks.h"
 #include "setup/StatusLog.h"
@@ -25,6 +26,7 @@ class AskpassFile;
 struct SetupSurroundings {
     std::optional<QString> resources = resourceDirectory();
     QString sudoSearchPath = QStringLiteral("/usr/bin:/bin:/usr/sbin:/sbin");
+    bool isConfined = ostrelle::isConfined();
     std::chrono::milliseconds tailscaleTimeout = std::chrono::seconds(15); // of one command
     std::chrono::milliseconds restartPause = std::chrono::seconds(3);      // until a restart shows
 };
@@ -100,6 +102,9 @@ public:
     // voice parts are missing. Without a password it only asks for one. One at a time.
     Q_INVOKABLE void installDuskrell();
 
+    // The same with a password that was typed elsewhere, which is not kept.
+    void installDuskrell(const QString &password);
+
     // Writes the configuration and installs the voice agent's parts. One at a time.
     Q_INVOKABLE void run();
 
@@ -145,6 +150,11 @@ public:
     bool hasVenv() const { return m_hasVenv; }
     bool hasModels() const { return m_hasModels; }
 
+    // One of the operations that print to the log is under way.
+    bool isWorking() const
+    {
+        return m_isInstallingDuskrell || m_isRunning || m_isConfiguringTailscale;
+    }
     bool isInstallingDuskrell() const { return m_isInstallingDuskrell; }
     bool isConfiguringTailscale() const { return m_isConfiguringTailscale; }
     QString sudoPassword() const { return m_sudoPassword; } // forgotten when the install ends

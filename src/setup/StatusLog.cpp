@@ -1,6 +1,7 @@
 #include "setup/StatusLog.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ostrelle
 {
@@ -39,7 +40,7 @@ void StatusLog::clear()
     }
     beginResetModel();
     m_blocks.clear();
-    m_count = 0;
+    m_cleared += std::exchange(m_count, 0);
     endResetModel();
 }
 

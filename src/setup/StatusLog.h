@@ -27,6 +27,11 @@ public:
     // Every message at once; for short logs.
     QStringList messages() const;
 
+    QString messageAt(int row) const;
+
+    // How many messages there have been before the ones that are there.
+    qint64 cleared() const { return m_cleared; }
+
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
@@ -42,10 +47,10 @@ private:
     };
 
     void append(const QByteArray &message);
-    QString messageAt(int row) const;
 
     std::vector<Block> m_blocks;
     int m_count = 0;
+    qint64 m_cleared = 0;
 };
 
 } // namespace ostrelle

@@ -6,6 +6,7 @@ namespace ostrelle
 {
 
 class GatewayInUse;
+class GatewaySettings;
 class GatewayViewModel;
 class ServiceManager;
 class SetupManager;
@@ -17,6 +18,7 @@ struct Models {
     Settings settings;
     GatewayViewModel *gatewayVM = nullptr;
     GatewayInUse *gatewayInUse = nullptr;
+    GatewaySettings *gatewaySettings = nullptr;
     VoiceViewModel *voiceVM = nullptr;
     ServiceManager *serviceManager = nullptr;
     SetupManager *setupManager = nullptr;

@@ -1,11 +1,11 @@
 #include "tray/MenuBarLabel.h"
 
 #include "gateway/GatewayViewModel.h"
+#include "state/Quit.h"
 #include "state/StateInWords.h"
 #include "statusserver/StatusServer.h"
 #include "tray/Pearl.h"
 #include "tray/PearlIcon.h"
-#include "tray/Quit.h"
 #include "voice/VoiceViewModel.h"
 
 #include <QMenu>

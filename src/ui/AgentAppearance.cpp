@@ -3,17 +3,6 @@
 namespace ostrelle
 {
 
-namespace
-{
-
-QString trimmedOr(const QString &text, const QString &fallback)
-{
-    const QString trimmed = text.trimmed();
-    return trimmed.isEmpty() ? fallback : trimmed;
-}
-
-} // namespace
-
 AgentAppearance::AgentAppearance(QObject *parent)
     : QObject(parent)
 {
@@ -33,8 +22,8 @@ AgentAppearance::AgentAppearance(QObject *parent)
 
 void AgentAppearance::save(const QString &name, const QString &emoji)
 {
-    m_viewModel.value()->appearances().save(m_agentId, trimmedOr(name, m_fallbackName),
-                                            trimmedOr(emoji, m_fallbackEmoji));
+    m_viewModel.value()->appearances().save(m_agentId, typedOr(name, m_fallbackName),
+                                            typedOr(emoji, m_fallbackEmoji));
 }
 
 void AgentAppearance::reset()

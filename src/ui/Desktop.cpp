@@ -3,7 +3,7 @@
 #include "core/BackgroundWork.h"
 #include "core/DesktopOpen.h"
 #include "platform/Files.h"
-#include "tray/Quit.h"
+#include "state/Quit.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

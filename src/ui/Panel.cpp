@@ -87,12 +87,17 @@ void Panel::load(const Models &models)
          {u"serviceManager"_s, QVariant::fromValue(models.serviceManager)},
          {u"setupManager"_s, QVariant::fromValue(models.setupManager)},
          {u"statusServer"_s, QVariant::fromValue(models.statusServer)},
-         {u"projectTrackingEnabled"_s,
-          models.settings.preferences->value(preference::projectTrackingEnabled)}});
+         {u"projectTrackingEnabled"_s, models.gatewaySettings->projectTrackingEnabled()}});
     m_view.setSource(QUrl(u"qrc:/qt/qml/Ostrelle/shell/PanelRoot.qml"_s));
     if (QQuickItem *const root = m_view.rootObject()) {
         connect(root, SIGNAL(closeRequested()), &m_view, SLOT(hide()));
     }
+    connect(models.gatewaySettings, &GatewaySettings::projectTrackingEnabledChanged, &m_view,
+            [this, settings = models.gatewaySettings] {
+                if (QQuickItem *const root = m_view.rootObject()) {
+                    root->setProperty("projectTrackingEnabled", settings->projectTrackingEnabled());
+                }
+            });
 }
 
 void Panel::open(const std::optional<QRect> &place)

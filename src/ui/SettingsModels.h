@@ -3,6 +3,7 @@
 #include "gateway/GatewayPairing.h"
 #include "gateway/TailscalePeersModel.h"
 #include "state/Models.h"
+#include "state/VoiceSwitch.h"
 
 #include <QtQml/qqmlregistration.h>
 
@@ -24,20 +25,28 @@ public:
     explicit SettingsModels(const Models &models, QObject *parent = nullptr)
         : QObject(parent)
         , m_profiles(models.settings, models.gatewayVM, models.gatewayInUse)
-        , m_settings(models.settings.preferences)
-        , m_pairing(models.gatewayVM, &m_profiles, &m_settings)
+        , m_settings(models.gatewaySettings)
+        , m_services(models.serviceManager)
+        , m_pairing(models.gatewayVM, &m_profiles, m_settings)
         , m_peers(&m_profiles)
     {
+        m_settings->lookAtLoginItem();
+    }
+
+    Q_INVOKABLE void switchVoice(bool isOn)
+    {
+        ostrelle::switchVoice(*m_services, *m_settings, isOn);
     }
 
     GatewayProfiles *profiles() { return &m_profiles; }
-    GatewaySettings *settings() { return &m_settings; }
+    GatewaySettings *settings() { return m_settings; }
     GatewayPairing *pairing() { return &m_pairing; }
     TailscalePeersModel *peers() { return &m_peers; }
 
 private:
     GatewayProfiles m_profiles;
-    GatewaySettings m_settings;
+    GatewaySettings *const m_settings;
+    ServiceManager *const m_services;
     GatewayPairing m_pairing;
     TailscalePeersModel m_peers;
 };

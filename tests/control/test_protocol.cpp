@@ -13,19 +13,6 @@ class TestProtocol : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsBackWhatItWrites()
-    {
-        const ControlRequest request{.command = u"chat"_s,
-                                     .arguments = {{u"text"_s, u"two\nlines \U0001F4AC"_s}}};
-        QVERIFY(!request.toLine().contains('\n'));
-        QCOMPARE(readRequest(request.toLine(), {}).value(), request);
-        const ControlAnswer answer{
-            .version = u"1"_s,
-            .content = std::unexpected(ControlProblem{.kind = Kind::Command, .text = u"no\n"_s})};
-        QVERIFY(!answer.toLine().contains('\n'));
-        QCOMPARE(readAnswer(answer.toLine()).content.error(), answer.content.error());
-    }
-
     void refuses_data()
     {
         const Rows<QByteArray, Kind, QString> row("line", "kind", "text");

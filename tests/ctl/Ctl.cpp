@@ -44,7 +44,7 @@ Run ctl(const QStringList &arguments, const QByteArray &input)
 
 Run inTerminal(const QString &command, int columns)
 {
-    const QString inShell = u"stty cols %1; ctl() { '%2' \"$@\"; }; "_s.arg(columns).arg(
+    const QString inShell = u"stty cols %1 rows 24; ctl() { '%2' \"$@\"; }; "_s.arg(columns).arg(
                                 builtProgram(u"ostrellectl"_s)) +
                             command;
     return run(u"script"_s, {u"-qec"_s, inShell, u"/dev/null"_s});
@@ -62,7 +62,13 @@ CtlHome::CtlHome()
     write(u".ostrelle/ostrelle-cron-tracker.json"_s,
           R"({"version":1,"updated":"now","jobs":[{"id":"1","name":"Nightly",
               "schedule":"every 1d","status":"green","enabled":false}]})");
-    writeScript(u"bin/duskrell"_s, "exit 1");
+    for (const QString &program : {u"bin/duskrell"_s, u"bin/tailscale"_s, u"bin/curl"_s}) {
+        writeScript(program, "exit 1");
+    }
+    write(u".bash_profile"_s, "PATH=$HOME/bin:/usr/bin:/bin");
+    writeScript(u".ostrelle/venv/bin/python"_s, {});
+    write(u".ostrelle/data/models/kokoro-v1.0.onnx"_s, "model");
+    write(u".ostrelle/data/models/voices-v1.0.bin"_s, "voices");
     qputenv("PATH", path(u"bin"_s).toUtf8() + ":/usr/bin:/bin");
 }
 

@@ -23,7 +23,8 @@ Run ctl(const QStringList &arguments, const QByteArray &input = {});
 // A shell command that says "ctl" for ostrellectl, in a terminal of so many columns.
 Run inTerminal(const QString &command, int columns);
 
-// A home with documents, a status server port that the kernel chooses, and no gateway tool.
+// A home with documents, the voice agent's parts, a status server port that the kernel chooses, and
+// tools that fail.
 class CtlHome : public ScratchHome
 {
 public:

@@ -1,8 +1,6 @@
-#include "dashboards/AgentAppearanceStore.h"
 #include "dashboards/AgentVisualPreset.h"
 #include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/DashboardHome.h"
-#include "settings/SettingsQueues.h"
 #include "support/Rows.h"
 #include "tracker/AgentStatus.h"
 
@@ -97,27 +95,6 @@ private Q_SLOTS:
     {
         QCOMPARE(statusColor(u"IDLE"_s), NamedColor::Yellow); // in any letter case
         QCOMPARE(statusColor(u"done"_s), NamedColor::Grey);
-    }
-
-    void appearanceIsKeptForEachAgent()
-    {
-        const ScratchHome home;
-        AgentAppearanceStore store(home.settings().preferences);
-        const QStringList ids{u"alpha"_s, u"a/b"_s, u"a//b"_s, u"a\\b"_s, u"ä =;"_s, u""_s};
-        for (const QString &id : ids) {
-            QCOMPARE(store.name(id, u"fallback"_s), u"fallback"_s);
-            store.save(id, id + u"'s, name"_s, u"🦊"_s);
-        }
-        settingsQueue().waitForDone();
-        store = AgentAppearanceStore(home.settings().preferences); // as the next start finds it
-        for (const QString &id : ids) {
-            QCOMPARE(store.name(id, u"fallback"_s), id + u"'s, name"_s);
-            QCOMPARE(store.emoji(id, u"✨"_s), u"🦊"_s);
-        }
-        store.reset(u"alpha"_s);
-        QCOMPARE(store.name(u"alpha"_s, u"fallback"_s), u"fallback"_s);
-        QCOMPARE(store.emoji(u"alpha"_s, u"✨"_s), u"✨"_s);
-        QCOMPARE(store.emoji(u"a/b"_s, u"✨"_s), u"🦊"_s);
     }
 
     void showsWhatTheFileSays_data()

@@ -38,10 +38,11 @@ private Q_SLOTS:
     {
         const ScratchHome home;
         const auto preferences = home.settings().preferences;
-        const TextPreference emoji = preference::customAgentEmoji(u"Käfer #1"_s);
+        const TextPreference emoji = preference::customAgentEmoji(u"Käfer/#1"_s);
         QVERIFY(!preferences->contains(preference::autoStartVoice.key));
         preferences->set(preference::autoStartVoice, true);
         preferences->set(emoji, u"🐞 \"=\" ;\n"_s);
+        preferences->set(preference::customAgentEmoji(u"Käfer//#1"_s), u"another's"_s);
         QVERIFY(written(home)->value(preference::autoStartVoice));
         QCOMPARE(written(home)->value(emoji), u"🐞 \"=\" ;\n"_s);
         preferences->remove(emoji);

@@ -40,6 +40,7 @@ SetupSurroundings SetupHome::surroundings() const
 {
     return {.resources = path(u"resources"_s),
             .sudoSearchPath = path(u"bin"_s),
+            .isConfined = false,
             .tailscaleTimeout = std::chrono::seconds(1),
             .restartPause = std::chrono::milliseconds(1)};
 }

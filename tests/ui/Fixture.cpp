@@ -67,14 +67,16 @@ void Fixture::restart()
     models->setupManager = std::make_unique<SetupManager>(settings, m_home->surroundings());
     models->statusServer = std::make_unique<StatusServer>(config, settings.tokens);
     models->gatewayInUse = std::make_unique<GatewayInUse>(settings, models->gatewayVM.get());
-    models->panel =
-        std::make_unique<PanelModels>(ostrelle::Models{.settings = settings,
-                                                       .gatewayVM = models->gatewayVM.get(),
-                                                       .gatewayInUse = models->gatewayInUse.get()});
-    models->profiles = std::make_unique<GatewayProfiles>(settings, models->gatewayVM.get(),
-                                                         models->gatewayInUse.get());
     models->settingsModel = std::make_unique<GatewaySettings>(
         settings.preferences, QStringList{m_home->path(u"bin/duskrell"_s)});
+    models->panel = std::make_unique<PanelModels>(
+        ostrelle::Models{.settings = settings,
+                         .gatewayVM = models->gatewayVM.get(),
+                         .gatewayInUse = models->gatewayInUse.get(),
+                         .gatewaySettings = models->settingsModel.get(),
+                         .serviceManager = models->serviceManager.get()});
+    models->profiles = std::make_unique<GatewayProfiles>(settings, models->gatewayVM.get(),
+                                                         models->gatewayInUse.get());
     models->peers = std::make_unique<TailscalePeersModel>(models->profiles.get(), tailscale);
     m_models.swap(models);
     Q_EMIT madeAnew();

@@ -16,6 +16,7 @@ FocusScope {
     property bool showAdvanced: false
 
     signal projectTrackingToggled(bool enabled)
+    signal voiceSwitched(bool isOn)
 
     implicitHeight: column.implicitHeight
 
@@ -60,6 +61,7 @@ FocusScope {
                         width: parent.width
                         serviceManager: section.serviceManager
                         settings: section.settings
+                        onSwitched: isOn => section.voiceSwitched(isOn)
                     }
 
                     SwitchRow {

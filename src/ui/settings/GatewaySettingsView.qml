@@ -124,6 +124,7 @@ FocusScope {
                     showAdvanced: view.showAdvanced
                     onShowAdvancedChanged: view.showAdvanced = showAdvanced
                     onProjectTrackingToggled: enabled => view.projectTrackingToggled(enabled)
+                    onVoiceSwitched: isOn => view.models.switchVoice(isOn)
                 }
             }
         }

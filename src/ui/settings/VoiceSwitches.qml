@@ -10,17 +10,13 @@ Column {
     required property ServiceManager serviceManager
     required property GatewaySettings settings
 
+    signal switched(bool isOn)
+
     SwitchRow {
         width: parent.width
         text: "Voice Agent"
         checked: section.serviceManager.voiceEnabled
-        onToggled: {
-            section.serviceManager.voiceEnabled = checked;
-            if (!checked) {
-                section.serviceManager.stopVoice();
-                section.settings.autoStartVoice = false;
-            }
-        }
+        onToggled: section.switched(checked)
     }
 
     Fold {

@@ -57,6 +57,9 @@ FocusScope {
         border.color: root.framed ? "transparent" : Theme.hairline
     }
 
+    // Also after the user has switched it in the panel itself.
+    onProjectTrackingEnabledChanged: content.projectTrackingEnabled = root.projectTrackingEnabled
+
     ContentPanel {
         id: content
 

@@ -1,4 +1,5 @@
 #include "control/ControlCommands.h"
+#include "state/Quit.h"
 
 namespace ostrelle::command
 {
@@ -13,6 +14,13 @@ void openPanel(const ControlContext &context, Question *question)
     }
     context.openPanel();
     question->answer({});
+}
+
+// The answer is on its way before the end.
+void quit(const ControlContext & /*context*/, Question *question)
+{
+    question->answer({});
+    quitProgram();
 }
 
 } // namespace ostrelle::command

@@ -1,0 +1,76 @@
+#include "control/ControlCommands.h"
+#include "control/GatewayMeant.h"
+#include "core/WhenDone.h"
+#include "gateway/GatewayAddress.h"
+#include "gateway/GatewayNames.h"
+#include "gateway/GatewayViewModel.h"
+
+namespace ostrelle::command
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+void store(const ControlContext &context, Question *question, const QString &token)
+{
+    const auto url = gatewayMeant(context, question->text("gateway"_L1));
+    if (!url) {
+        question->fail(url.error());
+        return;
+    }
+    whenDone(
+        context.models.settings.tokens->saveForUser(*url, token), question,
+        [question, url = *url, monitor = context.models.gatewayVM](const Tokens::Saved &saved) {
+            if (!saved) {
+                question->fail(tokenNotSaved(saved.error()));
+                return;
+            }
+            monitor->pollHealth();
+            question->answer({{"url"_L1, withoutPassword(url)}});
+        });
+}
+
+} // namespace
+
+void setToken(const ControlContext &context, Question *question)
+{
+    const QString token = question->text("token"_L1);
+    if (token.isEmpty()) {
+        question->fail(u"there is no token"_s);
+        return;
+    }
+    store(context, question, token);
+}
+
+// As the settings do for a field that the user has emptied.
+void removeToken(const ControlContext &context, Question *question)
+{
+    store(context, question, {});
+}
+
+void resetToken(const ControlContext &context, Question *question)
+{
+    GatewayViewModel *const monitor = context.models.gatewayVM;
+    const GatewayNames names(context.models.settings.config->current().gateway,
+                             monitor->magicDNSURL());
+    if (!names.isLocalGateway()) {
+        question->fail(u"the gateway in use is not this machine's: ask its owner for a token"_s);
+        return;
+    }
+    const auto tell = [monitor, question, url = names.activeGatewayURL()] {
+        if (monitor->isResettingToken()) {
+            return;
+        }
+        if (const QString problem = monitor->tokenResetProblem(); !problem.isEmpty()) {
+            question->fail(problem);
+        } else {
+            question->answer({{"url"_L1, url}});
+        }
+    };
+    QObject::connect(monitor, &GatewayViewModel::isResettingTokenChanged, question, tell);
+    monitor->resetGatewayToken();
+}
+
+} // namespace ostrelle::command
