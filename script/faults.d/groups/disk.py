@@ -249,9 +249,9 @@ def home_gone_and_back():
     return f"It served without a home; all three documents were there {took:.0f} s after it was back."
 
 
-def hold_calls_on(file, seconds, program=None):
-    """The options that let every system call on the file take so long."""
-    return ["strace", "-f", "-qq", "-o", "/dev/null", "-P", str(file), "-e", f"inject=all:delay_enter={seconds}s",
+def hold_calls_on(file, seconds, program=None, calls="all"):
+    """The options that let system calls on the file take so long."""
+    return ["strace", "-f", "-qq", "-o", "/dev/null", "-P", str(file), "-e", f"inject={calls}:delay_enter={seconds}s",
             *(["-p", str(program.pid)] if program else ["-D"])]
 
 
