@@ -10,7 +10,7 @@ import subprocess
 import time
 
 from row import NotHere, require, row
-from world import (BUILD, DOCUMENTS, MOMENT, Home, Program, get, install_tool, is_alive, link_to, must_serve,
+from world import (BUILD, DOCUMENTS, MOMENT, PREFERENCES, Home, Program, ctl, get, install_tool, is_alive, link_to, must_serve,
                    send_link, spawn, wait_for)
 
 NEW_GATEWAY = "http://127.0.0.9:1"
@@ -180,6 +180,30 @@ def lock_removed():
     require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY), "The link is not taken")
     program.end()
     return "The second start was taken by the first program."
+
+
+@row(seconds=40)
+def no_file_locks():
+    """Every lock of a file is refused (ENOLCK), as on a network file system without locks; a start in another session has a
+    link; two preferences are saved.
+
+    It says so once at most; the link and the preferences are saved, and there is one program.
+    """
+    home = Home()
+    home.configure()
+    unlockable = ["strace", "-D", "-f", "-qq", "-o", "/dev/null", "-e", "inject=flock:error=ENOLCK"]
+    program = Program(home, under=unlockable).listens()
+    other = home.path.parent / "other.run"
+    other.mkdir(mode=0o700)
+    send_link(home, link_to(NEW_GATEWAY), under=unlockable, XDG_RUNTIME_DIR=str(other))
+    require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY), "The link is not taken")
+    require(wait_for(lambda: home.read(PREFERENCES)), "The first preference is not saved")
+    ctl(home, "voice", "start")
+    require(wait_for(lambda: b"voiceEnabled" in home.read(PREFERENCES)), "The second preference is not saved")
+    told = [line for line in program.output().splitlines() if "lock" in line.lower()]
+    require(len(told) <= 1, f"{len(told)} lines tell of it")
+    took = program.end(within=5)  # the tracer holds it
+    return f"All were saved; {len(told)} line told of it; it ended in {took:.1f} s."
 
 
 @row(seconds=30, quick=True)
