@@ -11,7 +11,7 @@ import time
 
 from loopback import set_loopback
 from row import NotHere, require, row
-from world import (DOCUMENTS, STATUS_PORT, Home, Program, connections, exchange, get, install_tool, must_serve, send_link, wait_for)
+from world import (DOCUMENTS, STATUS_PORT, Home, Program, connections, exchange, get, install_tool, must_serve, send_link, timed_get, wait_for)
 
 MEGABYTE = 1 << 20
 
@@ -159,6 +159,38 @@ def unread_answers():
     seen = f"{most:+.0f} MB in the program, {kernel:+.0f} MB in the kernel; {after:+.1f} MB afterwards"
     require(most < 100 and kernel < 100 and after < 20, seen)
     return f"{seen}; the slowest answer took {slowest * 1000:.0f} ms."
+
+
+@row(seconds=60)
+def unread_answers_of_many_contents():
+    """120 clients ask for a document of 5 MB and never read; it is another one each time, so no two of them share it.
+
+    The answers take 64 MB at most, and what the program needs to read one; the slowest make way, whoever reads gets all of it,
+    and the memory comes back.
+    """
+    home, program = serving(5 * MEGABYTE)
+    raise_own_limit(200)
+    program.rest()
+    before, idle = program.megabytes(), connections()
+    clients, most = [], 0
+    for turn in range(120):
+        home.write(DOCUMENTS["status"], json.dumps({"agents": {}, "filler": f"{turn:04}" * (5 * MEGABYTE // 4)}))
+        client = connect(rcvbuf=4096)
+        client.sendall(b"GET /status HTTP/1.1\r\n\r\n")
+        client.recv(1)  # it has been read, and the next one is another
+        clients.append(client)
+        most = max(most, program.megabytes() - before)
+    left = connections() - idle
+    status, body, took = timed_get("/status", seconds=20)
+    require(status == 200 and len(body) > 5 * MEGABYTE, f"Who reads got {len(body)} bytes")
+    for client in clients:
+        client.close()
+    wait_for(lambda: program.megabytes() < before + 20, 15, 0.5)
+    after = program.megabytes() - before
+    seen = f"{most:+.0f} MB at most with {left} of 120 still there; {after:+.1f} MB afterwards"
+    require(most < 64 + 3 * 5 + 8 and 0 < left < 20 and after < 20, seen)
+    program.end()
+    return f"{seen}; who reads had all of it after {took:.1f} s."
 
 
 @row(seconds=80)

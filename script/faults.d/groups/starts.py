@@ -121,6 +121,38 @@ def another_users_lock():
 
 
 @row(seconds=60)
+def files_of_root():
+    """The program was once started as root, and left files of root's in the user's folders, which he cannot read: lock, socket,
+    configuration, preferences, secrets, documents, PID file, and halves of saves.
+
+    Started as the user it serves, takes a link, says what cannot be saved, changes none of these files, and ends.
+    """
+    uid = another_user()
+    home = Home("/tmp/theirs")
+    home.configure(voice=True, saved=[("Old", "http://127.0.0.8:1")])
+    home.write(PREFERENCES, "[General]\nautoStartVoice=true\n")
+    home.write(".ostrelle/secrets.json", "{}")
+    home.write(".ostrelle/voice-agent.pid", "1")
+    Program(home).listens().kill()
+    for name in (".ostrelle/config.json.unfinished", ".ostrelle/secrets.json.new", PREFERENCES + ".new"):
+        home.write(name, "half")
+    folders = [folder for place in (home.path, home.runtime) for folder in [place, *place.rglob("*")] if folder.is_dir()]
+    subprocess.run(["chown", str(uid), *map(str, folders)], check=True)
+    before = {file: file.read_bytes() for file in home.path.rglob("*") if file.is_file()}
+    home.user = uid
+    program = Program(home).listens()
+    send_link(home, link_to(NEW_GATEWAY, "t0ken"))
+    must_serve("among files of root's")
+    time.sleep(3)
+    took = program.end()
+    changed = [file.name for file, content in before.items() if not file.exists() or file.read_bytes() != content]
+    require(not changed, f"Changed: {', '.join(changed)}")
+    told = [line for line in program.output().splitlines() if "not saved" in line]
+    require(len(told) == 2, f"It does not say what was not saved: {program.tail()}")
+    return f"None was changed; {len(told)} lines tell what was not saved; it ended in {took:.1f} s."
+
+
+@row(seconds=60)
 def frozen_first_instance():
     """The running program is stopped (STOP) when a second start comes; then it goes on (CONT).
 
