@@ -1,12 +1,13 @@
 """The desktop"""
 
+import json
 import socket
 import threading
 import time
 
 from row import require, row
-from world import (PREFERENCES, Bus, Home, Program, Screen, freeze, get, is_alive, link_to, must_serve, send_link, thaw,
-                   wait_for)
+from world import (DOCUMENTS, MOMENT, PREFERENCES, Bus, Home, Program, Screen, ctl, document, freeze, get, install_tool, is_alive,
+                   link_to, must_serve, send_link, sessions, thaw, wait_for)
 
 GATEWAY = "http://127.0.0.9:1"
 
@@ -286,3 +287,48 @@ def frozen_tray_host():
     require(wait_for(lambda: home.config()["gateway"]["url"] == GATEWAY, 10), "The link is not taken")
     must_serve("with a frozen tray host")
     return f"The link was taken; it ended in {program.end():.1f} s."
+
+
+@row(seconds=90)
+def crowded_panel():
+    """There are 20,000 agents, 20,000 projects with long texts and five workstreams each, and 20,000 jobs; the panel is open at
+    each of its tabs for 4 s.
+
+    The main thread answers within a moment meanwhile, and the program ends within a moment.
+    """
+    home, screen, bus = desk()
+    crowd = range(20_000)
+    text = "x" * 300
+    streams = [{"id": str(i), "name": text, "status": "done", "progress": 3} for i in range(5)]
+    listing = home.write("sessions", sessions(len(crowd)))
+    jobs = home.write("jobs", json.dumps({"jobs": [
+        {"id": f"j{i}", "name": text, "enabled": True, "schedule": {"kind": "cron", "expr": "* * * * *"}} for i in crowd]}))
+    install_tool("duskrell", f"case \"$1\" in sessions) cat {listing} ;; cron) cat {jobs} ;; esac")
+    home.write(DOCUMENTS["projects"], json.dumps({"version": 1, "updated": "now", "projects": [
+        {"id": f"p{i}", "name": text, "description": text, "status": "active", "progress": 40, "workstreams": streams} for i in crowd]}))
+    program = start(home, screen, bus)
+    require(wait_for(lambda: len((document("cron") or {}).get("jobs", [])) == len(crowd)), "The jobs do not come")
+    before = program.megabytes()
+    screen.open_panel("at first")
+    left, top, _, _ = screen.panel()
+
+    def click(x, y):
+        screen.run("xdotool", "mousemove", str(left + x), str(top + y), "click", "1")
+
+    click(176, 670)  # the setup's "Skip"
+    time.sleep(1)
+    slowest = most = 0
+    for tab in range(5):
+        click(44 + 73 * tab, 30)
+        end = time.monotonic() + 4
+        while time.monotonic() < end:
+            began = time.monotonic()
+            status, told = ctl(home, "gateways")
+            require(status == 0, f"At tab {tab} it is told after {time.monotonic() - began:.1f} s: {told}")
+            slowest = max(slowest, time.monotonic() - began)
+            most = max(most, program.megabytes() - before)
+    require(most > 50, f"{most:+.0f} MB: the panel does not show them")
+    after = program.megabytes() - before
+    took = program.end()
+    require(slowest < MOMENT, f"An answer took {slowest:.1f} s")
+    return f"An answer took {slowest:.1f} s at most; {most:+.0f} MB at most, {after:+.0f} MB at the last tab; it ended in {took:.1f} s."

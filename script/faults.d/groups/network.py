@@ -4,6 +4,7 @@ import contextlib
 import itertools
 import json
 import os
+import re
 import resource
 import socket
 import struct
@@ -12,7 +13,7 @@ import time
 
 from loopback import set_loopback
 from row import NotHere, require, row
-from world import (DOCUMENTS, MOMENT, STATUS_PORT, Home, Program, connections, ctl, exchange, get, install_tool, link_to,
+from world import (DOCUMENTS, MOMENT, STATUS_PORT, VOICE_PORT, Home, Program, connections, ctl, exchange, get, install_tool, link_to,
                    must_serve, send_link, timed_get, wait_for)
 
 MEGABYTE = 1 << 20
@@ -378,12 +379,12 @@ def other_origins():
     return "401 for the simple request, 204 for the preflight, the document for all."
 
 
-class FarMachine:
-    """Another machine's status server, which answers with what play() is given: parts of an answer, sent one after the other."""
+class HostileServer:
+    """Answers with what play() is given: parts of an answer, sent one after the other."""
 
-    def __init__(self):
+    def __init__(self, address, port):
         self.parts = lambda: iter(())
-        self.socket = socket.create_server(("127.0.0.2", STATUS_PORT), backlog=64)
+        self.socket = socket.create_server((address, port), backlog=64)
         threading.Thread(target=self.listen, daemon=True).start()
 
     def play(self, parts):
@@ -413,7 +414,7 @@ def agents(count):
     return b'{"agents":{' + b",".join(b'"a%d":{"status":"active"}' % i for i in range(count)) + b"}}"
 
 
-FAR_ANSWERS = {
+HOSTILE_ANSWERS = {
     "headers a byte a second": lambda: drip(b"HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}"),
     "a body a byte a second": lambda: itertools.chain([HEAD], drip(b'{"agents":{}}' * 9)),
     "headers without end": lambda: itertools.chain([b"HTTP/1.1 200 OK\r\n"], itertools.repeat(b"X: y\r\n" * 10_000)),
@@ -438,12 +439,12 @@ def hostile_far_machine():
     home = Home()
     home.configure(status=18800)
     install_tool("duskrell", "exit 1")
-    far = FarMachine()
+    far = HostileServer("127.0.0.2", STATUS_PORT)
     program = Program(home).listens()
     send_link(home, link_to("http://127.0.0.2:18789", "t0ken"))
     before = program.megabytes()
     longest = most = slowest = 0
-    for name, parts in FAR_ANSWERS.items():
+    for name, parts in HOSTILE_ANSWERS.items():
         far.play(parts)
         told = []
         asker = threading.Thread(target=lambda: told.append(ctl(home, "agents")))
@@ -464,3 +465,40 @@ def hostile_far_machine():
     require(most < 400 and slowest < MOMENT, seen)
     program.end()
     return f"{seen}, {after:+.0f} MB afterwards."
+
+
+VOICE_RUNS = re.compile("^Voice +running", re.MULTILINE)
+
+
+@row(seconds=90)
+def hostile_voice_port():
+    """On the voice agent's port somebody answers in the same ways, each for 4 s, which is two questions; then as an agent does.
+
+    Nobody takes it for an agent; memory stays within 40 MB and comes back to 10, a link is taken meanwhile, and the agent is
+    seen within 4 s.
+    """
+    home = Home()
+    home.configure(voice=True)
+    install_tool("duskrell", "exit 1")
+    voice = HostileServer("127.0.0.1", VOICE_PORT)
+    program = Program(home).listens()
+    before, calm = program.megabytes(), program.rest()
+    most = slowest = 0
+    for name, parts in HOSTILE_ANSWERS.items():
+        voice.play(parts)
+        end = time.monotonic() + 4
+        while time.monotonic() < end:
+            slowest = max(slowest, send_link(home, "ostrelle://nothing"))
+            most = max(most, program.megabytes() - before)
+            require(not VOICE_RUNS.search(ctl(home, "status")[1]), f"It is taken for an agent: {name}")
+            time.sleep(0.1)
+    voice.play(lambda: [HEAD, b'{"state":"listening"}'])
+    seen = wait_for(lambda: VOICE_RUNS.search(ctl(home, "status")[1]), 4, 0.3)
+    require(seen, "The agent is not seen")
+    wait_for(lambda: program.megabytes() - before < 10, 10, 0.5)
+    after, descriptors = program.megabytes() - before, program.calm_descriptors(calm + 4)
+    seen = (f"A link took {slowest:.1f} s at most; {most:+.0f} MB at most, {after:+.1f} MB afterwards; {descriptors} descriptors, "
+            f"{calm} before.")
+    require(most < 40 and after < 10 and slowest < MOMENT and descriptors <= calm + 4, seen)
+    program.end()
+    return seen
