@@ -7,8 +7,8 @@ import threading
 import time
 
 from row import require, row
-from world import (DOCUMENTS, GATEWAY_PORT, TOOLS, Gateway, Home, Listener, Program, ctl, document, install_gateway_tool,
-                   install_tool, is_alive, must_serve, sessions, wait_for)
+from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, TOOLS, Gateway, Home, Listener, Program, ctl, document,
+                   install_gateway_tool, install_tool, is_alive, must_serve, send_link, sessions, wait_for)
 
 SYNC = 30  # seconds between two passes over the gateway's tool
 POLL = 3  # seconds between two questions to the gateway
@@ -286,6 +286,37 @@ def flooding_tool():
     require(most - before < 150 and after - before < 10, f"{most - before:.0f} MB more, {after - before:.0f} MB of them stay")
     program.end()
     return f"{most - before:+.0f} MB at most, {after - before:+.1f} MB afterwards; the old document stayed."
+
+
+@row(seconds=90)
+def endless_lines():
+    """The gateway's tool, the Tailscale tool and the user's login shell, which the setup asks, print one line without end.
+
+    Memory stays within 150 MB and comes back to 10 once they are ended; a link is taken meanwhile; no more than 30 processes at a
+    time; the program ends within a moment and leaves none.
+    """
+    home = Home()
+    home.configure()
+    endless = "exec tr '\\0' x < /dev/zero"
+    for tool in ("duskrell", "tailscale"):
+        install_tool(tool, endless)
+    home.write(".bash_profile", endless)
+    program = Program(home).listens()
+    before = program.megabytes()
+    most = slowest = processes = 0
+    end = time.monotonic() + 20
+    while time.monotonic() < end:
+        slowest = max(slowest, send_link(home, "ostrelle://nothing"))
+        most, processes = max(most, program.megabytes() - before), max(processes, len(program.children()))
+        time.sleep(0.1)
+    wait_for(lambda: program.megabytes() - before < 10, 30, 0.2)
+    after, children = program.megabytes() - before, program.children()
+    took = program.end()
+    require(wait_for(lambda: not any(map(is_alive, children)), 3), "Something lives on")
+    seen = (f"{most:+.0f} MB at most, {after:+.1f} MB afterwards; a link took {slowest:.1f} s at most; {processes} processes at most; "
+            f"it ended in {took:.1f} s.")
+    require(most < 150 and after < 10 and slowest < MOMENT and processes <= 30, seen)
+    return seen
 
 
 def lying_tool(modes):
