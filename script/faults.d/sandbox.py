@@ -31,7 +31,7 @@ def cover(place, mode):
     mount("-t", "tmpfs", "-o", f"mode={mode},size=2g", "none", place)
     if PROJECT.is_relative_to(place):
         PROJECT.mkdir(parents=True)
-        mount("--bind", f"/proc/self/fd/{project}", str(PROJECT))
+        mount("--no-canonicalize", "--bind", f"/proc/{os.getpid()}/fd/{project}", str(PROJECT))
     os.close(project)
 
 

@@ -9,6 +9,7 @@ import resource
 import signal
 import socket
 import subprocess
+import sys
 import time
 
 from row import FallsShort, require
@@ -241,6 +242,13 @@ def link_to(url, token=None):
     return f"ostrelle://config?gatewayBaseURL={url}" + (f"&token={token}" if token else "")
 
 
+def ctl(home, *arguments, text=""):
+    """What ostrellectl, with these arguments, was told by the running program: its status and its words."""
+    told = subprocess.run([str(BUILD / "ostrellectl"), *arguments], env=home.environment(), input=text, capture_output=True,
+                          text=True, timeout=PATIENCE)
+    return told.returncode, (told.stdout + told.stderr).strip()
+
+
 def exchange(request, port=STATUS_PORT, seconds=10, address="127.0.0.1"):
     """Everything that the server answers until it closes."""
     with socket.create_connection((address, port), seconds) as client:
@@ -365,8 +373,11 @@ class Bus:
 
     def start(self):
         self.socket.unlink(missing_ok=True)
-        self.process = spawn(["dbus-daemon", "--config-file", str(self.configuration), "--nofork"], self.home)
-        require(wait_for(self.socket.exists), "The bus does not start")
+        self.process = spawn(["dbus-daemon", "--config-file", str(self.configuration), "--nofork", "--print-address"], self.home,
+                             stdout=subprocess.PIPE, text=True)
+        # With the bus's identity in it, as many sessions hand it on.
+        self.full_address = self.process.stdout.readline().strip()
+        require(self.full_address, "The bus does not start")
 
     def stop(self):
         self.process.kill()
@@ -382,10 +393,10 @@ class Bus:
             env=self.environment(), capture_output=True, text=True, timeout=PATIENCE)
         return "true" in answer.stdout
 
-    def start_keyring(self, unlocked=True):
+    def start_keyring(self, unlocked=True, **variables):
         options = ["--unlock"] if unlocked else []
         self.keyring = spawn(["gnome-keyring-daemon", "--foreground", "--components=secrets", *options],
-                             env=self.environment(), stdin=subprocess.PIPE)
+                             env={**self.environment(), **variables}, stdin=subprocess.PIPE)
         if unlocked:
             self.keyring.stdin.write(b"test password")
         self.keyring.stdin.close()
@@ -395,6 +406,20 @@ class Bus:
         self.keyring.kill()
         self.keyring.wait()
         wait_for(lambda: not self.has("org.freedesktop.secrets"))
+
+    def start_tray_host(self):
+        """A host of the kind that lives on the bus, and the file in which it writes who has registered an icon."""
+        icons = self.home.runtime / f"icons-{time.monotonic_ns()}"
+        with open(icons, "wb") as log:
+            spawn([sys.executable, "-B", str(PROJECT / "script/faults.d/trayhost.py")], env=self.environment(), stdout=log)
+        require(wait_for(lambda: self.has("org.kde.StatusNotifierWatcher")), "The tray host does not start")
+        return icons
+
+    def lock_keyring(self):
+        subprocess.run(["gdbus", "call", "--session", "--dest", "org.freedesktop.secrets", "--object-path",
+                        "/org/freedesktop/secrets", "--method", "org.freedesktop.Secret.Service.Lock",
+                        "['/org/freedesktop/secrets/collection/login']"],
+                       env=self.environment(), check=True, capture_output=True)
 
     def token(self, url):
         """What the keyring keeps for a gateway; None for nothing."""

@@ -132,6 +132,7 @@ void prepareProgram()
 {
     prepareProcess();
     ensureHome();
+    acceptAnyBusAtItsAddress();
     TerminationSignals::watch(patienceForMainThread, &endWithoutMainThread);
     logMessagesOfLibraries();
 }

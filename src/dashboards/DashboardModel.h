@@ -2,6 +2,7 @@
 
 #include "core/BackgroundWork.h"
 #include "core/WhenDone.h"
+#include "platform/Heap.h"
 #include "settings/Settings.h"
 
 #include <QObject>
@@ -49,7 +50,11 @@ protected:
             return;
         }
         using Result = std::shared_ptr<const std::invoke_result_t<Work>>;
-        const auto load = [work, pass] { return freedInBackground(work()); };
+        const auto load = [work, pass] {
+            const auto result = freedInBackground(work());
+            trimHeap(); // another machine may have sent very much
+            return result;
+        };
         whenDone(QtConcurrent::run(&userInitiatedPool(), load), this,
                  [this, publish](const Result &result) {
                      publish(result);
@@ -62,7 +67,10 @@ private:
     static std::shared_ptr<const Value> freedInBackground(Value value)
     {
         return {new Value(std::move(value)), [](const Value *unused) {
-                    utilityPool().start([owned = std::shared_ptr<const Value>(unused)] {});
+                    utilityPool().start([owned = std::shared_ptr<const Value>(unused)]() mutable {
+                        owned.reset();
+                        trimHeap();
+                    });
                 }};
     }
 

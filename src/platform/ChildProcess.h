@@ -38,8 +38,9 @@ struct ChildOptions {
     // Gets the output piece by piece as it arrives, on the calling thread, in place of the result;
     // it may then be of any size.
     std::function<void(const QByteArray &piece)> onOutput = nullptr;
-    // A child that writes more is killed, so that a flood cannot fill the memory.
-    qsizetype maxOutputBytes = qsizetype{64} * 1024 * 1024;
+    // A child that writes more is killed, so that a flood cannot fill the memory. Far beyond any
+    // list of sessions, jobs or devices.
+    qsizetype maxOutputBytes = qsizetype{16} * 1024 * 1024;
     // Whether those who still hold the child's output when it has ended are killed, after a second
     // to end by themselves. What the child started apart from its output, a service say, lives on.
     bool killLeftovers = false;

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QTime>
 
+#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <csignal>
@@ -163,6 +164,35 @@ private:
     qint64 m_dropped = 0;
 };
 
+// What a library says with every save, say, is told once, and again after much else.
+class ToldMessages
+{
+public:
+    static bool isNew(const QString &message)
+    {
+        static NeverDestroyed<ToldMessages> told;
+        return told.object().add(message);
+    }
+
+private:
+    bool add(const QString &message)
+    {
+        constexpr std::size_t most = 64;
+        const std::scoped_lock lock(m_mutex);
+        if (std::ranges::find(m_messages, message) != m_messages.end()) {
+            return false;
+        }
+        m_messages.push_back(message);
+        if (m_messages.size() > most) {
+            m_messages.pop_front();
+        }
+        return true;
+    }
+
+    std::mutex m_mutex;
+    std::deque<QString> m_messages; // protected by m_mutex
+};
+
 } // namespace
 
 void logLine(const QString &line)
@@ -172,14 +202,16 @@ void logLine(const QString &line)
 
 void logMessagesOfLibraries()
 {
-    qInstallMessageHandler(
-        [](QtMsgType type, const QMessageLogContext &context, const QString &message) {
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context,
+                              const QString &message) {
+        if (ToldMessages::isNew(message)) {
             Printer::instance().add(
                 {STDERR_FILENO, qFormatLogMessage(type, context, message).toLocal8Bit() + '\n'});
-            if (type == QtFatalMsg) {
-                static_cast<void>(finishLog(std::chrono::milliseconds(100))); // it ends with this
-            }
-        });
+        }
+        if (type == QtFatalMsg) {
+            static_cast<void>(finishLog(std::chrono::milliseconds(100))); // it ends with this
+        }
+    });
 }
 
 void onlyRememberLog()

@@ -14,7 +14,7 @@ namespace ostrelle
 // they are dropped and counted. Any thread.
 void logLine(const QString &line);
 
-// The same for what the libraries have to say, on standard error.
+// The same for what the libraries have to say, on standard error; what they repeat is told once.
 void logMessagesOfLibraries();
 
 // From now on nothing is printed.

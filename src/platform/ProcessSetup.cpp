@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <malloc.h>
 #include <pwd.h>
+#include <string>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -83,6 +85,19 @@ void ensureHome()
     }
     if (const passwd *user = ::getpwuid(::getuid()); user != nullptr) {
         ::setenv("HOME", user->pw_dir, 1);
+    }
+}
+
+void acceptAnyBusAtItsAddress()
+{
+    constexpr const char *variable = "DBUS_SESSION_BUS_ADDRESS";
+    constexpr std::string_view identity = ",guid=";
+    const char *value = std::getenv(variable);
+    std::string address = value != nullptr ? value : "";
+    for (auto begin = address.find(identity); begin != std::string::npos;
+         begin = address.find(identity)) {
+        address.erase(begin, address.find_first_of(",;", begin + 1) - begin);
+        ::setenv(variable, address.c_str(), 1);
     }
 }
 

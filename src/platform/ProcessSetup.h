@@ -13,6 +13,11 @@ void prepareProcess();
 // there are threads.
 void ensureHome();
 
+// Takes the bus's identity out of the session bus's address: a bus that has ended and comes back
+// there is another one, which no library would take for the one that it was told of. Before there
+// are threads.
+void acceptAnyBusAtItsAddress();
+
 // Undoes prepareProcess(), unblocks every signal and keeps what this program has open from the
 // child; for a child process between fork and exec. Async-signal-safe.
 void restoreForChild() noexcept;

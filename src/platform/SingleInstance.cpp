@@ -5,6 +5,7 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QLocalSocket>
+#include <QSet>
 #include <QThread>
 
 #include <cerrno>
@@ -80,9 +81,12 @@ bool SingleInstance::becomeFirst()
 
 SingleInstance::Role SingleInstance::claim(const QByteArray &message)
 {
-    // Whoever answers is there, also where its lock is gone, with the folder that it was in.
-    if (handOver(instanceSocket(), message) == Role::HandedOver) {
-        return Role::HandedOver;
+    // Whoever answers is there, also where its lock is gone, with the folder that it was in, or was
+    // never to be had, on a disk without locks.
+    for (const QString &socket : QSet{instanceSocket(), socketToldBy(m_lockFile)}) {
+        if (handOver(socket, message) == Role::HandedOver) {
+            return Role::HandedOver;
+        }
     }
     const QDeadlineTimer deadline(answerMilliseconds);
     while (true) {

@@ -49,6 +49,17 @@ public:
         contexts.push_back(context);
     }
 
+    // What waits in them: that a connection has ended, for instance, which is held until then.
+    static void deliver()
+    {
+        auto &[mutex, contexts] = instance();
+        const std::scoped_lock lock(mutex);
+        for (GMainContext *const context : contexts) {
+            while (g_main_context_iteration(context, FALSE)) {
+            }
+        }
+    }
+
 private:
     struct Content {
         std::mutex mutex;
@@ -79,7 +90,9 @@ std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus()
         return std::unexpected(waited ? BusProblem::NoAnswer : BusProblem::Missing);
     }
     if (g_dbus_connection_is_closed(connection.get())) {
-        return std::unexpected(BusProblem::Missing); // gone, and still held by somebody
+        // Nobody gets another one as long as somebody holds this.
+        IdleContexts::deliver();
+        return std::unexpected(BusProblem::Missing);
     }
     // By default GLib ends the whole process together with the bus.
     g_dbus_connection_set_exit_on_close(connection.get(), FALSE);

@@ -1,5 +1,7 @@
 #include "tracker/AgentStatus.h"
 
+#include "tracker/RecordReader.h"
+
 #include <cmath>
 
 namespace ostrelle
@@ -104,7 +106,11 @@ std::expected<JsonObject, QString> readAgentEntries(std::string_view text)
     if (!document) {
         return std::unexpected(document.error());
     }
-    return objectOrEmpty(objectOrEmpty(*document)["agents"]);
+    auto entries = objectOrEmpty(objectOrEmpty(*document)["agents"]);
+    if (entries.members().size() > mostRecords) {
+        return std::unexpected(u"agents: more than %1"_s.arg(mostRecords));
+    }
+    return entries;
 }
 
 TopologyEntry readTopologyEntry(const JsonMember &entry)

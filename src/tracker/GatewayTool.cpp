@@ -16,9 +16,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// Far beyond any list of sessions or jobs.
-constexpr qsizetype maxOutputBytes = qsizetype{16} * 1024 * 1024;
-
 QString decodeUtf8(const QByteArray &bytes)
 {
     // Keeps a byte order mark: the text is passed on as it came.
@@ -57,10 +54,7 @@ QString GatewayTool::runCommand(const QString &program, const QStringList &args,
     const auto result = runChild({.program = program,
                                   .arguments = args,
                                   .environment = toolEnvironment(toolSearchPath(program))},
-                                 {.killAfter = m_deadline,
-                                  .maxOutputBytes = maxOutputBytes,
-                                  .killLeftovers = true,
-                                  .stop = stop});
+                                 {.killAfter = m_deadline, .killLeftovers = true, .stop = stop});
     return result ? decodeUtf8(result->output) : QString();
 }
 

@@ -22,6 +22,8 @@ const JsonArray &emptyArray()
 
 } // namespace
 
+const QString RecordReader::tooMany = u"more than %1"_s.arg(mostRecords);
+
 RecordReader::RecordReader(const JsonValue &value, QString place, std::optional<QString> &problem)
     : m_object(value.object() != nullptr ? value.object() : &emptyObject())
     , m_place(std::move(place))

@@ -7,6 +7,10 @@
 namespace ostrelle
 {
 
+// A document with more agents, jobs or projects counts as unreadable: it would take gigabytes, and
+// nobody could look through them.
+constexpr std::size_t mostRecords = 100'000;
+
 // Reads a typed record from an object. A member that is missing or of another type makes the whole
 // document unreadable; the first such problem is kept, with its place: "projects[2].description:
 // missing".
@@ -29,6 +33,10 @@ public:
     {
         QList<Item> items;
         const JsonArray &elements = array(name);
+        if (elements.size() > mostRecords) {
+            report(name, tooMany);
+            return items;
+        }
         items.reserve(static_cast<qsizetype>(elements.size()));
         for (const JsonValue &element : elements) {
             items.append(readItem(element, placeOf(name, items.size())));
@@ -41,6 +49,8 @@ private:
     QString placeOf(std::string_view name) const;
     QString placeOf(std::string_view name, qsizetype index) const;
     void report(std::string_view name, const QString &expected) const;
+
+    static const QString tooMany;
 
     const JsonObject *m_object;
     const QString m_place;

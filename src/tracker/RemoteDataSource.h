@@ -26,8 +26,9 @@ class RemoteDataSource
 public:
     RemoteDataSource() = delete;
 
-    // A peer that sends more is given up.
-    static constexpr qsizetype maxBodyBytes = qsizetype{64} * 1024 * 1024;
+    // A peer that sends more is given up. It is what a gateway's tool may print there, and what it
+    // becomes here may be twenty times as much.
+    static constexpr qsizetype maxBodyBytes = qsizetype{16} * 1024 * 1024;
 
     // True unless the gateway's URL contains "127.0.0.1" or "localhost", in this letter case.
     static bool isRemote(const OstrelleConfig &config);

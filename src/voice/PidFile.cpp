@@ -8,7 +8,6 @@
 #include <QFileInfo>
 
 #include <atomic>
-#include <cerrno>
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
@@ -32,32 +31,22 @@ namespace
 constexpr std::size_t maxPidFileBytes = 4096;
 
 // A process that a signal can be sent to. The descriptor means this one process for good, whoever
-// gets its number later. When too many descriptors are open, the number has to do.
+// gets its number later. Where none can be had nothing is sent: a number alone may by the time of
+// the last signal be a stranger's.
 class Target
 {
 public:
     explicit Target(pid_t pid)
-        : m_pid(pid)
-        , m_process(::pidfd_open(pid, 0))
-        , m_isGone(!m_process && errno == ESRCH)
+        : m_process(::pidfd_open(pid, 0))
     {
     }
 
-    bool isGone() const { return m_isGone; }
+    bool isThere() const { return bool(m_process); }
 
-    void send(int signal) const
-    {
-        if (m_process) {
-            ::pidfd_send_signal(m_process.get(), signal, nullptr, 0);
-        } else if (!m_isGone) {
-            ::kill(m_pid, signal);
-        }
-    }
+    void send(int signal) const { ::pidfd_send_signal(m_process.get(), signal, nullptr, 0); }
 
 private:
-    pid_t m_pid;
     Descriptor m_process;
-    bool m_isGone;
 };
 
 // Processes that were asked to end and have some time to do so. At exit nobody waits for that.
@@ -198,7 +187,7 @@ void killFromPidFile(const QString &path, std::chrono::milliseconds grace)
     if (!pid) {
         return;
     }
-    if (Target target(*pid); !target.isGone() && !isStranger(*pid, written)) {
+    if (Target target(*pid); target.isThere() && !isStranger(*pid, written)) {
         target.send(SIGTERM);
         PendingKills::instance().add(std::move(target), grace);
     }

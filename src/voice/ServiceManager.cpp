@@ -2,7 +2,7 @@
 
 #include "core/BackgroundWork.h"
 #include "core/LegacyAgent.h"
-#include "platform/ChildProcess.h"
+#include "core/WhenDone.h"
 #include "platform/Log.h"
 #include "platform/PrivateLog.h"
 #include "settings/SettingsQueues.h"
@@ -11,6 +11,7 @@
 
 #include <QProcess>
 #include <QTimer>
+#include <QtConcurrentRun>
 
 #include <ctime>
 #include <utility>
@@ -119,22 +120,40 @@ void ServiceManager::startVoice()
         m_startsAgain = m_isStopping;
         return;
     }
-    const auto command = voiceAgentCommand(m_config.voice.venvPath, m_surroundings.resources);
-    m_startProblem = command ? QString() : command.error();
-    if (!command) {
-        log(m_startProblem);
-        return;
+    m_startProblem = QString();
+    if (!std::exchange(m_isLooking, true)) {
+        lookForAgent();
     }
-    m_voiceProcess = new QProcess(this);
-    m_voiceProcess->setProgram(command->program);
-    m_voiceProcess->setArguments(command->arguments);
-    m_voiceProcess->setProcessEnvironment(*command->environment);
-    m_voiceProcess->setWorkingDirectory(command->workingDirectory);
-    launch(m_voiceProcess);
 }
 
-void ServiceManager::launch(QProcess *process)
+void ServiceManager::lookForAgent()
 {
+    const auto look = [venv = m_config.voice.venvPath, resources = m_surroundings.resources] {
+        return voiceAgentCommand(venv, resources);
+    };
+    const auto found = [this](const std::expected<ChildCommand, QString> &command) {
+        m_isLooking = false;
+        if (m_userStoppedVoice) {
+            return;
+        }
+        if (command) {
+            launch(*command);
+        } else {
+            log(command.error());
+            m_startProblem = command.error();
+        }
+    };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this, found);
+}
+
+void ServiceManager::launch(const ChildCommand &command)
+{
+    auto *const process = new QProcess(this);
+    m_voiceProcess = process;
+    process->setProgram(command.program);
+    process->setArguments(command.arguments);
+    process->setProcessEnvironment(*command.environment);
+    process->setWorkingDirectory(command.workingDirectory);
     const Descriptor agentLog = openPrivateLog(m_surroundings.logFile);
     prepareChild(*process, agentLog ? std::optional(agentLog.get()) : std::nullopt);
     process->setStandardInputFile(QProcess::nullDevice());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ChildProcess.h"
 #include "platform/Paths.h"
 #include "settings/OstrelleConfig.h"
 #include "settings/Preferences.h"
@@ -46,6 +47,7 @@ class ServiceManager : public QObject
     Q_PROPERTY(bool voiceRunning READ voiceRunning WRITE setVoiceRunning NOTIFY voiceRunningChanged
                    BINDABLE bindableVoiceRunning)
     Q_PROPERTY(bool voiceEnabled READ voiceEnabled WRITE setVoiceEnabled NOTIFY voiceEnabledChanged)
+    Q_PROPERTY(QString startProblem READ startProblem NOTIFY startProblemChanged)
     Q_PROPERTY(bool userStoppedVoice READ userStoppedVoice WRITE setUserStoppedVoice NOTIFY
                    userStoppedVoiceChanged BINDABLE bindableUserStoppedVoice)
 
@@ -64,13 +66,13 @@ public:
     // Starts the agent when it is enabled and the user wants it started automatically.
     void startAll();
 
-    // Returns at once; `voiceRunning` tells when the agent has come up. What is missing and what
-    // goes wrong is told in the log. While the agent is being stopped, the wish is remembered: it
-    // starts when the old one has ended.
+    // Returns at once, for the agent may be on a disk that hangs; `voiceRunning` tells when it has
+    // come up. What is missing and what goes wrong is told in the log. While the agent is being
+    // stopped, the wish is remembered: it starts when the old one has ended.
     Q_INVOKABLE void startVoice();
 
-    // What the last start lacked, for people; empty when it lacked nothing.
-    const QString &startProblem() const { return m_startProblem; }
+    // What the last start lacked, for people; empty when it lacked nothing, or is not known yet.
+    QString startProblem() const { return m_startProblem; }
 
     // Asks the agent and what it has started to end and kills them after 3 seconds. Returns at
     // once; `voiceRunning` tells when it has ended.
@@ -106,9 +108,11 @@ Q_SIGNALS:
     void voiceRunningChanged();
     void voiceEnabledChanged();
     void userStoppedVoiceChanged();
+    void startProblemChanged();
 
 private:
-    void launch(QProcess *process);
+    void lookForAgent();
+    void launch(const ChildCommand &command);
     void handleStart(const QProcess &process);
     void handleLaunchFailure(QProcess *process);
     void handleEnd(QProcess *process);
@@ -128,7 +132,10 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(ServiceManager, bool, m_userStoppedVoice, false,
                                          &ServiceManager::userStoppedVoiceChanged)
 
-    QString m_startProblem;
+    Q_OBJECT_BINDABLE_PROPERTY(ServiceManager, QString, m_startProblem,
+                               &ServiceManager::startProblemChanged)
+
+    bool m_isLooking = false;           // for the agent, before its launch
     QProcess *m_voiceProcess = nullptr; // a child object; set from the launch to the end
     bool m_isStopping = false;          // the agent was asked to end, and has not
     bool m_startsAgain = false;         // once it has

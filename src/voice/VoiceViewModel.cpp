@@ -76,6 +76,10 @@ VoiceViewModel::VoiceViewModel(ServiceManager *serviceManager, qint64 controlPor
     m_restartPause.setSingleShot(true);
     m_restartPause.setInterval(restartPause);
     connect(&m_restartPause, &QTimer::timeout, this, &VoiceViewModel::start);
+    if (m_serviceManager) {
+        connect(m_serviceManager, &ServiceManager::startProblemChanged, this,
+                [this] { m_startProblem = m_serviceManager->startProblem(); });
+    }
     pollStatus();
     m_pollTimer.start(m_polling.interval);
 }
@@ -97,7 +101,6 @@ void VoiceViewModel::start()
         m_controlPort.postAction(u"start"_s);
     } else if (m_serviceManager) {
         m_serviceManager->startVoice();
-        m_startProblem = m_serviceManager->startProblem();
     }
 }
 

@@ -160,6 +160,9 @@ private Q_SLOTS:
             u"projects[0].workstreams[0]: not an object"_s);
         row("projects are an object", R"("projects":[)", R"("projects":{},"x":[)",
             u"projects: not an array"_s);
+        row("projects without number", R"("projects":[)",
+            R"("projects":[)" + QByteArray("1,").repeated(100'000),
+            u"projects: more than 100000"_s);
     }
 
     void projects()

@@ -1,17 +1,20 @@
 """Time"""
 
 import os
-import signal
 import threading
 import time
 from datetime import datetime
 
 from faketime import Clock
+from groups.voice import home_with_agent, numbers
 from row import require, row
-from world import (DOCUMENTS, PREFERENCES, Gateway, Home, Program, document, get, install_tool, must_serve, sessions, wait_for)
+from world import (DOCUMENTS, PREFERENCES, Bus, Gateway, Home, Program, Screen, document, freeze, get, install_tool, is_alive,
+                   link_to, must_serve, send_link, sessions, thaw, wait_for)
 
 DAY = 24 * 3600
 SYNC = 30
+GATEWAY = "http://127.0.0.1:18789"
+STOP = int(os.environ.get("STOP_SECONDS", 20))
 
 
 def shifted(seconds):
@@ -71,30 +74,45 @@ def clock_of_the_epoch():
     return f"It served the new document; it ended in {program.end():.1f} s."
 
 
-@row(seconds=120)
+@row(seconds=100 + STOP)
 def stopped_for_an_hour():
-    """The program is stopped (STOP) for 20 s while its clock goes an hour forward; then it goes on (CONT).
+    """The program is stopped (STOP) with its panel open and a voice agent that prints; its clock goes an hour forward while 20 s
+    pass (`STOP_SECONDS=3600 script/faults stopped-for` stops it for the whole hour); then it goes on (CONT).
 
-    It answers at once, polls go on, and descriptors are what they were.
+    It answers at once, polls go on, a token gets into the keyring, panel, icon and agent are there, and descriptors are what
+    they were.
     """
-    home = Home()
-    home.configure()
+    home = home_with_agent("exec sh -c 'while :; do date; sleep 0.1; done'")
+    home.write(PREFERENCES, "[General]\nautoStartVoice=true\nprojectTrackingEnabled=true\nsetupWasShown=true\n")
     home.play(record=True)
     install_tool("duskrell", "exit 1")
+    screen, bus = Screen(home), Bus(home)
+    screen.start_tray_host()
+    bus.start_keyring()
     gateway = Gateway(home)
     clock = Clock(home)
-    program = Program(home, **clock.variables()).listens()
+    session = {**clock.variables(), "DISPLAY": screen.name, "DBUS_SESSION_BUS_ADDRESS": bus.address}
+    program = Program(home, **session).listens()
     gateway.must_be_asked("at the start", 12)
+    send_link(home, link_to(GATEWAY, "before"), **session)
+    screen.open_panel("at first")
+    require(wait_for(lambda: numbers(home)), "The agent does not start")
     calm = program.rest()
-    os.kill(program.pid, signal.SIGSTOP)
-    clock.shift(3600)
-    time.sleep(20)
-    os.kill(program.pid, signal.SIGCONT)
+    freeze(program.process)
+    clock.shift(3600 - STOP)
+    time.sleep(STOP)
+    thaw(program.process)
     took = must_serve("after an hour's stop")
     polled = gateway.must_be_asked("after an hour's stop", 12)
+    send_link(home, link_to(GATEWAY, "after"), **session)
+    require(wait_for(lambda: bus.token(GATEWAY) == "after"), "The keyring does not get a token")
+    screen.close_panel()
+    screen.open_panel("after an hour's stop")
+    require(list(map(is_alive, numbers(home))) == [True], f"{len(numbers(home))} agents were started, or it is gone")
     after = program.calm_descriptors(calm + 3)
     require(after <= calm + 3, f"{after} descriptors, {calm} before")
-    return f"/health took {took * 1000:.0f} ms, the gateway was asked after {polled:.1f} s; it ended in {program.end():.1f} s."
+    return (f"Stopped for {STOP} s. /health took {took * 1000:.0f} ms, the gateway was asked after {polled:.1f} s; "
+            f"{after} descriptors, {calm} before; it ended in {program.end():.1f} s.")
 
 
 @row(seconds=60)
@@ -109,13 +127,13 @@ def clients_of_a_stopped_program():
     home.write(DOCUMENTS["status"], '{"agents":{}}')
     program = Program(home).listens()
     require(document("status"), "No document")
-    os.kill(program.pid, signal.SIGSTOP)
+    freeze(program.process)
     answers = []
     threads = [threading.Thread(target=lambda: answers.append(get("/status", seconds=30)[0])) for _ in range(300)]
     for thread in threads:
         thread.start()
     time.sleep(15)
-    os.kill(program.pid, signal.SIGCONT)
+    thaw(program.process)
     for thread in threads:
         thread.join()
     require(answers.count(200) == 300, f"{answers.count(200)} of 300 were answered")

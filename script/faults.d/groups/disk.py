@@ -249,9 +249,9 @@ def home_gone_and_back():
     return f"It served without a home; all three documents were there {took:.0f} s after it was back."
 
 
-def hold_calls_on(file, seconds, program=None):
-    """The options that let every system call on the file take so long."""
-    return ["strace", "-f", "-qq", "-o", "/dev/null", "-P", str(file), "-e", f"inject=all:delay_enter={seconds}s",
+def hold_calls_on(file, seconds, program=None, calls="all"):
+    """The options that let system calls on the file take so long."""
+    return ["strace", "-f", "-qq", "-o", "/dev/null", "-P", str(file), "-e", f"inject={calls}:delay_enter={seconds}s",
             *(["-p", str(program.pid)] if program else ["-D"])]
 
 
@@ -357,6 +357,50 @@ def strange_documents():
     require(document("status") == {"agents": {}}, "A good file is not served afterwards")
     program.end()
     return f"404 each time, after {slowest * 1000:.0f} ms at most; then the good file."
+
+
+STRANGE_FILES = {
+    "a pipe": os.mkfifo,
+    "a folder": os.mkdir,
+    "a device": lambda path: os.symlink("/dev/zero", path),
+    "a link to itself": lambda path: os.symlink(path, path),
+    "100 MB of nothing": lambda path: (path.touch(), os.truncate(path, 100 << 20)),
+    "100 MB of braces": lambda path: path.write_bytes(b'{"a":' * (20 << 20)),
+}
+
+
+@row(seconds=110)
+def strange_files():
+    """Each file that the program reads (configuration, preferences, secrets, the gateway's own settings, the session log, the
+    lock) is a pipe, a folder, a device, a link to itself, 100 MB of nothing or of braces at the start.
+
+    It listens within a moment, answers for the history, keeps 40 MB at most, takes a link, and ends within a moment.
+    """
+    names = (".ostrelle/config.json", PREFERENCES, ".ostrelle/secrets.json", ".duskrell/duskrell.json",
+             ".duskrell/agents/main/sessions/one.jsonl", ".ostrelle/run/ostrelle.lock")
+    slowest = most = 0
+    install_tool("duskrell", "exit 1")
+    for name in names:
+        for kind, make in STRANGE_FILES.items():
+            home = Home(f"/tmp/home-{name.rpartition('/')[2]}-{kind}".replace(" ", "-"))
+            home.configure()
+            file = home.file(name)
+            file.parent.mkdir(mode=0o700, parents=True, exist_ok=True)
+            file.unlink(missing_ok=True)
+            make(file)
+            what = f"with {name} as {kind}"
+            program = Program(home)
+            require(wait_for(lambda: get("/health")[0] == 200, 5), f"It does not serve {what}: {program.tail()}")
+            slowest = max(slowest, time.monotonic() - program.began)
+            require(get("/history", seconds=5)[0] in (200, 401, 404), f"No answer for the history {what}")
+            send_link(home, link_to(NEW_GATEWAY, "t0ken"))
+            time.sleep(0.3)
+            most = max(most, program.megabytes())
+            must_serve(what)
+            program.end()
+            subprocess.run(["rm", "-rf", str(home.path)], check=True)
+    require(slowest < MOMENT and most < 40, f"Up after {slowest:.1f} s at most, {most:.0f} MB at most")
+    return f"{len(names) * len(STRANGE_FILES)} starts: up after {slowest:.1f} s at most, {most:.0f} MB at most."
 
 
 @row(seconds=30, quick=True)

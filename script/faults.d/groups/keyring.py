@@ -4,8 +4,9 @@ import json
 import subprocess
 import time
 
+from prompter import Prompter
 from row import require, row
-from world import Bus, Home, Program, freeze, get, link_to, must_serve, send_link, thaw, wait_for
+from world import Bus, Home, Program, ctl, freeze, get, link_to, must_serve, send_link, thaw, wait_for
 
 GATEWAY = "http://127.0.0.9:1"
 SECRETS = ".ostrelle/secrets.json"
@@ -96,15 +97,45 @@ def locked_keyring():
     """
     home, bus = session()
     start(home, bus, link_to("http://127.0.0.8:1", "first")).end()
-    subprocess.run(["gdbus", "call", "--session", "--dest", "org.freedesktop.secrets", "--object-path", "/org/freedesktop/secrets",
-                    "--method", "org.freedesktop.Secret.Service.Lock", "['/org/freedesktop/secrets/collection/login']"],
-                   env=bus.environment(), check=True, capture_output=True)
+    bus.lock_keyring()
     program = start(home, bus)
     send(home, bus, GATEWAY, "sEcReT-three")
     require(program.wait_for("Token not saved", 15), "No line says that it was not saved")
     must_be_nowhere(home, "sEcReT-three", program)
     took = program.end()
     return f"In no file; the log says: {program.wait_for('Token not saved')}. It ended in {took:.1f} s."
+
+
+@row(seconds=60)
+def dismissed_prompt():
+    """The keyring (a real one) is locked when a token is set, and the user dismisses its prompt, twice; the third time he
+    gives the password.
+
+    He is asked once each time and never in between, is told each time that the token was not kept, the older token stays in
+    use, and the third one is in the keyring.
+    """
+    home, bus = session(keyring=False)
+    home.configure(gateway=GATEWAY)
+    user = Prompter(bus)
+    bus.start_keyring(**user.variables)
+    program = start(home, bus, link_to(GATEWAY, "first"))
+    saved = wait_for(lambda: bus.token(GATEWAY) == "first" and bus.token("_active_") == "first")
+    require(saved, "The keyring does not have the first token")
+    require(get("/history", headers="Authorization: Bearer first\r\n")[0] == 200, "The first token is not in use")
+    bus.lock_keyring()
+    for turn in (1, 2):
+        user.will("cancel")
+        told = ctl(home, "token", "set", text=f"sEcReT-{turn}")
+        require(told[0] and "Token not saved" in told[1], f"It is told that {told[1]}")
+        time.sleep(7)  # two polls, each of which may want the token
+        require(user.prompts() == turn, f"{user.prompts()} prompts for {turn} attempts")
+        must_serve("with a locked keyring")
+    must_be_nowhere(home, "sEcReT", program)
+    require(get("/history", headers="Authorization: Bearer first\r\n")[0] == 200, "The first token is no longer in use")
+    user.will("test password")
+    require(ctl(home, "token", "set", text="third")[0] == 0, "The token is not kept though the user gives the password")
+    require(bus.token(GATEWAY) == "third", "The keyring does not have the third token")
+    return f"{user.prompts()} prompts in all. He was told: {told[1]}. It ended in {program.end():.1f} s."
 
 
 @row(seconds=120)

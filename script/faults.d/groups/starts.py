@@ -10,7 +10,7 @@ import subprocess
 import time
 
 from row import NotHere, require, row
-from world import (BUILD, DOCUMENTS, MOMENT, Home, Program, get, install_tool, is_alive, link_to, must_serve,
+from world import (BUILD, DOCUMENTS, MOMENT, PREFERENCES, Home, Program, ctl, get, install_tool, is_alive, link_to, must_serve,
                    send_link, spawn, wait_for)
 
 NEW_GATEWAY = "http://127.0.0.9:1"
@@ -121,6 +121,38 @@ def another_users_lock():
 
 
 @row(seconds=60)
+def files_of_root():
+    """The program was once started as root, and left files of root's in the user's folders, which he cannot read: lock, socket,
+    configuration, preferences, secrets, documents, PID file, and halves of saves.
+
+    Started as the user it serves, takes a link, says what cannot be saved, changes none of these files, and ends.
+    """
+    uid = another_user()
+    home = Home("/tmp/theirs")
+    home.configure(voice=True, saved=[("Old", "http://127.0.0.8:1")])
+    home.write(PREFERENCES, "[General]\nautoStartVoice=true\n")
+    home.write(".ostrelle/secrets.json", "{}")
+    home.write(".ostrelle/voice-agent.pid", "1")
+    Program(home).listens().kill()
+    for name in (".ostrelle/config.json.unfinished", ".ostrelle/secrets.json.new", PREFERENCES + ".new"):
+        home.write(name, "half")
+    folders = [folder for place in (home.path, home.runtime) for folder in [place, *place.rglob("*")] if folder.is_dir()]
+    subprocess.run(["chown", str(uid), *map(str, folders)], check=True)
+    before = {file: file.read_bytes() for file in home.path.rglob("*") if file.is_file()}
+    home.user = uid
+    program = Program(home).listens()
+    send_link(home, link_to(NEW_GATEWAY, "t0ken"))
+    must_serve("among files of root's")
+    time.sleep(3)
+    took = program.end()
+    changed = [file.name for file, content in before.items() if not file.exists() or file.read_bytes() != content]
+    require(not changed, f"Changed: {', '.join(changed)}")
+    told = [line for line in program.output().splitlines() if "not saved" in line]
+    require(len(told) == 2, f"It does not say what was not saved: {program.tail()}")
+    return f"None was changed; {len(told)} lines tell what was not saved; it ended in {took:.1f} s."
+
+
+@row(seconds=60)
 def frozen_first_instance():
     """The running program is stopped (STOP) when a second start comes; then it goes on (CONT).
 
@@ -180,6 +212,30 @@ def lock_removed():
     require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY), "The link is not taken")
     program.end()
     return "The second start was taken by the first program."
+
+
+@row(seconds=40)
+def no_file_locks():
+    """Every lock of a file is refused (ENOLCK), as on a network file system without locks; a start in another session has a
+    link; two preferences are saved.
+
+    It says so once at most; the link and the preferences are saved, and there is one program.
+    """
+    home = Home()
+    home.configure()
+    unlockable = ["strace", "-D", "-f", "-qq", "-o", "/dev/null", "-e", "inject=flock:error=ENOLCK"]
+    program = Program(home, under=unlockable).listens()
+    other = home.path.parent / "other.run"
+    other.mkdir(mode=0o700)
+    send_link(home, link_to(NEW_GATEWAY), under=unlockable, XDG_RUNTIME_DIR=str(other))
+    require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY), "The link is not taken")
+    require(wait_for(lambda: home.read(PREFERENCES)), "The first preference is not saved")
+    ctl(home, "voice", "start")
+    require(wait_for(lambda: b"voiceEnabled" in home.read(PREFERENCES)), "The second preference is not saved")
+    told = [line for line in program.output().splitlines() if "lock" in line.lower()]
+    require(len(told) <= 1, f"{len(told)} lines tell of it")
+    took = program.end(within=5)  # the tracer holds it
+    return f"All were saved; {len(told)} line told of it; it ended in {took:.1f} s."
 
 
 @row(seconds=30, quick=True)

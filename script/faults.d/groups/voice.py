@@ -5,8 +5,9 @@ import os
 import signal
 import time
 
+from groups.disk import hold_calls_on
 from row import require, row
-from world import (MOMENT, PREFERENCES, Home, Program, is_alive, must_serve, spawn, wait_for)
+from world import (MOMENT, PREFERENCES, Home, Program, is_alive, link_to, must_serve, send_link, spawn, wait_for)
 
 PID_FILE = ".ostrelle/voice-agent.pid"
 
@@ -198,6 +199,25 @@ def port_out_of_range():
         program.end()
     require(slowest < MOMENT, f"A start took {slowest:.1f} s")
     return f"Up after {slowest * 1000:.0f} ms at most, ended in time."
+
+
+@row(seconds=40)
+def agent_on_a_hanging_disk():
+    """Every look at the agent's Python takes 4 s, as on a network file system that hangs; the program is to start it.
+
+    It listens and takes a link meanwhile, the agent is started once the disk answers, and both end in time.
+    """
+    home = home_with_agent("exec sleep 1000")
+    program = Program(home, under=hold_calls_on(home.file(".ostrelle/venv/bin/python"), 4, calls="%file")).listens()
+    send_link(home, link_to("http://127.0.0.9:1"))
+    took = time.monotonic() - program.began
+    require(took < 2 * MOMENT and not numbers(home), f"It listened and took a link within {took:.1f} s only")
+    must_serve("while the agent's disk hangs")
+    require(wait_for(lambda: numbers(home), 30, 0.3), "The agent is not started once the disk answers")
+    started_after = time.monotonic() - program.began
+    ended = program.end(within=5)  # the tracer holds it
+    require(wait_for(lambda: not is_alive(numbers(home)[0]), 4), "The agent lives on")
+    return f"It listened and had taken a link after {took:.1f} s; the agent ran after {started_after:.0f} s; they ended within {ended:.1f} s."
 
 
 @row(seconds=40)
