@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/BackgroundWork.h"
+#include "core/DesktopOpen.h"
 #include "core/HttpClient.h"
 #include "gateway/NetworkHelpers.h"
-#include "core/DesktopOpen.h"
 #include "settings/Settings.h"
 
 #include <QObject>
