@@ -16,7 +16,8 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "script/fau
 
 from faketime import Clock
 from sandbox import PROJECT, furnish, namespaces
-from world import PREFERENCES, Bus, Gateway, Home, Program, Screen, install_tool, link_to, send_link
+from session import Bus, Screen
+from world import PREFERENCES, Gateway, Home, Program, install_tool, link_to, send_link
 
 SPEED = 40  # beyond that the keyring's deadline of two seconds is shorter than a busy machine's answer
 AGENTS_A_TURN = 2

@@ -48,6 +48,7 @@ def require(holds, seen):
 
 
 def load_groups():
-    for name in ("writes", "disk", "keyring", "desktop", "gateway", "voice", "network", "clock", "starts", "security"):
+    for name in ("writes", "disk", "files", "keyring", "desktop", "gateway", "answers", "voice", "network", "clock", "starts",
+                 "security"):
         importlib.import_module(f"groups.{name}")
     return rows

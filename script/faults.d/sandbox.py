@@ -56,6 +56,8 @@ def time_is_over(*_):
 def main():
     row = next(row for row in load_groups() if row.name == sys.argv[1])
     furnish()
+    for number in (signal.SIGINT, signal.SIGQUIT, signal.SIGHUP):  # a shell starts what is in its background without them
+        signal.signal(number, signal.SIG_DFL)
     signal.signal(signal.SIGALRM, time_is_over)
     signal.alarm(row.seconds)
     try:

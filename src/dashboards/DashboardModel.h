@@ -50,11 +50,7 @@ protected:
             return;
         }
         using Result = std::shared_ptr<const std::invoke_result_t<Work>>;
-        const auto load = [work, pass] {
-            const auto result = freedInBackground(work());
-            trimHeap(); // another machine may have sent very much
-            return result;
-        };
+        const auto load = [work, pass] { return freedInBackground(work()); };
         whenDone(QtConcurrent::run(&userInitiatedPool(), load), this,
                  [this, publish](const Result &result) {
                      publish(result);
@@ -69,7 +65,7 @@ private:
         return {new Value(std::move(value)), [](const Value *unused) {
                     utilityPool().start([owned = std::shared_ptr<const Value>(unused)]() mutable {
                         owned.reset();
-                        trimHeap();
+                        trimHeap(); // also of what the load took: another machine may send much
                     });
                 }};
     }

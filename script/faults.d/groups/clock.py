@@ -8,7 +8,8 @@ from datetime import datetime
 from faketime import Clock
 from groups.voice import home_with_agent, numbers
 from row import require, row
-from world import (DOCUMENTS, PREFERENCES, Bus, Gateway, Home, Program, Screen, document, freeze, get, install_tool, is_alive,
+from session import Bus, Screen
+from world import (DOCUMENTS, PREFERENCES, Gateway, Home, Program, document, freeze, get, install_tool, is_alive,
                    link_to, must_serve, send_link, sessions, thaw, wait_for)
 
 DAY = 24 * 3600

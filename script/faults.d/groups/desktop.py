@@ -6,7 +6,8 @@ import threading
 import time
 
 from row import require, row
-from world import (DOCUMENTS, MOMENT, PREFERENCES, Bus, Home, Program, Screen, ctl, document, freeze, get, install_tool, is_alive,
+from session import Bus, Screen
+from world import (DOCUMENTS, MOMENT, PREFERENCES, Home, Program, ctl, document, freeze, get, install_tool, is_alive,
                    link_to, must_serve, send_link, sessions, thaw, wait_for)
 
 GATEWAY = "http://127.0.0.9:1"

@@ -1,13 +1,11 @@
 """Gateway and tools"""
 
-import http.server
 import json
 import os
-import threading
 import time
 
 from row import require, row
-from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, TOOLS, Gateway, Home, Listener, Program, ctl, document,
+from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, TOOLS, Gateway, Home, Listener, Program, document,
                    install_gateway_tool, install_tool, is_alive, must_serve, send_link, sessions, wait_for)
 
 SYNC = 30  # seconds between two passes over the gateway's tool
@@ -150,67 +148,6 @@ def replaced_gateway():
     require(after <= calm + 3, f"{after} descriptors, {calm} before")
     program.end()
     return f"{taken} connections got noise; asked {took:.1f} s after the gateway was back."
-
-
-class SlowJudge(http.server.ThreadingHTTPServer):
-    """A gateway that answers each question about the token after so many seconds with that status; the last one stays."""
-
-    daemon_threads = True
-
-    def __init__(self, *answers):
-        self.answers = list(answers)
-        self.answered = []
-
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_GET(self):
-                judge = self.server
-                is_token = self.path == "/v1/models"
-                delay, status = (judge.answers.pop(0) if len(judge.answers) > 1 else judge.answers[0]) if is_token else (0, 200)
-                time.sleep(delay)
-                self.send_response(status)
-                self.send_header("Content-Length", "0")
-                self.end_headers()
-                if is_token:
-                    judge.answered.append(status)
-
-            def log_message(self, *_):
-                pass
-
-        super().__init__(("127.0.0.1", GATEWAY_PORT), Handler)
-        threading.Thread(target=self.serve_forever, daemon=True).start()
-
-
-def answered_late(first, late, newer):
-    """Whether the token counts as refused once the newer answer has come, and once the late one has come after it."""
-    home = Home()
-    home.configure()
-    home.write(".duskrell/duskrell.json", '{"gateway":{"auth":{"token":"t"}}}')
-    judge = SlowJudge((0, first), (POLL + 1.5, late), (0, newer), (60, newer))
-    program = Program(home).listens()
-
-    def is_refused():
-        time.sleep(0.3)
-        return "token rejected" in ctl(home, "status")[1]
-
-    require(wait_for(lambda: judge.answered == [first, newer]), f"Answered {judge.answered}")
-    before = is_refused()
-    require(wait_for(lambda: judge.answered == [first, newer, late]), f"Answered {judge.answered}")
-    after = is_refused()
-    program.end()
-    judge.shutdown()
-    judge.server_close()
-    return before, after
-
-
-@row(seconds=60)
-def late_401():
-    """The gateway's 401 to one question comes after its 200 to the next one; then the other way round.
-
-    The answer to the later question counts.
-    """
-    require(answered_late(200, late=401, newer=200) == (False, False), "The older 401 counts")
-    require(answered_late(401, late=200, newer=401) == (True, True), "The older 200 counts")
-    return "The later question's answer counted, both times."
 
 
 OLD = '{"agents":{"old":{"status":"idle"}}}'

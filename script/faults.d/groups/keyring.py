@@ -6,7 +6,8 @@ import time
 
 from prompter import Prompter
 from row import require, row
-from world import Bus, Home, Program, ctl, freeze, get, link_to, must_serve, send_link, thaw, wait_for
+from session import Bus
+from world import Home, Program, ctl, freeze, get, link_to, must_serve, send_link, thaw, wait_for
 
 GATEWAY = "http://127.0.0.9:1"
 SECRETS = ".ostrelle/secrets.json"

@@ -9,9 +9,9 @@ import socket
 import subprocess
 import time
 
-from row import NotHere, require, row
-from world import (BUILD, DOCUMENTS, MOMENT, PREFERENCES, Home, Program, ctl, get, install_tool, is_alive, link_to, must_serve,
-                   send_link, spawn, wait_for)
+from row import require, row
+from world import (BUILD, DOCUMENTS, MOMENT, PREFERENCES, Home, Program, another_user, ctl, get, install_tool,
+                   is_alive, link_to, must_serve, send_link, spawn, wait_for)
 
 NEW_GATEWAY = "http://127.0.0.9:1"
 
@@ -72,12 +72,6 @@ def two_sessions_of_one_home():
     return "One instance; the link of the second session was saved."
 
 
-def another_user():
-    if os.geteuid() != 0 or open("/proc/self/uid_map").read().split()[2] == "1":
-        raise NotHere("It takes two users, so root has to run the row")
-    return 65534
-
-
 @row(seconds=30)
 def two_users():
     """Another user starts the program, with a home of his own, while the first one's runs on the same port.
@@ -118,38 +112,6 @@ def another_users_lock():
     require(not attempt.stdout, f"Another user gets into {attempt.stdout}")
     Program(home).listens().end()
     return "No folder could be entered; the next start came up."
-
-
-@row(seconds=60)
-def files_of_root():
-    """The program was once started as root, and left files of root's in the user's folders, which he cannot read: lock, socket,
-    configuration, preferences, secrets, documents, PID file, and halves of saves.
-
-    Started as the user it serves, takes a link, says what cannot be saved, changes none of these files, and ends.
-    """
-    uid = another_user()
-    home = Home("/tmp/theirs")
-    home.configure(voice=True, saved=[("Old", "http://127.0.0.8:1")])
-    home.write(PREFERENCES, "[General]\nautoStartVoice=true\n")
-    home.write(".ostrelle/secrets.json", "{}")
-    home.write(".ostrelle/voice-agent.pid", "1")
-    Program(home).listens().kill()
-    for name in (".ostrelle/config.json.unfinished", ".ostrelle/secrets.json.new", PREFERENCES + ".new"):
-        home.write(name, "half")
-    folders = [folder for place in (home.path, home.runtime) for folder in [place, *place.rglob("*")] if folder.is_dir()]
-    subprocess.run(["chown", str(uid), *map(str, folders)], check=True)
-    before = {file: file.read_bytes() for file in home.path.rglob("*") if file.is_file()}
-    home.user = uid
-    program = Program(home).listens()
-    send_link(home, link_to(NEW_GATEWAY, "t0ken"))
-    must_serve("among files of root's")
-    time.sleep(3)
-    took = program.end()
-    changed = [file.name for file, content in before.items() if not file.exists() or file.read_bytes() != content]
-    require(not changed, f"Changed: {', '.join(changed)}")
-    told = [line for line in program.output().splitlines() if "not saved" in line]
-    require(len(told) == 2, f"It does not say what was not saved: {program.tail()}")
-    return f"None was changed; {len(told)} lines tell what was not saved; it ended in {took:.1f} s."
 
 
 @row(seconds=60)

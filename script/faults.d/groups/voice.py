@@ -7,7 +7,7 @@ import time
 
 from groups.disk import hold_calls_on
 from row import require, row
-from world import (MOMENT, PREFERENCES, Home, Program, is_alive, link_to, must_serve, send_link, spawn, wait_for)
+from world import MOMENT, PREFERENCES, Home, Program, is_alive, link_to, must_serve, send_link, spawn, wait_for
 
 PID_FILE = ".ostrelle/voice-agent.pid"
 

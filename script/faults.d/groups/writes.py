@@ -8,8 +8,7 @@ import time
 
 from injection import Save
 from row import FallsShort, require, row
-from world import (DOCUMENTS, PREFERENCES, Home, Program, install_tool, is_alive, link_to, send_link, sessions,
-                   wait_for)
+from world import DOCUMENTS, PREFERENCES, Home, Program, install_tool, is_alive, link_to, send_link, sessions, wait_for
 
 NEW_GATEWAY = "http://127.0.0.9:1"
 OLD_GATEWAYS = [(f"Gateway {i}", f"http://127.0.0.8:{i}") for i in range(1, 41)]
