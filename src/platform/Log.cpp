@@ -204,7 +204,8 @@ void logMessagesOfLibraries()
 {
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context,
                               const QString &message) {
-        if (ToldMessages::isNew(message)) {
+        // Debug messages are only there when somebody has asked for them, and then for each.
+        if (type == QtDebugMsg || ToldMessages::isNew(message)) {
             Printer::instance().add(
                 {STDERR_FILENO, qFormatLogMessage(type, context, message).toLocal8Bit() + '\n'});
         }

@@ -14,7 +14,8 @@ namespace ostrelle
 // they are dropped and counted. Any thread.
 void logLine(const QString &line);
 
-// The same for what the libraries have to say, on standard error; what they repeat is told once.
+// The same for what the libraries have to say, on standard error; a warning that they repeat is
+// told once.
 void logMessagesOfLibraries();
 
 // From now on nothing is printed.
