@@ -55,6 +55,7 @@ ViewTest {
         fixture.tool("tailscale", "true");
         fixture.tool("duskrell", "echo no such key >&2; exit 1");
         const view = insecureView();
+        waitForRendering(view); // with the warning in its place
         const button = Items.withText(view, "Enable Tailscale Encryption");
         mouseClick(button);
         compare(button.text, "Enabling...");

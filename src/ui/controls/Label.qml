@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostrelle
 
@@ -7,6 +9,7 @@ Text {
     id: label
 
     property bool secondary: false
+    property Item help: null
 
     color: label.secondary ? Theme.textSecondary : Theme.textPrimary
     font.pixelSize: Theme.bodySize
@@ -17,14 +20,29 @@ Text {
     Accessible.role: Accessible.StaticText
     Accessible.name: label.wrapMode === Text.NoWrap ? Texts.help(label.text) : label.text
 
-    HoverHandler {
-        id: pointer
-
-        enabled: label.truncated
+    // Most texts are never cut, and there are many: only one that is gets its help.
+    onTruncatedChanged: {
+        if (label.truncated && !label.help) {
+            label.help = helpMaker.createObject(label) as Item;
+        }
     }
 
-    HoverHelp {
-        text: label.text
-        wanted: pointer.hovered && label.truncated
+    Component {
+        id: helpMaker
+
+        Item {
+            anchors.fill: parent
+
+            HoverHandler {
+                id: pointer
+
+                enabled: label.truncated
+            }
+
+            HoverHelp {
+                text: label.text
+                wanted: pointer.hovered && label.truncated
+            }
+        }
     }
 }

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Ostrelle
 
@@ -26,10 +28,14 @@ Item {
         width: view.width
         spacing: Theme.gap
 
-        SecurityWarningBanner {
+        Lazy {
             width: parent.width
-            visible: view.viewModel.showSecurityWarning
-            viewModel: view.viewModel
+            active: view.viewModel.showSecurityWarning
+            visible: active
+
+            SecurityWarningBanner {
+                viewModel: view.viewModel
+            }
         }
 
         Card {
@@ -95,10 +101,14 @@ Item {
                     isSecure: view.viewModel.isSecure
                 }
 
-                NoticeRow {
+                Lazy {
                     width: parent.width
-                    visible: view.statusPortTaken
-                    text: "Status is waiting: another program uses its port"
+                    active: view.statusPortTaken
+                    visible: active
+
+                    NoticeRow {
+                        text: "Status is waiting: another program uses its port"
+                    }
                 }
 
                 NoticeRow {

@@ -126,9 +126,11 @@ Item {
             }
         }
 
-        Spinner {
+        Lazy {
             anchors.centerIn: send
-            visible: panel.chatVM.isLoading
+            active: panel.chatVM.isLoading
+
+            Spinner {}
         }
     }
 }
