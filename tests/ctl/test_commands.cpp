@@ -209,7 +209,7 @@ private Q_SLOTS:
     // Both sides of each command, as the schema for other clients has them.
     void speaksAsDescribed()
     {
-        const Desk desk;
+        Desk desk;
         desk.home.writeScript(u"bin/tailscale"_s,
                               "[ \"$1 $2\" = 'serve --bg' ] && exec sleep 60; exit 1");
         QTRY_VERIFY(ctl({u"status"_s}).out.contains("Listening"));
@@ -254,6 +254,8 @@ private Q_SLOTS:
             QVERIFY2(problem["kind"_L1] == QLatin1StringView(why) || lines.last().contains(why),
                      lines.last());
         }
+        QCOMPARE(ctl({u"quit"_s}).status, 0); // the tool that hangs ends with it
+        QCOMPARE(desk.program->waitForEnd(), 0);
         const QByteArray array = R"({"type":"array","items":{"$ref":"file://)" SCHEMA R"("}})";
         const Run judged = run(u"/usr/bin/jsonschema"_s,
                                {u"-i"_s, desk.home.write(u"lines"_s, '[' + lines.join(',') + ']'),
