@@ -28,7 +28,7 @@ QList<SavedGatewayRow> savedGateways(const ControlContext &context)
 std::expected<QString, QString> gatewayMeant(const ControlContext &context, const QString &called)
 {
     if (called.isEmpty()) {
-        return context.models.settings.config->current().gateway.url;
+        return std::unexpected(u"no gateway is named"_s);
     }
     QStringList meant;
     for (const SavedGatewayRow &row : savedGateways(context)) {

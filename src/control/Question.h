@@ -21,6 +21,8 @@ public:
     // The asker owns the question; `reply` is called once.
     Question(QJsonObject arguments, QObject *asker, std::function<void(const Answer &)> reply);
 
+    bool has(QLatin1StringView argument) const { return m_arguments.contains(argument); }
+
     // An argument; empty when it was left out or is no text.
     QString text(QLatin1StringView argument) const;
 

@@ -18,9 +18,9 @@ namespace
 QString withCommands(QString advice)
 {
     for (const auto &[button, command] : {
-             std::pair(u"“Install Everything” below"_s, u"ostrellectl setup install"_s),
-             std::pair(u"“Install Voice + Finish” below"_s, u"ostrellectl setup voice"_s),
-             std::pair(u"“Re-check” below"_s, u"ostrellectl setup"_s),
+             std::pair(installEverythingBelow, u"ostrellectl setup install"_s),
+             std::pair(installVoiceBelow, u"ostrellectl setup voice"_s),
+             std::pair(reCheckBelow, u"ostrellectl setup"_s),
          }) {
         advice.replace(button, command);
     }
@@ -93,22 +93,29 @@ QJsonObject toJson(const Progress &progress, const SetupManager &setup)
                      {"working"_L1, !isOver}};
     if (isOver) {
         data.insert("checks"_L1, toJson(setup.checks())["checks"_L1]);
-        data.insert("problem"_L1, setup.sudoPasswordError() ? u"Incorrect password — try again"_s
-                                                            : setup.installProblem());
+        data.insert("problem"_L1, setup.problem());
     }
     return data;
 }
 
-// Answers with the number of the first message that this will print; where something is under way
-// already, of the first that there is.
+// Answers with the number of the first message that this will print; where it is under way already,
+// of the first that there is. Nothing begins beside something else: each may need what the other
+// puts in place, and they print to one log.
 void start(const ControlContext &context, Question *question,
-           const std::function<void(SetupManager &setup)> &operation)
+           bool (SetupManager::*isUnderWay)() const,
+           const std::function<void(SetupManager &setup)> &begin)
 {
     SetupManager &setup = *context.models.setupManager;
     const StatusLog &log = *setup.statusMessages();
-    const bool joins = setup.isWorking();
-    operation(setup);
-    question->answer({{"next"_L1, log.cleared() + (joins ? 0 : log.rowCount())}});
+    if ((setup.*isUnderWay)()) {
+        question->answer({{"next"_L1, log.cleared()}, {"joined"_L1, true}});
+    } else if (setup.isWorking()) {
+        question->fail(u"something else is being set up, which \"ostrellectl setup progress\" "
+                       "shows; try again when that is done"_s);
+    } else {
+        begin(setup);
+        question->answer({{"next"_L1, log.cleared() + log.rowCount()}});
+    }
 }
 
 } // namespace
@@ -134,17 +141,19 @@ void installEverything(const ControlContext &context, Question *question)
         question->fail(u"an installation needs your login password"_s);
         return;
     }
-    start(context, question, [password](SetupManager &setup) { setup.installDuskrell(password); });
+    start(context, question, &SetupManager::isInstallingDuskrell,
+          [password](SetupManager &setup) { setup.installDuskrell(password); });
 }
 
 void installVoice(const ControlContext &context, Question *question)
 {
-    start(context, question, [](SetupManager &setup) { setup.run(); });
+    start(context, question, &SetupManager::isRunning, [](SetupManager &setup) { setup.run(); });
 }
 
 void configureServe(const ControlContext &context, Question *question)
 {
-    start(context, question, [](SetupManager &setup) { setup.configureTailscaleServe(); });
+    start(context, question, &SetupManager::isConfiguringTailscale,
+          [](SetupManager &setup) { setup.configureTailscaleServe(); });
 }
 
 void tellProgress(const ControlContext &context, Question *question)

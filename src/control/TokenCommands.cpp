@@ -13,9 +13,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+// Where none is asked for it is the one in use; an empty name is a mistake.
+std::expected<QString, QString> gatewayOf(const ControlContext &context, const Question &question)
+{
+    return question.has("gateway"_L1) ? gatewayMeant(context, question.text("gateway"_L1))
+                                      : context.models.settings.config->current().gateway.url;
+}
+
 void store(const ControlContext &context, Question *question, const QString &token)
 {
-    const auto url = gatewayMeant(context, question->text("gateway"_L1));
+    const auto url = gatewayOf(context, *question);
     if (!url) {
         question->fail(url.error());
         return;

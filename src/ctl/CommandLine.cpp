@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <optional>
 #include <span>
 
 namespace ostrelle
@@ -61,6 +62,8 @@ private:
     CLI::App *addRequest(CLI::App &parent, const std::string &name, const std::string &description,
                          const Request &request);
     int make(const Request &request) const;
+    CLI::Option *addSubject(CLI::App &command, const std::string &name,
+                            const std::string &description);
 
     void addStatus();
     void addLists();
@@ -83,7 +86,9 @@ private:
     bool m_watches = false;
     bool m_toggles = false;
     std::vector<std::string> m_words;
-    std::string m_subject; // a gateway, an agent or a setting
+    // A gateway, an agent or a setting. An empty word, of a variable that is not set, say, is not
+    // the same as none.
+    std::optional<QString> m_subject;
     std::string m_name;
     std::string m_emoji;
     bool m_isDevice = false;
@@ -146,11 +151,18 @@ CLI::App *CommandLine::addRequest(CLI::App &parent, const std::string &name,
     return add(parent, name, description, [this, request] { return make(request); });
 }
 
+CLI::Option *CommandLine::addSubject(CLI::App &command, const std::string &name,
+                                     const std::string &description)
+{
+    return command.add_option_function<std::string>(
+        name, [this](const std::string &given) { m_subject = fromArgument(given); }, description);
+}
+
 int CommandLine::make(const Request &request) const
 {
     QJsonObject arguments;
-    if (!request.subject.isEmpty()) {
-        arguments.insert(request.subject, fromArgument(m_subject));
+    if (m_subject) {
+        arguments.insert(request.subject, *m_subject);
     }
     if (!m_name.empty()) {
         arguments.insert("name"_L1, fromArgument(m_name));
@@ -194,7 +206,7 @@ void CommandLine::addAgents()
                                              .subject = "agent"_L1,
                                              .done = u"Shown as: %1"_s,
                                              .told = "name"_L1});
-        change->add_option("AGENT", m_subject, "Its id, or what it is called")->required();
+        addSubject(*change, "AGENT", "Its id, or what it is called")->required();
         return change;
     };
     CLI::App *const set = addChange("set", "Calls an agent what you like");
@@ -253,10 +265,10 @@ void CommandLine::addSettings()
         return showList(u"settings"_s, m_shown, &settingsText);
     });
     const auto addSwitch = [&](const std::string &name, const std::string &description) {
-        addRequest(*settings, name, description,
-                   {.command = u"setting-"_s + fromArgument(name), .subject = "name"_L1})
-            ->add_option("SETTING", m_subject, "One of those that \"settings\" lists")
-            ->required();
+        CLI::App *const change =
+            addRequest(*settings, name, description,
+                       {.command = u"setting-"_s + fromArgument(name), .subject = "name"_L1});
+        addSubject(*change, "SETTING", "One of those that \"settings\" lists")->required();
     };
     addSwitch("on", "Switches one on");
     addSwitch("off", "Switches one off");
@@ -274,13 +286,12 @@ void CommandLine::addGateways()
     });
     const auto addChoice = [&](const std::string &name, const std::string &description,
                                const QString &done) {
-        addRequest(*gateways, name, description,
-                   {.command = u"gateway-"_s + fromArgument(name),
-                    .subject = "gateway"_L1,
-                    .done = done,
-                    .told = "url"_L1})
-            ->add_option("GATEWAY", m_subject, "Its name or URL")
-            ->required();
+        CLI::App *const choice = addRequest(*gateways, name, description,
+                                            {.command = u"gateway-"_s + fromArgument(name),
+                                             .subject = "gateway"_L1,
+                                             .done = done,
+                                             .told = "url"_L1});
+        addSubject(*choice, "GATEWAY", "Its name or URL")->required();
     };
     addChoice("use", "Makes a saved gateway the one in use", u"In use: %1"_s);
     addWithJson(*gateways, "find", "The tailnet's devices that are not saved yet",
@@ -291,7 +302,7 @@ void CommandLine::addGateways()
                      .done = u"Saved: %1"_s,
                      .told = "url"_L1});
     });
-    addOne->add_option("URL", m_subject, "Its URL, or an address")->required();
+    addSubject(*addOne, "URL", "Its URL, or an address")->required();
     addOne->add_option("--name", m_name, "What to call it");
     addOne->add_flag("--device", m_isDevice, "The URL is a device that \"find\" has found");
     addChoice("remove", "Forgets a saved gateway; its token stays", u"Removed: %1"_s);
@@ -312,12 +323,13 @@ void CommandLine::addTokens()
 {
     CLI::App *const token = m_app.add_subcommand("token", "The gateway's token");
     token->require_subcommand(0, 1);
-    add(*token, "set", "Stores the token that the standard input brings", [this] {
-        return setToken(fromArgument(m_subject));
-    })->add_option("GATEWAY", m_subject, "Whose it is, else of the gateway in use");
-    addRequest(*token, "remove", "Forgets the stored token",
-               {.command = u"token-remove"_s, .subject = "gateway"_L1})
-        ->add_option("GATEWAY", m_subject, "Whose it is, else of the gateway in use");
+    const std::string whose = "Whose it is, else of the gateway in use";
+    CLI::App *const set = add(*token, "set", "Stores the token that the standard input brings",
+                              [this] { return setToken(m_subject); });
+    addSubject(*set, "GATEWAY", whose);
+    CLI::App *const remove = addRequest(*token, "remove", "Forgets the stored token",
+                                        {.command = u"token-remove"_s, .subject = "gateway"_L1});
+    addSubject(*remove, "GATEWAY", whose);
     addRequest(*token, "reset", "Has this machine's gateway make a new one, and stores that",
                {.command = u"token-reset"_s});
 }

@@ -189,10 +189,13 @@ int chat(const QString &text)
     return Well;
 }
 
-int setToken(const QString &gateway)
+int setToken(const std::optional<QString> &gateway)
 {
-    return handOver(u"token"_s,
-                    {.command = u"token-set"_s, .arguments = {{"gateway"_L1, gateway}}});
+    ControlRequest request{.command = u"token-set"_s};
+    if (gateway) {
+        request.arguments.insert("gateway"_L1, *gateway);
+    }
+    return handOver(u"token"_s, request);
 }
 
 int setGeminiKey()

@@ -26,7 +26,8 @@ struct Pairing {
 int pairPhone(const Shown &shown, const Pairing &pairing);
 
 int chat(const QString &text);
-int setToken(const QString &gateway);
+// Of the gateway in use where none is named.
+int setToken(const std::optional<QString> &gateway);
 int setGeminiKey();
 
 // Has the program do something that needs no answer but that it is done; prints `done` then, with

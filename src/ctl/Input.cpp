@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <termios.h>
@@ -24,11 +25,11 @@ namespace
 
 enum class Until { EndOfLine, EndOfInput };
 
-QString readUntil(Until end)
+QString readUntil(Until end, const std::function<bool()> &mayRead = [] { return true; })
 {
     QByteArray input;
     std::array<char, 4096> piece{};
-    while (input.size() <= maxRequestBytes) {
+    while (input.size() <= maxRequestBytes && mayRead()) {
         const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
         if (count == 0 || (count < 0 && errno != EINTR)) {
             break;
@@ -69,15 +70,25 @@ public:
     HiddenTyping(const HiddenTyping &) = delete;
     HiddenTyping &operator=(const HiddenTyping &) = delete;
 
-    // False when a signal has come.
-    bool waitForLine() const
+    // Empty when a signal has come, whatever was typed before it.
+    QString readLine() const
     {
-        std::array<pollfd, 2> waiting{{{.fd = m_signals.get(), .events = POLLIN, .revents = 0},
-                                       {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0}}};
-        return ::poll(waiting.data(), waiting.size(), -1) > 0 && waiting[0].revents == 0;
+        const QString line = readUntil(Until::EndOfLine, [this] { return waitForInput(forEver); });
+        return waitForInput(notAtAll) ? line : QString();
     }
 
 private:
+    static constexpr int forEver = -1;
+    static constexpr int notAtAll = 0;
+
+    // False when a signal has come.
+    bool waitForInput(int milliseconds) const
+    {
+        std::array<pollfd, 2> waiting{{{.fd = m_signals.get(), .events = POLLIN, .revents = 0},
+                                       {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0}}};
+        return ::poll(waiting.data(), waiting.size(), milliseconds) >= 0 && waiting[0].revents == 0;
+    }
+
     termios m_before{};
     sigset_t m_signalsBefore{};
     Descriptor m_signals;
@@ -102,7 +113,7 @@ QString readSecret(const QString &question)
     }
     askFor(question);
     const HiddenTyping hidden;
-    QString secret = hidden.waitForLine() ? readUntil(Until::EndOfLine) : QString();
+    QString secret = hidden.readLine();
     askFor(u"\n"_s);
     return secret;
 }

@@ -1,14 +1,19 @@
 #include "ctl/Setup.h"
 
-#include "ctl/Commands.h"
 #include "ctl/Input.h"
 #include "ctl/Tables.h"
+#include "platform/ProcessDescriptor.h"
 
 #include <QJsonArray>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <initializer_list>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,30 +25,66 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-// Runs it in a process of its own, and with it goes what was typed. What interrupts both waits here
-// until the terminal is put to rights.
+sigset_t setOf(std::initializer_list<int> signals)
+{
+    sigset_t set;
+    ::sigemptyset(&set);
+    for (const int signal : signals) {
+        ::sigaddset(&set, signal);
+    }
+    return set;
+}
+
+// Returns once the child has ended, or one of these signals, which come to this process alone, was
+// handed on to it.
+void handOn(const sigset_t &ending, pid_t child)
+{
+    const Descriptor signals(::signalfd(-1, &ending, SFD_CLOEXEC));
+    const Descriptor process = processDescriptor(child);
+    if (!process) {
+        return;
+    }
+    std::array<pollfd, 2> waiting{{{.fd = process.get(), .events = POLLIN, .revents = 0},
+                                   {.fd = signals.get(), .events = POLLIN, .revents = 0}}};
+    while (::poll(waiting.data(), waiting.size(), -1) < 0 && errno == EINTR) {
+    }
+    if (waiting[1].revents != 0) {
+        ::kill(child, SIGTERM);
+    }
+}
+
+// Runs it in a process of its own, and with it goes what was typed. What interrupts or ends this
+// process waits here until the other one has put the terminal to rights, and takes it along.
 int inChildProcess(int (*work)())
 {
-    sigset_t interrupting;
+    const pid_t parent = ::getpid();
+    const sigset_t ending = setOf({SIGTERM, SIGHUP});
+    const sigset_t delayed = setOf({SIGINT, SIGQUIT, SIGTERM, SIGHUP});
     sigset_t before;
-    ::sigemptyset(&interrupting);
-    ::sigaddset(&interrupting, SIGINT);
-    ::sigaddset(&interrupting, SIGQUIT);
-    ::sigprocmask(SIG_BLOCK, &interrupting, &before);
+    ::sigprocmask(SIG_BLOCK, &delayed, &before);
     const pid_t child = ::fork();
     if (child == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM); // nobody can delay a kill
         ::sigprocmask(SIG_SETMASK, &before, nullptr);
-        std::_Exit(work());
+        std::_Exit(::getppid() == parent ? work() : SomethingIsWrong);
     }
     if (child < 0) {
         complain(QString::fromLocal8Bit(std::strerror(errno)));
         return SomethingIsWrong;
     }
+    handOn(ending, child);
     int status = 0;
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     return WIFEXITED(status) ? WEXITSTATUS(status) : SomethingIsWrong;
+}
+
+void tellWhetherJoined(const Asked &asked)
+{
+    if (asked.answer.content->value("joined"_L1).toBool()) {
+        complain(u"that is under way already, and goes on as it was begun"_s);
+    }
 }
 
 int handPasswordOver()
@@ -53,7 +94,13 @@ int handPasswordOver()
         complain(u"there is no password on the standard input"_s);
         return WrongUsage;
     }
-    return act({.command = u"setup-install"_s, .arguments = {{"password"_L1, password}}});
+    const Asked asked =
+        ask({.command = u"setup-install"_s, .arguments = {{"password"_L1, password}}});
+    if (const auto status = complaint(asked)) {
+        return *status;
+    }
+    tellWhetherJoined(asked);
+    return Well;
 }
 
 extern "C" void tellThatWorkGoesOn(int signal)
@@ -64,9 +111,15 @@ extern "C" void tellThatWorkGoesOn(int signal)
     std::raise(signal); // which ends the program, once this has returned
 }
 
+// Does nothing in a job that a script has put into the background: that is not interrupted.
 void tellWhenInterrupted()
 {
     struct sigaction action{};
+    ::sigaction(SIGINT, nullptr, &action);
+    if (action.sa_handler == SIG_IGN) {
+        return;
+    }
+    action = {};
     action.sa_handler = &tellThatWorkGoesOn;
     action.sa_flags = SA_RESETHAND;
     ::sigaction(SIGINT, &action, nullptr);
@@ -90,25 +143,24 @@ QJsonArray missingIn(const QJsonValue &checks)
     return missing;
 }
 
-// The installer may have failed, and everything be there nevertheless.
-enum class Installer { Counts, DoesNot };
-
-// What is missing at the end, with what mends it.
-int finish(const QJsonObject &data, const Shown &shown, Installer installer)
+// What is missing at the end, with what mends it. The installer may have failed, and everything be
+// there nevertheless.
+int finish(const QJsonObject &data, const Shown &shown)
 {
     const QJsonArray missing = missingIn(data["checks"_L1]);
     if (!shown.asJson) {
         print(setupText({{"checks"_L1, missing}}, shown.terminal), shown.terminal);
     }
-    const bool hasFailed =
-        installer == Installer::Counts && !data["problem"_L1].toString().isEmpty();
-    return missing.isEmpty() && !hasFailed ? Well : SomethingIsWrong;
+    const QString problem = printable(data["problem"_L1].toString());
+    if (!problem.isEmpty()) {
+        complain(problem);
+    }
+    return missing.isEmpty() && problem.isEmpty() ? Well : SomethingIsWrong;
 }
 
 // From the message of that number on.
-int follow(qint64 first, const Shown &shown, Installer installer)
+int follow(qint64 first, const Shown &shown)
 {
-    tellWhenInterrupted();
     QJsonObject data{{"working"_L1, true}, {"next"_L1, first}};
     while (data["working"_L1].toBool()) {
         const Asked asked = ask({.command = u"setup-progress"_s,
@@ -122,13 +174,14 @@ int follow(qint64 first, const Shown &shown, Installer installer)
         } else {
             printMessages(data, shown.terminal);
         }
-        const bool isSilent =
-            data["working"_L1].toBool() && data["messages"_L1].toArray().isEmpty();
-        if (isSilent && !pauseWhileSomebodyReads()) {
-            return SomethingIsWrong;
+        if (data["working"_L1].toBool()) {
+            tellWhenInterrupted();
+            if (data["messages"_L1].toArray().isEmpty() && !pauseWhileSomebodyReads()) {
+                return SomethingIsWrong;
+            }
         }
     }
-    return finish(data, shown, installer);
+    return finish(data, shown);
 }
 
 } // namespace
@@ -150,13 +203,17 @@ int showSetup(const Shown &shown)
 
 int showProgress(const Shown &shown)
 {
-    return follow(0, shown, Installer::Counts);
+    return follow(0, shown);
 }
 
 int installEverything(const Shown &shown)
 {
     const int status = inChildProcess(&handPasswordOver);
-    return status == Well ? follow(0, shown, Installer::Counts) : status;
+    if (status != Well) {
+        return status;
+    }
+    tellWhenInterrupted();
+    return follow(0, shown);
 }
 
 int install(const QString &command, const Shown &shown)
@@ -165,7 +222,9 @@ int install(const QString &command, const Shown &shown)
     if (const auto status = complaint(asked)) {
         return *status;
     }
-    return follow(asked.answer.content->value("next"_L1).toInteger(), shown, Installer::DoesNot);
+    tellWhetherJoined(asked);
+    tellWhenInterrupted();
+    return follow(asked.answer.content->value("next"_L1).toInteger(), shown);
 }
 
 } // namespace ostrelle

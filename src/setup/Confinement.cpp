@@ -1,7 +1,9 @@
 #include "setup/Confinement.h"
 
 #include "core/ToolEnvironment.h"
+#include "platform/Files.h"
 #include "platform/Paths.h"
+#include "platform/SearchPath.h"
 
 #include <sys/prctl.h>
 
@@ -10,23 +12,60 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+const QString systemdRun = u"systemd-run"_s;
+
+// Always the same, so that there is never a second one beside the first.
+const QString installerUnit = u"ostrelle-install.service"_s;
+
+constexpr std::chrono::seconds patienceForUnits{10};
+
+} // namespace
+
 bool isConfined()
 {
     return ::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1;
 }
 
-ChildCommand asUnitOfItsOwn(const ChildCommand &command, const QString &searchPath)
+bool InstallerUnit::canBeStarted() const
 {
-    QStringList arguments{u"--user"_s, u"--quiet"_s, u"--collect"_s, u"--pipe"_s, u"--wait"_s};
+    const auto runtime = runtimeDirectory();
+    return runtime && fileExists(*runtime + u"/systemd/private"_s) &&
+           fileExists(*runtime + u"/bus"_s) && findProgram(systemdRun, m_searchPath);
+}
+
+bool InstallerUnit::isRunning() const
+{
+    const auto answer =
+        runChild({.program = u"systemctl"_s,
+                  .arguments = {u"--user"_s, u"--quiet"_s, u"is-active"_s, installerUnit},
+                  .environment = environment()},
+                 {.capture = Capture::Nothing, .killAfter = patienceForUnits});
+    return answer && answer->exitedNormally && answer->exitStatus == 0;
+}
+
+ChildCommand InstallerUnit::starting(const ChildCommand &command) const
+{
+    QStringList arguments{u"--user"_s, u"--quiet"_s, u"--collect"_s, u"--pipe"_s,
+                          u"--wait"_s, u"--unit"_s,  installerUnit};
     const QProcessEnvironment unit = command.environment.value_or(QProcessEnvironment());
-    for (const QString &name : unit.keys()) {
-        arguments.append(u"--setenv="_s + name + u'=' + unit.value(name));
+    for (const QString &variable : unit.keys()) {
+        arguments.append(u"--setenv="_s + variable + u'=' + unit.value(variable));
     }
-    QProcessEnvironment ours = toolEnvironment(searchPath);
+    QStringList line = QStringList(command.program) + command.arguments;
+    line.replaceInStrings(u"$"_s, u"$$"_s); // or the unit would put its own variables there
+    return {.program = systemdRun,
+            .arguments = arguments + QStringList(u"--"_s) + line,
+            .environment = environment()};
+}
+
+QProcessEnvironment InstallerUnit::environment() const
+{
+    QProcessEnvironment ours = toolEnvironment(m_searchPath);
     ours.insert(u"XDG_RUNTIME_DIR"_s, runtimeDirectory().value_or(QString()));
-    return {.program = u"systemd-run"_s,
-            .arguments = arguments + QStringList{u"--"_s, command.program} + command.arguments,
-            .environment = ours};
+    return ours;
 }
 
 } // namespace ostrelle

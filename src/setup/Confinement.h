@@ -2,6 +2,8 @@
 
 #include "platform/ChildProcess.h"
 
+#include <utility>
+
 namespace ostrelle
 {
 
@@ -9,9 +11,30 @@ namespace ostrelle
 // may either, and sudo does not work.
 bool isConfined();
 
-// The same command as a unit of its own of the user's systemd, which confines it no more. It reads
-// and prints what this program's child would. Its environment stands on a command line and in the
-// unit: no secret belongs there. The tool that starts units is found by the search path.
-ChildCommand asUnitOfItsOwn(const ChildCommand &command, const QString &searchPath);
+// The installer as a unit of its own of the user's systemd, which confines it no more. Its tools
+// are found by the search path. Background threads only.
+class InstallerUnit
+{
+public:
+    explicit InstallerUnit(QString searchPath)
+        : m_searchPath(std::move(searchPath))
+    {
+    }
+
+    // False in a container or a sandbox, say, where no systemd of the user's runs.
+    bool canBeStarted() const;
+
+    // Whether one still runs, which an earlier run of this program has started.
+    bool isRunning() const;
+
+    // What starts this command as the unit, which reads and prints what this program's child would.
+    // Its environment stands on a command line and in the unit: no secret belongs there.
+    ChildCommand starting(const ChildCommand &command) const;
+
+private:
+    QProcessEnvironment environment() const;
+
+    QString m_searchPath;
+};
 
 } // namespace ostrelle

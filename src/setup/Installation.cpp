@@ -20,14 +20,34 @@ namespace ostrelle
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+const QString bash = u"/bin/bash"_s;
+
+const QString wrongPassword = u"Incorrect password — try again."_s;
+
+// The line in a login shell, with the password from the standard input in its environment. It is
+// read before that shell begins: the user's profile may read the standard input too.
+QString withPassword(const QString &line)
+{
+    return u"IFS= read -r SUDO_PASS; export SUDO_PASS; exec "_s + bash + u" -lc "_s + quoted(line) +
+           u" </dev/null"_s;
+}
+
+} // namespace
+
 // Runs the shipped installer, in the background.
 class SetupManager::GatewayInstallation
 {
 public:
-    void run() const
+    void run()
     {
         if (feed.isManagerGone()) {
             return;
+        }
+        if (const InstallerUnit own(sudoSearchPath); isConfined && own.canBeStarted()) {
+            unit = own;
         }
         if (resources) {
             installFrom(*resources + u"/install-duskrell.sh"_s);
@@ -42,6 +62,8 @@ public:
     const QString sudoSearchPath;
     const bool isConfined;
     const std::shared_ptr<AskpassFile> askpass;
+    // Absent: the installer is an ordinary child.
+    std::optional<InstallerUnit> unit = std::nullopt;
 
 private:
     void installFrom(const QString &installer) const;
@@ -55,6 +77,11 @@ void SetupManager::GatewayInstallation::installFrom(const QString &installer) co
 {
     if (!fileExists(installer)) {
         tellProblem(u"ERROR: install-duskrell.sh not found in app bundle"_s);
+        return;
+    }
+    if (unit && unit->isRunning()) {
+        tellProblem(u"ERROR: the installer still runs that was started before Ostrelle was; "
+                    "systemctl --user stop ostrelle-install ends it"_s);
         return;
     }
     InstallerOutput output;
@@ -75,20 +102,17 @@ SetupManager::GatewayInstallation::start(const QString &line, ChildOptions optio
     QProcessEnvironment environment = shellEnvironment();
     environment.insert(u"SUDO_ASKPASS"_s, askpass->write(password).value_or(QString()));
     environment.insert(u"NONINTERACTIVE"_s, u"1"_s);
-    const auto inShell = [&](const QString &command) {
-        return ChildCommand{.program = u"/bin/bash"_s,
-                            .arguments = {u"-lc"_s, command},
-                            .environment = environment};
-    };
-    if (isConfined) {
+    if (unit) {
         options.input = password.toUtf8() + '\n';
-        const QString unlocked =
-            u"IFS= read -r SUDO_PASS; export SUDO_PASS; "_s + line + u" </dev/null"_s;
-        return runChild(asUnitOfItsOwn(inShell(unlocked), sudoSearchPath), options);
+        return runChild(unit->starting({.program = bash,
+                                        .arguments = {u"-c"_s, withPassword(line)},
+                                        .environment = environment}),
+                        options);
     }
     environment.insert(u"SUDO_PASS"_s, password);
     primeSudo();
-    return runChild(inShell(line), options);
+    return runChild({.program = bash, .arguments = {u"-lc"_s, line}, .environment = environment},
+                    options);
 }
 
 // So that the installer's own sudo finds fresh credentials. The password goes through a pipe: every
@@ -105,7 +129,10 @@ void SetupManager::GatewayInstallation::primeSudo() const
 void SetupManager::GatewayInstallation::tellProblem(const QString &text) const
 {
     feed.addStatus(text);
-    feed.publish([text](SetupManager &manager) { manager.m_installProblem = text; });
+    feed.publish([text](SetupManager &manager) {
+        manager.m_installProblem = text;
+        manager.m_problem = text;
+    });
 }
 
 void SetupManager::GatewayInstallation::report(const ChildResult &result, bool sudoFailed) const
@@ -113,9 +140,10 @@ void SetupManager::GatewayInstallation::report(const ChildResult &result, bool s
     if (sudoFailed) {
         feed.publish([](SetupManager &manager) {
             manager.m_sudoPasswordError = true;
+            manager.m_problem = wrongPassword;
             manager.m_statusMessages.clear();
         });
-        feed.addStatus(u"Incorrect password — try again."_s);
+        feed.addStatus(wrongPassword);
     } else if (result.exitStatus != 0) {
         tellProblem(u"⚠ Install finished with errors (exit %1)"_s.arg(result.exitStatus));
     } else {
@@ -141,19 +169,20 @@ void SetupManager::installDuskrell(const QString &typed)
     m_needsSudoPassword = false;
     m_sudoPasswordError = false;
     m_installProblem = QString();
+    m_problem = QString();
     m_isInstallingDuskrell = true;
     m_statusMessages.clear();
     const auto feed = m_feed.writer();
     feed.addStatus(u"Installing Duskrell + dependencies…"_s);
     feed.addStatus(u"This may take 5–10 minutes on a fresh Mac."_s);
 
-    userInitiatedPool().start(
-        [installation = GatewayInstallation{.feed = feed,
-                                            .resources = m_surroundings.resources,
-                                            .password = password,
-                                            .sudoSearchPath = m_surroundings.sudoSearchPath,
-                                            .isConfined = m_surroundings.isConfined,
-                                            .askpass = m_askpass}] { installation.run(); });
+    userInitiatedPool().start([installation = GatewayInstallation{
+                                   .feed = feed,
+                                   .resources = m_surroundings.resources,
+                                   .password = password,
+                                   .sudoSearchPath = m_surroundings.sudoSearchPath,
+                                   .isConfined = m_surroundings.isConfined,
+                                   .askpass = m_askpass}]() mutable { installation.run(); });
 }
 
 void SetupManager::finishInstallation()
@@ -162,7 +191,7 @@ void SetupManager::finishInstallation()
     runChecks([this] {
         m_isInstallingDuskrell = false;
         if (!m_hasVenv || !m_hasModels) {
-            run();
+            installVoice();
         }
     });
 }
@@ -321,6 +350,14 @@ void SetupManager::VoiceInstallation::finish()
 }
 
 void SetupManager::run()
+{
+    if (!m_isRunning) {
+        m_problem = QString();
+        installVoice();
+    }
+}
+
+void SetupManager::installVoice()
 {
     if (m_isRunning) {
         return;

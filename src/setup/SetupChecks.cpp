@@ -17,7 +17,7 @@ void describeTools(SetupChecks &checks, const SetupManager &setup)
     checks.compiler = {.label = u"Xcode CLI Tools"_s,
                        .ok = setup.hasXcodeCLT(),
                        .note = setup.xcodeCLTNote(),
-                       .advice = u"here: gcc or clang, then “Re-check” below"_s,
+                       .advice = u"here: gcc or clang, then "_s + reCheckBelow,
                        .commands = {setup.compilerCommand()}};
     checks.brew = {.label = u"Homebrew"_s,
                    .ok = setup.hasBrew(),
@@ -26,7 +26,7 @@ void describeTools(SetupChecks &checks, const SetupManager &setup)
     checks.node = {.label = u"Node.js"_s, .ok = setup.hasNode(), .commands = {setup.nodeCommand()}};
     checks.duskrell = {.label = u"Duskrell"_s,
                        .ok = setup.hasDuskrell(),
-                       .advice = u"here: “Install Everything” below"_s};
+                       .advice = u"here: "_s + installEverythingBelow};
     checks.tailscale = {.label = u"Tailscale"_s,
                         .ok = setup.hasTailscale(),
                         .advice = u"here: what this page says, then the command"_s,
@@ -58,12 +58,11 @@ void describeGateway(SetupChecks &checks, const SetupManager &setup)
 void describeVoice(SetupChecks &checks, const SetupManager &setup)
 {
     const QString command = setup.voiceCommand();
-    const QString advice = command.isEmpty()
-                               ? u"here: “Install Voice + Finish” below"_s
-                               : u"here: this first, then “Install Voice + Finish” below"_s;
+    const QString advice =
+        (command.isEmpty() ? u"here: "_s : u"here: this first, then "_s) + installVoiceBelow;
     checks.config = {.label = u"Config file"_s,
                      .ok = setup.hasConfig(),
-                     .advice = u"here: “Install Voice + Finish” below"_s};
+                     .advice = u"here: "_s + installVoiceBelow};
     checks.models = {
         .label = u"TTS Models"_s, .ok = setup.hasModels(), .advice = advice, .commands = {command}};
     // Above it, the same command stands already.

@@ -8,6 +8,11 @@
 namespace ostrelle
 {
 
+// Buttons of the sheet, in the words in which an advice names them.
+inline const QString installEverythingBelow = QStringLiteral("“Install Everything” below");
+inline const QString installVoiceBelow = QStringLiteral("“Install Voice + Finish” below");
+inline const QString reCheckBelow = QStringLiteral("“Re-check” below");
+
 // One thing that the program needs: whether it is there, what stands in for it, and what puts it
 // there.
 struct SetupCheck {

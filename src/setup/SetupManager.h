@@ -164,6 +164,9 @@ public:
     // What went wrong in the last try, for people; empty when nothing has, or a new one is under
     // way.
     QString installProblem() const { return m_installProblem; }
+    // What went wrong in the operation that was begun last, for people; empty when nothing has. The
+    // voice parts that follow an installation are part of it.
+    QString problem() const { return m_problem; }
     QString gatewayTokenProblem() const { return m_gatewayTokenProblem; }
     QString gatewayTokenInput() const { return m_gatewayTokenInput; }
     void setGatewayTokenInput(const QString &token) { m_gatewayTokenInput = token; }
@@ -214,12 +217,14 @@ private:
     SetupChecks describe() const;
     void finishChecks(int generation);
     void finishInstallation();
+    void installVoice();
 
     const Settings m_settings;
     const SetupSurroundings m_surroundings;
     StatusLog m_statusMessages;
     ProgressFeed m_feed;
     const std::shared_ptr<AskpassFile> m_askpass; // shared with what runs in the background
+    QString m_problem;
 
     PassLimit m_checkPasses;
     const std::shared_ptr<std::atomic<int>> m_checkGeneration; // of the newest run

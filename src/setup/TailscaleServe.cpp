@@ -132,6 +132,7 @@ void SetupManager::configureTailscaleServe()
     if (m_isConfiguringTailscale) {
         return;
     }
+    m_problem = QString();
     m_isConfiguringTailscale = true;
     m_feed.writer().addStatus(u"Configuring Tailscale HTTPS serve…"_s);
     userInitiatedPool().start(

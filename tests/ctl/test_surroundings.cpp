@@ -218,6 +218,13 @@ private Q_SLOTS:
         QCOMPARE(inTerminal(u"ctl status 2>&1 | head -n 1"_s, 80).out,
                  "ostrellectl: Ostrelle does not run\r\n");
         QCOMPARE(inTerminal(u"ctl --help > /dev/full"_s, 80).status, 1);
+        // Whatever ends it at its question leaves a terminal that shows what is typed.
+        const QString ends =
+            u"cat; exec 2>/dev/null; for signal in TERM KILL; do "
+            "$OSTRELLE_BINARY_DIR/ostrellectl setup install < /dev/tty & "
+            "until stty -a | grep -qwe -echo; do :; done; kill -$signal $!; "
+            "while stty -a | grep -qwe -echo; do :; done; wait $!; echo $?; done"_s;
+        QCOMPARE(inTerminal(ends, 80).out, "143\r\n137\r\n");
     }
 
     void completes()
