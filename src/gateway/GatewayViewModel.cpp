@@ -189,13 +189,15 @@ void GatewayViewModel::resetGatewayToken()
         return;
     }
     m_isResettingToken = true;
-    const auto renew = [tokens = m_settings.tokens, config = m_settings.config] {
+    // Another gateway may come in use while the tool works.
+    const auto renew = [tokens = m_settings.tokens,
+                        url = m_settings.config->current().gateway.url] {
         const auto token = renewGatewayToken();
         if (!token) {
             tellResetFailed(token.error());
             return token.error();
         }
-        const auto saved = tokens->saveForUser(config->snapshot().gateway.url, *token).result();
+        const auto saved = tokens->saveForUser(url, *token).result();
         return saved ? QString() : tokenNotSaved(saved.error());
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this,

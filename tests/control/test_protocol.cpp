@@ -17,7 +17,6 @@ private Q_SLOTS:
     {
         const Rows<QByteArray, Kind, QString> row("line", "kind", "text");
         row("no JSON", "{status", Kind::Request, u"no request"_s);
-        row("another kind of JSON", "[1]", Kind::Request, u"no request"_s);
         row("no protocol", R"({"command":"status"})", Kind::Request, u"no request"_s);
         row("no command", R"({"protocol":1,"command":1})", Kind::Request, u"no command"_s);
         row("a newer client", R"({"protocol":2})", Kind::Protocol,
