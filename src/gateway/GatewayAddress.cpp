@@ -56,7 +56,7 @@ bool looksLocal(const QString &text)
 // password: what follows is the path.
 QString withoutUsersPassword(const QString &address)
 {
-    static const QRegularExpression password(u"^((?:[^:/?#@]*:)?//)?"
+    static const QRegularExpression password(u"^((?:[^:/?#@]*:)?//)?+"
                                              "((?>\\[[^\\]]*\\](?=[:/?#]|$)|[^:]*))"
                                              ":(?!\\d+(?:[/?#]|$)).*@"_s,
                                              QRegularExpression::DotMatchesEverythingOption);

@@ -189,14 +189,15 @@ void GatewayViewModel::resetGatewayToken()
         return;
     }
     m_isResettingToken = true;
-    // Another gateway may come in use while the tool works.
-    const auto renew = [tokens = m_settings.tokens,
+    // Another gateway may come in use while the tool works, by an edit of the file too.
+    const auto renew = [tokens = m_settings.tokens, config = m_settings.config,
                         url = m_settings.config->current().gateway.url] {
         const auto token = renewGatewayToken();
         if (!token) {
             tellResetFailed(token.error());
             return token.error();
         }
+        config->snapshot();
         const auto saved = tokens->saveForUser(url, *token).result();
         return saved ? QString() : tokenNotSaved(saved.error());
     };
