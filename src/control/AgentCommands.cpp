@@ -1,4 +1,6 @@
 #include "control/ControlCommands.h"
+#include "control/OnceLoaded.h"
+#include "control/OnceStored.h"
 #include "dashboards/AgentsTopologyViewModel.h"
 
 namespace ostrelle::command
@@ -28,32 +30,36 @@ QList<AgentNode> agentsCalled(const QString &called, const AgentsTopologyViewMod
     return named;
 }
 
-void changeAgent(const AgentsTopologyViewModel &model, Question *question, Change change)
+QString notFound(const AgentsTopologyViewModel &model)
+{
+    const QString problem = model.errorMessage(); // perhaps nobody could be asked for them
+    return problem.isEmpty() ? u"there is no agent with that name or id"_s : problem;
+}
+
+void changeAgent(const ControlContext &context, const AgentsTopologyViewModel &model,
+                 Question *question, Change change)
 {
     const QList<AgentNode> agents = agentsCalled(question->text("agent"_L1), model);
     if (agents.size() != 1) {
-        question->fail(agents.isEmpty() ? u"there is no agent with that name or id"_s
+        question->fail(agents.isEmpty() ? notFound(model)
                                         : u"more than one agent has that name; say the id"_s);
         return;
     }
     const AgentNode &agent = agents.first();
     AgentAppearanceStore appearances = model.appearances();
     change(agent, appearances, *question);
-    question->answer({{"id"_L1, agent.id},
+    answerOnceStored(context, question,
+                     {{"id"_L1, agent.id},
                       {"name"_L1, appearances.name(agent.id, agent.name)},
                       {"emoji"_L1, appearances.emoji(agent.id, agent.defaultEmoji())}});
 }
 
 void changeOnceLoaded(const ControlContext &context, Question *question, Change change)
 {
-    auto *const model = new AgentsTopologyViewModel(context.models.settings);
-    model->setParent(question);
-    QObject::connect(model, &AgentsTopologyViewModel::isLoadingChanged, question,
-                     [model, question, change] {
-                         if (!model->isLoading()) {
-                             changeAgent(*model, question, change);
-                         }
-                     });
+    onceLoaded<AgentsTopologyViewModel>(
+        context, question, [context, question, change](const AgentsTopologyViewModel &model) {
+            changeAgent(context, model, question, change);
+        });
 }
 
 } // namespace

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "control/TailnetDevices.h"
 #include "core/BackgroundWork.h"
-#include "gateway/NetworkHelpers.h"
-#include "state/Models.h"
 
 #include <QObject>
 
@@ -19,9 +18,10 @@ struct ControlContext {
     std::function<void()> openPanel = {}; // null without a display
     bool isRunning = true;                // this is the running program
     TailscalePlaces tailscale = {};
-    // Looks at files and keyring under way. They outlast an answer that did not wait for them, and
-    // many who ask must not use up the threads that the panel needs too.
+    // Looks at files, keyring and other machines under way. They outlast an answer that did not
+    // wait for them, and many who ask must not use up the threads that the panel needs too.
     std::shared_ptr<PassLimit> looks = std::make_shared<PassLimit>(8);
+    std::shared_ptr<TailnetDevices> devices = std::make_shared<TailnetDevices>();
 };
 
 // Answers ostrellectl: what the panel shows, and what its buttons do. Main thread only.

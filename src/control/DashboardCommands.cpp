@@ -1,4 +1,5 @@
 #include "control/ControlCommands.h"
+#include "control/OnceLoaded.h"
 #include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/CronViewModel.h"
 #include "dashboards/ProjectTrackerJob.h"
@@ -106,24 +107,19 @@ QJsonObject dataOf(const CronViewModel &model)
             {"updated"_L1, model.lastUpdatedText()}};
 }
 
-// What the dashboard shows once it has loaded. It loads from the moment when it is made.
+// What the dashboard shows once it has loaded.
 template<typename Model>
 void tell(const ControlContext &context, Question *question)
 {
-    const Settings &settings = context.models.settings;
-    if (!context.isRunning && RemoteDataSource::isRemote(settings.config->current())) {
+    if (!context.isRunning &&
+        RemoteDataSource::isRemote(context.models.settings.config->current())) {
         question->fail(u"the gateway in use is on another machine, which only a running Ostrelle "
                        "asks"_s);
         return;
     }
-    auto *const model = new Model(settings);
-    model->setParent(question);
-    QObject::connect(model, &Model::isLoadingChanged, question, [model, question] {
-        if (model->isLoading()) {
-            return;
-        }
-        QJsonObject data = dataOf(*model);
-        if (const QString problem = model->errorMessage(); !problem.isEmpty()) {
+    onceLoaded<Model>(context, question, [question](const Model &model) {
+        QJsonObject data = dataOf(model);
+        if (const QString problem = model.errorMessage(); !problem.isEmpty()) {
             data.insert("problem"_L1, problem);
         }
         question->answer(data);

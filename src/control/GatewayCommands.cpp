@@ -5,7 +5,7 @@
 #include "gateway/GatewayInUse.h"
 #include "gateway/SavedGateways.h"
 #include "gateway/StoredTokens.h"
-#include "gateway/TailscalePeersModel.h"
+#include "state/StatusWords.h"
 
 #include <QtConcurrentRun>
 
@@ -73,26 +73,11 @@ void saveProfile(const ControlContext &context, Question *question, SavedGateway
                 [profile](OstrelleConfig::Gateway &gateway) { addSaved(gateway, profile); });
 }
 
-// Calls it with the devices of the tailnet that the panel would find.
-void withDevices(const ControlContext &context, Question *question,
-                 const std::function<void(const QList<TailscalePeer> &peers)> &use)
+// Why there are no devices; empty where that is no wonder.
+QString whyNone(const ControlContext &context)
 {
-    const Models &models = context.models;
-    const PassLimit::Pass pass = context.looks->begin();
-    if (!pass) {
-        question->fail(u"Tailscale does not answer"_s);
-        return;
-    }
-    auto *const profiles =
-        new GatewayProfiles(models.settings, models.gatewayVM, models.gatewayInUse, question);
-    auto *const peers = new TailscalePeersModel(profiles, context.tailscale);
-    peers->setParent(question);
-    QObject::connect(peers, &TailscalePeersModel::loadingChanged, question, [peers, use, pass] {
-        if (!peers->loading()) {
-            use(peers->rows());
-        }
-    });
-    peers->loadPeers();
+    const GatewayViewModel &monitor = *context.models.gatewayVM;
+    return StatusWords::remoteProblem(monitor.tailscaleInstalled(), monitor.magicDNSURL());
 }
 
 QJsonObject toJson(const TailscalePeer &peer)
@@ -141,13 +126,18 @@ void useGateway(const ControlContext &context, Question *question)
 
 void findDevices(const ControlContext &context, Question *question)
 {
-    withDevices(context, question, [question](const QList<TailscalePeer> &peers) {
+    const auto tell = [context, question](const QList<TailscalePeer> &peers) {
         QJsonArray found;
         for (const TailscalePeer &peer : peers) {
             found.append(toJson(peer));
         }
-        question->answer({{"devices"_L1, found}});
-    });
+        QJsonObject data{{"devices"_L1, found}};
+        if (const QString problem = whyNone(context); found.isEmpty() && !problem.isEmpty()) {
+            data.insert("problem"_L1, problem);
+        }
+        question->answer(data);
+    };
+    context.devices->look(context.models, context.tailscale, question, tell);
 }
 
 void addGateway(const ControlContext &context, Question *question)
@@ -169,11 +159,14 @@ void addDevice(const ControlContext &context, Question *question)
         });
         if (peer != peers.end()) {
             saveProfile(context, question, profileOf(*peer));
+        } else if (const QString problem = whyNone(context);
+                   peers.isEmpty() && !problem.isEmpty()) {
+            question->fail(problem);
         } else {
             question->fail(u"no device of that name is online and not saved yet"_s);
         }
     };
-    withDevices(context, question, add);
+    context.devices->look(context.models, context.tailscale, question, add);
 }
 
 void removeGateway(const ControlContext &context, Question *question)

@@ -3,6 +3,9 @@
 #include "gateway/GatewayAddress.h"
 #include "gateway/GatewayViewModel.h"
 
+#include <algorithm>
+#include <optional>
+
 namespace ostrelle
 {
 
@@ -11,10 +14,19 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-bool isCalled(const SavedGatewayRow &row, const QString &called)
+// By its URL, or else by one with which it is shown. That may be another one's too, this machine's
+// have the same: the first one is meant then.
+std::optional<QString> gatewayAt(const QString &url, const QList<SavedGatewayRow> &rows)
 {
-    return row.displayURL == called || withoutPassword(row.url) == called ||
-           row.displayName.compare(called, Qt::CaseInsensitive) == 0;
+    auto found = std::ranges::find(rows, url, &SavedGatewayRow::url);
+    if (found == rows.end()) {
+        found = std::ranges::find(
+            rows, url, [](const SavedGatewayRow &row) { return withoutPassword(row.url); });
+    }
+    if (found == rows.end()) {
+        found = std::ranges::find(rows, url, &SavedGatewayRow::displayURL);
+    }
+    return found == rows.end() ? std::nullopt : std::optional(found->url);
 }
 
 } // namespace
@@ -30,12 +42,13 @@ std::expected<QString, QString> gatewayMeant(const ControlContext &context, cons
     if (called.isEmpty()) {
         return std::unexpected(u"no gateway is named"_s);
     }
+    const QList<SavedGatewayRow> rows = savedGateways(context);
+    if (const auto url = gatewayAt(called, rows)) {
+        return *url;
+    }
     QStringList meant;
-    for (const SavedGatewayRow &row : savedGateways(context)) {
-        if (row.url == called) {
-            return row.url;
-        }
-        if (isCalled(row, called)) {
+    for (const SavedGatewayRow &row : rows) {
+        if (row.displayName.compare(called, Qt::CaseInsensitive) == 0) {
             meant.append(row.url);
         }
     }

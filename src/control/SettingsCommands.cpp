@@ -1,4 +1,5 @@
 #include "control/ControlCommands.h"
+#include "control/OnceStored.h"
 #include "gateway/GatewaySettings.h"
 #include "gateway/GatewayViewModel.h"
 #include "state/VoiceSwitch.h"
@@ -20,7 +21,8 @@ namespace
 // A disk that hangs keeps nobody from seeing the settings.
 constexpr std::chrono::milliseconds patienceForLoginItem{1000};
 
-using Done = std::function<void()>;
+// Told what the user is told where it could not be done; an empty text where it could.
+using Done = std::function<void(const QString &problem)>;
 
 // One of the settings' switches.
 struct Switch {
@@ -28,42 +30,46 @@ struct Switch {
     bool (*isOn)(const Models &models);
     // Calls `done` once it holds, or a failure was taken back.
     void (*set)(const Models &models, bool on, const Done &done);
-    QLatin1StringView problem = {}; // what the user is told then
+    bool isPreference = true; // its file has it
 };
+
+constexpr bool inNoPreference = false;
 
 constexpr std::array switches{
     Switch{"launch-at-login"_L1,
            [](const Models &models) { return models.gatewaySettings->launchAtLogin(); },
            [](const Models &models, bool on, const Done &done) {
-               models.gatewaySettings->setLaunchAtLogin(on, done);
+               models.gatewaySettings->setLaunchAtLogin(on, [on, done](bool holds) {
+                   done(holds == on ? QString()
+                                    : u"the autostart entry could not be changed; Ostrelle's log "
+                                      "tells why"_s);
+               });
            },
-           "the autostart entry could not be changed; Ostrelle's log tells why"_L1},
+           inNoPreference},
     Switch{"magic-dns"_L1, [](const Models &models) { return models.gatewayVM->useMagicDNS(); },
            [](const Models &models, bool on, const Done &done) {
                models.gatewayVM->setUseMagicDNS(on);
-               done();
+               done({});
            }},
     Switch{"project-tracking"_L1,
            [](const Models &models) { return models.gatewaySettings->projectTrackingEnabled(); },
            [](const Models &models, bool on, const Done &done) {
-               models.gatewaySettings->setProjectTrackingEnabled(on);
-               done();
+               models.gatewaySettings->setProjectTrackingEnabled(on, done);
            }},
     Switch{"voice-agent"_L1,
            [](const Models &models) { return models.serviceManager->voiceEnabled(); },
            [](const Models &models, bool on, const Done &done) {
                switchVoice(*models.serviceManager, *models.gatewaySettings, on);
-               done();
+               done({});
            }},
     Switch{"voice-autostart"_L1,
            [](const Models &models) { return models.gatewaySettings->autoStartVoice(); },
            [](const Models &models, bool on, const Done &done) {
                // Of an agent that is switched off the settings do not offer it.
-               models.gatewaySettings->setAutoStartVoice(on &&
-                                                         models.serviceManager->voiceEnabled());
-               done();
-           },
-           "the voice agent is switched off"_L1},
+               const bool isPossible = !on || models.serviceManager->voiceEnabled();
+               models.gatewaySettings->setAutoStartVoice(on && isPossible);
+               done(isPossible ? QString() : u"the voice agent is switched off"_s);
+           }},
 };
 
 QJsonObject toJson(const Models &models)
@@ -85,14 +91,16 @@ void change(const ControlContext &context, Question *question, bool on)
         return;
     }
     const QPointer<Question> asked(question); // the change goes on without it
-    wanted->set(context.models, on, [asked, models = context.models, wanted, on] {
+    wanted->set(context.models, on, [asked, context, wanted](const QString &problem) {
         if (!asked) {
             return;
         }
-        if (wanted->isOn(models) == on) {
-            asked->answer(toJson(models));
+        if (!problem.isEmpty()) {
+            asked->fail(problem);
+        } else if (wanted->isPreference) {
+            answerOnceStored(context, asked, toJson(context.models));
         } else {
-            asked->fail(wanted->problem);
+            asked->answer(toJson(context.models));
         }
     });
 }
@@ -102,8 +110,13 @@ void change(const ControlContext &context, Question *question, bool on)
 void tellSettings(const ControlContext &context, Question *question)
 {
     const auto tell = [question, models = context.models] { question->answer(toJson(models)); };
+    const PassLimit::Pass pass = context.looks->begin();
+    if (!pass) {
+        tell();
+        return;
+    }
     const QPointer<Question> asked(question); // the look may outlast it
-    context.models.gatewaySettings->lookAtLoginItem([asked, tell] {
+    context.models.gatewaySettings->lookAtLoginItem([asked, tell, pass](bool /*holds*/) {
         if (asked) {
             tell();
         }
@@ -129,13 +142,13 @@ void setGeminiKey(const ControlContext &context, Question *question)
         return;
     }
     context.models.gatewaySettings->setGeminiAPIKey(key);
-    question->answer({});
+    answerOnceStored(context, question, {});
 }
 
 void removeGeminiKey(const ControlContext &context, Question *question)
 {
     context.models.gatewaySettings->setGeminiAPIKey({});
-    question->answer({});
+    answerOnceStored(context, question, {});
 }
 
 } // namespace ostrelle::command

@@ -61,6 +61,7 @@ QJsonObject toJson(const SetupChecks &checks)
 
 // What an installer prints may be long; the rest of it comes with the next answer.
 constexpr qsizetype enoughAtOnce = qsizetype{256} * 1024; // characters
+constexpr qsizetype costOfAMessage = 32;                  // besides its own
 
 // An asker who hears nothing for longer asks whether anybody is there.
 constexpr std::chrono::seconds patienceForProgress{30};
@@ -78,7 +79,7 @@ Progress progressFrom(qint64 number, const StatusLog &log)
     Progress progress;
     for (qsizetype length = 0; row < log.rowCount() && length < enoughAtOnce; ++row) {
         progress.messages.append(log.messageAt(row));
-        length += progress.messages.last().size();
+        length += progress.messages.last().size() + costOfAMessage;
     }
     progress.next = log.cleared() + row;
     progress.isAll = row == log.rowCount();

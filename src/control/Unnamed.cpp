@@ -4,6 +4,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <arpa/inet.h>
 
 namespace ostrelle
 {
@@ -33,6 +34,30 @@ QString patternOf(const QString &host)
                : u"(?<=//|@)"_s + name + u"(?![\\w.-])"_s;
 }
 
+// A time or a word with colons looks like one until it is read.
+bool isForeignIPv6(const QString &text)
+{
+    in6_addr address{};
+    return inet_pton(AF_INET6, text.toLatin1().constData(), &address) == 1 &&
+           !IN6_IS_ADDR_LOOPBACK(&address) && !IN6_IS_ADDR_UNSPECIFIED(&address);
+}
+
+void removeIPv6(QString &text)
+{
+    static const QRegularExpression candidate(
+        u"(?<![\\w.:])(?:[0-9A-Fa-f]{0,4}:){2,8}(?:(?:\\d{1,3}\\.){3}\\d{1,3}|[0-9A-Fa-f]{1,4})?"
+        "(?!\\w|[.:]\\w|::)"_s);
+    for (qsizetype from = 0;;) {
+        const QRegularExpressionMatch match = candidate.match(text, from);
+        if (!match.hasMatch()) {
+            return;
+        }
+        const QString found = isForeignIPv6(match.captured()) ? u"[host]"_s : match.captured();
+        text.replace(match.capturedStart(), match.capturedLength(), found);
+        from = match.capturedStart() + found.size();
+    }
+}
+
 // What the log tells of addresses that were refused, and of machines that nobody has saved.
 void removeOthers(QString &text)
 {
@@ -42,6 +67,7 @@ void removeOthers(QString &text)
         u"(?<![\\w.])(?!127\\.|0\\.0\\.0\\.0)(?:\\d{1,3}\\.){3}\\d{1,3}(?![\\w.])"_s);
     text.replace(refused, u"\"[host]\""_s);
     text.replace(inTailnet, u"[host]"_s);
+    removeIPv6(text);
     text.replace(address, u"[host]"_s);
 }
 

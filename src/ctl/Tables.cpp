@@ -109,7 +109,7 @@ QString devicesText(const QJsonObject &data, const Terminal &terminal)
                    {.text = answers ? u"answers"_s : u"none"_s,
                     .color = answers ? u"green"_s : u"yellow"_s}});
     }
-    return table.text();
+    return withRemarks(data, table.text());
 }
 
 QString settingsText(const QJsonObject &data, const Terminal &terminal)

@@ -52,6 +52,17 @@ bool looksLocal(const QString &text)
     return text.contains("127.0.0.1"_L1) || text.contains("localhost"_L1, Qt::CaseInsensitive);
 }
 
+// The name of the user stays. An IPv6 address has colons too, and one before a port is no sign of a
+// password: what follows is the path.
+QString withoutUsersPassword(const QString &address)
+{
+    static const QRegularExpression password(u"^((?:[^:/?#@]*:)?//)?+"
+                                             "((?>\\[[^\\]]*\\](?=[:/?#]|$)|[^:]*))"
+                                             ":(?!\\d+(?:[/?#]|$)).*@"_s,
+                                             QRegularExpression::DotMatchesEverythingOption);
+    return QString(address).replace(password, u"\\1\\2@"_s);
+}
+
 } // namespace
 
 QString toString(AddressProblem problem)
@@ -67,6 +78,8 @@ QString toString(AddressProblem problem)
         return u"names no machine"_s;
     case AddressProblem::LooksLocal:
         return u"looks like this machine and is another"_s;
+    case AddressProblem::Query:
+        return u"has a query or a fragment"_s;
     }
     Q_UNREACHABLE();
 }
@@ -77,7 +90,7 @@ std::expected<void, AddressProblem> checkGatewayAddress(const QString &address)
         return std::unexpected(AddressProblem::Characters);
     }
     const Parts parts = partsOf(address);
-    if (parts.hasUserPart) {
+    if (parts.hasUserPart || withoutUsersPassword(address) != address) {
         return std::unexpected(AddressProblem::UserPart);
     }
     if (!parts.scheme.isEmpty() && !isOneOf(parts.scheme, "http"_L1, "https"_L1)) {
@@ -89,13 +102,17 @@ std::expected<void, AddressProblem> checkGatewayAddress(const QString &address)
     if (looksLocal(address) && !isOneOf(parts.host, "127.0.0.1"_L1, "localhost"_L1)) {
         return std::unexpected(AddressProblem::LooksLocal);
     }
+    if (withoutPassword(address) != address) {
+        return std::unexpected(AddressProblem::Query);
+    }
     return {};
 }
 
 QString withoutPassword(const QString &address)
 {
-    static const QRegularExpression password(u"^([^:/?#@]*://|//)?([^/?#:]*):[^/?#]*@"_s);
-    return QString(address).replace(password, u"\\1\\2@"_s);
+    static const QRegularExpression behindThePath(u"[?#].*"_s,
+                                                  QRegularExpression::DotMatchesEverythingOption);
+    return withoutUsersPassword(address).remove(behindThePath);
 }
 
 QString printableHost(const QString &address)

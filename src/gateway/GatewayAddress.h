@@ -14,6 +14,7 @@ enum class AddressProblem {
     Scheme,     // it is neither http nor https, in whatever letter case
     NoHost,     // there is a scheme, and nothing behind it
     LooksLocal, // "127.0.0.1" or "localhost" is in it and is not its host
+    Query,      // or a fragment: what is asked for there would become a part of it
 };
 
 // For the user; the end of a sentence that begins with "it".
@@ -23,7 +24,9 @@ QString toString(AddressProblem problem);
 // need not be a URL. By its text alone, so that it holds however a reader takes the URL apart.
 std::expected<void, AddressProblem> checkGatewayAddress(const QString &address);
 
-// The address as people may see it: a password in it, of an older version's profile, is left out.
+// The address as people may see it: a password, a query and a fragment, which an older version's
+// profile may have, are left out. A password reaches to the last "@", whatever is in it, but begins
+// with no port. An address without any of these stays as it is.
 QString withoutPassword(const QString &address);
 
 // The address's host for a log line: bounded, and without what may be a secret.

@@ -20,6 +20,13 @@ QString firstLabel(const QString &host)
     return host.section(u'.', 0, 0);
 }
 
+// What the user or an older version has called it, which may be its address.
+QString nameOf(const SavedGateway &profile)
+{
+    const bool isAddress = profile.name == profile.url || profile.name.contains("://"_L1);
+    return isAddress ? withoutPassword(profile.name) : profile.name;
+}
+
 } // namespace
 
 bool isLocalUrl(const QString &url)
@@ -56,7 +63,7 @@ QString GatewayNames::activeGatewayName() const
         return magicDNSLabel();
     }
     if (const SavedGateway *saved = savedProfile()) {
-        return saved->name;
+        return nameOf(*saved);
     }
     return firstLabel(hostOf(m_url).value_or(u"Gateway"_s));
 }
@@ -78,8 +85,8 @@ QString GatewayNames::profileDisplayName(const SavedGateway &profile) const
         return magicDNSLabel();
     }
     return profile.isMagicDNS.value_or(false)
-               ? firstLabel(hostOf(profile.url).value_or(profile.name))
-               : profile.name;
+               ? firstLabel(hostOf(profile.url).value_or(nameOf(profile)))
+               : nameOf(profile);
 }
 
 QString GatewayNames::profileDisplayURL(const SavedGateway &profile) const

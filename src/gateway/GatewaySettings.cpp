@@ -27,17 +27,23 @@ QThreadPool &trackingQueue()
     return queue.object();
 }
 
-void enableTracking()
+// For people, what went wrong.
+QString enableTracking()
 {
     enableProjectTrackingSkill();
     NotificationManager::send(notificationTitle, u"Project tracking enabled"_s);
+    return {};
 }
 
-void disableTracking(const QStringList &toolPaths)
+QString disableTracking(const QStringList &toolPaths)
 {
-    if (disableProjectTracking(toolPaths).has_value()) {
-        NotificationManager::send(notificationTitle, u"Project tracking disabled"_s);
+    if (const auto disabled = disableProjectTracking(toolPaths); !disabled) {
+        return disabled.error() == TrackingSwitchProblem::NoTool
+                   ? u"the gateway goes on tracking projects: its tool was not found"_s
+                   : u"the gateway goes on tracking projects: its tool does not list its jobs"_s;
     }
+    NotificationManager::send(notificationTitle, u"Project tracking disabled"_s);
+    return {};
 }
 
 } // namespace
@@ -54,13 +60,14 @@ GatewaySettings::GatewaySettings(std::shared_ptr<Preferences> preferences, QStri
     lookAtLoginItem();
 }
 
-void GatewaySettings::lookAtLoginItem(const std::function<void()> &done)
+void GatewaySettings::lookAtLoginItem(const LoginItemSeen &done)
 {
     showLoginItem([](const LoginItem &) {}, done);
 }
 
-void GatewaySettings::setLaunchAtLogin(bool launch, const std::function<void()> &done)
+void GatewaySettings::setLaunchAtLogin(bool launch, const LoginItemSeen &done)
 {
+    ++m_loginItemChanges;
     // Shown as the user wants it first, so that views see it being taken back when it fails.
     m_launchAtLogin = launch;
     const auto change = [launch](LoginItem &item) {
@@ -73,20 +80,20 @@ void GatewaySettings::setLaunchAtLogin(bool launch, const std::function<void()> 
 }
 
 void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &change,
-                                    const std::function<void()> &done)
+                                    const LoginItemSeen &done)
 {
     const auto work = [change] {
         LoginItem item;
         change(item);
         return item.isEnabled();
     };
-    const int asked = ++m_loginItemWork;
-    whenDone(inOrder(settingsQueue(), work), this, [this, asked, done](bool holds) {
-        if (asked == m_loginItemWork) { // else the user has asked for something else meanwhile
-            m_launchAtLogin = holds;
-        }
-        done();
-    });
+    whenDone(inOrder(settingsQueue(), work), this,
+             [this, changes = m_loginItemChanges, done](bool holds) {
+                 if (changes == m_loginItemChanges) { // else another one was asked for meanwhile
+                     m_launchAtLogin = holds;
+                 }
+                 done(holds);
+             });
 }
 
 void GatewaySettings::setAutoStartVoice(bool start)
@@ -95,18 +102,21 @@ void GatewaySettings::setAutoStartVoice(bool start)
     m_preferences->set(preference::autoStartVoice, start);
 }
 
-void GatewaySettings::setProjectTrackingEnabled(bool enabled)
+void GatewaySettings::setProjectTrackingEnabled(bool enabled, const TrackingSwitched &done)
 {
-    if (m_projectTrackingEnabled == enabled) {
+    if (m_projectTrackingEnabled == enabled && m_trackingProblem.isEmpty()) {
+        done({});
         return;
     }
     m_projectTrackingEnabled = enabled;
     m_preferences->set(preference::projectTrackingEnabled, enabled);
-    if (enabled) {
-        inOrder(trackingQueue(), &enableTracking);
-    } else {
-        inOrder(trackingQueue(), [paths = m_toolPaths] { disableTracking(paths); });
-    }
+    const auto work = [enabled, paths = m_toolPaths] {
+        return enabled ? enableTracking() : disableTracking(paths);
+    };
+    whenDone(inOrder(trackingQueue(), work), this, [this, done](const QString &problem) {
+        m_trackingProblem = problem;
+        done(problem);
+    });
 }
 
 void GatewaySettings::setGeminiAPIKey(const QString &key)

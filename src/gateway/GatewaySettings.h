@@ -33,21 +33,27 @@ public:
                              QStringList toolPaths = usualDuskrellPaths(),
                              QObject *parent = nullptr);
 
+    // Told whether the desktop starts the program, once it is known.
+    using LoginItemSeen = std::function<void(bool holds)>;
+
     // Shows what the desktop has, once that was looked up. A change that failed is taken back;
-    // `done` is called when it is known how it ended.
+    // `done` is told what holds then, whatever was asked for meanwhile.
     bool launchAtLogin() const { return m_launchAtLogin; }
-    void setLaunchAtLogin(bool launch, const std::function<void()> &done = [] {});
+    void setLaunchAtLogin(bool launch, const LoginItemSeen &done = [](bool) {});
 
     // Looks again at what the desktop has: others may have changed it.
-    void lookAtLoginItem(const std::function<void()> &done = [] {});
+    void lookAtLoginItem(const LoginItemSeen &done = [](bool) {});
 
     bool autoStartVoice() const { return m_autoStartVoice; }
     void setAutoStartVoice(bool start);
 
     // A change also switches the gateway's skill on or off, in the background; a notification tells
-    // when that is done.
+    // when that is done. `done` is told, for people, what kept the gateway's tool from it; an empty
+    // text when nothing has.
+    using TrackingSwitched = std::function<void(const QString &problem)>;
     bool projectTrackingEnabled() const { return m_projectTrackingEnabled; }
-    void setProjectTrackingEnabled(bool enabled);
+    void
+    setProjectTrackingEnabled(bool enabled, const TrackingSwitched &done = [](const QString &) {});
 
     QString geminiAPIKey() const { return m_geminiAPIKey; }
     void setGeminiAPIKey(const QString &key);
@@ -62,12 +68,12 @@ Q_SIGNALS:
     void geminiAPIKeyChanged();
 
 private:
-    void showLoginItem(const std::function<void(LoginItem &)> &change,
-                       const std::function<void()> &done);
+    void showLoginItem(const std::function<void(LoginItem &)> &change, const LoginItemSeen &done);
 
     const std::shared_ptr<Preferences> m_preferences;
     const QStringList m_toolPaths;
-    int m_loginItemWork = 0; // counts it: only the last answer is shown
+    int m_loginItemChanges = 0; // what is known from before the last one is not shown
+    QString m_trackingProblem;  // of the last switch
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewaySettings, bool, m_launchAtLogin, false,
                                          &GatewaySettings::launchAtLoginChanged)

@@ -189,13 +189,16 @@ void GatewayViewModel::resetGatewayToken()
         return;
     }
     m_isResettingToken = true;
-    const auto renew = [tokens = m_settings.tokens, config = m_settings.config] {
+    // Another gateway may come in use while the tool works, by an edit of the file too.
+    const auto renew = [tokens = m_settings.tokens, config = m_settings.config,
+                        url = m_settings.config->current().gateway.url] {
         const auto token = renewGatewayToken();
         if (!token) {
             tellResetFailed(token.error());
             return token.error();
         }
-        const auto saved = tokens->saveForUser(config->snapshot().gateway.url, *token).result();
+        config->snapshot();
+        const auto saved = tokens->saveForUser(url, *token).result();
         return saved ? QString() : tokenNotSaved(saved.error());
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this,

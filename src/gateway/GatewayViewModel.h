@@ -59,8 +59,8 @@ public:
     // went wrong. Does nothing while a switch is under way.
     Q_INVOKABLE void enableTailscaleServe();
 
-    // Has the gateway make a new token and stores it for the gateway in use. Does nothing while
-    // that is under way. A failure is told by a notification and a log line.
+    // Has the gateway make a new token and stores it for the gateway that is in use now. Does
+    // nothing while that is under way. A failure is told by a notification and a log line.
     Q_INVOKABLE void resetGatewayToken();
 
     // Hides the warning until the program ends.

@@ -139,6 +139,11 @@ void Preferences::remove(const TextPreference &preference)
     change(preference.key, std::nullopt);
 }
 
+QFuture<bool> Preferences::stored()
+{
+    return inOrder(settingsQueue(), [self = shared_from_this()] { return self->write(); });
+}
+
 QVariant Preferences::valueOf(const QString &key) const
 {
     const std::scoped_lock lock(m_mutex);
@@ -188,30 +193,42 @@ bool Preferences::understands(const QSettings &settings)
     return m_notUnderstood != changed;
 }
 
-// Writes what has not been written yet, earlier failures included. Settings queue only.
-void Preferences::write()
+// Writes what has not been written yet, earlier failures included; false when it is not in the file
+// then. Settings queue only.
+bool Preferences::write()
 {
     const Changes changes = [this] {
         const std::scoped_lock lock(m_mutex);
         m_content.isWriteQueued = false;
         return m_content.unwritten;
     }();
+    if (changes.isEmpty()) {
+        return true;
+    }
     if (!rewrite(changes)) {
         writeLater();
-        return;
+        return false;
     }
     const std::scoped_lock lock(m_mutex);
     m_content.unwritten.removeIf([&](const Changes::iterator &change) {
         return changes.contains(change.key()) && changes[change.key()] == change.value();
     });
+    return true;
 }
 
-// There is a timer on the main thread only.
+// There is a timer on the main thread only; one at a time, however many attempts fail.
 void Preferences::writeLater()
 {
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (std::exchange(m_content.isAttemptPlanned, true)) {
+            return;
+        }
+    }
     const auto again = [waiting = weak_from_this()] {
         if (const auto self = waiting.lock()) {
             const std::scoped_lock lock(self->m_mutex);
+            self->m_content.isAttemptPlanned = false;
             self->queueWrite();
         }
     };

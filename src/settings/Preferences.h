@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QFuture>
 #include <QHash>
 #include <QString>
 #include <QVariantHash>
@@ -61,10 +62,14 @@ public:
 
     // A change holds at once and is written in the settings queue. A failure to write is silent:
     // the file keeps what it held, and half a minute later, or with the next change, it is tried
-    // again.
+    // again. stored() tells of it.
     void set(const BooleanPreference &preference, bool value);
     void set(const TextPreference &preference, const QString &value);
     void remove(const TextPreference &preference);
+
+    // Whether all that was set before is in the file, once the settings queue has come so far. What
+    // an earlier attempt left is tried again for it.
+    QFuture<bool> stored();
 
 private:
     using Changes = QHash<QString, std::optional<QString>>; // by key; nothing: removed
@@ -74,6 +79,7 @@ private:
         QVariantHash values = {};
         Changes unwritten = {};
         bool isWriteQueued = false;
+        bool isAttemptPlanned = false;
     };
 
     Content read();
@@ -81,7 +87,7 @@ private:
     QVariant valueOf(const QString &key) const;
     void change(const QString &key, const std::optional<QString> &value);
     void queueWrite();
-    void write();
+    bool write();
     void writeLater();
     bool rewrite(const Changes &changes);
 

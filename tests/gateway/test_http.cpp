@@ -32,7 +32,6 @@ private Q_SLOTS:
         const QByteArray ok = "HTTP/1.1 200 OK\r\n";
         const QByteArray chunked = ok + "Transfer-Encoding: Chunked\r\n\r\n";
         whole("length", StandInGateway::response(200, "body"), 200, "body");
-        whole("empty", StandInGateway::response(401), 401, "");
         whole("bare line feeds", "HTTP/1.0 200 OK\ncontent-length:  2 \n\nab", 200, "ab");
         whole("no reason", "HTTP/1.1 204\r\n\r\n", 204, "");
         whole("chunks", chunked + "3;x=y\r\nabc\r\n0A\r\n0123456789\r\n0\r\nT: t\r\n\r\n", 200,
@@ -45,7 +44,6 @@ private Q_SLOTS:
         whole("longer than wanted", StandInGateway::response(200, QByteArray(30, 'x')), 200,
               QByteArray(20, 'x'));
         malformed("not HTTP", "SSH-2.0-x\r\n");
-        malformed("status without digits", "HTTP/1.1 2x0 OK\r\n\r\n");
         malformed("header without a colon", ok + "abc\r\n\r\n");
         malformed("negative length", ok + "Content-Length: -1\r\n\r\n");
         malformed("length beyond reason", ok + "Content-Length: 99999999999999999999\r\n\r\n");

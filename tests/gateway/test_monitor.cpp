@@ -48,21 +48,13 @@ private Q_SLOTS:
         m_gateway.reset();
     }
 
-    void anyWholeAnswerIsOnline_data()
-    {
-        const Rows<QByteArray> row("noAnswer");
-        row("black hole", {});
-        row("half a body", ok.chopped(1));
-    }
-
     void anyWholeAnswerIsOnline()
     {
-        QFETCH(QByteArray, noAnswer);
         m_gateway->answer(modelsPath, {});
         m_gateway->answer(healthPath, StandInGateway::response(500, "oops"));
         const auto monitor = makeMonitor(500ms);
         QTRY_VERIFY(monitor->gatewayOnline());
-        m_gateway->answer(healthPath, noAnswer);
+        m_gateway->answer(healthPath, ok.chopped(1));
         monitor->pollHealth();
         QTRY_VERIFY(!monitor->gatewayOnline());
     }
@@ -238,16 +230,19 @@ private Q_SLOTS:
 
     void resetsTheToken_data()
     {
-        const Rows<QByteArray, QByteArray, QString, QByteArray> row("out", "err", "stored",
-                                                                    "failing");
-        row("on standard output", " new\n", "note\n", u"new"_s, {});
-        row("on standard error", "\n", "new\n", u"new"_s, {});
-        row("not UTF-8", "\xff", "", u"old"_s, {});
-        row("a banner before it", "Update available!\nnew\n", "", u"old"_s, {});
-        row("a message of one line", "", "Config key not found: gateway.auth.token\n", u"old"_s,
-            {});
-        row("reset fails", "new", "", u"old"_s, "gateway token --reset");
-        row("look-up fails", "", "oops", u"old"_s, "config get gateway.auth.token");
+        // active: of the gateway in use, which is another one where the two are not the same
+        const Rows<QByteArray, QByteArray, QString, QString, QByteArray> row("out", "err", "stored",
+                                                                             "active", "failing");
+        const QString before = u"old"_s;
+        const QString made = u"new"_s;
+        row("on standard output", " new\n", "note\n", made, made, {});
+        row("on standard error", "\n", "new\n", made, made, {});
+        row("another gateway in use meanwhile", "new\n", "", made, before, {});
+        row("not UTF-8", "\xff", "", before, before, {});
+        row("a banner before it", "Update available!\nnew\n", "", before, before, {});
+        row("a message", "", "Config key not found: gateway.auth.token\n", before, before, {});
+        row("reset fails", "new", "", before, before, "gateway token --reset");
+        row("look-up fails", "", "oops", before, before, "config get gateway.auth.token");
     }
 
     void resetsTheToken()
@@ -255,6 +250,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, out);
         QFETCH(QByteArray, err);
         QFETCH(QByteArray, failing);
+        QFETCH(QString, stored);
+        QFETCH(QString, active);
         const PrintedLines printed;
         m_home->write(u"duskrell.out"_s, out);
         m_home->write(u"duskrell.err"_s, err);
@@ -268,11 +265,14 @@ private Q_SLOTS:
 
         monitor->resetGatewayToken();
         QVERIFY(monitor->isResettingToken());
+        OstrelleConfig config = OstrelleConfig::load();
+        config.gateway.url = stored == active ? config.gateway.url : u"http://other"_s;
+        config.save();
         QTRY_VERIFY(!monitor->isResettingToken());
         QVERIFY(!monitor->tokenRejected());
-        QTEST(m_home->storedToken(KeychainHelper::activeKey).value(), "stored");
-        QTEST(m_home->storedToken(m_gateway->url()).value(), "stored");
-        const bool isStored = m_home->storedToken(m_gateway->url()) == u"new"_s;
+        QCOMPARE(m_home->storedToken(KeychainHelper::activeKey).value(), active);
+        QCOMPARE(m_home->storedToken(m_gateway->url()).value(), stored);
+        const bool isStored = stored == u"new"_s;
         QCOMPARE(printed.text().contains("Token reset: the gateway "), !isStored);
         QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
     }

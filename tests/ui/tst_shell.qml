@@ -55,7 +55,9 @@ ViewTest {
     }
 
     function test_arrowsStayAmongTheTabs(row) {
-        const panel = createTemporaryObject(contentPanel, test, {projectTrackingEnabled: false});
+        const panel = createTemporaryObject(contentPanel, test, {selectedTab: 1});
+        panel.projectTrackingEnabled = false;
+        compare(panel.selectedTab, 0);
         panel.LayoutMirroring.enabled = row.mirrored;
         panel.LayoutMirroring.childrenInherit = true;
         waitForRendering(panel);

@@ -32,6 +32,14 @@ FocusScope {
         return panel.visible && (content.item?.closeQuestion?.() ?? false);
     }
 
+    // Whoever has switched it off, ostrellectl too.
+    onProjectTrackingEnabledChanged: {
+        if (!panel.projectTrackingEnabled && panel.selectedTab === 1) {
+            panel.kept = undefined; // of a closed panel
+            panel.selectedTab = 0;
+        }
+    }
+
     // Wherever the keyboard is.
     Keys.onPressed: event => event.accepted = content.item?.turnPage(event.key) ?? false
 
