@@ -9,6 +9,8 @@
 #include <QDBusVirtualObject>
 #include <QTest>
 
+#include <utility>
+
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
 using Groups = QMap<QString, QVariantMap>;
@@ -24,8 +26,8 @@ const QString portalService = u"org.freedesktop.portal.Desktop"_s;
 class DesktopSettings : public QDBusVirtualObject
 {
 public:
-    DesktopSettings(const QString &service, const QVariant &answer)
-        : m_answer(answer)
+    DesktopSettings(const QString &service, QVariant answer)
+        : m_answer(std::move(answer))
     {
         m_bus.registerVirtualObject(u"/org"_s, this, QDBusConnection::SubPath);
         m_bus.registerService(service);
