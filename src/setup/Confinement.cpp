@@ -1,9 +1,10 @@
 #include "setup/Confinement.h"
 
 #include "core/ToolEnvironment.h"
-#include "platform/Files.h"
 #include "platform/Paths.h"
 #include "platform/SearchPath.h"
+
+#include <QLocalSocket>
 
 #include <sys/prctl.h>
 
@@ -22,6 +23,15 @@ const QString installerUnit = u"ostrelle-install.service"_s;
 
 constexpr std::chrono::seconds patienceForUnits{10};
 
+// The socket may have outlived whoever listened to it.
+bool isListenedTo(const QString &path)
+{
+    constexpr int patience = 1000; // milliseconds
+    QLocalSocket socket;
+    socket.connectToServer(path);
+    return socket.waitForConnected(patience);
+}
+
 } // namespace
 
 bool isConfined()
@@ -32,8 +42,8 @@ bool isConfined()
 bool InstallerUnit::canBeStarted() const
 {
     const auto runtime = runtimeDirectory();
-    return runtime && fileExists(*runtime + u"/systemd/private"_s) &&
-           fileExists(*runtime + u"/bus"_s) && findProgram(systemdRun, m_searchPath);
+    return runtime && isListenedTo(*runtime + u"/systemd/private"_s) &&
+           isListenedTo(*runtime + u"/bus"_s) && findProgram(systemdRun, m_searchPath);
 }
 
 bool InstallerUnit::isRunning() const

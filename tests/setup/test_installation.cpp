@@ -6,6 +6,7 @@
 #include <QAbstractItemModelTester>
 #include <QDir>
 #include <QFileInfo>
+#include <QLocalServer>
 
 #include <csignal>
 #include <cstdlib>
@@ -80,22 +81,29 @@ private Q_SLOTS:
     // through a pipe.
     void confined_data()
     {
-        const Rows<QString, QByteArray, QString, bool> row("bus", "isActive", "told", "isUnit");
-        row("as a unit", u".run/bus"_s, "exit 3", u"-n \\x  y "_s, true);
-        row("no bus", u".run/other"_s, "exit 3", u"-n \\x  y "_s, false);
-        row("an older unit", u".run/bus"_s, "", u"ERROR: the installer still runs"_s, false);
+        const Rows<bool, QByteArray, QString, bool> row("hasBus", "isActive", "told", "isUnit");
+        row("as a unit", true, "exit 3", u"-n \\x  y "_s, true);
+        row("a bus that has ended", false, "exit 3", u"-n \\x  y "_s, false);
+        row("an older unit", true, "", u"ERROR: the installer still runs"_s, false);
     }
 
     void confined()
     {
-        QFETCH(const QString, bus);
+        QFETCH(const bool, hasBus);
         QFETCH(const QByteArray, isActive);
         QFETCH(const QString, told);
         const SetupHome home;
         addVoiceParts(home);
         home.write(u".bash_profile"_s, "PATH=$HOME/bin; read -r swallowed");
-        home.write(u".run/systemd/private"_s, {});
-        home.write(bus, {});
+        QLocalServer systemd;
+        QLocalServer bus;
+        QVERIFY(QDir().mkpath(home.path(u".run/systemd"_s)));
+        QVERIFY(systemd.listen(home.path(u".run/systemd/private"_s)));
+        if (hasBus) {
+            QVERIFY(bus.listen(home.path(u".run/bus"_s)));
+        } else {
+            home.write(u".run/bus"_s, {}); // its socket stays
+        }
         home.addTool(u"systemctl"_s, isActive);
         home.addTool(u"systemd-run"_s, "while [ $1 != -- ]; do case $1 in *=*) export "
                                        "\"${1#--setenv=}\"; esac; shift; done; shift; exec \"$@\"");
