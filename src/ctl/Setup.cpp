@@ -121,7 +121,7 @@ void tellWhenInterrupted()
     }
     action = {};
     action.sa_handler = &tellThatWorkGoesOn;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     ::sigaction(SIGINT, &action, nullptr);
 }
 
