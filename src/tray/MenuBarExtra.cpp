@@ -30,10 +30,16 @@ constexpr std::chrono::milliseconds sameClick{300};
 // After the start's own work, and before anybody is likely to click.
 constexpr std::chrono::milliseconds whileNobodyWaits{500};
 
-// The desktop's font database takes a good part of the panel's first opening, if that finds it not
-// yet loaded.
-void loadFonts()
+PanelModule *loadPanelModule()
 {
+    return loadModuleAs<PanelModule>(QString::fromLatin1(PanelModule::name));
+}
+
+// The panel's libraries and the desktop's font database take a good part of its first opening, if
+// that finds them not yet loaded.
+void prepareFirstOpening()
+{
+    static_cast<void>(loadPanelModule());
     static_cast<void>(QFontMetrics(QGuiApplication::font()).horizontalAdvance(u"Ostrelle"_s));
 }
 
@@ -97,7 +103,7 @@ MenuBarExtra::MenuBarExtra(const Models &models, const TrayHostWatcher &hosts)
         });
     }
     QTimer::singleShot(hostPatience, this, &MenuBarExtra::openIfThereIsNoTray);
-    QTimer::singleShot(whileNobodyWaits, this, &loadFonts);
+    QTimer::singleShot(whileNobodyWaits, this, &prepareFirstOpening);
 }
 
 MenuBarExtra::~MenuBarExtra() = default;
@@ -171,7 +177,7 @@ void MenuBarExtra::openPanel()
 void MenuBarExtra::openFirst()
 {
     m_waitsForBus = false;
-    if (auto *const module = loadModuleAs<PanelModule>(QString::fromLatin1(PanelModule::name))) {
+    if (PanelModule *const module = loadPanelModule()) {
         m_panel = module->makePanel(m_models, m_events);
     }
     if (m_panel) {
