@@ -2,6 +2,7 @@
 
 #include "core/ExpandPath.h"
 #include "core/ShellWord.h"
+#include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "setup/AskpassFile.h"
@@ -182,8 +183,8 @@ void SetupManager::Checks::checkDuskrell() const
 {
     const bool hasDuskrell =
         isOnPath(u"duskrell"_s) ||
-        anyExists({homeDirectory() + u"/.npm-global/bin/duskrell"_s,
-                   u"/opt/homebrew/bin/duskrell"_s, u"/usr/local/bin/duskrell"_s});
+        anyExists(QStringList(homeDirectory() + u"/.npm-global/bin/duskrell"_s) +
+                  gatewayToolPlaces());
     publish([hasDuskrell](SetupManager &m) { m.m_hasDuskrell = hasDuskrell; });
 }
 
