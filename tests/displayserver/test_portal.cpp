@@ -145,8 +145,7 @@ private Q_SLOTS:
         QTRY_COMPARE(portal->bindings(), 2);
         portal->activate(u"/session_of_another_program"_s);
         portal->activate(u"/session"_s);
-        portal->activate(u"/session"_s);
-        QTRY_COMPARE(pressed.size(), 2);
+        QTRY_COMPARE(pressed.size(), 1);
         portal->endSession(); // of one that has served
         QTRY_COMPARE(portal->bindings(), 3);
 
@@ -156,7 +155,7 @@ private Q_SLOTS:
         portal->endSession(); // of a portal that has ended none yet
         QTRY_COMPARE(portal->bindings(), 2);
         portal->activate(u"/session"_s);
-        QTRY_COMPARE(pressed.size(), 3);
+        QTRY_COMPARE(pressed.size(), 2);
 
         m_session.endBus();
         QTRY_VERIFY(!QDBusConnection(u"portal"_s).isConnected());
