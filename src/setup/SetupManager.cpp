@@ -181,6 +181,7 @@ void SetupManager::Checks::checkNode() const
 
 void SetupManager::Checks::checkDuskrell() const
 {
+    // In these places it counts whether or not it may be run from there.
     const bool hasDuskrell =
         isOnPath(u"duskrell"_s) ||
         anyExists(QStringList(homeDirectory() + u"/.npm-global/bin/duskrell"_s) +
