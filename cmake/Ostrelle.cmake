@@ -88,16 +88,20 @@ set(asan_options "intercept_tls_get_addr=0")
 # script/test looks through what was reported.
 set(tsan_options "suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp die_after_fork=0 report_mutex_bugs=0 log_path=${CMAKE_BINARY_DIR}/report")
 
-# ostrelle_test(<name> SOURCES <file>... [LINK <library>...])
+# ostrelle_test(<name> SOURCES <file>... [LINK <library>...] [OWN_NETWORK])
 # A Qt Test program that CTest runs in a home directory of its own. All that runs without a display
-# is there without being named.
+# is there without being named. OWN_NETWORK is for a test that needs a port which is always the same.
 function(ostrelle_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_NETWORK" "" "SOURCES;LINK")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ostrelle_testsupport libostrelle ${arg_LINK} Qt6::Test)
     # Compiling them takes longer than running them. Without an optimiser no call can be checked.
     target_compile_options(${name} PRIVATE -O0 -g1 -U_FORTIFY_SOURCE)
-    add_test(NAME ${name} COMMAND ${name})
+    set(on_own_network)
+    if(arg_OWN_NETWORK)
+        set(on_own_network ${PROJECT_SOURCE_DIR}/cmake/on-own-network)
+    endif()
+    add_test(NAME ${name} COMMAND ${on_own_network} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
         "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};TSAN_OPTIONS=${tsan_options};LSAN_OPTIONS=${lsan_options};ASAN_OPTIONS=${asan_options}")
 endfunction()

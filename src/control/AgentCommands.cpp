@@ -57,7 +57,9 @@ void changeAgent(const ControlContext &context, const AgentsTopologyViewModel &m
 void changeOnceLoaded(const ControlContext &context, Question *question, Change change)
 {
     onceLoaded<AgentsTopologyViewModel>(
-        context, question, [context, question, change](const AgentsTopologyViewModel &model) {
+        context, question,
+        [context, question, change](const AgentsTopologyViewModel &model,
+                                    const PassLimit::Pass & /*pass*/) {
             changeAgent(context, model, question, change);
         });
 }

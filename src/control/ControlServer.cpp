@@ -77,8 +77,9 @@ constexpr std::array commands{
 // Before the conversation ends without an answer.
 constexpr std::chrono::seconds patience{140};
 
-QByteArray bounded(const QByteArray &line, ControlAnswer answer)
+QByteArray boundedLine(ControlAnswer answer)
 {
+    const QByteArray line = answer.toLine();
     if (line.size() < maxAnswerBytes) {
         return line;
     }
@@ -98,24 +99,23 @@ ControlServer::ControlServer(ControlContext context, QObject *parent)
 void ControlServer::ask(const QByteArray &line, QObject *asker,
                         const std::function<void(const QByteArray &line)> &reply) const
 {
-    const auto tell = [reply, version = m_context.version,
-                       isRunning = m_context.isRunning](const Question::Answer &content) {
-        const ControlAnswer answer{.version = version, .isRunning = isRunning, .content = content};
-        reply(bounded(answer.toLine(), answer));
+    const auto write = [version = m_context.version,
+                        isRunning = m_context.isRunning](const Question::Answer &content) {
+        return boundedLine({.version = version, .isRunning = isRunning, .content = content});
     };
     const auto request = readRequest(line, m_context.version);
     if (!request) {
-        tell(std::unexpected(request.error()));
+        reply(write(std::unexpected(request.error())));
         return;
     }
     const auto *const known = std::ranges::find(commands, request->command, &CommandRow::name);
     if (known == commands.end() || (known->needsProgram && !m_context.isRunning)) {
-        tell(std::unexpected(
-            ControlProblem{ControlProblem::Kind::Command,
-                           u"Ostrelle "_s + m_context.version + u" does not know this command"_s}));
+        reply(write(std::unexpected(
+            ControlProblem{ControlProblem::Kind::Command, u"Ostrelle "_s + m_context.version +
+                                                              u" does not know this command"_s})));
         return;
     }
-    auto *const question = new Question(request->arguments, asker, tell);
+    auto *const question = new Question(request->arguments, asker, write, reply);
     QTimer::singleShot(patience, question, [question] {
         question->fail(u"this takes longer than it should; it may still be done"_s);
     });

@@ -80,31 +80,38 @@ QJsonArray listOf(const Items &items)
     return array;
 }
 
-QJsonObject dataOf(const AgentsTopologyViewModel &model)
+// What puts the data together from copies of what the model has loaded; on any thread.
+auto dataMaker(const AgentsTopologyViewModel &model)
 {
-    const AgentAppearanceStore appearances = model.appearances();
-    QJsonArray agents;
-    if (const auto main = model.mainNode()) {
-        agents.append(toJson(*main, appearances));
-    }
-    for (const AgentNode &agent : model.childNodes()) {
-        agents.append(toJson(agent, appearances));
-    }
-    return {{"agents"_L1, agents}};
+    return [main = model.mainNode(), children = model.childNodes(),
+            appearances = model.appearances()] {
+        QJsonArray agents;
+        if (main) {
+            agents.append(toJson(*main, appearances));
+        }
+        for (const AgentNode &agent : children) {
+            agents.append(toJson(agent, appearances));
+        }
+        return QJsonObject{{"agents"_L1, agents}};
+    };
 }
 
-QJsonObject dataOf(const ProjectsViewModel &model)
+auto dataMaker(const ProjectsViewModel &model)
 {
-    return {{"projects"_L1, listOf(model.projects())},
-            {"healthy"_L1, model.healthyProjectCount()},
-            {"updated"_L1, model.lastUpdatedText()}};
+    return [projects = model.projects(), healthy = model.healthyProjectCount(),
+            updated = model.lastUpdatedText()] {
+        return QJsonObject{
+            {"projects"_L1, listOf(projects)}, {"healthy"_L1, healthy}, {"updated"_L1, updated}};
+    };
 }
 
-QJsonObject dataOf(const CronViewModel &model)
+auto dataMaker(const CronViewModel &model)
 {
-    return {{"jobs"_L1, listOf(model.jobs())},
-            {"active"_L1, model.activeJobCount()},
-            {"updated"_L1, model.lastUpdatedText()}};
+    return
+        [jobs = model.jobs(), active = model.activeJobCount(), updated = model.lastUpdatedText()] {
+            return QJsonObject{
+                {"jobs"_L1, listOf(jobs)}, {"active"_L1, active}, {"updated"_L1, updated}};
+        };
 }
 
 // What the dashboard shows once it has loaded.
@@ -117,13 +124,17 @@ void tell(const ControlContext &context, Question *question)
                        "asks"_s);
         return;
     }
-    onceLoaded<Model>(context, question, [question](const Model &model) {
-        QJsonObject data = dataOf(model);
-        if (const QString problem = model.errorMessage(); !problem.isEmpty()) {
-            data.insert("problem"_L1, problem);
-        }
-        question->answer(data);
-    });
+    onceLoaded<Model>(context, question,
+                      [question](const Model &model, const PassLimit::Pass &pass) {
+                          question->answerFromBackground(
+                              [makeData = dataMaker(model), problem = model.errorMessage(), pass] {
+                                  QJsonObject data = makeData();
+                                  if (!problem.isEmpty()) {
+                                      data.insert("problem"_L1, problem);
+                                  }
+                                  return data;
+                              });
+                      });
 }
 
 } // namespace

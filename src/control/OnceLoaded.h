@@ -9,8 +9,9 @@
 namespace ostrelle
 {
 
-// Makes a dashboard's model, which loads from then on, and calls `use(model)` once it has loaded.
-// Where the asker goes the load goes on, and counts until it has ended. Main thread only.
+// Makes a dashboard's model, which loads from then on, and calls `use(model, pass)` once it has
+// loaded. Where the asker goes the load goes on, and counts until it has ended, or while a copy of
+// the pass exists. Main thread only.
 template<typename Model, typename Use>
 void onceLoaded(const ControlContext &context, Question *question, const Use &use)
 {
@@ -27,7 +28,7 @@ void onceLoaded(const ControlContext &context, Question *question, const Use &us
             return;
         }
         if (asked) {
-            use(*model);
+            use(*model, pass);
         }
         model->deleteLater();
     });

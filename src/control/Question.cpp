@@ -1,13 +1,20 @@
 #include "control/Question.h"
 
+#include "core/BackgroundWork.h"
+#include "core/WhenDone.h"
+
+#include <QtConcurrentRun>
+
 #include <utility>
 
 namespace ostrelle
 {
 
-Question::Question(QJsonObject arguments, QObject *asker, std::function<void(const Answer &)> reply)
+Question::Question(QJsonObject arguments, QObject *asker, Writer write,
+                   std::function<void(const QByteArray &line)> reply)
     : QObject(asker)
     , m_arguments(std::move(arguments))
+    , m_write(std::move(write))
     , m_reply(std::move(reply))
 {
 }
@@ -22,15 +29,22 @@ qint64 Question::number(QLatin1StringView argument) const
     return m_arguments.value(argument).toInteger();
 }
 
-void Question::fail(const QString &why)
+void Question::answerFromBackground(std::function<QJsonObject()> make)
 {
-    reply(std::unexpected(ControlProblem{ControlProblem::Kind::Failed, why}));
+    const auto work = [write = m_write, make = std::move(make)] { return write(make()); };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), work), this,
+             [this](const QByteArray &line) { reply(line); });
 }
 
-void Question::reply(const Answer &answer)
+void Question::fail(const QString &why)
+{
+    reply(m_write(std::unexpected(ControlProblem{ControlProblem::Kind::Failed, why})));
+}
+
+void Question::reply(const QByteArray &line)
 {
     if (const auto reply = std::exchange(m_reply, nullptr)) {
-        reply(answer);
+        reply(line);
         deleteLater();
     }
 }

@@ -18,8 +18,12 @@ class Question : public QObject
 public:
     using Answer = std::expected<QJsonObject, ControlProblem>;
 
-    // The asker owns the question; `reply` is called once.
-    Question(QJsonObject arguments, QObject *asker, std::function<void(const Answer &)> reply);
+    // Makes the line that tells an answer; on any thread.
+    using Writer = std::function<QByteArray(const Answer &answer)>;
+
+    // The asker owns the question; `reply` is called once, with the line.
+    Question(QJsonObject arguments, QObject *asker, Writer write,
+             std::function<void(const QByteArray &line)> reply);
 
     bool has(QLatin1StringView argument) const { return m_arguments.contains(argument); }
 
@@ -29,16 +33,21 @@ public:
     // 0 when it was left out or is no number.
     qint64 number(QLatin1StringView argument) const;
 
-    void answer(const QJsonObject &data) { reply(data); }
+    void answer(const QJsonObject &data) { reply(m_write(data)); }
+
+    // For data that takes long to put together: `make` is called, and the line written, on a
+    // background thread.
+    void answerFromBackground(std::function<QJsonObject()> make);
 
     // What was asked for could not be done; the text is for people.
     void fail(const QString &why);
 
 private:
-    void reply(const Answer &answer);
+    void reply(const QByteArray &line);
 
     const QJsonObject m_arguments;
-    std::function<void(const Answer &)> m_reply; // null once it was called
+    const Writer m_write;
+    std::function<void(const QByteArray &line)> m_reply; // null once it was called
 };
 
 } // namespace ostrelle

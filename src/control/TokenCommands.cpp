@@ -60,13 +60,15 @@ void removeToken(const ControlContext &context, Question *question)
 void resetToken(const ControlContext &context, Question *question)
 {
     GatewayViewModel *const monitor = context.models.gatewayVM;
-    const GatewayNames names(context.models.settings.config->current().gateway,
-                             monitor->magicDNSURL());
-    if (!names.isLocalGateway()) {
+    OstrelleConfig::Gateway gateway = context.models.settings.config->current().gateway;
+    if (!GatewayNames(gateway, monitor->magicDNSURL()).isLocalGateway()) {
         question->fail(u"the gateway in use is not this machine's: ask its owner for a token"_s);
         return;
     }
-    const auto tell = [monitor, question, url = names.activeGatewayURL()] {
+    monitor->resetGatewayToken();
+    gateway.url = monitor->tokenResetGateway(); // of one that was under way already, perhaps
+    const QString url = GatewayNames(gateway, monitor->magicDNSURL()).activeGatewayURL();
+    const auto tell = [monitor, question, url] {
         if (monitor->isResettingToken()) {
             return;
         }
@@ -77,7 +79,6 @@ void resetToken(const ControlContext &context, Question *question)
         }
     };
     QObject::connect(monitor, &GatewayViewModel::isResettingTokenChanged, question, tell);
-    monitor->resetGatewayToken();
 }
 
 } // namespace ostrelle::command

@@ -50,6 +50,11 @@ QStringList userToolFolders()
     return folders;
 }
 
+QStringList gatewayToolPlaces()
+{
+    return {u"/opt/homebrew/bin/duskrell"_s, u"/usr/local/bin/duskrell"_s};
+}
+
 std::optional<QString> findUserTool(const QString &name)
 {
     for (const QString &folder : userToolFolders()) {

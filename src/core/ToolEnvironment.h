@@ -21,6 +21,9 @@ QStringList userToolFolders();
 // The first tool of that name in those folders; absent when there is none. Looks at the disk.
 std::optional<QString> findUserTool(const QString &name);
 
+// Where the gateway's tool is looked for before a search path, in this order.
+QStringList gatewayToolPlaces();
+
 // The search path for a tool: toolSearchPath(), but for one from those folders its own folder comes
 // first and the others of them last. For it is often a script that begins with
 // "#!/usr/bin/env node", and Node is beside it.

@@ -108,6 +108,14 @@ CronViewModel::CronViewModel(Settings settings, QObject *parent)
     load();
 }
 
+QAbstractItemModel *CronViewModel::jobList()
+{
+    if (!std::exchange(m_isListed, true)) {
+        showJobs();
+    }
+    return &m_jobList;
+}
+
 int CronViewModel::activeJobCount() const
 {
     return static_cast<int>(std::ranges::count_if(jobs(), [](const CronJobItem &job) {
@@ -136,11 +144,18 @@ void CronViewModel::publish(const Load &load)
 {
     if (jobs() != load.jobs) {
         m_jobs = load.jobs;
-        m_jobList.setRows(keyed(m_jobs, m_jobList.rows()));
+        if (m_isListed) {
+            showJobs();
+        }
         Q_EMIT jobsChanged();
     }
     m_lastUpdatedText = load.lastUpdatedText;
     setErrorMessage(load.errorMessage);
+}
+
+void CronViewModel::showJobs()
+{
+    m_jobList.setRows(keyed(m_jobs, m_jobList.rows()));
 }
 
 } // namespace ostrelle

@@ -32,7 +32,7 @@ public:
     explicit CronViewModel(Settings settings, QObject *parent = nullptr);
 
     const QList<CronJobItem> &jobs() const { return m_jobs; }
-    QAbstractItemModel *jobList() { return &m_jobList; }
+    QAbstractItemModel *jobList(); // has no rows until it was asked for
     int jobCount() const { return static_cast<int>(jobs().size()); }
     int activeJobCount() const;
 
@@ -50,10 +50,12 @@ private:
 
     static Load read(const QString &cronFilePath, const Settings &settings);
     void publish(const Load &load);
+    void showJobs();
 
     const Settings m_settings;
     const QString m_cronFilePath;
     QList<CronJobItem> m_jobs;
+    bool m_isListed = false; // somebody has asked for the list
     RecordListModel<CronRow> m_jobList;
     Q_OBJECT_BINDABLE_PROPERTY(CronViewModel, QString, m_lastUpdatedText,
                                &CronViewModel::lastUpdatedTextChanged)

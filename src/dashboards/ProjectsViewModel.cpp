@@ -94,11 +94,17 @@ QList<RecordListModel<ProjectRow>::Role> ProjectsViewModel::projectRoles()
         {"status", [](const Row &row) { return row.project.status; }},
         {"progress", [](const Row &row) { return row.project.progress; }},
         {"workstreams",
-         [this](const Row &row) {
-             return QVariant::fromValue<QObject *>(m_workstreams.at(row.key).get());
-         }},
+         [this](const Row &row) { return QVariant::fromValue<QObject *>(workstreamsOf(row)); }},
         {"workstreamCount", [](const Row &row) { return row.project.workstreams.size(); }},
     };
+}
+
+QAbstractItemModel *ProjectsViewModel::projectList()
+{
+    if (!std::exchange(m_isListed, true)) {
+        showProjects();
+    }
+    return &m_projectList;
 }
 
 const QList<AgentStatusItem> &ProjectsViewModel::agents() const
@@ -175,7 +181,9 @@ void ProjectsViewModel::publish(const std::shared_ptr<const Load> &load)
         Q_EMIT completionsChanged();
     }
     if (before->projects != load->projects) {
-        showProjects();
+        if (m_isListed) {
+            showProjects();
+        }
         Q_EMIT projectsChanged();
     }
     m_lastUpdatedText = load->lastUpdatedText;
@@ -183,17 +191,25 @@ void ProjectsViewModel::publish(const std::shared_ptr<const Load> &load)
 }
 
 // A workstreams' model lives as long as its project, so that an open card keeps its rows.
+ProjectsViewModel::WorkstreamList *ProjectsViewModel::workstreamsOf(const ProjectRow &row)
+{
+    auto &workstreams = m_workstreams[row.key];
+    if (!workstreams) {
+        workstreams = std::make_unique<WorkstreamList>(workstreamRoles(), this);
+        workstreams->setRows(row.project.workstreams);
+    }
+    return workstreams.get();
+}
+
 void ProjectsViewModel::showProjects()
 {
     const QList<ProjectRow> rows = keyed(projects());
     QSet<QString> current;
     for (const ProjectRow &row : rows) {
         current.insert(row.key);
-        auto &workstreams = m_workstreams[row.key];
-        if (!workstreams) {
-            workstreams = std::make_unique<WorkstreamList>(workstreamRoles(), this);
+        if (const auto known = m_workstreams.find(row.key); known != m_workstreams.end()) {
+            known->second->setRows(row.project.workstreams);
         }
-        workstreams->setRows(row.project.workstreams);
     }
     m_projectList.setRows(rows);
     std::erase_if(m_workstreams, [&](const auto &entry) { return !current.contains(entry.first); });

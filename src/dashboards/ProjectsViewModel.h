@@ -49,7 +49,7 @@ public:
     const QList<AgentStatusItem> &agents() const;          // by name
     const QList<AgentCompletionItem> &completions() const; // five at most
     const QList<ProjectItem> &projects() const;
-    QAbstractItemModel *projectList() { return &m_projectList; }
+    QAbstractItemModel *projectList(); // has no rows until it was asked for
     int projectCount() const { return static_cast<int>(projects().size()); }
     int healthyProjectCount() const;
 
@@ -84,6 +84,7 @@ private:
     void publish(const std::shared_ptr<const Load> &load);
     void showProjects();
     QList<RecordListModel<ProjectRow>::Role> projectRoles();
+    WorkstreamList *workstreamsOf(const ProjectRow &row);
 
     const Settings m_settings;
     const ProcessRunner m_runProcess;
@@ -92,7 +93,9 @@ private:
     const QString m_trackerFilePath;
     PassLimit m_syncs{4};
     std::shared_ptr<const Load> m_shown;
-    std::unordered_map<QString, std::unique_ptr<WorkstreamList>> m_workstreams; // by project's key
+    bool m_isListed = false; // somebody has asked for the list
+    // By project's key; of those whose workstreams were asked for.
+    std::unordered_map<QString, std::unique_ptr<WorkstreamList>> m_workstreams;
     RecordListModel<ProjectRow> m_projectList;
     Q_OBJECT_BINDABLE_PROPERTY(ProjectsViewModel, QString, m_lastUpdatedText,
                                &ProjectsViewModel::lastUpdatedTextChanged)

@@ -93,6 +93,7 @@ void PortalShortcut::followPortal(const QString &oldOwner, const QString &newOwn
     if (!oldOwner.isEmpty()) {
         m_attempt.reset();
         m_session = {};
+        m_hasEnded = false;
     }
     // When our own call has started the portal, it is being asked already.
     if (!newOwner.isEmpty() && !m_attempt) {
@@ -146,7 +147,8 @@ void PortalShortcut::adoptSession(uint response, const QVariantMap &results)
 }
 
 // Either the service behind the portal was restarted, or the user has taken the shortcut back. We
-// ask once more; in the second case the answer is a refusal.
+// ask once more; in the second case the answer is a refusal. A portal that ends one session after
+// the other, before the shortcut was ever pressed, is asked no further until it is restarted.
 void PortalShortcut::handleEnd()
 {
     if (!m_bus) {
@@ -190,6 +192,7 @@ void PortalShortcut::handleBinding(uint response)
 void PortalShortcut::handleActivation(const QDBusObjectPath &session)
 {
     if (session == m_session) {
+        m_hasEnded = false; // what serves, and ends later, may be asked for again
         Q_EMIT pressed();
     }
 }

@@ -56,7 +56,7 @@ private:
 
     const std::chrono::milliseconds m_patience;
     bool m_logged = false;
-    bool m_hasEnded = false; // a session, without the portal's end
+    bool m_hasEnded = false; // a session of this portal that was of no use
     QFutureWatcher<Bus> m_connecting;
     Bus m_bus;
     std::unique_ptr<QDBusServiceWatcher> m_portal;

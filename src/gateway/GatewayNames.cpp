@@ -1,6 +1,7 @@
 #include "gateway/GatewayNames.h"
 
 #include "gateway/GatewayAddress.h"
+#include "settings/OwnMachine.h"
 
 #include <QUrl>
 
@@ -28,11 +29,6 @@ QString nameOf(const SavedGateway &profile)
 }
 
 } // namespace
-
-bool isLocalUrl(const QString &url)
-{
-    return url.contains("127.0.0.1"_L1) || url.contains("localhost"_L1);
-}
 
 std::optional<QString> hostOf(const QString &url)
 {

@@ -5,9 +5,6 @@
 namespace ostrelle
 {
 
-// Whether the URL names this machine; by its text alone.
-bool isLocalUrl(const QString &url);
-
 // The host as the URL spells it; absent when it cannot be parsed or has none.
 std::optional<QString> hostOf(const QString &url);
 

@@ -30,7 +30,7 @@ class GatewaySettings : public QObject
 public:
     // The paths at which the gateway's tool is looked for first.
     explicit GatewaySettings(std::shared_ptr<Preferences> preferences,
-                             QStringList toolPaths = usualDuskrellPaths(),
+                             QStringList toolPaths = gatewayToolPlaces(),
                              QObject *parent = nullptr);
 
     // Told whether the desktop starts the program, once it is known.

@@ -190,8 +190,9 @@ void GatewayViewModel::resetGatewayToken()
     }
     m_isResettingToken = true;
     // Another gateway may come in use while the tool works, by an edit of the file too.
+    m_tokenResetGateway = m_settings.config->current().gateway.url;
     const auto renew = [tokens = m_settings.tokens, config = m_settings.config,
-                        url = m_settings.config->current().gateway.url] {
+                        url = m_tokenResetGateway] {
         const auto token = renewGatewayToken();
         if (!token) {
             tellResetFailed(token.error());

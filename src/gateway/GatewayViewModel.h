@@ -80,6 +80,7 @@ public:
     bool securityWarningDismissed() const { return m_securityWarningDismissed; }
     bool tokenRejected() const { return m_tokenRejected; }
     bool isResettingToken() const { return m_isResettingToken; }
+    const QString &tokenResetGateway() const { return m_tokenResetGateway; } // URL of the last one
     const QString &tokenResetProblem() const { return m_tokenResetProblem; } // of the last one
 
     // The base URL of the gateway in use. Whoever sets it calls pollHealth() next.
@@ -145,6 +146,7 @@ private:
     int m_tokenProbes = 0;
     int m_answeredTokenProbe = 0; // what an earlier one has to tell is no longer true
     PassLimit m_tailscalePasses;
+    QString m_tokenResetGateway;
     QString m_tokenResetProblem; // for people; empty: it has worked
 
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(GatewayViewModel, bool, m_gatewayOnline, false,

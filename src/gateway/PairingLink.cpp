@@ -1,5 +1,7 @@
 #include "gateway/PairingLink.h"
 
+#include "settings/OwnMachine.h"
+
 #include <QUrl>
 
 namespace ostrelle

@@ -1,18 +1,13 @@
 #pragma once
 
+#include "core/ToolEnvironment.h"
+
 #include <QStringList>
 
 #include <expected>
 
 namespace ostrelle
 {
-
-// Where the gateway's tool is looked for before the search path.
-inline QStringList usualDuskrellPaths()
-{
-    return {QStringLiteral("/opt/homebrew/bin/duskrell"),
-            QStringLiteral("/usr/local/bin/duskrell")};
-}
 
 enum class TrackingSwitchProblem {
     NoTool,
@@ -22,6 +17,6 @@ enum class TrackingSwitchProblem {
 // Removes the project tracker's jobs from the gateway with its tool. Runs child processes:
 // background threads only.
 std::expected<void, TrackingSwitchProblem>
-disableProjectTracking(const QStringList &toolPaths = usualDuskrellPaths());
+disableProjectTracking(const QStringList &toolPaths = gatewayToolPlaces());
 
 } // namespace ostrelle

@@ -1,6 +1,7 @@
 #include "gateway/TailscaleStatus.h"
 
 #include "core/Json.h"
+#include "settings/OwnMachine.h"
 
 #include <algorithm>
 
@@ -14,14 +15,6 @@ JsonValue parsed(const QByteArray &status)
 {
     return parseJson({status.constData(), static_cast<std::size_t>(status.size())})
         .value_or(JsonValue());
-}
-
-QString withoutTrailingDot(QString name)
-{
-    if (name.endsWith(u'.')) {
-        name.chop(1);
-    }
-    return name;
 }
 
 // The first text that is no IPv6 address. Absent when there is none, or when the value is no list
@@ -45,7 +38,7 @@ std::optional<OnlinePeer> readPeer(const JsonValue &value)
     if (value["Online"].boolean() != true || !name || !ip) {
         return std::nullopt;
     }
-    return OnlinePeer{.hostname = withoutTrailingDot(*name), .ip = *ip};
+    return OnlinePeer{.hostname = withoutFinalDot(*name), .ip = *ip};
 }
 
 } // namespace
@@ -53,8 +46,7 @@ std::optional<OnlinePeer> readPeer(const JsonValue &value)
 std::optional<QString> selfMagicDNS(const QByteArray &status)
 {
     const JsonValue document = parsed(status);
-    const QString host =
-        withoutTrailingDot(document["Self"]["DNSName"].string().value_or(QString()));
+    const QString host = withoutFinalDot(document["Self"]["DNSName"].string().value_or(QString()));
     return host.isEmpty() ? std::nullopt : std::optional(host);
 }
 

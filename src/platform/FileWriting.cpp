@@ -154,12 +154,11 @@ class OpenFile
 public:
     static std::expected<OpenFile, FileProblem> open(const QString &path)
     {
-        struct stat attributes{};
-        auto file = openRegular(path, O_WRONLY, attributes);
+        auto file = openRegular(QFile::encodeName(path).toStdString(), O_WRONLY);
         if (!file) {
             return std::unexpected(file.error());
         }
-        return OpenFile(std::move(*file), attributes);
+        return OpenFile(std::move(file->descriptor), file->attributes);
     }
 
     const struct stat &attributes() const { return m_attributes; }
@@ -239,13 +238,13 @@ struct Draft {
 // What an earlier run has saved beside the file. It is whole, as it has that name.
 std::optional<Draft> draftOf(const QString &path)
 {
-    struct stat attributes{};
-    const auto file = openRegular(unfinished(path), O_RDONLY | O_NOFOLLOW, attributes);
-    if (!file || attributes.st_uid != ::geteuid()) {
+    const auto file =
+        openRegular(QFile::encodeName(unfinished(path)).toStdString(), O_RDONLY | O_NOFOLLOW);
+    if (!file || file->attributes.st_uid != ::geteuid()) {
         return std::nullopt;
     }
-    auto content = readOpenFile(file->get());
-    return content ? std::optional(Draft{std::move(*content), attributes}) : std::nullopt;
+    auto content = readOpenFile(file->descriptor.get());
+    return content ? std::optional(Draft{std::move(*content), file->attributes}) : std::nullopt;
 }
 
 int finishUnlocked(const QString &path, const Draft &draft)

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <fcntl.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -94,12 +93,11 @@ bool fileExists(const QString &path)
 
 std::expected<std::string, FileProblem> readFile(const QString &path, std::size_t maxBytes)
 {
-    struct stat attributes{};
-    const auto file = openRegular(path, O_RDONLY, attributes);
+    const auto file = openRegular(QFile::encodeName(path).toStdString());
     if (!file) {
         return std::unexpected(file.error());
     }
-    return readOpenFile(file->get(), maxBytes);
+    return readOpenFile(file->descriptor.get(), maxBytes);
 }
 
 std::expected<std::string, FileProblem>
@@ -135,18 +133,17 @@ std::expected<std::string, FileProblem> readOpenFile(int fd, std::size_t maxByte
     }
 }
 
-std::expected<Descriptor, FileProblem> openRegular(const QString &path, int flags,
-                                                   struct stat &attributes)
+std::expected<RegularFile, FileProblem> openRegular(const std::string &path, int flags)
 {
-    const QByteArray name = QFile::encodeName(path);
-    Descriptor file(::open(name.constData(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    Descriptor file(::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat attributes{};
     if (!file || ::fstat(file.get(), &attributes) != 0) {
         return std::unexpected(problemFrom(errno));
     }
     if (!S_ISREG(attributes.st_mode)) {
         return std::unexpected(notRegular());
     }
-    return file;
+    return RegularFile{std::move(file), attributes};
 }
 
 ReadTurn::ReadTurn(int fd)

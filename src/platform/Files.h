@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <expected>
+#include <fcntl.h>
 #include <functional>
 #include <memory>
 #include <shared_mutex>
@@ -68,10 +69,14 @@ readWhole(const QString &path, std::size_t maxBytes,
 std::expected<std::string, FileProblem> readOpenFile(int fd,
                                                      std::size_t maxBytes = maxDocumentBytes);
 
+struct RegularFile {
+    Descriptor descriptor;
+    struct stat attributes; // when it was opened
+};
+
 // Opens a regular file only, and waits for nobody: neither for the other end of a FIFO nor for a
-// device. `flags` as of open(); `attributes` are the file's.
-std::expected<Descriptor, FileProblem> openRegular(const QString &path, int flags,
-                                                   struct stat &attributes);
+// device. The path in the system's encoding; `flags` as of open().
+std::expected<RegularFile, FileProblem> openRegular(const std::string &path, int flags = O_RDONLY);
 
 // Whether the file was left alone between two looks at it, as far as its file system tells.
 bool isSameContent(const struct stat &one, const struct stat &other);

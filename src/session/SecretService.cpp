@@ -80,10 +80,10 @@ Attributes attributesOfAll()
 }
 
 // One conversation with the service: the connection, and the calls made over it.
-class Conversation
+class KeyringConversation
 {
 public:
-    static std::expected<std::unique_ptr<Conversation>, SecretProblem> begin()
+    static std::expected<std::unique_ptr<KeyringConversation>, SecretProblem> begin()
     {
         if (const auto bus = sessionBus(); !bus) {
             secret_service_disconnect(); // it may hold the connection to a bus that is gone
@@ -91,7 +91,7 @@ public:
                                        ? SecretProblem::NoAnswer
                                        : SecretProblem::Unreachable);
         }
-        auto conversation = std::unique_ptr<Conversation>(new Conversation);
+        auto conversation = std::unique_ptr<KeyringConversation>(new KeyringConversation);
         if (const auto connected = conversation->connect(); !connected) {
             return std::unexpected(conversation->deadlinePassed() ? SecretProblem::NoAnswer
                                                                   : connected.error());
@@ -159,7 +159,8 @@ public:
     {
         const BoundedCalls patience(userPatience);
         const auto answer = std::make_shared<Answer>();
-        secret_service_unlock(m_service.get(), objects.get(), nullptr, &Conversation::keepAnswer,
+        secret_service_unlock(m_service.get(), objects.get(), nullptr,
+                              &KeyringConversation::keepAnswer,
                               std::make_unique<std::shared_ptr<Answer>>(answer).release());
         while (!*answer && !g_cancellable_is_cancelled(patience.cancellable())) {
             g_main_context_iteration(g_main_context_get_thread_default(), TRUE);
@@ -189,7 +190,7 @@ public:
 private:
     using Answer = GObjectPtr<GAsyncResult>;
 
-    Conversation() = default;
+    KeyringConversation() = default;
 
     static void keepAnswer(GObject * /*source*/, GAsyncResult *result, gpointer shared)
     {
@@ -228,10 +229,10 @@ private:
 
 // A service that was restarted is found at the second attempt; one that hangs is not tried again.
 template<typename Work>
-auto converse(Work work) -> decltype(work(std::declval<Conversation &>()))
+auto converse(Work work) -> decltype(work(std::declval<KeyringConversation &>()))
 {
     for (bool again = true;; again = false) {
-        const auto conversation = Conversation::begin();
+        const auto conversation = KeyringConversation::begin();
         if (!conversation) {
             return std::unexpected(conversation.error());
         }
@@ -246,7 +247,7 @@ auto converse(Work work) -> decltype(work(std::declval<Conversation &>()))
     }
 }
 
-std::expected<std::optional<QByteArray>, SecretProblem> readIn(Conversation &conversation,
+std::expected<std::optional<QByteArray>, SecretProblem> readIn(KeyringConversation &conversation,
                                                                const QString &account)
 {
     const auto items = conversation.search(attributesOf(account));
@@ -270,8 +271,8 @@ std::expected<std::optional<QByteArray>, SecretProblem> readIn(Conversation &con
     return std::nullopt;
 }
 
-std::expected<void, SecretProblem> writeIn(Conversation &conversation, const QString &account,
-                                           const QByteArray &secret)
+std::expected<void, SecretProblem> writeIn(KeyringConversation &conversation,
+                                           const QString &account, const QByteArray &secret)
 {
     // Storing into a locked collection would raise a prompt, so its state is asked for first.
     const auto collection = conversation.defaultCollection();
@@ -292,7 +293,8 @@ std::expected<void, SecretProblem> writeIn(Conversation &conversation, const QSt
     return conversation.store(account, secret);
 }
 
-std::expected<void, SecretProblem> removeIn(Conversation &conversation, const QString &account)
+std::expected<void, SecretProblem> removeIn(KeyringConversation &conversation,
+                                            const QString &account)
 {
     const auto items = conversation.search(attributesOf(account));
     if (!items) {
@@ -308,7 +310,7 @@ std::expected<void, SecretProblem> removeIn(Conversation &conversation, const QS
 }
 
 // One after the other: most items are unlocked together with their collection.
-std::expected<void, SecretProblem> unlockIn(Conversation &conversation)
+std::expected<void, SecretProblem> unlockIn(KeyringConversation &conversation)
 {
     auto collection = conversation.defaultCollection();
     if (!collection) {
@@ -341,19 +343,21 @@ std::expected<void, SecretProblem> unlockIn(Conversation &conversation)
 
 std::expected<std::optional<QByteArray>, SecretProblem> SecretService::read(const QString &account)
 {
-    return converse([&](Conversation &conversation) { return readIn(conversation, account); });
+    return converse(
+        [&](KeyringConversation &conversation) { return readIn(conversation, account); });
 }
 
 std::expected<void, SecretProblem> SecretService::write(const QString &account,
                                                         const QByteArray &secret)
 {
     return converse(
-        [&](Conversation &conversation) { return writeIn(conversation, account, secret); });
+        [&](KeyringConversation &conversation) { return writeIn(conversation, account, secret); });
 }
 
 std::expected<void, SecretProblem> SecretService::remove(const QString &account)
 {
-    return converse([&](Conversation &conversation) { return removeIn(conversation, account); });
+    return converse(
+        [&](KeyringConversation &conversation) { return removeIn(conversation, account); });
 }
 
 void SecretService::unlockForUser()

@@ -14,11 +14,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QString withoutFinalDot(const QString &name)
-{
-    return name.endsWith(u'.') ? name.chopped(1) : name;
-}
-
 bool isOwnAddress(QHostAddress address)
 {
     address.setScopeId({}); // which interface it was reached through
@@ -30,6 +25,16 @@ bool isOwnAddress(QHostAddress address)
 }
 
 } // namespace
+
+bool isLocalUrl(const QString &url)
+{
+    return url.contains("127.0.0.1"_L1) || url.contains("localhost"_L1);
+}
+
+QString withoutFinalDot(const QString &name)
+{
+    return name.endsWith(u'.') ? name.chopped(1) : name;
+}
 
 bool isThisMachine(const QString &url, const QString &magicDNSName)
 {

@@ -153,7 +153,7 @@ void SetupManager::installDuskrell()
 
 void SetupManager::installDuskrell(const QString &typed)
 {
-    if (m_isInstallingDuskrell) {
+    if (isWorking()) {
         return;
     }
     const QString password = typed.trimmed();

@@ -2,6 +2,7 @@
 
 #include "core/ExpandPath.h"
 #include "core/ShellWord.h"
+#include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
 #include "setup/AskpassFile.h"
@@ -180,10 +181,11 @@ void SetupManager::Checks::checkNode() const
 
 void SetupManager::Checks::checkDuskrell() const
 {
+    // In these places it counts whether or not it may be run from there.
     const bool hasDuskrell =
         isOnPath(u"duskrell"_s) ||
-        anyExists({homeDirectory() + u"/.npm-global/bin/duskrell"_s,
-                   u"/opt/homebrew/bin/duskrell"_s, u"/usr/local/bin/duskrell"_s});
+        anyExists(QStringList(homeDirectory() + u"/.npm-global/bin/duskrell"_s) +
+                  gatewayToolPlaces());
     publish([hasDuskrell](SetupManager &m) { m.m_hasDuskrell = hasDuskrell; });
 }
 
@@ -288,6 +290,8 @@ SetupManager::SetupManager(Settings settings, SetupSurroundings surroundings, QO
     , m_checkPasses(maxCheckRuns)
     , m_checkGeneration(std::make_shared<std::atomic<int>>(0))
 {
+    m_isWorking.setBinding(
+        [this] { return m_isInstallingDuskrell || m_isRunning || m_isConfiguringTailscale; });
     m_checks.setBinding([this] { return describe(); });
     utilityPool().start([askpass = m_askpass] { askpass->removeLeftover(); });
 }

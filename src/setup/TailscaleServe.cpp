@@ -129,7 +129,7 @@ void SetupManager::ServeConfiguration::restartTailscale() const
 
 void SetupManager::configureTailscaleServe()
 {
-    if (m_isConfiguringTailscale) {
+    if (isWorking()) {
         return;
     }
     m_problem = QString();

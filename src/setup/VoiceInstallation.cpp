@@ -167,7 +167,7 @@ void SetupManager::VoiceInstallation::finish()
 
 void SetupManager::run()
 {
-    if (!m_isRunning) {
+    if (!isWorking()) {
         m_problem = QString();
         installVoice();
     }
@@ -175,9 +175,6 @@ void SetupManager::run()
 
 void SetupManager::installVoice()
 {
-    if (m_isRunning) {
-        return;
-    }
     m_isRunning = true;
     m_statusMessages.clear();
     userInitiatedPool().start([installation = VoiceInstallation{

@@ -83,7 +83,7 @@ std::optional<Attempt> readOnce(const std::string &path, std::size_t maxBytes)
                     .wasWrittenTo = false};
     static_cast<void>(::fstat(fd, &before));
     // A file that grows while it is read is read again.
-    std::size_t size = file->size;
+    auto size = static_cast<std::size_t>(file->attributes.st_size);
     while (size <= maxBytes) {
         const auto count = readBody(fd, size, attempt.document.response.storage);
         if (!count) {

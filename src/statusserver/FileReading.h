@@ -1,10 +1,7 @@
 #pragma once
 
-#include "platform/Files.h"
-
 #include <optional>
 #include <span>
-#include <string>
 #include <sys/types.h>
 
 namespace ostrelle
@@ -12,14 +9,6 @@ namespace ostrelle
 
 // Reading without a mapping: a file that is cut short while it is read yields fewer bytes, where a
 // mapping would end the process.
-
-struct RegularFile {
-    Descriptor descriptor;
-    std::size_t size; // when it was opened
-};
-
-// Opens for reading. A FIFO or a device is refused without waiting for its other end.
-std::optional<RegularFile> openRegular(const std::string &path);
 
 // Reads at `offset` until `room` is full or the file ends, and asks no further once exactly
 // `expected` bytes are there. Returns the count of bytes, or nothing on an error.

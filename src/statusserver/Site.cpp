@@ -3,7 +3,6 @@
 #include "core/ExpandPath.h"
 #include "platform/Files.h"
 #include "platform/Paths.h"
-#include "statusserver/FileReading.h"
 #include "statusserver/Response.h"
 #include "statusserver/SessionDigest.h"
 #include "statusserver/SessionLog.h"
@@ -82,7 +81,7 @@ std::string Site::serveHistory(int limit, std::string_view requestText,
         return jsonResponse("401 Unauthorized", R"({"error":"Unauthorized"})");
     }
     const auto path = newestSessionLog(m_sessionsDirectory);
-    const auto log = path ? openRegular(*path) : std::nullopt;
+    const auto log = openRegular(path.value_or(std::string()));
     if (!log) {
         return emptyHistory();
     }

@@ -27,11 +27,6 @@ QString decodeUtf8(const QByteArray &bytes)
 
 } // namespace
 
-QStringList GatewayTool::defaultCandidates()
-{
-    return {u"/opt/homebrew/bin/duskrell"_s, u"/usr/local/bin/duskrell"_s};
-}
-
 GatewayTool::GatewayTool(QStringList candidates, std::chrono::milliseconds deadline)
     : m_candidates(std::move(candidates))
     , m_deadline(deadline)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/ToolEnvironment.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -18,10 +20,8 @@ public:
     // four passes of SyncService last, the oldest of which makes way for the next one.
     static constexpr std::chrono::milliseconds defaultDeadline = std::chrono::minutes(2);
 
-    static QStringList defaultCandidates();
-
     // The candidates are tried in order, before the program's own PATH and userToolFolders().
-    explicit GatewayTool(QStringList candidates = defaultCandidates(),
+    explicit GatewayTool(QStringList candidates = gatewayToolPlaces(),
                          std::chrono::milliseconds deadline = defaultDeadline);
 
     // The tool's path, or an empty text when it is not installed. What anybody could have put there

@@ -1,6 +1,7 @@
 #include "tracker/RemoteDataSource.h"
 
 #include "core/HttpClient.h"
+#include "settings/OwnMachine.h"
 
 #include <QEventLoop>
 #include <QRegularExpression>
@@ -49,8 +50,7 @@ std::optional<QString> statusBaseOf(const QString &gatewayURL)
 
 bool RemoteDataSource::isRemote(const OstrelleConfig &config)
 {
-    const QString &url = config.gateway.url;
-    return !url.contains("127.0.0.1"_L1) && !url.contains("localhost"_L1);
+    return !isLocalUrl(config.gateway.url);
 }
 
 std::optional<QString> RemoteDataSource::statusBaseURL(const OstrelleConfig &config)

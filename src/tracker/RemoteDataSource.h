@@ -30,7 +30,7 @@ public:
     // becomes here may be twenty times as much.
     static constexpr qsizetype maxBodyBytes = qsizetype{16} * 1024 * 1024;
 
-    // True unless the gateway's URL contains "127.0.0.1" or "localhost", in this letter case.
+    // By the text of the gateway's URL alone.
     static bool isRemote(const OstrelleConfig &config);
 
     // What an endpoint such as "/status" is appended to: the same HTTPS origin below "/ostrelle",

@@ -30,25 +30,6 @@ namespace
 
 constexpr std::size_t maxPidFileBytes = 4096;
 
-// A process that a signal can be sent to. The descriptor means this one process for good, whoever
-// gets its number later. Where none can be had nothing is sent: a number alone may by the time of
-// the last signal be a stranger's.
-class Target
-{
-public:
-    explicit Target(pid_t pid)
-        : m_process(::pidfd_open(pid, 0))
-    {
-    }
-
-    bool isThere() const { return bool(m_process); }
-
-    void send(int signal) const { ::pidfd_send_signal(m_process.get(), signal, nullptr, 0); }
-
-private:
-    Descriptor m_process;
-};
-
 // Processes that were asked to end and have some time to do so. At exit nobody waits for that.
 class PendingKills
 {
@@ -61,24 +42,24 @@ public:
         return kills.object();
     }
 
-    void add(Target target, std::chrono::milliseconds grace)
+    void add(Descriptor process, std::chrono::milliseconds grace)
     {
         const std::scoped_lock lock(m_mutex);
         if (m_exiting) {
-            target.send(SIGKILL);
+            sendSignal(process, SIGKILL);
             return;
         }
         std::erase_if(m_kills, [](const Kill &kill) { return kill.isDone->load(); });
         auto isDone = std::make_shared<std::atomic<bool>>(false);
-        m_kills.push_back(
-            {isDone,
-             std::jthread([isDone, grace, target = std::move(target)](const std::stop_token &exit) {
-                 std::mutex mutex;
-                 std::unique_lock waiting(mutex);
-                 std::condition_variable_any().wait_for(waiting, exit, grace, [] { return false; });
-                 target.send(SIGKILL);
-                 *isDone = true;
-             })});
+        auto killLater = [isDone, grace,
+                          process = std::move(process)](const std::stop_token &exit) {
+            std::mutex mutex;
+            std::unique_lock waiting(mutex);
+            std::condition_variable_any().wait_for(waiting, exit, grace, [] { return false; });
+            sendSignal(process, SIGKILL);
+            *isDone = true;
+        };
+        m_kills.push_back({isDone, std::jthread(std::move(killLater))});
     }
 
     // Kills at once whoever still has time left.
@@ -187,9 +168,11 @@ void killFromPidFile(const QString &path, std::chrono::milliseconds grace)
     if (!pid) {
         return;
     }
-    if (Target target(*pid); target.isThere() && !isStranger(*pid, written)) {
-        target.send(SIGTERM);
-        PendingKills::instance().add(std::move(target), grace);
+    // Where no descriptor can be had nothing is sent: by the time of the last signal the number
+    // alone may be a stranger's.
+    if (auto process = processDescriptor(*pid); process && !isStranger(*pid, written)) {
+        sendSignal(process, SIGTERM);
+        PendingKills::instance().add(std::move(process), grace);
     }
     QFile::remove(path);
 }

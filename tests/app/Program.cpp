@@ -1,10 +1,20 @@
 #include "app/Program.h"
 
+#include <QFile>
 #include <QTest>
 
 #include <csignal>
 
 using namespace Qt::StringLiterals;
+
+void skipWhereThereAre(const QStringList &realTools)
+{
+    for (const QString &tool : realTools) {
+        if (QFile::exists(tool)) {
+            QSKIP(qPrintable(u"a real tool is installed: "_s + tool));
+        }
+    }
+}
 
 Program::Program(const QStringList &arguments)
 {

@@ -7,6 +7,9 @@
 // How long a test waits for what the program is to do.
 inline constexpr int patienceMilliseconds = 30000;
 
+// Skips all tests of the program where one of these tools is installed, which it would ask.
+void skipWhereThereAre(const QStringList &realTools);
+
 // The real program, started in the surrounding ScratchHome. Killed at the end if it still runs.
 class Program
 {

@@ -1,11 +1,11 @@
 #include "app/Program.h"
+#include "core/ToolEnvironment.h"
 #include "settings/OstrelleConfig.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "support/SimulatedGateway.h"
-#include "tracker/GatewayTool.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -56,14 +56,7 @@ class TestProgram : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        for (const QString &tool : GatewayTool::defaultCandidates()) {
-            if (QFileInfo::exists(tool)) {
-                QSKIP("a real gateway tool is installed, which the program would ask");
-            }
-        }
-    }
+    void initTestCase() { skipWhereThereAre(gatewayToolPlaces()); }
 
     void publishesWhatTheGatewayToolSays()
     {

@@ -1,10 +1,10 @@
 #include "app/Program.h"
+#include "core/ToolEnvironment.h"
 #include "ctl/Ctl.h"
 #include "gateway/NetworkHelpers.h"
 #include "gateway/StandInGateway.h"
 #include "support/Rows.h"
 #include "support/SimulatedGateway.h"
-#include "tracker/GatewayTool.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -71,14 +71,7 @@ class TestCommands : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        for (const QString &tool : GatewayTool::defaultCandidates() + TailscalePlaces().tools) {
-            if (QFileInfo::exists(tool)) {
-                QSKIP("a real tool is installed, which the program would ask");
-            }
-        }
-    }
+    void initTestCase() { skipWhereThereAre(gatewayToolPlaces() + TailscalePlaces().tools); }
 
     void tells()
     {

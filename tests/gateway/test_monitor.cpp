@@ -269,7 +269,7 @@ private Q_SLOTS:
         config.gateway.url = stored == active ? config.gateway.url : u"http://other"_s;
         config.save();
         QTRY_VERIFY(!monitor->isResettingToken());
-        QVERIFY(!monitor->tokenRejected());
+        QVERIFY(!monitor->tokenRejected() && monitor->tokenResetGateway() == m_gateway->url());
         QCOMPARE(m_home->storedToken(KeychainHelper::activeKey).value(), active);
         QCOMPARE(m_home->storedToken(m_gateway->url()).value(), stored);
         const bool isStored = stored == u"new"_s;

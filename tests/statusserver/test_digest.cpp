@@ -1,5 +1,5 @@
+#include "platform/Files.h"
 #include "statusserver/BackwardLines.h"
-#include "statusserver/FileReading.h"
 #include "statusserver/ServerFixture.h"
 #include "statusserver/SessionDigest.h"
 #include "statusserver/SessionLog.h"

@@ -31,11 +31,12 @@ QByteArray childrenOfMainThread()
     return list.open(QIODevice::ReadOnly) ? list.readAll() : QByteArray("unreadable");
 }
 
-// Once the agent was looked for, it has been launched, or will not be.
-void finishLooking()
+// The agent's process, 0 for none, once it was looked for: it has been launched, or will not be.
+qint64 launchedBy(const ServiceManager &manager)
 {
     userInitiatedPool().waitForDone();
     QCoreApplication::processEvents();
+    return manager.voiceProcessId();
 }
 
 } // namespace
@@ -58,8 +59,7 @@ private Q_SLOTS:
 
         manager.startVoice();
         manager.stopVoice();
-        finishLooking();
-        QCOMPARE(manager.voiceProcessId(), 0);
+        QCOMPARE(launchedBy(manager), 0);
         manager.startVoice();
         QTRY_VERIFY(manager.voiceRunning());
         const auto pid = static_cast<pid_t>(manager.voiceProcessId());
@@ -108,8 +108,7 @@ private Q_SLOTS:
 
         const PrintedLines printed;
         manager.startVoice();
-        finishLooking();
-        QTRY_COMPARE(manager.voiceProcessId(), 0);
+        QTRY_COMPARE(launchedBy(manager), 0);
         QDir::setCurrent(u"/"_s);
         QVERIFY(!printed.text().contains("crashed")); // status 0 is a quiet end
 
@@ -165,8 +164,7 @@ private Q_SLOTS:
             settingsQueue().waitForDone();
             QCOMPARE(home.settings().preferences->value(preference::voiceEnabled), enabled);
             manager.startAll();
-            finishLooking();
-            QCOMPARE(manager.voiceProcessId() != 0, starts);
+            QCOMPARE(launchedBy(manager) != 0, starts);
         }
     }
 
@@ -210,8 +208,7 @@ private Q_SLOTS:
         QTRY_VERIFY(childrenOfMainThread().isEmpty());
         manager.setVoiceEnabled(false);
         time.runNext();
-        finishLooking();
-        QCOMPARE(manager.voiceProcessId(), 0);
+        QCOMPARE(launchedBy(manager), 0);
     }
 
     void endsWhatTheAgentStarted_data()
@@ -264,8 +261,7 @@ private Q_SLOTS:
         QVERIFY(!isAlive(pid));
         QCOMPARE(printed.text().count("Voice crashed"), 1);
         time.runNext();
-        finishLooking();
-        QCOMPARE(manager.voiceProcessId(), 0);
+        QCOMPARE(launchedBy(manager), 0);
     }
 
     void unsafeLog_data()

@@ -72,7 +72,7 @@ Column {
 
     PushButton {
         width: parent.width
-        enabled: !instructions.setupManager.isConfiguringTailscale
+        enabled: !instructions.setupManager.isWorking
         busy: instructions.setupManager.isConfiguringTailscale
         text: instructions.setupManager.isConfiguringTailscale ? "Configuring…" : "Configure HTTPS Serve"
         onClicked: instructions.setupManager.configureTailscaleServe()
