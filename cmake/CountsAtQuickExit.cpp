@@ -2,7 +2,9 @@
 // library counts its own.
 
 #include <cstdlib>
+extern "C" { // which the header of GCC 12 forgets
 #include <gcov.h>
+}
 
 namespace
 {
