@@ -122,12 +122,16 @@ private Q_SLOTS:
         load(model);
         QCOMPARE(projectsChanged.count(), 0);
 
-        home.write(u"tracker"_s, tracker(project("b", "red") + "," + project("a", "red", 7)));
+        const auto askAtOnce = [&] { workstreamsOf(0); };
+        connect(list, &QAbstractItemModel::rowsMoved, this, askAtOnce);
+        home.write(u"tracker"_s, tracker(project("b", "red", 8) + "," + project("a", "red", 7)));
         load(model);
         QCOMPARE(projectsChanged.count(), 1);
         QCOMPARE(insideA.count(), 1);
         QCOMPARE(workstreamsOf(1), ofA.data());
         QCOMPARE(ofA->data(ofA->index(0, 0), role(ofA, "progress")).toInt(), 7);
+        const QAbstractItemModel *ofB = workstreamsOf(0);
+        QCOMPARE(ofB->data(ofB->index(0, 0), role(ofB, "progress")).toInt(), 8);
 
         home.write(u"tracker"_s, tracker(project("b", "red") + "," + project("b", "red", 9)));
         load(model);
