@@ -2,6 +2,7 @@
 #include "platform/Log.h"
 
 #include <QCoreApplication>
+#include <QTimer>
 
 // Called by ostrellectl, by this name, where no program runs: answers the line of a request from
 // the files. Calls `take` with the line of the answer, once, and returns then. The caller ends the
@@ -20,7 +21,8 @@ extern "C" void answerAlone(const char *line, void (*take)(void *taker, const ch
         {.models = models, .version = QStringLiteral(OSTRELLE_VERSION), .isRunning = false});
     server.ask(line, &application, [take, taker](const QByteArray &answer) {
         take(taker, answer.constData());
-        QCoreApplication::quit();
+        // Later: the answer may be there before exec(), which forgets what was quit before it.
+        QTimer::singleShot(0, &QCoreApplication::quit);
     });
     QCoreApplication::exec();
 }

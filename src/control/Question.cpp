@@ -2,6 +2,7 @@
 
 #include "core/BackgroundWork.h"
 #include "core/WhenDone.h"
+#include "platform/Heap.h"
 
 #include <QtConcurrentRun>
 
@@ -31,8 +32,12 @@ qint64 Question::number(QLatin1StringView argument) const
 
 void Question::answerFromBackground(std::function<QJsonObject()> make)
 {
-    const auto work = [write = m_write, make = std::move(make)] { return write(make()); };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), work), this,
+    auto work = [write = m_write, make = std::move(make)]() mutable {
+        QByteArray line = write(std::exchange(make, nullptr)());
+        trimHeap(); // of all that the line was made from
+        return line;
+    };
+    whenDone(QtConcurrent::run(&userInitiatedPool(), std::move(work)), this,
              [this](const QByteArray &line) { reply(line); });
 }
 

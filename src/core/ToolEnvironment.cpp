@@ -66,6 +66,12 @@ std::optional<QString> findUserTool(const QString &name)
     return std::nullopt;
 }
 
+std::optional<QString> findTool(const QString &name, const QString &searchPath)
+{
+    const auto onPath = findProgram(name, searchPath);
+    return onPath ? onPath : findUserTool(name);
+}
+
 QString toolSearchPath(const QString &program)
 {
     QStringList folders = userToolFolders();

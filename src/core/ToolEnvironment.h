@@ -21,6 +21,9 @@ QStringList userToolFolders();
 // The first tool of that name in those folders; absent when there is none. Looks at the disk.
 std::optional<QString> findUserTool(const QString &name);
 
+// The first tool of that name on the search path, or else in those folders. Looks at the disk.
+std::optional<QString> findTool(const QString &name, const QString &searchPath);
+
 // Where the gateway's tool is looked for before a search path, in this order.
 QStringList gatewayToolPlaces();
 

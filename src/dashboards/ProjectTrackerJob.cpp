@@ -2,6 +2,7 @@
 
 #include "core/Json.h"
 #include "core/ProjectTracking.h"
+#include "core/ToolEnvironment.h"
 #include "platform/SearchPath.h"
 
 #include <algorithm>
@@ -32,8 +33,11 @@ std::optional<QString> projectTrackerJobIn(const QString &output)
 std::expected<void, TrackerJobProblem> runProjectTrackerJob(
     const std::function<QString(const QString &program, const QStringList &args)> &runProcess)
 {
-    const QString cli = runProcess(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}).trimmed();
+    QString cli = runProcess(u"/usr/bin/env"_s, {u"which"_s, u"duskrell"_s}).trimmed();
     if (!isTrustworthyFile(cli)) {
+        cli = findUserTool(u"duskrell"_s).value_or(QString());
+    }
+    if (cli.isEmpty()) {
         return std::unexpected(TrackerJobProblem::NoTool);
     }
     const auto job =

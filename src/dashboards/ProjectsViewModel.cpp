@@ -204,14 +204,15 @@ ProjectsViewModel::WorkstreamList *ProjectsViewModel::workstreamsOf(const Projec
 void ProjectsViewModel::showProjects()
 {
     const QList<ProjectRow> rows = keyed(projects());
+    m_projectList.setRows(rows);
     QSet<QString> current;
+    // Only now: whoever asks while rows move is given those of the project's old row.
     for (const ProjectRow &row : rows) {
         current.insert(row.key);
         if (const auto known = m_workstreams.find(row.key); known != m_workstreams.end()) {
             known->second->setRows(row.project.workstreams);
         }
     }
-    m_projectList.setRows(rows);
     std::erase_if(m_workstreams, [&](const auto &entry) { return !current.contains(entry.first); });
 }
 

@@ -1,9 +1,11 @@
 #include "gateway/DuskrellTool.h"
 
+#include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
-#include "platform/SearchPath.h"
 #include "settings/KeychainHelper.h"
 #include "settings/OstrelleConfig.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -23,10 +25,21 @@ struct ToolRun {
     QString output; // trimmed; of the stream that was asked for
 };
 
+// This program's own. A tool that no search path leads to has beside it what it needs.
+QProcessEnvironment environmentFor(const QString &tool)
+{
+    auto environment = QProcessEnvironment::systemEnvironment();
+    if (userToolFolders().contains(QFileInfo(tool).path())) {
+        environment.insert(u"PATH"_s, toolSearchPath(tool) + u':' + environment.value(u"PATH"_s));
+    }
+    return environment;
+}
+
 ToolRun run(const QString &program, const QStringList &arguments, Capture capture)
 {
-    const auto result = runChild({.program = program, .arguments = arguments},
-                                 {.capture = capture, .killAfter = killAfter});
+    const auto result = runChild(
+        {.program = program, .arguments = arguments, .environment = environmentFor(program)},
+        {.capture = capture, .killAfter = killAfter});
     if (!result) {
         return {};
     }
@@ -37,7 +50,7 @@ ToolRun run(const QString &program, const QStringList &arguments, Capture captur
 
 QString findDuskrell()
 {
-    return findProgram(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
+    return findTool(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
 }
 
 ToolRun runDuskrell(const QString &path, const QStringList &arguments,

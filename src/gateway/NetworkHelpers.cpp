@@ -20,9 +20,9 @@ namespace
 // What takes longer hangs, and bars those that come after it.
 constexpr std::chrono::minutes patience{1};
 
-QProcessEnvironment fixedEnvironment()
+QProcessEnvironment fixedEnvironment(const QString &executable)
 {
-    QProcessEnvironment environment = toolEnvironment();
+    QProcessEnvironment environment = toolEnvironment(toolSearchPath(executable));
     environment.insert(u"__CFBundleIdentifier"_s, u""_s);
     return environment;
 }
@@ -38,7 +38,7 @@ QByteArray outputOf(const QString &executable, const QStringList &args)
     }
     const auto result = runChild({.program = u"/bin/bash"_s,
                                   .arguments = {u"-c"_s, commandLine},
-                                  .environment = fixedEnvironment()},
+                                  .environment = fixedEnvironment(executable)},
                                  {.killAfter = patience});
     return result ? result->output : QByteArray();
 }
@@ -51,7 +51,7 @@ std::optional<QString> firstExisting(const QStringList &paths)
 
 QString tailscaleOnSearchPath()
 {
-    return findProgram(u"tailscale"_s, toolSearchPath()).value_or(QString());
+    return findTool(u"tailscale"_s, toolSearchPath()).value_or(QString());
 }
 
 QStringView withoutBlanks(QStringView line)

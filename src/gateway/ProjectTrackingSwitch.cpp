@@ -16,12 +16,12 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QString findTool(const QStringList &paths)
+QString findGatewayTool(const QStringList &paths)
 {
     if (const auto path = std::ranges::find_if(paths, isTrustworthyFile); path != paths.end()) {
         return *path;
     }
-    return findProgram(u"duskrell"_s, toolSearchPath()).value_or(QString());
+    return findTool(u"duskrell"_s, toolSearchPath()).value_or(QString());
 }
 
 // The ids of the project tracker's jobs; absent when the text is no list of jobs.
@@ -47,7 +47,7 @@ std::optional<QStringList> trackerIds(const std::string &listing)
 
 std::expected<void, TrackingSwitchProblem> disableProjectTracking(const QStringList &toolPaths)
 {
-    const QString tool = findTool(toolPaths);
+    const QString tool = findGatewayTool(toolPaths);
     if (tool.isEmpty()) {
         return std::unexpected(TrackingSwitchProblem::NoTool);
     }

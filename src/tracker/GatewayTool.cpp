@@ -39,8 +39,7 @@ QString GatewayTool::findDuskrell() const
     if (known != m_candidates.end()) {
         return *known;
     }
-    const auto onPath = findProgram(u"duskrell"_s, qEnvironmentVariable("PATH"));
-    return onPath ? *onPath : findUserTool(u"duskrell"_s).value_or(QString());
+    return findTool(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
 }
 
 QString GatewayTool::runCommand(const QString &program, const QStringList &args,

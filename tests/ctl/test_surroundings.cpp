@@ -102,6 +102,14 @@ private Q_SLOTS:
         QVERIFY(!home.exists(u".ostrelle/run"_s));
     }
 
+    // Whose documents only a running program asks for.
+    void doesNotWaitForAnotherMachine()
+    {
+        const CtlHome home;
+        home.configure(u"http://box:18789"_s, 9);
+        QVERIFY(ctl({u"cron"_s}).err.contains("on another machine"));
+    }
+
     void givesUpWhoIsStopped()
     {
         const CtlHome home;

@@ -122,12 +122,16 @@ private Q_SLOTS:
         load(model);
         QCOMPARE(projectsChanged.count(), 0);
 
-        home.write(u"tracker"_s, tracker(project("b", "red") + "," + project("a", "red", 7)));
+        const auto askAtOnce = [&] { workstreamsOf(0); };
+        connect(list, &QAbstractItemModel::rowsMoved, this, askAtOnce);
+        home.write(u"tracker"_s, tracker(project("b", "red", 8) + "," + project("a", "red", 7)));
         load(model);
         QCOMPARE(projectsChanged.count(), 1);
         QCOMPARE(insideA.count(), 1);
         QCOMPARE(workstreamsOf(1), ofA.data());
         QCOMPARE(ofA->data(ofA->index(0, 0), role(ofA, "progress")).toInt(), 7);
+        const QAbstractItemModel *ofB = workstreamsOf(0);
+        QCOMPARE(ofB->data(ofB->index(0, 0), role(ofB, "progress")).toInt(), 8);
 
         home.write(u"tracker"_s, tracker(project("b", "red") + "," + project("b", "red", 9)));
         load(model);
@@ -208,6 +212,8 @@ private Q_SLOTS:
         const QString listing = u"/bin/true cron list --json --all"_s;
         const QString job = u"{\"name\":\"OSTRELLE Project Tracker\",\"id\":%1}"_s;
         row("no tool", u"\n"_s, u""_s, u"/usr/bin/env which duskrell"_s);
+        row("where npm puts it", u"\n"_s, u""_s,
+            u"~/.npm-global/bin/duskrell cron list --json --all"_s);
         row("no list", tool, u"error"_s, listing);
         row("another job", tool, u"{\"jobs\":[{\"name\":\"OSTRELLE project tracker\"}]}"_s,
             listing);
@@ -224,13 +230,17 @@ private Q_SLOTS:
         QFETCH(QString, found);
         QFETCH(QString, list);
         QFETCH(QString, lastCommand);
+        const ScratchHome home;
+        if (lastCommand.startsWith(u'~')) {
+            home.writeScript(u".npm-global/bin/duskrell"_s, {});
+        }
         QStringList commands;
         const auto runs =
             runProjectTrackerJob([&](const QString &program, const QStringList &args) {
                 commands.append((QStringList(program) + args).join(u' '));
                 return args.contains(u"which"_s) ? found : list;
             });
-        QCOMPARE(commands.last(), lastCommand);
+        QCOMPARE(commands.last().replace(home.path(), u"~"_s), lastCommand);
         QCOMPARE(runs.has_value(), lastCommand.contains(u"run"_s));
     }
 

@@ -1,4 +1,5 @@
 #include "core/BackgroundWork.h"
+#include "gateway/DuskrellTool.h"
 #include "gateway/GatewaySettings.h"
 #include "gateway/ProjectTrackingSwitch.h"
 #include "gateway/Scripts.h"
@@ -92,8 +93,16 @@ private Q_SLOTS:
             QVERIFY2(!disableProjectTracking({m_duskrell}), listing);
         }
         QVERIFY(!calls(*m_home).contains("duskrell cron remove 1"));
-        m_home->write(u"duskrell.out"_s, R"({"jobs":[]})");
-        QVERIFY(disableProjectTracking({m_duskrell}).has_value());
+    }
+
+    // Where no search path leads, and run by what stands beside it.
+    void findsTheToolOfNpm()
+    {
+        m_home->writeScript(u".npm-global/bin/duskrell"_s, "exec beside");
+        m_home->writeScript(u".npm-global/bin/beside"_s, R"(echo '{"jobs":[]}')");
+        QVERIFY(disableProjectTracking({}).has_value());
+        QFile::remove(m_duskrell); // to which this program's own search path leads
+        QCOMPARE(renewGatewayToken().value_or(QString()), u"{\"jobs\":[]}"_s);
     }
 
 private:

@@ -225,7 +225,8 @@ private Q_SLOTS:
         SetupManager manager(home.settings(), home.surroundings());
 
         manager.run();
-        manager.installDuskrell(u"secret"_s); // not beside it
+        manager.run();                        // one at a time
+        manager.installDuskrell(u"secret"_s); // nor this beside it
         QVERIFY(waitFor([&] { return manager.isComplete(); }));
 
         const QString saved = u"Config saved to "_s + OstrelleConfig::configPath();
