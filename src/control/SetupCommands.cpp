@@ -100,7 +100,8 @@ QJsonObject toJson(const Progress &progress, const SetupManager &setup)
 }
 
 // Answers with the number of the first message that this will print; where it is under way already,
-// of the first that there is.
+// of the first that there is. Nothing begins beside something else: each may need what the other
+// puts in place, and they print to one log.
 void start(const ControlContext &context, Question *question,
            bool (SetupManager::*isUnderWay)() const,
            const std::function<void(SetupManager &setup)> &begin)
@@ -169,8 +170,12 @@ void tellProgress(const ControlContext &context, Question *question)
     const auto look = [tell] { tell(true); };
     QObject::connect(setup->statusMessages(), &StatusLog::rowsInserted, question, look,
                      Qt::QueuedConnection);
-    // Later: one operation may begin where another ends.
-    QObject::connect(setup, &SetupManager::isWorkingChanged, question, look, Qt::QueuedConnection);
+    for (const auto changed :
+         {&SetupManager::isInstallingDuskrellChanged, &SetupManager::isRunningChanged,
+          &SetupManager::isConfiguringTailscaleChanged}) {
+        // Later: one operation may begin where another ends.
+        QObject::connect(setup, changed, question, look, Qt::QueuedConnection);
+    }
     QTimer::singleShot(patienceForProgress, question, [tell] { tell(false); });
     look();
 }

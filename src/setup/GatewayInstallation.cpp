@@ -153,7 +153,7 @@ void SetupManager::installDuskrell()
 
 void SetupManager::installDuskrell(const QString &typed)
 {
-    if (isWorking()) {
+    if (m_isInstallingDuskrell) {
         return;
     }
     const QString password = typed.trimmed();

@@ -290,8 +290,6 @@ SetupManager::SetupManager(Settings settings, SetupSurroundings surroundings, QO
     , m_checkPasses(maxCheckRuns)
     , m_checkGeneration(std::make_shared<std::atomic<int>>(0))
 {
-    m_isWorking.setBinding(
-        [this] { return m_isInstallingDuskrell || m_isRunning || m_isConfiguringTailscale; });
     m_checks.setBinding([this] { return describe(); });
     utilityPool().start([askpass = m_askpass] { askpass->removeLeftover(); });
 }

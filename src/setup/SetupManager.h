@@ -33,13 +33,11 @@ struct SetupSurroundings {
 
 // Finds out which prerequisites are there, installs what is missing and configures Tailscale's
 // HTTPS serving; the setup sheet shows its fields. Everything slow runs in the background: the
-// operations return at once. None that prints to the log begins beside another: each may need what
-// the other puts in place. Main thread only.
+// operations return at once. Main thread only.
 class SetupManager : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(bool showSetup READ showSetup WRITE setShowSetup NOTIFY showSetupChanged)
-    Q_PROPERTY(bool isWorking READ isWorking NOTIFY isWorkingChanged)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
     Q_PROPERTY(bool isComplete READ isComplete NOTIFY isCompleteChanged)
     Q_PROPERTY(ostrelle::SetupChecks checks READ checks NOTIFY checksChanged)
@@ -101,13 +99,13 @@ public:
     void checkFirstLaunch();
 
     // Runs the shipped installer of the gateway with the administrator's password, then run() when
-    // voice parts are missing. Without a password it only asks for one.
+    // voice parts are missing. Without a password it only asks for one. One at a time.
     Q_INVOKABLE void installDuskrell();
 
     // The same with a password that was typed elsewhere, which is not kept.
     void installDuskrell(const QString &password);
 
-    // Writes the configuration and installs the voice agent's parts.
+    // Writes the configuration and installs the voice agent's parts. One at a time.
     Q_INVOKABLE void run();
 
     // Opens the gateway's interactive setup in a terminal window.
@@ -116,7 +114,7 @@ public:
     // Stores the pasted token for the configured gateway and as the active one.
     Q_INVOKABLE void saveGatewayToken();
 
-    // Publishes the gateway and the status server's history to the tailnet.
+    // Publishes the gateway and the status server's history to the tailnet. One at a time.
     Q_INVOKABLE void configureTailscaleServe();
 
     bool showSetup() const { return m_showSetup; }
@@ -153,7 +151,10 @@ public:
     bool hasModels() const { return m_hasModels; }
 
     // One of the operations that print to the log is under way.
-    bool isWorking() const { return m_isWorking; }
+    bool isWorking() const
+    {
+        return m_isInstallingDuskrell || m_isRunning || m_isConfiguringTailscale;
+    }
     bool isInstallingDuskrell() const { return m_isInstallingDuskrell; }
     bool isConfiguringTailscale() const { return m_isConfiguringTailscale; }
     QString sudoPassword() const { return m_sudoPassword; } // forgotten when the install ends
@@ -172,7 +173,6 @@ public:
 
 Q_SIGNALS:
     void showSetupChanged();
-    void isWorkingChanged();
     void isRunningChanged();
     void isCompleteChanged();
     void checksChanged();
@@ -284,7 +284,6 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasVenv, &SetupManager::hasVenvChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_hasModels, &SetupManager::hasModelsChanged)
     // Bound to the fields above.
-    Q_OBJECT_BINDABLE_PROPERTY(SetupManager, bool, m_isWorking, &SetupManager::isWorkingChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SetupManager, SetupChecks, m_checks, &SetupManager::checksChanged)
 };
 

@@ -129,7 +129,7 @@ void SetupManager::ServeConfiguration::restartTailscale() const
 
 void SetupManager::configureTailscaleServe()
 {
-    if (isWorking()) {
+    if (m_isConfiguringTailscale) {
         return;
     }
     m_problem = QString();

@@ -167,7 +167,7 @@ void SetupManager::VoiceInstallation::finish()
 
 void SetupManager::run()
 {
-    if (!isWorking()) {
+    if (!m_isRunning) {
         m_problem = QString();
         installVoice();
     }
@@ -175,6 +175,9 @@ void SetupManager::run()
 
 void SetupManager::installVoice()
 {
+    if (m_isRunning) {
+        return;
+    }
     m_isRunning = true;
     m_statusMessages.clear();
     userInitiatedPool().start([installation = VoiceInstallation{

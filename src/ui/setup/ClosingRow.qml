@@ -51,7 +51,7 @@ Flow {
         width: Math.min(implicitWidth, row.width)
         visible: !row.isFinished
         kind: PushButton.Prominent
-        enabled: !row.setupManager.isWorking
+        enabled: !row.setupManager.isRunning
         busy: row.setupManager.isRunning
         text: "Install Voice + Finish"
         onClicked: row.setupManager.run()

@@ -78,7 +78,7 @@ Column {
 
         width: parent.width
         kind: PushButton.Prominent
-        enabled: !block.setupManager.isWorking && block.setupManager.sudoPassword !== ""
+        enabled: !block.setupManager.isInstallingDuskrell && block.setupManager.sudoPassword !== ""
         busy: block.setupManager.isInstallingDuskrell
         text: block.setupManager.isInstallingDuskrell ? "Installing…" : "Install Everything"
         onClicked: block.install()

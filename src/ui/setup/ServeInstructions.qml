@@ -72,7 +72,7 @@ Column {
 
     PushButton {
         width: parent.width
-        enabled: !instructions.setupManager.isWorking
+        enabled: !instructions.setupManager.isConfiguringTailscale
         busy: instructions.setupManager.isConfiguringTailscale
         text: instructions.setupManager.isConfiguringTailscale ? "Configuring…" : "Configure HTTPS Serve"
         onClicked: instructions.setupManager.configureTailscaleServe()
