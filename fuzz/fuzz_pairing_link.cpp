@@ -14,7 +14,8 @@ namespace
 
 QString valueIn(const QUrlQuery &query, const char *name)
 {
-    return query.queryItemValue(QString::fromLatin1(name), QUrl::FullyDecoded);
+    const QString value = query.queryItemValue(QString::fromLatin1(name), QUrl::FullyEncoded);
+    return QUrl::fromPercentEncoding(value.toLatin1());
 }
 
 } // namespace

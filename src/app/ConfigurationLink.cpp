@@ -15,7 +15,9 @@ namespace
 
 std::optional<QString> valueIn(const QUrlQuery &query, const QString &key)
 {
-    const QString value = query.queryItemValue(key, QUrl::FullyDecoded);
+    // QUrl's own decoding takes Unicode's noncharacters, which a token may hold, for broken text.
+    const QString value =
+        QUrl::fromPercentEncoding(query.queryItemValue(key, QUrl::FullyEncoded).toLatin1());
     return value.isEmpty() ? std::nullopt : std::optional(value);
 }
 
