@@ -42,6 +42,16 @@ if(OSTRELLE_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# ostrelle_starts_children(<target>)
+# For an executable that starts other programs: has the thread sanitizer live through that.
+function(ostrelle_starts_children target)
+    if(OSTRELLE_SANITIZE STREQUAL "thread")
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/CloneWithOwnMemory.cpp)
+        target_link_options(${target} PRIVATE LINKER:--export-dynamic-symbol=clone)
+        target_link_libraries(${target} PRIVATE ${CMAKE_DL_LIBS})
+    endif()
+endfunction()
+
 # ostrelle_folder(<name> SOURCES <file>... [USES <library>...])
 # One folder of src, as the objects ostrelle_<name>. USES names what it needs to be compiled: folders,
 # with what those need, and libraries. It describes its models, so that qmllint knows them where the
@@ -95,6 +105,7 @@ function(ostrelle_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_NETWORK" "" "SOURCES;LINK")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ostrelle_testsupport libostrelle ${arg_LINK} Qt6::Test)
+    ostrelle_starts_children(${name})
     # Compiling them takes longer than running them. Without an optimiser no call can be checked.
     target_compile_options(${name} PRIVATE -O0 -g1 -U_FORTIFY_SOURCE)
     set(on_own_network)
