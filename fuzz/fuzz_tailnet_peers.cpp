@@ -6,6 +6,7 @@
 #include "gateway/GatewayAddress.h"
 #include "gateway/GatewayNames.h"
 #include "gateway/TailscaleStatus.h"
+#include "settings/OwnMachine.h"
 
 #include <QUrl>
 
