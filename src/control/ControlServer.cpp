@@ -79,7 +79,7 @@ constexpr std::chrono::seconds patience{140};
 
 QByteArray boundedLine(ControlAnswer answer)
 {
-    const QByteArray line = answer.toLine();
+    QByteArray line = answer.toLine();
     if (line.size() < maxAnswerBytes) {
         return line;
     }
