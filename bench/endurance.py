@@ -21,7 +21,7 @@ from world import PREFERENCES, Gateway, Home, Program, install_tool, link_to, se
 
 SPEED = 40  # beyond that the keyring's deadline of two seconds is shorter than a busy machine's answer
 AGENTS_A_TURN = 2
-TURNS_TO_A_FLAP, TURNS_TO_A_RESTART = 5, 50
+TURNS_TO_A_FLAP, TURNS_TO_A_RESTART, TURNS_TO_A_LINE = 5, 50, 100
 SIGNALS = 500
 SECTION, SIGNALS_SECTION = "## Endurance", "## Endurance: changes in the keyring"
 PAGE = PROJECT / "docs/reliability.md"
@@ -68,6 +68,8 @@ def live(minutes):
             bus.stop_keyring()
             bus.start_keyring()
         samples.append(sample(program))
+        if turn % TURNS_TO_A_LINE == 0:
+            print(f"endurance: turn {turn}: {samples[-1]}", file=sys.stderr, flush=True)
     polls = gateway.asked()
     return {"samples": samples, "polls": polls, "end": program.end(within=5)}
 

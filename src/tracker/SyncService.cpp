@@ -14,11 +14,11 @@ constexpr std::ptrdiff_t mostThatMayWork = 4;
 
 } // namespace
 
-SyncService::SyncService(Pass pass, QObject *parent)
+SyncService::SyncService(Pass pass, QObject *parent, std::chrono::milliseconds every)
     : QObject(parent)
     , m_pass(std::move(pass))
 {
-    m_timer.setInterval(interval);
+    m_timer.setInterval(every);
     connect(&m_timer, &QTimer::timeout, this, &SyncService::sync);
 }
 

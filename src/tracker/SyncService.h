@@ -13,7 +13,7 @@
 namespace ostrelle
 {
 
-// Runs a pass in the background, once at the start and then every 30 seconds. Passes may overlap
+// Runs a pass in the background, once at the start and then at intervals. Passes may overlap
 // when the gateway tool is slow; when four run already, the oldest hangs and makes way for the
 // next. A running pass outlives the service. Main thread only.
 class SyncService : public QObject
@@ -21,8 +21,6 @@ class SyncService : public QObject
     Q_OBJECT
 
 public:
-    static constexpr std::chrono::seconds interval{30};
-
     void start();
 
     // Hands one pass to the background and returns at once.
@@ -32,7 +30,8 @@ protected:
     // The pass runs on a background thread and owns all that it needs. It ends soon once it is told
     // to stop.
     using Pass = std::function<void(const std::stop_token &stop)>;
-    explicit SyncService(Pass pass, QObject *parent);
+    SyncService(Pass pass, QObject *parent,
+                std::chrono::milliseconds every = std::chrono::seconds(30));
 
 private:
     struct UnderWay {

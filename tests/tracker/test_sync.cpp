@@ -141,6 +141,20 @@ private Q_SLOTS:
         }
     }
 
+    void passesGoOn()
+    {
+        struct Ticking : SyncService {
+            explicit Ticking(Pass pass)
+                : SyncService(std::move(pass), nullptr, 1ms)
+            {
+            }
+        };
+        const auto passes = std::make_shared<std::atomic_int>();
+        Ticking service([passes](const std::stop_token &) { ++*passes; });
+        service.start();
+        QTRY_VERIFY(*passes >= 3);
+    }
+
     void hungRunMakesWay()
     {
         const ScratchHome home;

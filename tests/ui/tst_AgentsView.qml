@@ -60,6 +60,20 @@ ViewTest {
         });
     }
 
+    function test_lightFlowsAlongTheLine() {
+        const view = loadedView({alpha: {}, beta: {}});
+        const lines = Items.visibleItems(view).filter(each => each.toLeft !== undefined);
+        compare(lines.map(each => each.toLeft), [true, false]);
+        lines.forEach(line => {
+            const picture = grabImage(line);
+            [0, 0.3, 0.5, 0.8].forEach(part => {
+                const place = line.pointAt(part);
+                verify(picture.alpha(place.x, place.y) > 0, part);
+            });
+            fuzzyCompare(line.pointAt(1).x, line.toLeft ? 0 : line.width, 0.001);
+        });
+    }
+
     function test_movesOnlyWhileSeen() {
         const view = loadedView({alpha: {status: "busy"}, beta: {status: "idle"}});
         const alpha = bubble(view, "Alpha");
