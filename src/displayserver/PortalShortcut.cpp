@@ -85,6 +85,9 @@ void PortalShortcut::listenOn(Bus bus)
                    u"Response"_s, this, SLOT(handleBinding(uint)));
     m_bus->connect(portalService, portalPath, shortcutsInterface, u"Activated"_s, this,
                    SLOT(handleActivation(QDBusObjectPath)));
+    const QString anySession;
+    m_bus->connect(portalService, anySession, sessionInterface, u"Closed"_s, this,
+                   SLOT(handleEnd(QDBusMessage)));
     begin();
 }
 
@@ -142,17 +145,16 @@ void PortalShortcut::adoptSession(uint response, const QVariantMap &results)
         return;
     }
     m_session = QDBusObjectPath(handle);
-    m_bus->connect(portalService, handle, sessionInterface, u"Closed"_s, this, SLOT(handleEnd()));
     bindShortcut();
 }
 
 // Either the service behind the portal was restarted, or the user has taken the shortcut back. We
 // ask once more; in the second case the answer is a refusal. A portal that ends one session after
 // the other, before the shortcut was ever pressed, is asked no further until it is restarted.
-void PortalShortcut::handleEnd()
+void PortalShortcut::handleEnd(const QDBusMessage &end)
 {
-    if (!m_bus) {
-        return; // it was refused, and asks no more
+    if (!m_bus || end.path() != m_session.path()) {
+        return; // it was refused, and asks no more; or a session from before has ended
     }
     m_session = {};
     if (std::exchange(m_hasEnded, true)) {

@@ -33,7 +33,7 @@ Q_SIGNALS:
     void bound();
 
 private Q_SLOTS:
-    void handleEnd();
+    void handleEnd(const QDBusMessage &end);
     void adoptSession(uint response, const QVariantMap &results);
     void handleBinding(uint response);
     void handleActivation(const QDBusObjectPath &session);
