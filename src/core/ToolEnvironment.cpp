@@ -59,7 +59,8 @@ std::optional<QString> findUserTool(const QString &name)
 {
     for (const QString &folder : userToolFolders()) {
         QString path = folder + u'/' + name;
-        if (QFileInfo(path).isExecutable() && isTrustworthyFile(path)) {
+        const QFileInfo file(path);
+        if (file.isFile() && file.isExecutable() && isTrustworthyFile(path)) {
             return path;
         }
     }
@@ -70,6 +71,13 @@ std::optional<QString> findTool(const QString &name, const QString &searchPath)
 {
     const auto onPath = findProgram(name, searchPath);
     return onPath ? onPath : findUserTool(name);
+}
+
+std::optional<QString> findTool(const QStringList &places, const QString &name,
+                                const QString &searchPath)
+{
+    const auto known = std::ranges::find_if(places, isTrustworthyFile);
+    return known != places.end() ? std::optional(*known) : findTool(name, searchPath);
 }
 
 QString toolSearchPath(const QString &program)

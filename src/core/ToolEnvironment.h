@@ -24,6 +24,11 @@ std::optional<QString> findUserTool(const QString &name);
 // The first tool of that name on the search path, or else in those folders. Looks at the disk.
 std::optional<QString> findTool(const QString &name, const QString &searchPath);
 
+// The first of these places at which there is something that is not for anybody to write, or else
+// the same.
+std::optional<QString> findTool(const QStringList &places, const QString &name,
+                                const QString &searchPath);
+
 // Where the gateway's tool is looked for before a search path, in this order.
 QStringList gatewayToolPlaces();
 

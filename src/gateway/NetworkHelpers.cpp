@@ -5,7 +5,6 @@
 #include "gateway/LanAddress.h"
 #include "platform/ChildProcess.h"
 #include "platform/Files.h"
-#include "platform/SearchPath.h"
 
 #include <algorithm>
 
@@ -19,6 +18,8 @@ namespace
 
 // What takes longer hangs, and bars those that come after it.
 constexpr std::chrono::minutes patience{1};
+
+const QString tailscale = u"tailscale"_s;
 
 QProcessEnvironment fixedEnvironment(const QString &executable)
 {
@@ -41,17 +42,6 @@ QByteArray outputOf(const QString &executable, const QStringList &args)
                                   .environment = fixedEnvironment(executable)},
                                  {.killAfter = patience});
     return result ? result->output : QByteArray();
-}
-
-std::optional<QString> firstExisting(const QStringList &paths)
-{
-    const auto path = std::ranges::find_if(paths, &fileExists);
-    return path == paths.end() ? std::nullopt : std::optional(*path);
-}
-
-QString tailscaleOnSearchPath()
-{
-    return findTool(u"tailscale"_s, toolSearchPath()).value_or(QString());
 }
 
 QStringView withoutBlanks(QStringView line)
@@ -77,16 +67,13 @@ QString NetworkHelpers::runProcess(const QString &executable, const QStringList 
 QString NetworkHelpers::tailscaleCLI(const TailscalePlaces &places)
 {
     const QStringList tools = places.tools + QStringList(places.applicationTool);
-    if (const auto tool = std::ranges::find_if(tools, &isTrustworthyFile); tool != tools.end()) {
-        return *tool;
-    }
-    return tailscaleOnSearchPath();
+    return findTool(tools, tailscale, toolSearchPath()).value_or(QString());
 }
 
 bool NetworkHelpers::isTailscaleInstalled(const TailscalePlaces &places)
 {
-    return firstExisting(places.tools + QStringList(places.application)) ||
-           !tailscaleOnSearchPath().isEmpty();
+    return std::ranges::any_of(places.tools + QStringList(places.application), &fileExists) ||
+           findTool(tailscale, toolSearchPath());
 }
 
 std::optional<QString> NetworkHelpers::getTailscaleIP(const TailscalePlaces &places)

@@ -4,7 +4,6 @@
 #include "core/ProjectTracking.h"
 #include "core/ToolEnvironment.h"
 #include "gateway/NetworkHelpers.h"
-#include "platform/SearchPath.h"
 
 #include <algorithm>
 
@@ -15,14 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-QString findGatewayTool(const QStringList &paths)
-{
-    if (const auto path = std::ranges::find_if(paths, isTrustworthyFile); path != paths.end()) {
-        return *path;
-    }
-    return findTool(u"duskrell"_s, toolSearchPath()).value_or(QString());
-}
 
 // The ids of the project tracker's jobs; absent when the text is no list of jobs.
 std::optional<QStringList> trackerIds(const std::string &listing)
@@ -47,18 +38,18 @@ std::optional<QStringList> trackerIds(const std::string &listing)
 
 std::expected<void, TrackingSwitchProblem> disableProjectTracking(const QStringList &toolPaths)
 {
-    const QString tool = findGatewayTool(toolPaths);
-    if (tool.isEmpty()) {
+    const auto tool = findTool(toolPaths, u"duskrell"_s, toolSearchPath());
+    if (!tool) {
         return std::unexpected(TrackingSwitchProblem::NoTool);
     }
     const QString listing =
-        NetworkHelpers::runProcess(tool, {u"cron"_s, u"list"_s, u"--json"_s, u"--all"_s});
+        NetworkHelpers::runProcess(*tool, {u"cron"_s, u"list"_s, u"--json"_s, u"--all"_s});
     const auto ids = trackerIds(listing.toStdString());
     if (!ids) {
         return std::unexpected(TrackingSwitchProblem::NoJobList);
     }
     for (const QString &id : *ids) {
-        NetworkHelpers::runProcess(tool, {u"cron"_s, u"remove"_s, id});
+        NetworkHelpers::runProcess(*tool, {u"cron"_s, u"remove"_s, id});
     }
     return {};
 }

@@ -62,7 +62,7 @@ void prepareProcess()
     // may stay in the middle of the heap.
     ::mallopt(M_MMAP_THRESHOLD, bytesOfOwnMapping);
     // A heap of a thread's own grows by one page a system call: 600 of them while the panel's
-    // first opening reads its views, a tenth of its time. Our few threads seldom allocate at once.
+    // first opening reads its views, a tenth of its time. Most of our threads only wait.
     ::mallopt(M_ARENA_MAX, 1);
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

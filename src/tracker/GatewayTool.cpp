@@ -2,11 +2,8 @@
 
 #include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
-#include "platform/SearchPath.h"
 
 #include <QStringDecoder>
-
-#include <algorithm>
 
 namespace ostrelle
 {
@@ -35,11 +32,7 @@ GatewayTool::GatewayTool(QStringList candidates, std::chrono::milliseconds deadl
 
 QString GatewayTool::findDuskrell() const
 {
-    const auto known = std::ranges::find_if(m_candidates, isTrustworthyFile);
-    if (known != m_candidates.end()) {
-        return *known;
-    }
-    return findTool(u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
+    return findTool(m_candidates, u"duskrell"_s, qEnvironmentVariable("PATH")).value_or(QString());
 }
 
 QString GatewayTool::runCommand(const QString &program, const QStringList &args,

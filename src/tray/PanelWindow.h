@@ -41,7 +41,7 @@ struct PanelEvents {
     std::function<void()> lostFocus = [] {}; // and has closed itself for that
 };
 
-// Provided by the module that holds Qt Quick and is loaded when the panel is first opened.
+// Provided by the module that holds Qt Quick and is loaded a moment after the start.
 class PanelModule
 {
 public:

@@ -39,6 +39,12 @@ bool hasBusHostOfItsOwn()
     return qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains(u"KDE"_s);
 }
 
+// Within the process.
+QString connectionName(int number)
+{
+    return u"ostrelle_tray_%1"_s.arg(number);
+}
+
 Atom trayAtom(Display *display)
 {
     const QByteArray name = "_NET_SYSTEM_TRAY_S" + QByteArray::number(DefaultScreen(display));
@@ -98,16 +104,15 @@ void TrayHostWatcher::handleBusEnd()
 // The process's own connection stays closed for good.
 void TrayHostWatcher::connectAgain()
 {
-    const QString name = u"ostrelle_tray_%1"_s.arg(++m_connections);
-    const auto connect = [name] {
+    QDBusConnection::disconnectFromBus(connectionName(m_connections)); // to the bus that has ended
+    const auto connect = [name = connectionName(++m_connections)] {
         return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
     };
-    whenDone(QtConcurrent::run(&utilityPool(), connect), this, [this, name](QDBusConnection bus) {
+    whenDone(QtConcurrent::run(&utilityPool(), connect), this, [this](QDBusConnection bus) {
         if (bus.isConnected()) {
             Q_EMIT busCameBack();
             watchBus(bus);
         } else {
-            QDBusConnection::disconnectFromBus(name);
             QTimer::singleShot(untilNextAttempt, this, &TrayHostWatcher::connectAgain);
         }
     });

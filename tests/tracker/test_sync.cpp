@@ -86,6 +86,7 @@ private Q_SLOTS:
         home.writeScript(nvm + u"node"_s, "shift; echo $*");
         home.writeScript(nvm + u"duskrell"_s, {});
         home.write(nvm + u"duskrell"_s, "#!/usr/bin/env node\n");
+        QVERIFY(QDir(home.path()).mkpath(u".local/bin/duskrell"_s)); // is no tool
         const GatewayTool hidden(QStringList{});
         QCOMPARE(hidden.runCommand(hidden.findDuskrell(), {u"list"_s}), u"list\n"_s);
     }
