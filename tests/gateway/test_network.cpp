@@ -22,6 +22,14 @@ private Q_SLOTS:
             u"[it's][][a b][$HOME `id` \\][two\nlines][']"_s);
     }
 
+    void findsTheToolWhereUsersHaveIt()
+    {
+        const TailscalePlaces nowhere{.tools = {}, .application = {}, .applicationTool = {}};
+        m_home.writeScript(u".local/bin/tailscale"_s, {});
+        QVERIFY(NetworkHelpers::isTailscaleInstalled(nowhere));
+        QVERIFY(NetworkHelpers::tailscaleCLI(nowhere).endsWith("/bin/tailscale"_L1));
+    }
+
     void readsAddressAndServeLine_data()
     {
         const Rows<QByteArray, QString, QString> row("printed", "address", "serve");

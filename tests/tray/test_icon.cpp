@@ -33,6 +33,7 @@ private Q_SLOTS:
         row("pointer on a bar that hides", {500, 10, 1, 1}, all, {400, 39, 200, 300});
         row("pointer in a corner of bars that hide", {990, 10, 1, 1}, all, {800, 39, 200, 300});
         row("an icon that nobody finds, below a bar", {}, besideTop, {796, 34, 200, 300});
+        row("an icon that nobody finds, no bars", {}, all, {796, 4, 200, 300});
     }
 
     void placesThePanel()
