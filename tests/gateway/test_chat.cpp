@@ -132,6 +132,12 @@ private Q_SLOTS:
         const QModelIndex last = chat.messages()->index(5);
         QCOMPARE(last.data(ChatMessages::RoleRole), u"assistant"_s);
         QCOMPARE(last.data(ChatMessages::TextRole), u"ok"_s);
+        QCOMPARE(replyOf(chat, gateway.url(), u" \n"_s), u"ok"_s); // nothing was asked
+        chat.setInput(u"5"_s);
+        chat.send(gateway.url());
+        chat.setInput(u"6"_s);
+        chat.send(gateway.url());
+        QCOMPARE(chat.input(), u"6"_s); // one at a time
     }
 
 private:

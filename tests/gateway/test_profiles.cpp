@@ -276,6 +276,18 @@ private Q_SLOTS:
         settings.setGeminiAPIKey(u"key"_s);
         settings.setGeminiAPIKey(u"key2"_s);
         QTRY_COMPARE(pairing.qrCode(), QrCode::encode(link + "&geminiAPIKey=key2").value());
+        settings.setGeminiAPIKey({});
+        m_profiles->setTokenInput(u"t2"_s);
+        m_profiles->saveActiveToken();
+        QByteArray now = link.first(link.indexOf("a%26b")) + "t2";
+        QTRY_COMPARE(pairing.qrCode(), QrCode::encode(now).value());
+        m_home->write(u"tailscale-status"_s, R"({"Self":{"DNSName":"box.t.ts.net."}})");
+        m_gateway->setUseMagicDNS(true);
+        now.replace("http%3A%2F%2F100.1.1.1%3A1", "https%3A%2F%2Fbox.t.ts.net");
+        QTRY_COMPARE(pairing.qrCode(), QrCode::encode(now).value());
+        m_profiles->switchGateway({.name = u"Far"_s, .url = remote});
+        now.replace("box.t", "far.t");
+        QTRY_COMPARE(pairing.qrCode(), QrCode::encode(now).value());
         pairing.setShowQR(false);
         QVERIFY(pairing.qrCode().isEmpty());
         QVERIFY(!QrCode::encode(QByteArray(4000, 'x')));

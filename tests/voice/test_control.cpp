@@ -89,6 +89,7 @@ private Q_SLOTS:
         row("start, no such port", {start}, {}, 15001ms, u"Offline"_s);
         row("stop instead of start", {start, stop}, listening, 10s, u"Offline"_s);
         row("start instead of stop", {stop, start}, listening, 0s, u"Listening"_s);
+        row("restart", {u"restart"_s}, nonsense, 0s, u"Offline launching"_s);
     }
 
     void pendingAction()
@@ -109,7 +110,9 @@ private Q_SLOTS:
         QVERIFY(!hasPort || answersAgain(agent));
 
         for (const QString &action : actions) {
-            action == "start"_L1 ? model.start() : model.stop();
+            action == "start"_L1     ? model.start()
+            : action == "restart"_L1 ? model.restart()
+                                     : model.stop();
         }
         agent.answer(statusPath, answer);
         now += passed;
@@ -172,10 +175,10 @@ private Q_SLOTS:
         QStringList states;
         connect(&port, &VoiceControlPort::statusArrived, this,
                 [&](const auto &status) { states += status->state; });
-        for (int i = 0; i < 10; ++i) {
+        for (int i = 0; i < 42; ++i) {
             port.askStatus();
         }
-        QTRY_COMPARE(agent.requestCount(), 10); // lost ones are no reason not to ask
+        QTRY_COMPARE(agent.requestCount(), 40); // lost ones are no reason not to ask
 
         // A late answer counts as it arrives, and makes room for the question that corrects it.
         agent.answer(statusPath, listening);
@@ -183,7 +186,7 @@ private Q_SLOTS:
         QTRY_COMPARE(states, QStringList(u"dormant"_s));
         port.askStatus();
         QTRY_COMPARE(states, QStringList({u"dormant"_s, u"listening"_s}));
-        QCOMPARE(agent.requestCount(), 11);
+        QCOMPARE(agent.requestCount(), 41);
     }
 
     void stopWithoutSupervisor()
