@@ -158,6 +158,9 @@ private Q_SLOTS:
     void everyScaleShowsTheSame()
     {
         QFETCH(const qreal, scale);
+        if (scale != 1 && m_atScaleOne.isEmpty()) {
+            QSKIP("There are no pictures at scale 1 to compare with.");
+        }
         Desk desk(scale);
         const auto showsTheSame = [&](const QString &name) {
             const QString file = scale == 1 ? name : u"%1@%2"_s.arg(name).arg(scale);
