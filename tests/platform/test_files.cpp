@@ -1,5 +1,6 @@
 #include "platform/FileWriting.h"
 #include "platform/LoginItem.h"
+#include "platform/Paths.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
 #include "support/Rows.h"
@@ -45,6 +46,19 @@ private Q_SLOTS:
         QCOMPARE(home.read(u"file"_s), before);
         QVERIFY(!writeInPlace(home.path(u"new"_s), QByteArray(20000, 'n')));
         QVERIFY(!home.exists(u"new"_s));
+    }
+
+    void closesItsFolderToOthers()
+    {
+        const ScratchHome home;
+        const QString folder = home.path(u".ostrelle/run"_s);
+        QVERIFY(QDir().mkpath(folder) && ::chmod(qPrintable(folder), 0755) == 0);
+        QCOMPARE(privateHomeDirectory(), folder);
+        struct stat attributes{};
+        QVERIFY(::stat(qPrintable(folder), &attributes) == 0);
+        QCOMPARE(attributes.st_mode & 07777, 0700U);
+        QVERIFY(QDir().rmdir(folder) && QFile::link(home.path(), folder));
+        QVERIFY(!privateHomeDirectory()); // the folder of somebody else, for all we know
     }
 
     void finishesWhatWasCutShort_data()

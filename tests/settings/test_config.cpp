@@ -119,6 +119,8 @@ private Q_SLOTS:
         store->snapshot(); // which every poll takes
         QCOMPARE(OstrelleConfig::load().gateway.url, url);
         QCOMPARE(OstrelleConfig::load().ports.status, 18700);
+        home.write(configFile, before); // now that it is written, it is not put in once more
+        QCOMPARE(store->snapshot(), OstrelleConfig::defaults());
     }
 
     void followsEditsFromOutside()
