@@ -2,6 +2,7 @@
 #include "gateway/QuickChatVM.h"
 #include "gateway/StandInGateway.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Patience.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 
@@ -145,7 +146,7 @@ private:
     {
         chat.setInput(question);
         chat.send(url);
-        return QTest::qWaitFor([&] { return !chat.isLoading(); }, 20000)
+        return QTest::qWaitFor([&] { return !chat.isLoading(); }, patienceMilliseconds)
                    ? chat.messages()->messages().last().text
                    : u"still waiting"_s;
     }
