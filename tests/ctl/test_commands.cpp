@@ -3,10 +3,8 @@
 #include "ctl/Ctl.h"
 #include "gateway/NetworkHelpers.h"
 #include "gateway/StandInGateway.h"
-#include "support/Rows.h"
 #include "support/SimulatedGateway.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalSocket>
 #include <QRegularExpression>
