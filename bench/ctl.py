@@ -1,4 +1,8 @@
-"""Measures 50 warm runs of ostrellectl, against as many of a bare program of Qt Core between them."""
+#!/usr/bin/python3 -B
+"""Measures 50 warm runs of ostrellectl, against as many of a bare program of Qt Core between them.
+
+Usage: bench/ctl.py BUILD-DIRECTORY
+"""
 
 import pathlib
 import statistics

@@ -1,4 +1,8 @@
-"""Times the digest of session logs of several sizes, warm, beside what it cannot do without."""
+#!/usr/bin/python3 -B
+"""Times the digest of session logs of several sizes, warm, beside what it cannot do without.
+
+Usage: bench/history.py BUILD-DIRECTORY
+"""
 
 import json
 import pathlib

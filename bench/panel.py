@@ -1,6 +1,8 @@
+#!/usr/bin/python3 -B
 """Measures the pearl and the panel: times to the icon and to the first frame, memory, frames, CPU.
 
 Frames are those that Qt Quick itself reports; the clock of a click starts when it is sent.
+Usage: bench/panel.py BUILD-DIRECTORY
 """
 
 import contextlib

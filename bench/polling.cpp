@@ -15,6 +15,7 @@
 #include <QEventLoop>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <sys/resource.h>
 

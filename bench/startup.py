@@ -1,4 +1,8 @@
-"""Measures 20 warm starts of the program, and its memory and wake-ups while it idles."""
+#!/usr/bin/python3 -B
+"""Measures 20 warm starts of the program, and its memory and wake-ups while it idles.
+
+Usage: bench/startup.py BUILD-DIRECTORY
+"""
 
 import pathlib
 import statistics

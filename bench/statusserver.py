@@ -1,8 +1,9 @@
+#!/usr/bin/python3 -B
 """Compares the status server with nginx (2 workers), a connection per request.
 
 The runs of the two alternate, so that what else the machine does hits both; a figure is the median
 of its runs. Pinned: servers and load share one core, which measures what a request costs. Free:
-everything may run everywhere.
+everything may run everywhere. Usage: bench/statusserver.py BUILD-DIRECTORY
 """
 
 import os
@@ -160,8 +161,7 @@ def report(build, servers, every_core):
     row("burst of 64: longest wait ms", f"{ours['max_us'] / 1000:.1f}",
         f"{other['max_us'] / 1000:.1f}", "", "at most 100")
 
-    for server in servers:
-        time.sleep(0.1)
+    time.sleep(0.2)  # until the burst is over for both
     quiet = [measure(build, servers[0], "2 KB", every_core, clients=4, seconds=1)
              for _ in range(3)]
     held = [measure(build, servers[0], "2 KB", every_core, clients=4, seconds=1, silent=5000)

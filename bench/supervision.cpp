@@ -13,7 +13,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <array>
 #include <cstdio>
 #include <deque>
 #include <sys/stat.h>

@@ -9,11 +9,10 @@
 class ScratchFile
 {
 public:
-    ScratchFile(const std::uint8_t *data, std::size_t size)
+    explicit ScratchFile(const QByteArray &content)
     {
         QFile file(path());
-        if (!file.open(QIODevice::WriteOnly) ||
-            file.write(reinterpret_cast<const char *>(data), static_cast<qint64>(size)) < 0) {
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0) {
             std::abort(); // a full disk is no finding
         }
     }

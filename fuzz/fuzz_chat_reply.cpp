@@ -7,7 +7,7 @@ using namespace ostrelle;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const auto body = QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray body = bytesOf(data, size);
     const QString reply = chatReply(body);
     require(body.isValidUtf8() || reply == QStringLiteral("No response"));
     require(reply.isValidUtf16());

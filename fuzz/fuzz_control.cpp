@@ -7,8 +7,7 @@ using namespace ostrelle;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const std::string_view text = textOf(data, size);
-    const QByteArray line(text.data(), static_cast<qsizetype>(text.size()));
+    const QByteArray line = bytesOf(data, size);
     const auto request = readRequest(line, QStringLiteral("1"));
     require(request || !request.error().text.isEmpty());
     if (request) {

@@ -22,11 +22,11 @@ QString valueIn(const QUrlQuery &query, const char *name)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const QUtf8StringView bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray bytes = bytesOf(data, size);
     if (!bytes.isValidUtf8()) {
         return 0;
     }
-    const QString text = bytes.toString();
+    const QString text = QString::fromUtf8(bytes);
     const QString address = text.section(u'\n', 0, 0);
     const QString token = text.section(u'\n', 1, 1);
     const QString key = text.section(u'\n', 2);

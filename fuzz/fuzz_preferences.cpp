@@ -27,8 +27,8 @@ struct Known {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const QByteArray content(reinterpret_cast<const char *>(data), static_cast<int>(size));
-    const ScratchFile file(data, size);
+    const QByteArray content = bytesOf(data, size);
+    const ScratchFile file(content);
     const TextPreference name = preference::customAgentName(QStringLiteral("main/1"), {});
     const QString given = QStringLiteral("Ada, \"first\"");
     const auto before = std::make_shared<Preferences>(file.path());
@@ -41,9 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     require(before->opens());
     // QSettings takes a file of the same size and millisecond for the one that it knows.
-    const QByteArray written = file.read();
-    const ScratchFile copy(reinterpret_cast<const std::uint8_t *>(written.constData()),
-                           static_cast<std::size_t>(written.size()));
+    const ScratchFile copy(file.read());
     const auto after = std::make_shared<Preferences>(copy.path());
     require(after->value(name) == given && Known(*after) == known);
     return 0;

@@ -11,7 +11,8 @@ using namespace ostrelle;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const ScratchFile scratch(data, size);
+    const QByteArray content = bytesOf(data, size);
+    const ScratchFile scratch(content);
     SecretFile file(scratch.path());
     QHash<QString, QByteArray> known;
     for (const QString &account : file.accounts()) {
@@ -30,8 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (scratch.files() == 2) {
         QFile broken(scratch.path() + QStringLiteral(".broken"));
         require(broken.open(QIODevice::ReadOnly));
-        require(broken.readAll() ==
-                QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)));
+        require(broken.readAll() == content);
     }
     return 0;
 }

@@ -8,13 +8,11 @@
 #include "gateway/TailscaleStatus.h"
 #include "settings/OwnMachine.h"
 
-#include <QUrl>
-
 using namespace ostrelle;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const auto status = QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray status = bytesOf(data, size);
     for (const OnlinePeer &peer : onlinePeers(status)) {
         const QString address = QStringLiteral("https://") + peer.hostname;
         require(printableHost(address).size() <= 253);

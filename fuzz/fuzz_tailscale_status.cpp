@@ -9,7 +9,7 @@ using namespace ostrelle;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const auto status = QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray status = bytesOf(data, size);
     const auto name = selfMagicDNS(status);
     require(!name || !name->isEmpty());
     require(std::ranges::none_of(onlinePeers(status),

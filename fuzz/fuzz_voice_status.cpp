@@ -10,7 +10,7 @@ using namespace ostrelle;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const QByteArray body(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QByteArray body = bytesOf(data, size);
     const auto status = VoiceStatus::fromJson(body);
     if (!status) {
         require(!QJsonDocument::fromJson(body).isObject());

@@ -19,7 +19,7 @@ namespace
 // What takes longer hangs, and bars those that come after it.
 constexpr std::chrono::minutes patience{1};
 
-const QString tailscale = u"tailscale"_s;
+const QString toolName = u"tailscale"_s;
 
 QProcessEnvironment fixedEnvironment(const QString &executable)
 {
@@ -67,13 +67,13 @@ QString NetworkHelpers::runProcess(const QString &executable, const QStringList 
 QString NetworkHelpers::tailscaleCLI(const TailscalePlaces &places)
 {
     const QStringList tools = places.tools + QStringList(places.applicationTool);
-    return findTool(tools, tailscale, toolSearchPath()).value_or(QString());
+    return findTool(tools, toolName, toolSearchPath()).value_or(QString());
 }
 
 bool NetworkHelpers::isTailscaleInstalled(const TailscalePlaces &places)
 {
     return std::ranges::any_of(places.tools + QStringList(places.application), &fileExists) ||
-           findTool(tailscale, toolSearchPath());
+           findTool(toolName, toolSearchPath());
 }
 
 std::optional<QString> NetworkHelpers::getTailscaleIP(const TailscalePlaces &places)

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "support/Patience.h"
+
 #include <QByteArray>
 #include <QProcess>
 #include <QStringList>
-
-// How long a test waits for what the program is to do.
-inline constexpr int patienceMilliseconds = 30000;
 
 // Skips all tests of the program where one of these tools is installed, which it would ask.
 void skipWhereThereAre(const QStringList &realTools);

@@ -1,18 +1,15 @@
 #include "app/Program.h"
 #include "core/ToolEnvironment.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Exchange.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "support/SimulatedGateway.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTcpSocket>
 #include <QTest>
 
-#include <algorithm>
 #include <csignal>
 #include <sys/stat.h>
 
@@ -41,12 +38,7 @@ public:
 
 QByteArray get(quint16 port, const QByteArray &target)
 {
-    QTcpSocket client;
-    client.connectToHost(QHostAddress::LocalHost, port);
-    client.write("GET " + target + " HTTP/1.1\r\n\r\n");
-    while (client.waitForReadyRead(20000)) {
-    }
-    return client.readAll();
+    return exchange(port, "GET " + target + " HTTP/1.1\r\n\r\n");
 }
 
 } // namespace
@@ -66,8 +58,9 @@ private Q_SLOTS:
             esac)");
         Program program;
         const quint16 port = program.waitForPort();
-        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/status").contains("Main session"), 20000);
-        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/cron").contains("Nightly"), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/status").contains("Main session"),
+                                 patienceMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/cron").contains("Nightly"), patienceMilliseconds);
         QVERIFY(get(port, "/projects").endsWith(R"({"version":1,"updated":"","projects":[]})"));
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
@@ -99,7 +92,7 @@ private Q_SLOTS:
         QList<pid_t> started;
         for (const QString &file :
              {u"sessions.pid"_s, u"cron.pid"_s, u"recorder.pid"_s, u"agent.pid"_s}) {
-            QTRY_VERIFY_WITH_TIMEOUT(home.read(file).trimmed().toInt() > 0, 20000);
+            QTRY_VERIFY_WITH_TIMEOUT(home.read(file).trimmed().toInt() > 0, patienceMilliseconds);
             started.append(home.read(file).trimmed().toInt());
         }
         const QByteArray line = program.waitForLine("[ServiceManager] Voice agent started (PID ");
@@ -134,15 +127,10 @@ private Q_SLOTS:
         Program second({u"ostrelle://config?gatewayBaseURL=%1&token=s%2526t"_s.arg(base)});
         QCOMPARE(second.waitForEnd(), 0);
 
-        QTRY_COMPARE_WITH_TIMEOUT(OstrelleConfig::load().gateway.url, base, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(OstrelleConfig::load().gateway.url, base, patienceMilliseconds);
         QCOMPARE(OstrelleConfig::load().gateway.saved->size(), 2);
-        const auto asked = [&](const QString &target) {
-            return std::ranges::any_of(gateway.recorded(), [&](const QJsonObject &request) {
-                return request.value(u"target"_s) == target;
-            });
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(asked(u"/health"_s), 20000);
-        QTRY_VERIFY_WITH_TIMEOUT(asked(u"/v1/models"_s), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(gateway.wasAsked(u"/health"_s), patienceMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(gateway.wasAsked(u"/v1/models"_s), patienceMilliseconds);
         QCOMPARE(home.storedToken(base), u"s%26t"_s);
         QTRY_COMPARE(home.storedToken(KeychainHelper::activeKey), u"s%26t"_s);
         QCOMPARE(home.storedToken(OstrelleConfig::defaults().gateway.url), std::nullopt);
@@ -183,7 +171,7 @@ private Q_SLOTS:
         for (int start = 0; start < 2; ++start) {
             Program program;
             QVERIFY(program.waitForPort() != 0);
-            QTRY_COMPARE_WITH_TIMEOUT(home.read(u"runs"_s), "run\n", 20000);
+            QTRY_COMPARE_WITH_TIMEOUT(home.read(u"runs"_s), "run\n", patienceMilliseconds);
             QTRY_VERIFY(home.read(preferences).contains("projectTrackingEnabled=true"));
             QCOMPARE(program.endWith(SIGHUP), 0);
         }

@@ -1,5 +1,6 @@
 #include "core/DesktopOpen.h"
 #include "core/NotificationManager.h"
+#include "support/Patience.h"
 #include "support/PrivateSession.h"
 #include "support/ScratchHome.h"
 
@@ -27,14 +28,15 @@ private Q_SLOTS:
         QProcess &daemon = session.startNotificationDaemon();
         NotificationManager::send(u"OSTRELLE"_s, u"5 < 6 & \"quoted\""_s);
         QByteArray shown;
-        QTRY_VERIFY_WITH_TIMEOUT((shown += daemon.readAll()).contains("\n}"), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT((shown += daemon.readAll()).contains("\n}"), patienceMilliseconds);
         QVERIFY2(shown.contains("summary: 'OSTRELLE'"), shown);
         QVERIFY2(shown.contains("5 < 6 & \"quoted\"") || shown.contains("5 &lt; 6 &amp;"), shown);
 
         qputenv("PATH", home.path(u"bin"_s).toLocal8Bit()); // no xdg-open there
         openWithDesktop(u"/tmp/a.log"_s);
         QTRY_VERIFY_WITH_TIMEOUT(
-            (shown += daemon.readAll()).contains("can open /tmp/a.log: install xdg-utils"), 20000);
+            (shown += daemon.readAll()).contains("can open /tmp/a.log: install xdg-utils"),
+            patienceMilliseconds);
     }
 };
 

@@ -1,9 +1,10 @@
 #include "ctl/Ctl.h"
 
-#include "app/Program.h"
+#include "support/Patience.h"
 
 #include <QDir>
 #include <QJsonDocument>
+#include <QProcess>
 #include <QTest>
 
 using namespace ostrelle;

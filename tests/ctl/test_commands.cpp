@@ -3,10 +3,8 @@
 #include "ctl/Ctl.h"
 #include "gateway/NetworkHelpers.h"
 #include "gateway/StandInGateway.h"
-#include "support/Rows.h"
 #include "support/SimulatedGateway.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalSocket>
 #include <QRegularExpression>
@@ -197,7 +195,7 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.agent.requests("/mute").size(), 2);
         QCOMPARE(desk.agent.requests("/unmute").size(), 1);
         desk.agent.close();
-        QTRY_COMPARE_WITH_TIMEOUT(ctl({u"mute"_s}).status, 1, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(ctl({u"mute"_s}).status, 1, patienceMilliseconds);
         QVERIFY(ctl({u"status"_s}).out.contains("switched off"));
         const Run start = ctl({u"voice"_s, u"restart"_s});
         QVERIFY2(start.status == 1 && start.err.contains("Voice script not found"), start.err);

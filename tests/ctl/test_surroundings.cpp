@@ -4,7 +4,6 @@
 #include "support/Rows.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QRegularExpression>

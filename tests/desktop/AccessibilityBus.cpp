@@ -1,14 +1,12 @@
 #include "desktop/AccessibilityBus.h"
 
-#include "app/Program.h"
+#include "support/Patience.h"
 #include "support/Processes.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QTest>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -102,12 +100,6 @@ std::optional<QRect> AccessibilityBus::waitFor(const QString &name, const QStrin
         return false;
     };
     return QTest::qWaitFor(isThere, patienceMilliseconds) ? std::optional(found) : std::nullopt;
-}
-
-bool AccessibilityBus::isShown(const QString &name) const
-{
-    return std::ranges::any_of(controls(),
-                               [&](const Control &control) { return control.name == name; });
 }
 
 QString AccessibilityBus::text(const Control &field) const

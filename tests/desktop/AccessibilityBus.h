@@ -38,7 +38,6 @@ public:
 
     // Where the control with that name stands on the screen, once it is shown.
     std::optional<QRect> waitFor(const QString &name, const QString &role = {}) const;
-    bool isShown(const QString &name) const;
 
     // The text that the field gives away.
     QString text(const Control &field) const;

@@ -1,34 +1,20 @@
 #include "desktop/Desk.h"
 
 #include "settings/OstrelleConfig.h"
+#include "support/DemoVoiceAgent.h"
+#include "support/Exchange.h"
 
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
-
-#include <algorithm>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
 
-namespace
-{
-
-quint16 freePort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost);
-    return probe.serverPort();
-}
-
-} // namespace
-
 DesktopHome::DesktopHome()
-    : voicePort(freePort())
+    : voicePort(installDemoVoiceAgent(*this))
 {
     playSimulator(*this, {{u"record"_s, true}});
     OstrelleConfig config = OstrelleConfig::defaults();
@@ -40,9 +26,6 @@ DesktopHome::DesktopHome()
     config.ports.voiceAgent = voicePort;
     config.voice.enabled = true;
     config.save();
-    QDir().mkpath(path(u".ostrelle/venv/bin"_s));
-    QFile::link(u"/usr/bin/python3"_s, path(u".ostrelle/venv/bin/python"_s));
-    QFile::link(QStringLiteral(DEMO_VOICE_AGENT), path(u".ostrelle/voice_agent.py"_s));
     write(u".ostrelle/data/demo-agent.json"_s, R"({"step_seconds": 3600})"); // it stays as it is
     writeTrackers();
     write(u".config/ai.duskrell.ostrelle.conf"_s, "[General]\nautoStartVoice=true\n");
@@ -77,24 +60,7 @@ void DesktopHome::writeTrackers() const
 
 QByteArray DesktopHome::voiceStatus() const
 {
-    QTcpSocket client;
-    client.connectToHost(QHostAddress::LocalHost, voicePort);
-    client.write("GET /status HTTP/1.1\r\nConnection: close\r\n\r\n");
-    QByteArray answer;
-    while (client.waitForReadyRead(2000)) {
-        answer += client.readAll();
-        if (answer.contains('}')) {
-            return answer;
-        }
-    }
-    return {};
-}
-
-bool DesktopHome::wasAsked(const QString &target) const
-{
-    return std::ranges::any_of(gateway.recorded(), [&](const QJsonObject &request) {
-        return request.value(u"target"_s) == target;
-    });
+    return exchange(voicePort, "GET /status HTTP/1.1\r\nConnection: close\r\n\r\n");
 }
 
 Desk::Desk(qreal scale)

@@ -15,11 +15,8 @@ class DesktopHome : public ScratchHome
 public:
     DesktopHome();
 
-    // What the voice agent says of itself; null while it does not answer.
+    // What the voice agent says of itself; empty while it does not answer.
     QByteArray voiceStatus() const;
-
-    // Whether the gateway was asked for that path.
-    bool wasAsked(const QString &target) const;
 
     const SimulatedGateway gateway{*this};
     const quint16 voicePort;

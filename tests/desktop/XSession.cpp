@@ -1,6 +1,6 @@
 #include "desktop/XSession.h"
 
-#include "app/Program.h"
+#include "support/Patience.h"
 #include "support/Processes.h"
 
 #include <QTest>
@@ -45,7 +45,7 @@ XSession::XSession()
     // Without -noreset the server begins anew, deaf for a while, whenever its last client goes.
     m_server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x1600x24"_s,
                                u"-noreset"_s});
-    if (!m_server.waitForReadyRead(20000)) {
+    if (!m_server.waitForReadyRead(patienceMilliseconds)) {
         qFatal("no X server");
     }
     qputenv("DISPLAY", ":" + m_server.readAllStandardOutput().trimmed());

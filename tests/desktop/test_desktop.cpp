@@ -136,7 +136,7 @@ private Q_SLOTS:
         QVERIFY(desk.press(u"Ask something…"_s));
         XSession::type(u"hello"_s);
         XSession::press(u"Return"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(desk.home.wasAsked(u"/v1/chat/completions"_s),
+        QTRY_VERIFY_WITH_TIMEOUT(desk.home.gateway.wasAsked(u"/v1/chat/completions"_s),
                                  patienceMilliseconds);
         QVERIFY(desk.press(u"Mute"_s));
         QTRY_VERIFY_WITH_TIMEOUT(desk.home.voiceStatus().contains("\"muted\": true"),

@@ -1,10 +1,10 @@
+#include "support/Exchange.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "support/SimulatedGateway.h"
 
 #include <QDir>
 #include <QJsonDocument>
-#include <QTcpSocket>
 #include <QTest>
 
 #include <optional>
@@ -13,8 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-constexpr int answerMilliseconds = 20'000;
 
 QByteArray get(const QByteArray &path, const QByteArray &token)
 {
@@ -59,13 +57,15 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, request);
         QFETCH(int, status);
-        const QByteArray reply = exchange(request.replace("TOKEN", m_gateway->token()));
+        const QByteArray reply =
+            exchange(m_gateway->port(), request.replace("TOKEN", m_gateway->token()));
         QVERIFY2(reply.startsWith("HTTP/1.1 " + QByteArray::number(status) + ' '), reply);
     }
 
     void chatsAndRemembers()
     {
         const QByteArray reply = exchange(
+            m_gateway->port(),
             chat(m_gateway->token(), R"({"messages":[{"role":"system","content":"be brief"},)"
                                      R"({"role":"user","content":"💬 how many jobs?"}]})"));
         const QString content = QJsonDocument::fromJson(reply.sliced(
@@ -86,17 +86,6 @@ private Q_SLOTS:
     }
 
 private:
-    QByteArray exchange(const QByteArray &request) const
-    {
-        QTcpSocket socket;
-        socket.connectToHost(u"127.0.0.1"_s, m_gateway->port());
-        socket.write(request);
-        while (socket.state() != QAbstractSocket::UnconnectedState &&
-               socket.waitForReadyRead(answerMilliseconds)) {
-        }
-        return socket.readAll();
-    }
-
     const ScratchHome m_home;
     std::optional<SimulatedGateway> m_gateway;
 };

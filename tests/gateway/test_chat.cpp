@@ -2,6 +2,7 @@
 #include "gateway/QuickChatVM.h"
 #include "gateway/StandInGateway.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Patience.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 
@@ -9,7 +10,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace ostrelle;
@@ -145,7 +145,7 @@ private:
     {
         chat.setInput(question);
         chat.send(url);
-        return QTest::qWaitFor([&] { return !chat.isLoading(); }, 20000)
+        return QTest::qWaitFor([&] { return !chat.isLoading(); }, patienceMilliseconds)
                    ? chat.messages()->messages().last().text
                    : u"still waiting"_s;
     }

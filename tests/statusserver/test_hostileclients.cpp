@@ -4,7 +4,6 @@
 #include "support/Processes.h"
 #include "support/Rows.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTest>
 

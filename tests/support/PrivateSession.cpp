@@ -1,5 +1,6 @@
 #include "support/PrivateSession.h"
 
+#include "support/Patience.h"
 #include "support/Processes.h"
 
 #include <QTest>
@@ -12,8 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-constexpr int patienceMilliseconds = 20000;
 
 // Without service directories: nothing appears on this bus that the test did not start.
 constexpr const char *busConfiguration = R"(<busconfig>

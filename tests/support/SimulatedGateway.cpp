@@ -1,13 +1,20 @@
 #include "support/SimulatedGateway.h"
 
+#include "support/Patience.h"
+
 #include <QJsonDocument>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
 
-constexpr int startMilliseconds = 20'000; // sanitizers and a busy machine are slow
+QString simulatorProgram()
+{
+    return qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/duskrell"_s;
+}
 
 } // namespace
 
@@ -17,7 +24,7 @@ SimulatedGateway::SimulatedGateway(const ScratchHome &home)
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(simulatorProgram(), {u"serve"_s, u"--port"_s, u"0"_s});
     while (!m_process.canReadLine()) {
-        if (!m_process.waitForReadyRead(startMilliseconds)) {
+        if (!m_process.waitForReadyRead(patienceMilliseconds)) {
             qFatal("the gateway simulator does not start");
         }
     }
@@ -41,20 +48,12 @@ QByteArray SimulatedGateway::token() const
     return config["gateway"_L1]["auth"_L1]["token"_L1].toString().toUtf8();
 }
 
-QList<QJsonObject> SimulatedGateway::recorded() const
+bool SimulatedGateway::wasAsked(const QString &target) const
 {
-    QList<QJsonObject> entries;
-    for (const QByteArray &line : m_home.read(u".duskrell/simulator-record.jsonl"_s).split('\n')) {
-        if (!line.isEmpty()) {
-            entries.append(QJsonDocument::fromJson(line).object());
-        }
-    }
-    return entries;
-}
-
-QString simulatorProgram()
-{
-    return qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/duskrell"_s;
+    const QByteArray record = m_home.read(u".duskrell/simulator-record.jsonl"_s);
+    return std::ranges::any_of(record.split('\n'), [&](const QByteArray &line) {
+        return QJsonDocument::fromJson(line)["target"_L1] == target;
+    });
 }
 
 void playSimulator(const ScratchHome &home, const QJsonObject &settings)

@@ -7,7 +7,7 @@
 #include <QProcess>
 
 // The gateway simulator's service on a free port, at home in a scratch home, for as long as the
-// object lives. Its tool stands at simulatorProgram().
+// object lives.
 class SimulatedGateway
 {
 public:
@@ -20,16 +20,14 @@ public:
     QString url() const;
     QByteArray token() const;
 
-    // Every request and every run of the tool in the home since settings had "record" on.
-    QList<QJsonObject> recorded() const;
+    // Whether somebody has asked for that path since settings had "record" on.
+    bool wasAsked(const QString &target) const;
 
 private:
     const ScratchHome &m_home;
     QProcess m_process;
     quint16 m_port = 0;
 };
-
-QString simulatorProgram();
 
 // What the simulator in this home is from now on: the members that its README names.
 void playSimulator(const ScratchHome &home, const QJsonObject &settings);

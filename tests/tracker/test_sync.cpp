@@ -6,8 +6,6 @@
 #include "tracker/AgentSyncService.h"
 #include "tracker/CronSyncService.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 
 #include <sys/stat.h>

@@ -6,7 +6,6 @@
 
 #include <QAccessible>
 #include <QClipboard>
-#include <QDir>
 #include <QGuiApplication>
 
 using namespace ostrelle;

@@ -1,22 +1,16 @@
 #include "voice/AgentHome.h"
 
-#include <QDir>
-#include <QTcpServer>
+#include "support/DemoVoiceAgent.h"
+#include "support/Patience.h"
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
 
-void AgentHome::installDemoAgent(const QByteArray &behaviour) const
+void AgentHome::installDemoAgent() const
 {
-    QTcpServer freePort;
-    freePort.listen(QHostAddress::LocalHost);
     OstrelleConfig config = OstrelleConfig::defaults();
-    config.ports.voiceAgent = freePort.serverPort();
+    config.ports.voiceAgent = installDemoVoiceAgent(*this);
     config.save();
-    write(u".ostrelle/data/demo-agent.json"_s, behaviour);
-    QDir().mkpath(path(u".ostrelle/venv/bin"_s));
-    QFile::link(u"/usr/bin/python3"_s, path(u".ostrelle/venv/bin/python"_s));
-    QFile::copy(QStringLiteral(DEMO_VOICE_AGENT), path(u".ostrelle/voice_agent.py"_s));
 }
 
 void AgentHome::installScript(const QByteArray &body) const
@@ -53,6 +47,5 @@ SupervisorTime ManualTime::asTime()
 
 bool ManualTime::waitForScheduled()
 {
-    constexpr int patienceMilliseconds = 20000;
     return QTest::qWaitFor([this] { return scheduled.size() == 1; }, patienceMilliseconds);
 }

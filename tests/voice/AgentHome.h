@@ -11,8 +11,8 @@
 class AgentHome : public ScratchHome
 {
 public:
-    // The demo agent on a free port, run by an environment whose Python is a link.
-    void installDemoAgent(const QByteArray &behaviour = "{}") const;
+    // The demo agent on a free port.
+    void installDemoAgent() const;
 
     // A shell script in place of Python.
     void installScript(const QByteArray &body) const;

@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QSignalSpy>
 
-#include <csignal>
 #include <sys/stat.h>
 #include <unistd.h>
 

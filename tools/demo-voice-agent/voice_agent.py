@@ -2,33 +2,21 @@
 """A voice agent that neither hears nor speaks.
 
 It serves the control port as a real agent does and walks through the states of a
-conversation, for demonstrations and tests. demo-agent.json in the data directory makes it
-misbehave; see README.md.
+conversation, for demonstrations and tests; see README.md.
 """
 
 import http.server
 import json
 import os
 import pathlib
-import signal
 import socketserver
-import sys
 import threading
 import time
 
 DEFAULT_PORT = 18790
 CONVERSATION = ("listening", "capturing", "processing", "speaking")
 TURNS = 2  # questions and answers before the agent dozes off again
-
-DEFAULT_BEHAVIOUR = {
-    "step_seconds": 2.0,
-    "tier": "local",
-    "start_delay_seconds": 0.0,
-    "crash_after_seconds": None,
-    "exit_status": 1,
-    "ignore_term": False,
-    "control_port": "answer",
-}
+STEP_SECONDS = 2.0  # how long each state of a conversation lasts
 
 
 def home():
@@ -47,9 +35,9 @@ def read_object(path):
     return content if isinstance(content, dict) else {}
 
 
-def behaviour():
-    """Read afresh on every use, so that a running agent can be made to misbehave."""
-    return DEFAULT_BEHAVIOUR | read_object(data_directory() / "demo-agent.json")
+def step_seconds():
+    """Read afresh on every use, so that it can be changed while the agent runs."""
+    return read_object(data_directory() / "demo-agent.json").get("step_seconds", STEP_SECONDS)
 
 
 def control_port():
@@ -76,13 +64,12 @@ class Conversation:
             self._muted = muted
 
     def status(self):
-        settings = behaviour()
         with self._lock:
-            self._advance(settings["step_seconds"])
+            self._advance(step_seconds())
             return {
                 "state": self._state(),
                 "muted": self._muted,
-                "tier": settings["tier"],
+                "tier": "local",
                 "wake_word_enabled": True,
             }
 
@@ -91,10 +78,10 @@ class Conversation:
             return "dormant"
         return CONVERSATION[-self._steps_left % len(CONVERSATION)]
 
-    def _advance(self, step_seconds):
-        passed = int((time.monotonic() - self._step_began) / max(step_seconds, 0.001))
+    def _advance(self, seconds):
+        passed = int((time.monotonic() - self._step_began) / seconds)
         self._steps_left = max(self._steps_left - passed, 0)
-        self._step_began += passed * step_seconds
+        self._step_began += passed * seconds
 
 
 class ControlRequest(http.server.BaseHTTPRequestHandler):
@@ -121,10 +108,7 @@ class ControlRequest(http.server.BaseHTTPRequestHandler):
         self._answer("{}")
 
     def _answer(self, text):
-        mode = behaviour()["control_port"]
-        if mode == "hang":
-            threading.Event().wait()
-        body = b"<html>It works!</html>" if mode == "nonsense" else text.encode()
+        body = text.encode()
         self.send_response(200)
         self.send_header("Content-Type", "application/json")
         self.send_header("Content-Length", str(len(body)))
@@ -140,24 +124,10 @@ class ControlServer(socketserver.ThreadingMixIn, http.server.HTTPServer):
     daemon_threads = True
 
 
-def serve():
+def main():
     with ControlServer(("127.0.0.1", control_port()), ControlRequest) as server:
         print(f"demo voice agent: control port {server.server_port}", flush=True)
         server.serve_forever()
-
-
-def main():
-    settings = behaviour()
-    if settings["ignore_term"]:
-        signal.signal(signal.SIGTERM, signal.SIG_IGN)
-    time.sleep(settings["start_delay_seconds"])
-    if settings["control_port"] != "none":
-        threading.Thread(target=serve, daemon=True).start()
-    if settings["crash_after_seconds"] is None:
-        threading.Event().wait()
-    time.sleep(settings["crash_after_seconds"])
-    print("demo voice agent: this is the end", flush=True)
-    sys.exit(settings["exit_status"])
 
 
 if __name__ == "__main__":

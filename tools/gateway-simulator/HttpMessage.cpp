@@ -70,12 +70,12 @@ Reply Reply::error(int status, const QString &message)
     return reply;
 }
 
-QByteArray Reply::head(qint64 contentLength, const QByteArray &moreHeaders) const
+QByteArray Reply::head(qint64 contentLength) const
 {
     // Clients go by the number; the words behind it are decoration.
     return "HTTP/1.1 " + QByteArray::number(status) + (status == 200 ? " OK" : " Not OK") +
            "\r\nContent-Type: application/json\r\nContent-Length: " +
-           QByteArray::number(contentLength) + "\r\nConnection: close\r\n" + moreHeaders + "\r\n";
+           QByteArray::number(contentLength) + "\r\nConnection: close\r\n\r\n";
 }
 
 std::expected<std::optional<Request>, int> parseRequest(QByteArrayView received)

@@ -34,7 +34,7 @@ struct Reply {
 
     // The status line and the headers, with the blank line behind them.
     QByteArray head() const { return head(body.size()); }
-    QByteArray head(qint64 contentLength, const QByteArray &moreHeaders = {}) const;
+    QByteArray head(qint64 contentLength) const;
 };
 
 // Reads the request that `received` begins with: nothing while more has to come, and the status of

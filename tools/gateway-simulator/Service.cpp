@@ -19,6 +19,7 @@ namespace
 {
 
 constexpr qsizetype maxConnections = 256;
+
 void recordRequest(const Request &request)
 {
     QJsonObject headers;
@@ -78,12 +79,7 @@ Delivery Service::serve(const Request &request) const
     if (settings.record) {
         recordRequest(request);
     }
-    const QString mode = m_options.mode.isEmpty()
-                             ? modeFor(settings.serviceMode, QString::fromUtf8(request.path))
-                             : m_options.mode;
-    return deliverInMode(mode, {.request = request,
-                                .reply = answer(settings.world, request),
-                                .redirectTo = settings.redirectTo});
+    return deliverInMode(settings.serviceMode, answer(settings.world, request));
 }
 
 void Service::tick()

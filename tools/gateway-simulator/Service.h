@@ -14,7 +14,6 @@ namespace ostrelle::simulator
 struct ServiceOptions {
     QHostAddress bind;
     quint16 port; // 0: a free one
-    QString mode; // outweighs what simulator.json says
 };
 
 // The gateway's HTTP service. While it runs it also shows what the clock brings: the session log

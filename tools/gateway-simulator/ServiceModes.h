@@ -18,17 +18,9 @@ struct Delivery {
     bool isSilent = false;              // sends nothing and leaves the connection open
 };
 
-struct Exchange {
-    Request request;
-    Reply reply;        // of a well-behaved gateway
-    QString redirectTo; // an origin; empty: the service's own under its other name
-};
-
 Delivery deliver(const Reply &reply);
 
-// What a mode makes of an exchange; a mode that is not known behaves.
-Delivery deliverInMode(const QString &mode, const Exchange &exchange);
-
-bool isServiceMode(const QString &mode);
+// What a mode makes of a well-behaved reply; a mode that is not known behaves.
+Delivery deliverInMode(const QString &mode, const Reply &reply);
 
 } // namespace ostrelle::simulator

@@ -178,14 +178,13 @@ int runTool(const QStringList &arguments)
     if (settings.record) {
         record({{u"tool"_s, QJsonArray::fromStringList(arguments)}});
     }
-    return finishInMode(modeFor(settings.toolMode, arguments.join(u' ')),
-                        run(settings.world, arguments));
+    return finishInMode(settings.toolMode, run(settings.world, arguments));
 }
 
 QByteArray usage()
 {
     QByteArray text = "Usage: duskrell COMMAND\n\n"
-                      "  serve [--port PORT] [--bind ADDRESS] [--mode MODE] [--with-projects]\n";
+                      "  serve [--port PORT] [--bind ADDRESS] [--with-projects]\n";
     for (const Command &command : commands) {
         const QString line = u"  %1 %2"_s.arg(command.words, command.arguments);
         text += line.trimmed().prepend("  "_L1).toUtf8() + '\n';

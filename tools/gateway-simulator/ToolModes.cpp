@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <poll.h>
 #include <thread>
 #include <unistd.h>
 
@@ -63,17 +62,6 @@ int flood(const Outcome & /*outcome*/)
     return sent == floodBlocks ? 0 : 1;
 }
 
-// Answers and leaves a child behind that holds the pipe for as long as somebody reads from it.
-int grandchild(const Outcome &outcome)
-{
-    if (::fork() != 0) {
-        return finish(outcome);
-    }
-    pollfd pipe{.fd = STDOUT_FILENO, .events = 0, .revents = 0};
-    ::poll(&pipe, 1, static_cast<int>(longestHang.count()));
-    ::_exit(0);
-}
-
 struct ToolMode {
     QLatin1StringView name;
     int (*finish)(const Outcome &);
@@ -86,11 +74,6 @@ constexpr std::array toolModes = {
                  std::signal(SIGTERM, SIG_IGN);
                  std::signal(SIGINT, SIG_IGN);
                  return hang(outcome);
-             }},
-    ToolMode{"slow"_L1,
-             [](const Outcome &outcome) {
-                 std::this_thread::sleep_for(3s);
-                 return finish(outcome);
              }},
     ToolMode{"flood"_L1, &flood},
     ToolMode{"die"_L1, // killed in the middle of its answer
@@ -120,7 +103,6 @@ constexpr std::array toolModes = {
                  return print(QByteArray(nestingDepth, '[') + QByteArray(nestingDepth, ']'));
              }},
     ToolMode{"nothing"_L1, [](const Outcome & /*outcome*/) { return 0; }},
-    ToolMode{"grandchild"_L1, &grandchild},
 };
 
 } // namespace

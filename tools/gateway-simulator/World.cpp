@@ -40,24 +40,9 @@ Settings Settings::load()
     const QJsonObject file = readObject(gatewayPath(u"simulator.json"_s)).value_or(QJsonObject());
     return {.world = {.seed = static_cast<quint64>(file["seed"_L1].toInteger(1)),
                       .nowMs = file["now"_L1].toInteger(QDateTime::currentMSecsSinceEpoch())},
-            .toolMode = file["tool"_L1],
-            .serviceMode = file["service"_L1],
-            .redirectTo = file["redirectTo"_L1].toString(),
+            .toolMode = file["tool"_L1].toString(),
+            .serviceMode = file["service"_L1].toString(),
             .record = file["record"_L1].toBool()};
-}
-
-QString modeFor(const QJsonValue &setting, const QString &subject)
-{
-    if (qEnvironmentVariableIsSet("DUSKRELL_SIMULATOR_MODE")) {
-        return qEnvironmentVariable("DUSKRELL_SIMULATOR_MODE");
-    }
-    const QJsonObject modes = setting.toObject();
-    for (auto mode = modes.begin(); mode != modes.end(); ++mode) {
-        if (subject.startsWith(mode.key())) {
-            return mode.value().toString();
-        }
-    }
-    return setting.toString();
 }
 
 void record(const QJsonObject &entry)

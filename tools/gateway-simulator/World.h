@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QJsonObject>
-#include <QJsonValue>
 #include <QString>
 
 namespace ostrelle::simulator
@@ -23,17 +22,12 @@ struct World {
 // run of the tool and each request. README.md names its members.
 struct Settings {
     World world;
-    QJsonValue toolMode;
-    QJsonValue serviceMode;
-    QString redirectTo; // an origin; empty: the service's own under its other name
+    QString toolMode; // empty: behave; the same below
+    QString serviceMode;
     bool record = false;
 
     static Settings load();
 };
-
-// The mode for a command or a path: a text counts for everything, of an object the first member
-// whose name is the beginning of `subject`. DUSKRELL_SIMULATOR_MODE outweighs it. Empty: behave.
-QString modeFor(const QJsonValue &setting, const QString &subject);
 
 // Appends a call or a request to simulator-record.jsonl in the .duskrell directory.
 void record(const QJsonObject &entry);

@@ -21,10 +21,8 @@ std::optional<ServiceOptions> optionsFrom(const QCommandLineParser &given)
 {
     bool isPort = false;
     const ServiceOptions options = {.bind = QHostAddress(given.value(u"bind"_s)),
-                                    .port = given.value(u"port"_s).toUShort(&isPort),
-                                    .mode = given.value(u"mode"_s)};
-    const bool isMode = options.mode.isEmpty() || isServiceMode(options.mode);
-    return isPort && isMode && !options.bind.isNull() ? std::optional(options) : std::nullopt;
+                                    .port = given.value(u"port"_s).toUShort(&isPort)};
+    return isPort && !options.bind.isNull() ? std::optional(options) : std::nullopt;
 }
 
 int serve(int argc, char **argv)
@@ -36,7 +34,6 @@ int serve(int argc, char **argv)
     QCommandLineParser given;
     given.addOptions({{u"port"_s, {}, u"port"_s, u"18789"_s},
                       {u"bind"_s, {}, u"address"_s, u"127.0.0.1"_s},
-                      {u"mode"_s, {}, u"mode"_s},
                       {u"with-projects"_s, {}}});
     const bool isUnderstood = given.parse(QCoreApplication::arguments().sliced(1));
     const auto options = optionsFrom(given);
