@@ -25,8 +25,6 @@ namespace
 // Far beyond what a person's preferences need; a larger file is taken as broken, not read.
 constexpr std::size_t maxPreferenceBytes = std::size_t{1024} * 1024;
 
-constexpr std::chrono::seconds nextAttempt(30); // after one that failed
-
 bool isWellFormed(QByteArrayView line)
 {
     line = line.trimmed();
@@ -95,8 +93,9 @@ TextPreference preference::customAgentEmoji(const QString &agentId, const QStrin
     return {.key = u"agents.customEmoji."_s + asKeyPart(agentId), .otherwise = otherwise};
 }
 
-Preferences::Preferences(QString file)
+Preferences::Preferences(QString file, std::chrono::milliseconds pause)
     : m_file(std::move(file))
+    , m_pause(pause)
     , m_content(read())
 {
 }
@@ -233,8 +232,8 @@ void Preferences::writeLater()
         }
     };
     if (QCoreApplication *const application = QCoreApplication::instance()) {
-        QMetaObject::invokeMethod(application, [application, again] {
-            QTimer::singleShot(nextAttempt, application, again);
+        QMetaObject::invokeMethod(application, [application, again, pause = m_pause] {
+            QTimer::singleShot(pause, application, again);
         });
     }
 }

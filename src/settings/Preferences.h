@@ -6,6 +6,7 @@
 #include <QString>
 #include <QVariantHash>
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -48,7 +49,8 @@ TextPreference customAgentEmoji(const QString &agentId, const QString &otherwise
 class Preferences : public std::enable_shared_from_this<Preferences>
 {
 public:
-    explicit Preferences(QString file);
+    // What could not be written is tried again after `pause`.
+    explicit Preferences(QString file, std::chrono::milliseconds pause = std::chrono::seconds(30));
 
     // False when the file was neither missing nor well formed and of a sane size.
     bool opens() const;
@@ -61,8 +63,8 @@ public:
     QString value(const TextPreference &preference) const;
 
     // A change holds at once and is written in the settings queue. A failure to write is silent:
-    // the file keeps what it held, and half a minute later, or with the next change, it is tried
-    // again. stored() tells of it.
+    // the file keeps what it held, and after the pause, or with the next change, it is tried again.
+    // stored() tells of it.
     void set(const BooleanPreference &preference, bool value);
     void set(const TextPreference &preference, const QString &value);
     void remove(const TextPreference &preference);
@@ -92,6 +94,7 @@ private:
     bool rewrite(const Changes &changes);
 
     const QString m_file;
+    const std::chrono::milliseconds m_pause;
     // When the file was last changed that QSettings did not understand. Settings queue only.
     std::optional<QDateTime> m_notUnderstood;
     mutable std::mutex m_mutex;

@@ -10,6 +10,7 @@
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace
 {
@@ -114,6 +115,23 @@ private Q_SLOTS:
         QCOMPARE(QDir(home.path(u".config"_s)).entryList(QDir::Files).size(), 1);
         QVERIFY(preferences->stored().result()); // now what did not fit, too
         QCOMPARE(written(home)->value(key).size(), 4000);
+    }
+
+    void triesAgainUntilThereIsRoom()
+    {
+        const ScratchHome home;
+        QVERIFY(QDir().mkpath(home.path(u".config"_s)));
+        const auto preferences = std::make_shared<Preferences>(home.path(file), 1ms);
+        const auto lastAttempt = [&] { return QFileInfo(home.path(u".config"_s)).lastModified(); };
+        {
+            const FileSizeLimit limit(100);
+            preferences->set(key, QString(4000, u'k'));
+            for (int attempt = 0; attempt < 4; ++attempt) { // each has a draft, made and removed
+                const QDateTime before = lastAttempt();
+                QTRY_VERIFY(lastAttempt() != before);
+            }
+        }
+        QTRY_COMPARE(written(home)->value(key).size(), 4000);
     }
 
     void leavesABrokenFileAlone_data()
