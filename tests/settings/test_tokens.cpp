@@ -7,6 +7,8 @@
 #include <QNetworkInterface>
 #include <QTest>
 
+#include <functional>
+
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
 
@@ -15,6 +17,35 @@ namespace
 
 const QString local = u"http://127.0.0.1:18789"_s;
 const QString far = u"https://far.t.ts.net"_s;
+
+// Locked until somebody is asked, during which anything may happen.
+class LockedStore final : public SecretStore
+{
+public:
+    std::expected<std::optional<QByteArray>, SecretProblem> read(const QString & /*name*/) override
+    {
+        return secret;
+    }
+    std::expected<void, SecretProblem> write(const QString & /*name*/,
+                                             const QByteArray &to) override
+    {
+        if (isLocked) {
+            return std::unexpected(SecretProblem::Locked);
+        }
+        secret = to;
+        return {};
+    }
+    std::expected<void, SecretProblem> remove(const QString & /*account*/) override { return {}; }
+    void unlockForUser() override
+    {
+        isLocked = false;
+        meanwhile();
+    }
+
+    bool isLocked = true;
+    std::function<void()> meanwhile;
+    std::optional<QByteArray> secret;
+};
 
 } // namespace
 
@@ -115,6 +146,15 @@ private Q_SLOTS:
         m_tokens->activate(far).waitForFinished();
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), u"F"_s);
         QCOMPARE(m_tokens->getToken(local), u"L"_s);
+    }
+
+    void aLaterTokenStays()
+    {
+        const auto store = std::make_shared<LockedStore>();
+        const auto tokens = std::make_shared<Tokens>(store, m_config);
+        store->meanwhile = [&] { tokens->saveForUser(far, u"later"_s).waitForFinished(); };
+        tokens->saveForUser(far, u"first"_s).waitForFinished();
+        QCOMPARE(store->secret, "later");
     }
 
     void movesTokensOutOfTheConfiguration()
