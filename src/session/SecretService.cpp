@@ -247,6 +247,18 @@ auto converse(Work work) -> decltype(work(std::declval<KeyringConversation &>())
     }
 }
 
+// Absent where the item is locked.
+std::optional<QByteArray> secretOf(SecretItem *item)
+{
+    const std::unique_ptr<SecretValue, SecretValueUnref> value(secret_item_get_secret(item));
+    if (!value) {
+        return std::nullopt;
+    }
+    gsize size = 0;
+    const char *bytes = secret_value_get(value.get(), &size);
+    return QByteArray(bytes, static_cast<qsizetype>(size));
+}
+
 std::expected<std::optional<QByteArray>, SecretProblem> readIn(KeyringConversation &conversation,
                                                                const QString &account)
 {
@@ -257,11 +269,8 @@ std::expected<std::optional<QByteArray>, SecretProblem> readIn(KeyringConversati
     bool locked = false;
     for (const GList *entry = items->get(); entry; entry = entry->next) {
         auto *item = static_cast<SecretItem *>(entry->data);
-        const std::unique_ptr<SecretValue, SecretValueUnref> value(secret_item_get_secret(item));
-        if (value) {
-            gsize size = 0;
-            const char *bytes = secret_value_get(value.get(), &size);
-            return QByteArray(bytes, static_cast<qsizetype>(size));
+        if (auto secret = secretOf(item)) {
+            return secret;
         }
         locked = locked || secret_item_get_locked(item);
     }
@@ -269,6 +278,23 @@ std::expected<std::optional<QByteArray>, SecretProblem> readIn(KeyringConversati
         return std::unexpected(SecretProblem::Locked);
     }
     return std::nullopt;
+}
+
+// Items that another tool has made, with attributes of its own beside these, are not replaced by
+// storing. They would be read in place of what was stored.
+void removeOthers(KeyringConversation &conversation, const QString &account,
+                  const QByteArray &stored)
+{
+    const auto items = conversation.search(attributesOf(account));
+    if (!items) {
+        return;
+    }
+    for (const GList *entry = items->get(); entry; entry = entry->next) {
+        auto *item = static_cast<SecretItem *>(entry->data);
+        if (secretOf(item) != stored) {
+            static_cast<void>(conversation.deleteItem(item));
+        }
+    }
 }
 
 std::expected<void, SecretProblem> writeIn(KeyringConversation &conversation,
@@ -282,15 +308,11 @@ std::expected<void, SecretProblem> writeIn(KeyringConversation &conversation,
     if (secret_collection_get_locked(collection->get())) {
         return std::unexpected(SecretProblem::Locked);
     }
-    const auto items = conversation.search(attributesOf(account));
-    if (!items) {
-        return std::unexpected(items.error());
+    const auto stored = conversation.store(account, secret);
+    if (stored) {
+        removeOthers(conversation, account, secret);
     }
-    // Storing replaces one item with these attributes; all but one have to go before.
-    for (const GList *entry = items->get(); entry && entry->next; entry = entry->next) {
-        static_cast<void>(conversation.deleteItem(static_cast<SecretItem *>(entry->data)));
-    }
-    return conversation.store(account, secret);
+    return stored;
 }
 
 std::expected<void, SecretProblem> removeIn(KeyringConversation &conversation,

@@ -168,11 +168,15 @@ private Q_SLOTS:
         home.write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
                    "/scripts/enable-project-tracking.sh"_s,
                    "echo run >> \"$HOME/runs\"\n");
+        const QString installed = home.writeScript(u"bin/ostrelle"_s, {});
+        const QString loginItem = u".config/autostart/ai.duskrell.ostrelle.desktop"_s;
+        home.write(loginItem, "[Desktop Entry]\nExec=/before/it/was/moved/ostrelle\n");
         for (int start = 0; start < 2; ++start) {
             Program program;
             QVERIFY(program.waitForPort() != 0);
             QTRY_COMPARE_WITH_TIMEOUT(home.read(u"runs"_s), "run\n", patienceMilliseconds);
             QTRY_VERIFY(home.read(preferences).contains("projectTrackingEnabled=true"));
+            QTRY_VERIFY(home.read(loginItem).contains(installed.toUtf8()));
             QCOMPARE(program.endWith(SIGHUP), 0);
         }
         QCOMPARE(home.read(u"runs"_s), "run\n");

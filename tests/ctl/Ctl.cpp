@@ -31,9 +31,10 @@ Run run(const QString &program, const QStringList &arguments, const QByteArray &
     process.start(program, arguments);
     process.write(input);
     process.closeWriteChannel();
-    static_cast<void>(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; },
-                                      patienceMilliseconds));
-    return {.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+    const bool hasEnded = QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; },
+                                          patienceMilliseconds);
+    const bool isWell = hasEnded && process.exitStatus() == QProcess::NormalExit;
+    return {.status = isWell ? process.exitCode() : -1,
             .out = process.readAllStandardOutput(),
             .err = process.readAllStandardError()};
 }
@@ -55,7 +56,8 @@ CtlHome::CtlHome()
 {
     configure(u"http://127.0.0.1:9"_s, 9);
     write(u".ostrelle/ostrelle-agent-tracker.json"_s,
-          R"({"agents":{"scout":{"status":"busy","detail":"reads \u001b[31mthe news"}}})");
+          R"({"agents":{"scout":{"status":"busy",
+              "detail":"reads \u001b[31m\u202a\u202e\u2066\u2069\u200e\u200fthe news"}}})");
     write(u".ostrelle/ostrelle-project-tracker.json"_s,
           R"({"version":1,"updated":"now","projects":[{"id":"p","name":"Attic",
               "description":"tidy","status":"green","progress":40,"workstreams":[

@@ -77,7 +77,7 @@ private Q_SLOTS:
         const QList<std::pair<QString, QString>> texts{
             {u"status"_s, u"Gateway +online, Home, .*\nVoice +switched off, Listening, local\n"
                           "Status server +running, port \\d+\nAgents +[^,]+, \\d+ bytes, ~/"_s},
-            {u"agents"_s, u"Scout +busy +reads  \\[31mthe news\n"_s},
+            {u"agents"_s, u"Scout +busy +reads  \\[31m {6}the news\n"_s},
             {u"projects"_s, u"Attic +green +40% +tidy\n  Boxes +red +7%\n"_s},
             {u"cron"_s, u"Nightly +DISABLED +every 1d\n"_s},
             {u"gateways"_s, u"\\*  Home +http:.* +stored\n"_s},
@@ -116,6 +116,8 @@ private Q_SLOTS:
         const Run failed = ctl(ask);
         QCOMPARE(failed.err, "ostrellectl: Gateway error\n");
         QCOMPARE(failed.status, 1);
+        QCOMPARE(ctl({u"chat"_s, u"-"_s}, QByteArray(65'500, 'x')).err,
+                 "ostrellectl: that is too long\n");
         QVERIFY(ctl({u"pair"_s, u"--text"_s}).out.contains("&token=" + desk.gateway.token()));
     }
 
@@ -123,25 +125,36 @@ private Q_SLOTS:
     void does()
     {
         Desk desk;
+        desk.home.writeScript(u".local/bin/tailscale"_s,
+                              R"([ "$1" = status ] && echo '{"Peer":{"k":{"Online":true,
+                              "DNSName":"127.0.0.9.","TailscaleIPs":["127.0.0.9"]}}}')");
         const QList<Step> steps{
             {u"gateways add box --name Attic; gateways use attic; gateways --names"_s, 0,
              u"^Saved: http://box:18789\nIn use: http://box:18789\nHome\nAttic\n$"_s},
+            {u"gateways add ftp://box"_s, 1, u"Not added: "_s},
+            {u"gateways add crate --name ATTIC; gateways use attic"_s, 1, u"more than one"_s},
+            {u"gateways remove http://crate:18789; gateways use crate"_s, 1, u"no gateway with"_s},
             {u"token reset"_s, 1, u"not this machine's"_s},
-            {u"gateways use home; token set attic; gateways"_s, 0,
+            {u"gateways use "_s + desk.gateway.url() + u"; token set attic; gateways"_s, 0,
              u"^In use: http:.*  Attic +http://box:18789 +stored\n$"_s, "t\n"},
             {u"token remove ATTIC; gateways"_s, 0, u"^ .* none\n$"_s},
             {u"token remove "_s, 1, u"no gateway is named"_s},
-            {u"gateways use "_s, 1, u"no gateway is named"_s},
-            {u"gateways remove attic; gateways remove "_s, 1,
-             u"^Removed: http://box:18789\n.*no gateway is named"_s},
+            {u"gateways remove attic; gateways --names; gateways remove "_s, 1,
+             u"^Removed: http://box:18789\nHome\n[^\n]*no gateway is named"_s},
             {u"gateways add "_s + desk.gateway.url() + u" --name Other"_s, 1, u"saved already"_s},
-            {u"gateways find"_s, 1, u"^DEVICE +URL +IP +GATEWAY\nTailscale [^\n]+\n$"_s},
+            {u"gateways find; gateways add 127 --device; gateways find"_s, 1,
+             u"^DEVICE +URL +IP +GATEWAY\n127 +https://127.0.0.9 +127.0.0.9 +none\n"
+             "Saved: https://127.0.0.9\nDEVICE [^\n]+\nTailscale [^\n]+\n$"_s},
+            {u"gateways add 127 --device"_s, 1, u"^ostrellectl: "_s},
             {u"gateways encrypt"_s, 1, u"Failed to set gateway.bind"_s},
             {u"token reset"_s, 1, u"makes no new token"_s},
-            {u"agents set SCOUT --name Fox --emoji 🦊; agents"_s, 0, u"^Shown.*\n🦊 Fox +busy"_s},
-            {u"agents reset fox; agents reset fox"_s, 1, u"^Shown as: Scout\n.*no agent"_s},
+            {u"agents set SCOUT --name Fox --emoji 🦊; agents set fox --name Vix; agents"_s, 0,
+             u"^Shown.*\n🦊 Vix +busy"_s},
+            {u"agents set vix"_s, 1, u"neither a name nor an emoji"_s},
+            {u"agents reset vix; agents reset vix"_s, 1, u"^Shown as: Scout\n.*no agent"_s},
             {u"projects sync"_s, 1, u"the gateway's tool was not found"_s},
             {u"settings on voice-autostart"_s, 1, u"is switched off"_s},
+            {u"settings on flight-mode"_s, 1, u"no setting of that name"_s},
             {u"settings off project-tracking"_s, 1, u"goes on tracking projects: its tool"_s},
             {u"settings on voice-agent; settings on voice-autostart; settings on launch-at-login; "
              "gemini-key set; settings"_s,
@@ -194,12 +207,41 @@ private Q_SLOTS:
         QCOMPARE(ctl({u"mute"_s, u"--toggle"_s}).status, 0);
         QTRY_COMPARE(desk.agent.requests("/mute").size(), 2);
         QCOMPARE(desk.agent.requests("/unmute").size(), 1);
+        QVERIFY(ctl({u"status"_s}).out.contains("switched off"));
+        QCOMPARE(ctl({u"voice"_s, u"start"_s}).out, "Voice: Listening\n");
+        QCOMPARE(ctl({u"settings"_s, u"off"_s, u"voice-agent"_s}).status, 0);
         desk.agent.close();
         QTRY_COMPARE_WITH_TIMEOUT(ctl({u"mute"_s}).status, 1, patienceMilliseconds);
         QVERIFY(ctl({u"status"_s}).out.contains("switched off"));
         const Run start = ctl({u"voice"_s, u"restart"_s});
         QVERIFY2(start.status == 1 && start.err.contains("Voice script not found"), start.err);
-        QVERIFY(!ctl({u"status"_s}).out.contains("switched off"));
+        QVERIFY(!ctl({u"health"_s}).out.contains("Voice agent")); // it is not to start by itself
+        QCOMPARE(ctl({u"settings"_s, u"on"_s, u"voice-autostart"_s}).status, 0);
+        QVERIFY(ctl({u"health"_s}).out.contains("Voice agent not running\n"));
+        QCOMPARE(ctl({u"voice"_s, u"stop"_s}).out, "Voice: Offline\n");
+        QVERIFY(!ctl({u"health"_s}).out.contains("Voice agent"));
+    }
+
+    void followsAnInstallation()
+    {
+        const Desk desk;
+        desk.home.write(u".ostrelle/data/models/kokoro-v1.0.onnx.incomplete"_s, {});
+        desk.home.writeScript(u"bin/curl"_s, "while [ ! -e ~/go ]; do sleep 0.1; done");
+        QProcess first;
+        QByteArray shown;
+        first.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrellectl"_s,
+                    {u"setup"_s, u"voice"_s, u"--json"_s});
+        constexpr int inTime = 25'000; // an answer without messages takes 30 s
+        QTRY_VERIFY_WITH_TIMEOUT((shown += first.readAll()).contains("Downloading"), inTime);
+        QVERIFY(ctl({u"setup"_s, u"serve"_s}).err.contains("something else is being set up"));
+        // For longer than it takes until a client asks whether anybody is there.
+        const Run other =
+            run(u"timeout"_s, QStringList{u"-sINT"_s, u"5"_s, first.program()} + first.arguments());
+        QCOMPARE(other.status, 124);
+        QVERIFY2(other.out.contains("Creating config"), other.out);
+        QVERIFY2(other.err.contains("way already") && other.err.contains("shows it"), other.err);
+        desk.home.write(u"go"_s, {});
+        QTRY_VERIFY_WITH_TIMEOUT((shown += first.readAll()).contains("\"working\":false"), inTime);
     }
 
     // Both sides of each command, as the schema for other clients has them.
@@ -212,7 +254,8 @@ private Q_SLOTS:
         // What is asked, and what its answer must have; "problem" of one that cannot be done here.
         const QByteArrayList questions =
             QByteArray(R"("hello" data "status" documents "agents" agents "projects" projects
-                "cron" jobs "setup" checks "setup-serve" next "setup-serve" joined
+                "cron" jobs "setup" checks "setup-install","password":"\t" problem
+                "setup-serve" next "setup-serve" joined
                 "setup-install","password":"pw" problem "setup-progress","from":0 messages
                 "settings" settings "setting-on","name":"magic-dns" settings
                 "setting-off","name":"magic-dns" settings "gemini-key-set","key":"k" data
@@ -224,7 +267,7 @@ private Q_SLOTS:
                 "gateway-add","url":"box" url "gateway-use","gateway":"box" url
                 "gateway-remove","gateway":"box" url "gateway-encrypt" problem
                 "pair","form":"code" rows "pair","form":"link" link "token-remove" url
-                "token-reset" problem "chat","text":"x" problem)")
+                "token-reset" problem "chat","text":"x" problem "chat","text":"\t" problem)")
                 .simplified()
                 .split(' ');
         QList<QByteArray> lines;
@@ -241,6 +284,8 @@ private Q_SLOTS:
             {"{status", "request"},
             {R"({"command":"status"})", "request"},
             {R"({"protocol":1,"command":1})", "request"},
+            {R"({"protocol":1,"command":"gemini-key-set"})", "there is no key"},
+            {R"({"protocol":1,"command":"token-set"})", "there is no token"},
             {R"({"protocol":2})", "is older than this ostrellectl; restart"},
             {R"({"protocol":0.5,"command":"status"})", "is newer than this ostrellectl; update"},
         };

@@ -1,4 +1,5 @@
 #include "app/Program.h"
+#include "control/Unnamed.h"
 #include "ctl/Ctl.h"
 #include "platform/InstancePlaces.h"
 #include "support/Rows.h"
@@ -7,6 +8,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QRegularExpression>
+#include <QTcpServer>
 #include <QTest>
 
 #include <csignal>
@@ -55,26 +57,16 @@ class TestSurroundings : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void complainsOfWrongUsage_data()
-    {
-        const Rows<QStringList> row("arguments");
-        row("nothing", {});
-        row("unknown command", {u"fly"_s});
-        row("unknown option", {u"status"_s, u"--fast"_s});
-        row("half a command", {u"voice"_s});
-        row("an argument is missing", {u"gateways"_s, u"use"_s});
-        row("no token", {u"token"_s, u"set"_s});
-        row("nothing to ask", {u"chat"_s, u"-"_s});
-    }
-
     void complainsOfWrongUsage()
     {
-        QFETCH(QStringList, arguments);
         const CtlHome home;
-        const Run run = ctl(arguments);
-        QCOMPARE(run.status, 2);
-        QCOMPARE(run.err.count('\n'), 1);
-        QCOMPARE(run.out, "");
+        for (const QString &line : {u"fly"_s, u"status --fast"_s, u"voice"_s, u"gateways use"_s,
+                                    u"token set"_s, u"chat -"_s}) {
+            const Run run = ctl(line.split(u' '));
+            QCOMPARE(run.status, 2);
+            QVERIFY2(run.err.count('\n') == 1 && run.out.isEmpty(), qPrintable(line));
+        }
+        QCOMPARE(ctl({}).status, 2);
     }
 
     void tellsWhatTheFilesSay_data()
@@ -84,7 +76,7 @@ private Q_SLOTS:
         row("agents", {u"agents"_s}, "Scout  busy");
         row("projects", {u"projects"_s}, "Attic");
         row("cron as JSON", {u"cron"_s, u"--json"_s}, "\"running\": false");
-        row("setup", {u"setup"_s}, "missing  Agent configured");
+        row("setup", {u"setup"_s}, "missing  Token configured\n           duskrell config get");
         row("a report", {u"diagnose"_s, u"-"_s}, "not running");
         row("what only the program can", {u"mute"_s}, "");
     }
@@ -94,6 +86,7 @@ private Q_SLOTS:
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, told);
         const CtlHome home;
+        home.write(u".duskrell/agents/main/agent"_s, {});
         const Run run = ctl(arguments);
         QCOMPARE(run.status, 3);
         QCOMPARE(run.err, "ostrellectl: Ostrelle does not run\n");
@@ -107,6 +100,24 @@ private Q_SLOTS:
         const CtlHome home;
         home.configure(u"http://box:18789"_s, 9);
         QVERIFY(ctl({u"cron"_s}).err.contains("on another machine"));
+    }
+
+    void tellsWhatIsWrong()
+    {
+        const CtlHome home;
+        QTcpServer other;
+        QVERIFY(other.listen());
+        OstrelleConfig config = OstrelleConfig::load();
+        config.ports.status = other.serverPort();
+        config.save();
+        const Program program;
+        const QByteArray health =
+            QByteArray("{'problems':['Gateway offline','No token for the gateway',"
+                       "'Status server waiting for its port'],'running':true,'summary':'Gateway "
+                       "offline, voice: Offline, status: waits for its port','well':false}\n")
+                .replace('\'', '"');
+        QTRY_COMPARE_WITH_TIMEOUT(ctl({u"health"_s, u"--json"_s}).out, health, 20000);
+        QVERIFY(ctl({u"status"_s}).out.contains("Wrong          Gateway offline\n"));
     }
 
     void givesUpWhoIsStopped()
@@ -138,6 +149,7 @@ private Q_SLOTS:
         watch.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrellectl"_s,
                     {u"status"_s, u"--watch"_s});
         QVERIFY(hears("Ostrelle does not run\n"));
+        QCOMPARE(inTerminal(u"ctl status --watch --json | head -n 1"_s, 80).status, 0); // unread
         Program program;
         QVERIFY(hears("Status server  running"));
         QCOMPARE(program.endWith(SIGTERM), 0);
@@ -182,6 +194,37 @@ private Q_SLOTS:
         QVERIFY2(run.out.contains(told), run.out);
     }
 
+    // From everybody who lists processes.
+    void hidesTheQuestion()
+    {
+        const CtlHome home;
+        QLocalServer server;
+        QVERIFY(server.listen(instanceSocket()));
+        QProcess chat;
+        chat.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrellectl"_s,
+                   {u"chat"_s, u"something"_s, u"private"_s});
+        QTRY_VERIFY(server.hasPendingConnections());
+        QFile commandLine(u"/proc/%1/cmdline"_s.arg(chat.processId()));
+        QVERIFY(commandLine.open(QIODevice::ReadOnly));
+        QCOMPARE(commandLine.readAll().replace('\0', ' ').simplified().split('/').last(),
+                 "ostrellectl chat");
+        chat.kill();
+        QVERIFY(chat.waitForFinished());
+    }
+
+    void namesNobody()
+    {
+        const QStringList saved{u"http://127.0.0.1:1"_s, u"https://far.ts.net"_s,
+                                u"http://far.ts.net:2"_s, u"http://box"_s, u"::1"_s};
+        const QString text = u"far.ts.net box http://BOX:1 xfar.ts.netx @box2 127.0.0.1:8 0.0.0.0 "
+                             "::1 (203.0.113.5:8) v1.2.3.4 1.2.3.4.5 [2001:db8::7]:8 10:20:30 "
+                             "fe80::1, :: \"evil\" refused: its address"_s;
+        QCOMPARE(unnamed(text, saved),
+                 u"[host 1] box http://[host 2]:1 [host]x @box2 127.0.0.1:8 0.0.0.0 "
+                 "::1 ([host]:8) v1.2.3.4 1.2.3.4.5 [[host]]:8 10:20:30 "
+                 "[host], :: \"[host]\" refused: its address"_s);
+    }
+
     // Where somebody else listens nothing is said.
     void saysNothingToStrangers()
     {
@@ -211,20 +254,25 @@ private Q_SLOTS:
     {
         const CtlHome home;
         const QString agents = u"ctl agents 2>/dev/null"_s;
-        const QByteArray colored = inTerminal(agents, 30).out;
+        const QByteArray colored = inTerminal(u"export NO_COLOR=; "_s + agents, 30).out;
         QVERIFY2(colored.contains("\x1b[34mbusy\x1b[0m"), colored);
         const QByteArray plain = inTerminal(u"export NO_COLOR=1; "_s + agents, 30).out;
         QVERIFY2(!plain.contains('\x1b') && plain.contains("…"), plain);
+        QVERIFY(inTerminal(u"LC_ALL=C ctl agents --json"_s, 80).out.contains("✨"));
         for (const QString &line : QString::fromUtf8(plain).split(u"\r\n"_s)) {
             QVERIFY2(line.size() <= 30, qPrintable(line));
         }
-        const QByteArray ascii = inTerminal(u"export NO_COLOR=1 LC_ALL=C; "_s + agents, 30).out;
-        QVERIFY2(std::ranges::all_of(ascii, [](char each) { return each >= 0; }), ascii);
+        const QByteArray ascii = inTerminal(u"export TERM=dumb LC_ALL=C; "_s + agents, 30).out;
+        QVERIFY2(std::ranges::all_of(ascii, [](char c) { return c >= 0 && c != '\x1b'; }), ascii);
         const QList<QByteArray> lines = ascii.split('\n');
         QCOMPARE(lines.value(2).indexOf("busy"), lines.value(0).indexOf("ST"));
         QCOMPARE(inTerminal(u"ctl status 2>&1 | head -n 1"_s, 80).out,
                  "ostrellectl: Ostrelle does not run\r\n");
         QCOMPARE(inTerminal(u"ctl --help > /dev/full"_s, 80).status, 1);
+        const QString diagnose =
+            u"ctl diagnose --yes ~/agreed; ctl diagnose ~/refused; echo '?'; ls ~"_s;
+        const QByteArray files = inTerminal(diagnose, 80).out.split('?').last();
+        QVERIFY2(files.contains("agreed") && !files.contains("refused"), files);
         // Whatever ends it at its question leaves a terminal that shows what is typed.
         const QString ends =
             u"cat; exec 2>/dev/null; for signal in TERM KILL; do "
@@ -282,6 +330,8 @@ private Q_SLOTS:
         QVERIFY(shown.out.count('\n') <= mostLines);
         QCOMPARE(inTerminal(command.section(u'|', 0, 0), 20).status, 1); // it does not fit
         QCOMPARE(inTerminal(u"ctl pair --text"_s, 120).status, 2);       // others look on
+        QVERIFY(inTerminal(u"ctl pair --text --show-token"_s, 120).out.contains("t0k%26nx"));
+        QVERIFY(inTerminal(u"stty rows 9; ctl pair"_s, 0).out.contains("seen whole"));
     }
 };
 

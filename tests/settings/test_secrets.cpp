@@ -100,10 +100,18 @@ private Q_SLOTS:
         m_keyring = &m_session->startKeyring();
         verifyKeepsSecrets(m_service);
 
+        // Another tool may have made some, with attributes of its own.
+        const QString others = u"for i in 1 2 3 4; do echo x | secret-tool store --label=x service "
+                               "ai.duskrell.ostrelle account '%1' more $i; done"_s.arg(account);
+        outputOf(u"/bin/sh"_s, {u"-c"_s, others});
+        QCOMPARE(itemsInKeyring(), 4);
         QVERIFY(m_service.write(account, "one"));
         QVERIFY(m_service.write(account, "two"));
+        QCOMPARE(outcome(m_service.read(account)), u"\"two\""_s);
         QCOMPARE(itemsInKeyring(), 1);
+        outputOf(u"/bin/sh"_s, {u"-c"_s, others});
         QVERIFY(m_service.remove(account));
+        QCOMPARE(itemsInKeyring(), 0);
     }
 
     void followsTheServiceAsItComesAndGoes()

@@ -39,6 +39,12 @@ private Q_SLOTS:
             {u"⚠ Tailscale serve failed: Command timed out after 1s"_s, manually});
         row("no history", "*/history*) exit 1;;",
             {serve, historyFailed, configured, restarted, restarting, done});
+        row("sudo restarts it", "restart) exit 1;;",
+            {serve, history, configured, restarted, restarting,
+             u"✓ Tailscale service restarted"_s});
+        row("one word for both forms", "serve*) echo use sudo; exit 1;;",
+            {u"here, once: sudo tailscale set --operator=$USER"_s,
+             u"⚠ Tailscale serve failed: use sudo"_s, manually});
     }
 
     void configure()
