@@ -71,10 +71,14 @@ private Q_SLOTS:
 
     void childrenAreSortedByPriorityAndName()
     {
-        const auto nodes = nodesOf(R"({"e":{"status":"odd"},"d":{"status":"FAILED"},)"
-                                   R"("c":{"status":"Idle"},"B":{"status":"busy"},)"
-                                   R"("a":{"state":"Running"}})");
-        QCOMPARE(namesOf(sortedChildren(nodes)).join(u' '), u"A B C D E"_s);
+        const auto nodes = nodesOf(
+            R"({"a":{"status":"odd"},"b1":{"status":"error"},"b2":{"status":"FAILED"},)"
+            R"("b3":{"status":"offline"},"b4":{"status":"stopped"},"c1":{"status":"Idle"},)"
+            R"("c2":{"status":"pending"},"c3":{"status":"starting"},"c4":{"status":"warning"},)"
+            R"("d1":{"status":"active"},"D2":{"status":"busy"},"d3":{"status":"processing"},)"
+            R"("d4":{"state":"Running"},"d5":{"status":"working"}})");
+        QCOMPARE(namesOf(sortedChildren(nodes)).join(u' '),
+                 u"D1 D2 D3 D4 D5 C1 C2 C3 C4 B1 B2 B3 B4 A"_s);
     }
 
     void presets()

@@ -37,7 +37,11 @@ private Q_SLOTS:
         wl_global *const global = add(wl_seat_interface);
         QVERIFY(appeared.wait());
         QVERIFY(seat->isPresent());
+        wl_global *const another = add(wl_seat_interface);
         wl_global_destroy(global);
+        QVERIFY(!QTest::qWaitFor([&] { return !seat->isPresent(); }, 200));
+        QCOMPARE(appeared.size(), 1);
+        wl_global_destroy(another);
         QTRY_VERIFY(!seat->isPresent());
         turns.stop();
         wl_display_destroy_clients(compositor);

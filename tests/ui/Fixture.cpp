@@ -7,6 +7,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QQmlEngine>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -32,11 +33,13 @@ Fixture::Fixture()
 
 Fixture::~Fixture()
 {
+    m_panel.reset();
     m_models.reset();
 }
 
 void Fixture::reset()
 {
+    m_panel.reset();
     m_models.reset();
     m_gateway.reset();
     m_peer.reset();
@@ -46,6 +49,12 @@ void Fixture::reset()
     qputenv("PATH", m_home->path(u"bin"_s).toUtf8() + ":/usr/bin:/bin");
     writeConfig();
     restart();
+}
+
+ostrelle::Models Fixture::Models::all() const
+{
+    return {settings,      gatewayVM.get(),      gatewayInUse.get(), settingsModel.get(),
+            voiceVM.get(), serviceManager.get(), setupManager.get(), statusServer.get()};
 }
 
 void Fixture::restart()
@@ -68,12 +77,7 @@ void Fixture::restart()
     models->gatewayInUse = std::make_unique<GatewayInUse>(settings, models->gatewayVM.get());
     models->settingsModel = std::make_unique<GatewaySettings>(
         settings.preferences, QStringList{m_home->path(u"bin/duskrell"_s)});
-    models->panel = std::make_unique<PanelModels>(
-        ostrelle::Models{.settings = settings,
-                         .gatewayVM = models->gatewayVM.get(),
-                         .gatewayInUse = models->gatewayInUse.get(),
-                         .gatewaySettings = models->settingsModel.get(),
-                         .serviceManager = models->serviceManager.get()});
+    models->panel = std::make_unique<PanelModels>(models->all());
     models->profiles = std::make_unique<GatewayProfiles>(settings, models->gatewayVM.get(),
                                                          models->gatewayInUse.get());
     models->peers = std::make_unique<TailscalePeersModel>(models->profiles.get(), tailscale);
@@ -184,6 +188,16 @@ QString Fixture::scan(const QString &image)
     const auto scanner =
         runChild({.program = u"zbarimg"_s, .arguments = {u"--quiet"_s, u"--raw"_s, image}});
     return scanner ? QString::fromUtf8(scanner->output).trimmed() : scanner.error().text;
+}
+
+QQuickWindow *Fixture::openPanel(const QRect &place)
+{
+    if (!m_panel) {
+        m_panel = std::make_unique<Panel>(m_models->all(), PanelEvents(), 50ms);
+        QQmlEngine::setObjectOwnership(&m_panel->view(), QQmlEngine::CppOwnership);
+    }
+    m_panel->open(place.isEmpty() ? std::nullopt : std::optional(place));
+    return &m_panel->view();
 }
 
 QVariantMap Fixture::accessible(QObject *item)

@@ -2,7 +2,7 @@
 
 #include "gateway/StandInGateway.h"
 #include "setup/SetupHome.h"
-#include "ui/PanelModels.h"
+#include "ui/Panel.h"
 #include "ui/QmlTypes.h"
 
 #include <QObject>
@@ -72,6 +72,9 @@ public:
     // What a scanner reads from an image.
     Q_INVOKABLE static QString scan(const QString &image);
 
+    // The program's panel, beside an icon or, without a place, as a window. It is let go of soon.
+    Q_INVOKABLE QQuickWindow *openPanel(const QRect &place);
+
     // What assistive technology is told of a field.
     Q_INVOKABLE static QVariantMap accessible(QObject *item);
 
@@ -97,6 +100,8 @@ private:
         {
         }
 
+        ostrelle::Models all() const;
+
         ostrelle::Settings settings;
         std::unique_ptr<ostrelle::GatewayViewModel> gatewayVM;
         std::unique_ptr<ostrelle::ServiceManager> serviceManager;
@@ -117,4 +122,5 @@ private:
     std::unique_ptr<StandInGateway> m_peer;
     std::unique_ptr<StandInGateway> m_voiceAgent;
     std::unique_ptr<Models> m_models;
+    std::unique_ptr<ostrelle::Panel> m_panel;
 };

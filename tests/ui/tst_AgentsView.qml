@@ -58,6 +58,9 @@ ViewTest {
             fuzzyCompare(each.center.y, row.centers[i][1], 0.001);
             fuzzyCompare(each.radius, row.radii[i], 0.001);
         });
+        const spine = Items.visibleItems(view).find(each => each.stops !== undefined);
+        verify(spine.y > places[0].center.y + places[0].radius);
+        fuzzyCompare(spine.y + spine.height, places[3].center.y + 1.5 * places[3].radius, 1);
     }
 
     function test_lightFlowsAlongTheLine() {
@@ -80,6 +83,8 @@ ViewTest {
         verify(alpha.moves && bubble(view, "Main").moves && !bubble(view, "Beta").moves);
         const before = alpha.processingRing;
         tryVerify(() => alpha.processingRing !== before);
+        const spine = Items.visibleItems(view).find(each => each.stops !== undefined);
+        compare(spine.colors.map(String), [Theme.tiffanyBlue, Theme.pink].map(String));
         view.visible = false;
         verify(!alpha.moves);
         view.visible = true;
@@ -100,6 +105,8 @@ ViewTest {
     function test_inspector() {
         const view = loadedView({alpha: {status: "busy", activity: "Counting", model: "m-1", progress: 7}});
         const alpha = bubble(view, "Alpha");
+        verify(Items.withText(alpha, "busy · 7%") && !Items.withText(bubble(view, "Main"), "active"));
+        verify(Items.withText(view, "Live data from status.json"));
         alpha.forceActiveFocus();
         keyClick(Qt.Key_Return);
         ["Counting", "7%", "alpha", "m-1"].forEach(text => verify(Items.withText(view, text), text));
@@ -107,19 +114,21 @@ ViewTest {
         const field = hint => Items.visibleItems(view).find(each => each.placeholderText === hint);
         compare(field("Display name").text, "Alpha");
         field("Display name").text = "  Counter ";
-        field("Emoji").text = " ";
-        const emoji = alpha.node.defaultEmoji;
+        field("Emoji").text = "Z";
         mouseClick(Items.withText(view, "Save"));
         tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Counter");
-        verify(Items.visibleItems(view).find(each => each.emoji === emoji));
+        const shows = emoji => Items.visibleItems(alpha).some(each => each.emoji === emoji);
+        verify(shows("Z"));
 
         mouseClick(alpha);
         mouseClick(Items.withText(view, "Reset"));
         tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Alpha");
+        verify(shows(alpha.node.defaultEmoji));
 
         mouseClick(alpha);
+        verify(field("Display name").activeFocus);
         field("Display name").text = " ";
         keyClick(Qt.Key_Escape);
         tryVerify(() => !view.selectedNode);

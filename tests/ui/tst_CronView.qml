@@ -34,7 +34,12 @@ ViewTest {
     }
 
     function test_aDisabledJobSaysSo() {
-        const items = Items.visibleItems(loadedView([job({enabled: false})]));
+        const view = loadedView([job({enabled: false, lastRun: "yesterday", nextRun: "never"})]);
+        const items = Items.visibleItems(view);
+        ["0/1", "Last: yesterday", "Next: never"].forEach(text => verify(Items.withText(view, text), text));
+        verify(Items.symbol(view, "clock.arrow.circlepath") && !Items.symbol(view, "spinner"));
+        compare(Items.withText(view, "Nightly").Accessible.description, "every 5m, Last: yesterday, Next: never");
+        verify(!items.some(each => each.policy !== undefined)); // no scroll bar
         verify(Qt.colorEqual(items.find(each => each.text === "DISABLED" && each.tint).tint, Theme.grey));
         verify(Qt.colorEqual(items.find(each => each.status !== undefined && each.tint).tint, Theme.red));
     }
@@ -44,13 +49,20 @@ ViewTest {
         const view = loadedView([job(), job({id: "2", name: "a\nb".repeat(1000)})]);
         const cards = Items.visibleItems(view).filter(each => each.summary !== undefined);
         compare(cards[1].height, cards[0].height);
+        const cut = Items.visibleItems(cards[1]).find(each => each.truncated);
+        const helps = () => Items.texts(Window.window.contentItem).includes(Texts.help(cards[1].name));
+        mouseMove(cut);
+        tryVerify(helps);
     }
 
     function test_unfoldsThePayload() {
-        const view = loadedView([job({id: undefined, payload: "Say good night"})]);
-        verify(!Items.withText(view, "Payload"));
+        const view = loadedView([job({id: undefined, payload: "Say good night"}),
+                                 job({name: "One", payload: "a"}), job({name: "Twin", payload: "b"})]);
+        verify(!Items.withText(view, "Payload") && Items.symbol(view, "chevron.right"));
         mouseClick(Items.withText(view, "Nightly"));
-        tryVerify(() => Items.withText(view, "Say good night"));
+        Items.withText(view, "One").clicked();
+        tryVerify(() => Items.withText(view, "Say good night") && Items.withText(view, "a"));
+        verify(!Items.withText(view, "b")); // which has the same id
         view.viewModel.load(); // which gives the job another id
         tryCompare(view.viewModel, "isLoading", false);
         verify(Items.withText(view, "Payload"));
@@ -66,6 +78,8 @@ ViewTest {
         tryVerify(isTold);
         mouseClick(Items.withText(view, "Refresh"));
         verify(isTold());
+        keyClick(Qt.Key_Tab); // there is nowhere else to go
+        compare(Window.window.activeFocusItem.text, "Refresh");
         verify(Items.withText(view, "No cron jobs configured yet."));
     }
 }

@@ -138,9 +138,9 @@ ViewTest {
 
         press(view, "Change Token");
         keyClick(Qt.Key_A);
-        view.visible = false; // no typed token waits behind a closed panel
+        view.visible = false;
+        compare(view.models.profiles.tokenInput, ""); // no typed token waits behind a closed panel
         view.visible = true;
-        compare(secretField(view).text, "");
         keyClick(Qt.Key_Return); // saves nothing
         verify(!secretField(view));
         press(view, "Change Token");
@@ -213,10 +213,14 @@ ViewTest {
         press(view, "PROFILES");
         const field = Items.visibleItems(view).find(item => item.placeholderText === "http://ip:18789");
         field.forceActiveFocus();
-        "192.168.1.20".split("").forEach(letter => keyClick(letter));
+        keyClick(Qt.Key_At);
         keyClick(Qt.Key_Return);
+        verify(Items.texts(view).some(text => text.startsWith("Not added: ")));
+        keyClick(Qt.Key_Backspace);
+        "192.168.1.20".split("").forEach(letter => keyClick(letter));
+        press(view, "Add");
         compare(field.text, "");
-        tryVerify(() => row(view, "192.168.1.20"));
+        tryVerify(() => row(view, "192.168.1.20") && !Items.withText(view, "Add").enabled);
         compare(config().saved[1].url, "http://192.168.1.20:18789");
         verify(Items.withText(row(view, "192.168.1.20"), "http://192.168.1.20:18789"));
 
@@ -228,16 +232,21 @@ ViewTest {
         verify(!view.closeQuestion()); // they went with it
         compare(config().saved.map(gateway => gateway.name), ["192.168.1.20"]);
         compare(config().url, test.near);
+        Items.withText(view, "Remove 192.168.1.20").clicked();
+        tryVerify(() => Items.withText(view, "No saved profiles"));
     }
 
     function test_advanced() {
         const view = createTemporaryObject(advancedSettings, test);
+        const knob = Items.withText(view, "MagicDNS (HTTPS)").indicator.children[0];
+        verify(knob.x > knob.width / 2 && Items.texts(view).some(text => text.startsWith("Uses Tailscale HTTPS")));
         verify(Items.withText(view, "MagicDNS not available — check Tailscale"));
         fixture.tool("tailscale", "echo '{\"Self\": {\"DNSName\": \"studio.ts.net\"}}'");
         fixture.gatewayVM.pollHealth();
         tryVerify(() => Items.withText(view, "https://studio.ts.net"));
         press(view, "MagicDNS (HTTPS)");
         verify(!fixture.gatewayVM.useMagicDNS && !Items.withText(view, "https://studio.ts.net"));
+        tryVerify(() => knob.x < knob.width / 2);
 
         press(view, "Launch at Login");
         tryVerify(() => fixture.read(".config/autostart/ai.duskrell.ostrelle.desktop") !== "");

@@ -44,7 +44,10 @@ ViewTest {
         const address = Items.withText(view, "https://studio.ts.net");
         verify(Qt.colorEqual(address.color, Theme.green));
         verify(Items.symbol(view, "lock.fill") && !Items.symbol(view, "exclamationmark.triangle.fill"));
-        mouseClick(Items.withText(view, "Copy"));
+        const copy = Items.withText(view, "Copy");
+        mouseClick(copy);
+        compare(copy.text, "Copied");
+        tryCompare(copy, "text", "Copy");
         compare(fixture.clipboard(), "https://studio.ts.net");
         view.statusServerRunning = false;
         view.statusPortTaken = true;
@@ -57,9 +60,10 @@ ViewTest {
         const view = insecureView();
         waitForRendering(view); // with the warning in its place
         const button = Items.withText(view, "Enable Tailscale Encryption");
+        verify(Items.symbol(button, "shield.checkered") && !Items.withText(view, "Get Tailscale"));
         mouseClick(button);
         compare(button.text, "Enabling...");
-        verify(!button.enabled && Items.symbol(button, "spinner"));
+        verify(!button.enabled && Items.symbol(button, "spinner") && !Items.symbol(button, "shield.checkered"));
         tryVerify(() => Items.withText(view, "Failed to set gateway.bind: no such key"));
         verify(button.enabled);
 

@@ -46,11 +46,14 @@ ViewTest {
     }
 
     function test_unfoldsTheWorkstreams() {
-        const view = loadedView([project("a", "green")]);
+        const view = loadedView([project("a", "green"), Object.assign(project("b", "red"), {workstreams: []})]);
         verify(Items.withText(view, "2 workstreams"));
         verify(!Items.withText(view, "nearly there"));
 
         const card = Items.withText(view, "Project a");
+        verify(Items.withText(card, "About a") && Items.withText(view, "1/2"));
+        compare(card.Accessible.description, "About a, 2 workstreams, collapsed");
+        compare(Items.withText(view, "Project b").Accessible.description, "About b, 0 workstreams");
         mouseClick(card);
         tryVerify(() => Items.withText(view, "nearly there"));
         verify(Items.withText(view, "80%"));
@@ -85,6 +88,8 @@ ViewTest {
         keyClick(Qt.Key_Backtab); // around
         isAt(39);
         keyClick(Qt.Key_Return);
+        const last = Items.withText(view, "Project 39");
+        tryVerify(() => Items.visibleItems(last).some(each => each.shown === 1));
         isAt(39);
         keyClick(Qt.Key_Tab);
         verify(refresh.visualFocus);
@@ -97,6 +102,7 @@ ViewTest {
         view.height = 112;
         card.forceActiveFocus(Qt.TabFocusReason);
         verify(card.height > list.height + 28);
+        verify(view.walk(card, Qt.Key_Down) && list.contentY > 0); // and nobody else scrolls for that key
         while (card.y + card.height > list.contentY + list.height) {
             const before = list.contentY;
             keyClick(Qt.Key_PageDown);

@@ -46,6 +46,7 @@ ViewTest {
     function test_whileItWaits() {
         const panel = createTemporaryObject(chatPanel, test);
         fixture.answerChat("");
+        verify(Items.withText(panel, "Ask me anything…"));
         panel.chatVM.input = "Still there?";
         mouseClick(Items.withText(panel, "Send"));
         verify(!Items.withText(panel, "Send") && Items.symbol(panel, "spinner"));
@@ -53,6 +54,7 @@ ViewTest {
         keyClick(Qt.Key_Return);
         compare(panel.chatVM.input, "x");
         compare(panel.chatVM.messages.count, 1);
+        verify(Items.symbol(panel, "person.fill") && !Items.withText(panel, "Ask me anything…"));
     }
 
     function test_lineBreaksAreSentAsTheyAre() {
@@ -61,7 +63,11 @@ ViewTest {
         fieldOf(panel).forceActiveFocus();
         keyClick(Qt.Key_V, Qt.ControlModifier);
         keyClick(Qt.Key_Return);
-        verify(Items.withText(panel, "one\ntwo"));
+        const words = Items.visibleItems(panel).find(each => each.content === "one\ntwo");
+        mouseDoubleClickSequence(words, 5, 5);
+        compare(words.selectedText, "one");
+        keyClick(Qt.Key_Delete);
+        compare(words.text, "one\ntwo"); // is only to be read
     }
 
     function test_lastMessageComesIntoView() {
@@ -84,7 +90,12 @@ ViewTest {
 
     function test_endlessWord() {
         const panel = createTemporaryObject(chatPanel, test);
+        const tells = () => Items.visibleItems(panel).some(each => each.Accessible.role === Accessible.Notification);
+        const told = [tells()];
+        listOf(panel).replied.connect(text => told.push(text.length, tells()));
         ask(panel, "x".repeat(20000));
+        compare(told, [false, 20000, true]);
+        tryVerify(() => !tells());
         verify(Items.texts(panel).includes("x".repeat(10000) + "…"));
         Items.withText(panel, "Copy").clicked();
         compare(fixture.clipboard(), "x".repeat(20000));

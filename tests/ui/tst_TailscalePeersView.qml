@@ -54,7 +54,16 @@ ViewTest {
         verify(Items.withText(silent, test.silence));
         mouseMove(Items.symbol(silent, "exclamationmark.triangle.fill"));
         const help = "Duskrell gateway not responding on this device";
-        tryVerify(() => Items.withText(test.parent, help) || Items.withText(Window.window.contentItem, help));
+        tryVerify(() => Items.withText(Window.window.contentItem, help));
+        mouseMove(answering);
+        tryVerify(() => !Items.withText(Window.window.contentItem, help));
+    }
+
+    function test_noDevices() {
+        setDevices({});
+        const none = "No other devices found";
+        verify(!Items.withText(createTemporaryObject(peersView, test), none)); // nobody has looked yet
+        verify(Items.withText(discoveredView(), none));
     }
 
     function test_adding() {

@@ -39,6 +39,7 @@ ViewTest {
 
     function test_theKeyboardStaysInTheRow() {
         const view = viewOf('{"state": "listening"}');
+        verify(!Items.withText(view, "Start Voice Agent"));
         Items.withText(view, "Stop").forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Return);
         verify(Items.withText(view, "Offline") && !Items.withText(view, "LOCAL"));
@@ -50,7 +51,10 @@ ViewTest {
 
     function test_restartOutlivesTheView() {
         const view = viewOf('{"state": "listening"}');
-        mouseClick(Items.withText(view, "Restart"));
+        const elsewhere = createTemporaryQmlObject("import Ostrelle; PushButton {}", test);
+        elsewhere.forceActiveFocus();
+        Items.withText(view, "Restart").clicked();
+        verify(elsewhere.activeFocus);
         verify(!fixture.voiceVM.voiceRunning && !fixture.voiceVM.isLaunching);
         view.destroy();
         tryCompare(fixture.voiceVM, "voiceRunning", true); // a start is pending: the agent's answer counts

@@ -43,6 +43,9 @@ ViewTest {
         verify(told.isPassword && told.isReachable && !told.hearsChanges);
         compare([told.value, told.text], [field.displayText, field.displayText]);
         verify(!field.displayText.includes("s"));
+        verify(!Items.withText(field, "Paste gateway token"));
+        field.clear();
+        verify(Items.withText(field, "Paste gateway token"));
     }
 
     // Hidden while it is disabled, a button would get the focus back when it is enabled.

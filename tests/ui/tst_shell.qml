@@ -71,6 +71,7 @@ ViewTest {
         verify(tab("Agents").visualFocus);
         keyClick(Qt.Key_Return);
         compare(panel.selectedTab, 2);
+        verify(tab("Agents").selected && !tab("Settings").selected);
     }
 
     // The panel with that tab chosen and all that opens open.
@@ -101,6 +102,13 @@ ViewTest {
         compare(closings.count, 0);
         keyClick(Qt.Key_Escape);
         compare(closings.count, 1);
+        Items.withText(root, "Project Tracking").forceActiveFocus();
+        keyClick(Qt.Key_Space);
+        verify(!Items.visibleItems(root).some(each => each.label === "Projects"));
+        verify(Items.withText(root, "ADVANCED")); // still here
+        Items.visibleItems(root).find(each => each.label === "Cron").clicked();
+        keyClick(Qt.Key_Escape); // where nothing is ever asked
+        compare(closings.count, 2);
     }
 
     function test_whatWasLetGoComesBackAsItWas() {
@@ -167,6 +175,26 @@ ViewTest {
                 verify(!isText || item.contentWidth <= Math.ceil(item.width), what);
             }
         }
+    }
+
+    function test_theWindow() {
+        const window = fixture.openPanel(Qt.rect(100, 200, 300, 400));
+        const root = window.contentItem.children[0];
+        tryVerify(() => window.active && root.active && !root.framed);
+        Window.window.requestActivate();
+        tryVerify(() => !window.visible && !root.visible && !root.active); // and what it showed is let go of
+        fixture.openPanel(Qt.rect(0, 0, 0, 0)); // as a window
+        tryVerify(() => window.active && root.visible && root.active && root.framed);
+        root.closeRequested();
+        verify(!window.visible);
+        fixture.openPanel(Qt.rect(0, 0, 0, 0)); // before it is let go of
+        tryVerify(() => window.active);
+        Window.window.requestActivate();
+        tryVerify(() => !window.active);
+        fixture.settings.projectTrackingEnabled = false;
+        verify(!root.projectTrackingEnabled);
+        wait(400); // longer than it waits for its focus, and than what it showed is kept
+        verify(window.visible && root.active);
     }
 
     function test_theChatFollowsALink() {
