@@ -1,18 +1,11 @@
-#include "gateway/GatewayViewModel.h"
-#include "statusserver/StatusServer.h"
 #include "support/Rows.h"
-#include "support/ScratchHome.h"
-#include "tray/MenuBarLabel.h"
 #include "tray/PanelPlacement.h"
-#include "voice/VoiceViewModel.h"
 
-#include <QSignalSpy>
-#include <QTcpServer>
 #include <QTest>
 
 using namespace ostrelle;
 
-class TestTray : public QObject
+class TestPlacement : public QObject
 {
     Q_OBJECT
 
@@ -45,26 +38,7 @@ private Q_SLOTS:
         QTEST(placePanel(isPointer ? iconUnder(icon.topLeft(), screen) : icon, screen, {200, 300}),
               "panel");
     }
-
-    // As it is between the end of a session bus and the next tray.
-    void followsNobodyWhileTheIconIsHidden()
-    {
-        const ScratchHome home;
-        QTcpServer stranger;
-        QVERIFY(stranger.listen(QHostAddress::AnyIPv4));
-        OstrelleConfig config = OstrelleConfig::defaults();
-        config.ports.status = stranger.serverPort();
-        GatewayViewModel gateway(home.settings());
-        VoiceViewModel voice(nullptr, -1);
-        StatusServer server(config, home.settings().tokens);
-        MenuBarLabel label(&gateway, &voice, &server);
-        label.show();
-        label.hide();
-        const QSignalSpy told(&server, &StatusServer::portTakenChanged);
-        server.start();
-        QTRY_COMPARE(told.size(), 1);
-    }
 };
 
-QTEST_MAIN(TestTray)
-#include "test_icon.moc"
+QTEST_APPLESS_MAIN(TestPlacement)
+#include "test_placement.moc"

@@ -1,0 +1,85 @@
+#include "gateway/GatewayViewModel.h"
+#include "gateway/StandInGateway.h"
+#include "statusserver/StatusServer.h"
+#include "support/ScratchHome.h"
+#include "tray/MenuBarLabel.h"
+#include "voice/VoiceViewModel.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace ostrelle;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+// The texts of what can be chosen now, and the line between.
+QString menu()
+{
+    const auto widgets = QApplication::topLevelWidgets();
+    const auto isMenu = [](QWidget *widget) { return qobject_cast<QMenu *>(widget) != nullptr; };
+    const auto menu = std::ranges::find_if(widgets, isMenu);
+    QStringList texts;
+    for (const QAction *action : menu == widgets.end() ? QList<QAction *>() : (*menu)->actions()) {
+        texts << (action->isEnabled() ? action->text() : u'(' + action->text() + u')');
+    }
+    return texts.join(u'|');
+}
+
+} // namespace
+
+class TestLabel : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void menuFollowsTheVoiceAgent()
+    {
+        const ScratchHome home;
+        StandInGateway agent;
+        const auto says = [&](const QByteArray &status) {
+            agent.answer("/status", StandInGateway::response(200, status));
+        };
+        GatewayViewModel gateway(home.settings());
+        VoiceViewModel voice(nullptr, agent.serverPort(), {.interval = 20ms});
+        StatusServer server(OstrelleConfig::defaults(), home.settings().tokens);
+        MenuBarLabel label(&gateway, &voice, &server);
+        label.show();
+        const QString all = u"Open Ostrelle||(Gateway offline, voice: %1)|%2||Quit"_s;
+        QCOMPARE(menu(), all.arg(u"Offline"_s, u"(Mute)"_s));
+        says(R"({"state":"R&D"})");
+        QTRY_COMPARE(menu(), all.arg(u"R&&D"_s, u"Mute"_s));
+        says(R"({"state":"R&D","muted":true})");
+        QTRY_COMPARE(menu(), all.arg(u"Muted"_s, u"Unmute"_s));
+        agent.close();
+        QTRY_COMPARE(menu(), all.arg(u"Offline"_s, u"(Mute)"_s));
+    }
+
+    // As it is between the end of a session bus and the next tray.
+    void followsNobodyWhileTheIconIsHidden()
+    {
+        const ScratchHome home;
+        QTcpServer stranger;
+        QVERIFY(stranger.listen(QHostAddress::AnyIPv4));
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.ports.status = stranger.serverPort();
+        GatewayViewModel gateway(home.settings());
+        VoiceViewModel voice(nullptr, -1);
+        StatusServer server(config, home.settings().tokens);
+        MenuBarLabel label(&gateway, &voice, &server);
+        label.show();
+        label.hide();
+        const QSignalSpy told(&server, &StatusServer::portTakenChanged);
+        server.start();
+        QTRY_COMPARE(told.size(), 1);
+    }
+};
+
+QTEST_MAIN(TestLabel)
+#include "test_label.moc"
