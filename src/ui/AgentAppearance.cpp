@@ -6,17 +6,21 @@ namespace ostrelle
 AgentAppearance::AgentAppearance(QObject *parent)
     : QObject(parent)
 {
+    // All that a binding depends on is read each time, also where one part would do: in Qt 6.4 a
+    // dependency that is new in a later evaluation may make it read freed memory.
     m_name.setBinding([this] {
         static_cast<void>(m_refreshKey.value());
-        return m_viewModel.value() != nullptr
-                   ? m_viewModel.value()->appearances().name(m_agentId, m_fallbackName)
-                   : m_fallbackName;
+        const auto *const viewModel = m_viewModel.value();
+        const QString id = m_agentId;
+        const QString fallback = m_fallbackName;
+        return viewModel != nullptr ? viewModel->appearances().name(id, fallback) : fallback;
     });
     m_emoji.setBinding([this] {
         static_cast<void>(m_refreshKey.value());
-        return m_viewModel.value() != nullptr
-                   ? m_viewModel.value()->appearances().emoji(m_agentId, m_fallbackEmoji)
-                   : m_fallbackEmoji;
+        const auto *const viewModel = m_viewModel.value();
+        const QString id = m_agentId;
+        const QString fallback = m_fallbackEmoji;
+        return viewModel != nullptr ? viewModel->appearances().emoji(id, fallback) : fallback;
     });
 }
 
