@@ -1,6 +1,8 @@
 """Starts and ends"""
 
+import contextlib
 import os
+import pathlib
 import pwd
 import random
 import resource
@@ -10,10 +12,8 @@ import subprocess
 import time
 
 from row import require, row
-from world import (BUILD, DOCUMENTS, MOMENT, PREFERENCES, Home, Program, another_user, ctl, get, install_tool,
+from world import (BUILD, DOCUMENTS, MOMENT, NEW_GATEWAY, PREFERENCES, Home, Program, another_user, ctl, get, install_tool,
                    is_alive, link_to, must_serve, send_link, spawn, wait_for)
-
-NEW_GATEWAY = "http://127.0.0.9:1"
 
 
 @row(seconds=60, quick=True)
@@ -95,23 +95,49 @@ def two_users():
     return "Both ran; " + (second.wait_for("[StatusServer]") or "")
 
 
+INTRUDER = """
+import fcntl, os, socket, sys
+lock, opened = sys.argv[1:]
+open("/tmp/his", "w").close()
+for name, attempt in {
+        "list the folder": lambda: os.listdir(os.path.dirname(lock)),
+        "read the lock": lambda: open(lock),
+        "take the lock": lambda: fcntl.flock(os.open(lock, os.O_RDWR), fcntl.LOCK_EX | fcntl.LOCK_NB),
+        "replace the lock": lambda: os.rename("/tmp/his", lock),
+        "move the lock away": lambda: os.rename(lock, "/tmp/his.lock"),
+        "connect": lambda: socket.socket(socket.AF_UNIX).connect(opened),
+        "replace the socket": lambda: os.rename("/tmp/his", opened)}.items():
+    try:
+        attempt()
+        print(name, "- he can")
+    except OSError as problem:
+        print(name, "-", problem.strerror)
+"""
+
+
 @row(seconds=30)
 def another_users_lock():
-    """Another user tries to lock, replace and read what keeps the program single, and to open its socket.
+    """While the program runs, another user tries to list the folder of what keeps it single, to read, lock, replace and move
+    away its lock, and to connect to its socket and replace it.
 
-    He gets at nothing, and the program starts.
+    Each time he is told "Permission denied"; a second start is taken, and so is the next one after the end.
     """
     uid = another_user()
     home = Home()
     home.configure()
+    program = Program(home).listens()
+    lock = home.file(".ostrelle/run/ostrelle.lock")
+    sockets = [file for place in (home.path, home.runtime) for file in place.rglob("*") if file.is_socket()]
+    require(lock.exists() and len(sockets) == 1, f"There is no lock, or not one socket but {len(sockets)}")
+    told = subprocess.run(["/usr/bin/python3", "-c", INTRUDER, str(lock), str(sockets[0])], user=uid, group=uid, extra_groups=[],
+                          capture_output=True, text=True).stdout.splitlines()
+    got = [line for line in told if not line.endswith("- Permission denied")]
+    require(len(told) == 7 and not got, f"Another user: {', '.join(got) or told}")
+    send_link(home, link_to(NEW_GATEWAY))
+    require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY), "A second start is not taken")
+    program.end()
     Program(home).listens().end()
-    attempt = subprocess.run(
-        ["/usr/bin/python3", "-c", "import glob,os,sys\nfor f in sys.argv[1:]:\n  try: os.listdir(f) and print(f)\n  except OSError: pass",
-         str(home.file(".ostrelle/run")), str(home.file(".ostrelle")), str(home.runtime)],
-        user=uid, group=uid, extra_groups=[], capture_output=True, text=True)
-    require(not attempt.stdout, f"Another user gets into {attempt.stdout}")
-    Program(home).listens().end()
-    return "No folder could be entered; the next start came up."
+    return f"Denied {len(told)} times; a second start was taken, and the next one came up."
 
 
 @row(seconds=60)
@@ -202,24 +228,33 @@ def no_file_locks():
 
 @row(seconds=30, quick=True)
 def planted_library():
-    """libgcc_s.so.1, libostrelle.so and a tool named cc are planted in the working directory of the start.
+    """Libraries of the program's and the system's, tools named duskrell and tailscale, and a part of Python (venv.py) are planted
+    in the working directory of the start, which is also the first folder in PATH (".").
 
-    None of them is opened.
+    None of them is opened or run; the gateway's tool further on in PATH is.
     """
     home = Home()
     home.configure()
+    install_tool("duskrell", 'touch "$HOME/right"; exit 1')
     trap = home.path / "trap"
     (trap / "lib").mkdir(parents=True)
     for name in ("libgcc_s.so.1", "libostrelle.so", "lib/libostrelle.so", "libstdc++.so.6", "libQt6Core.so.6"):
         (trap / name).write_text("planted")
+    for tool in ("duskrell", "tailscale"):
+        home.write(f"trap/{tool}", '#!/bin/sh\ntouch "$HOME/wrong"\n', 0o755)
+    home.write("trap/venv.py", f"open('{home.path}/wrong', 'w')")
     log = home.runtime / "opened"
-    program = Program(home, cwd=trap, under=["strace", "-D", "-f", "-qq", "-o", str(log), "-e", "trace=open,openat,execve"])
+    program = Program(home, cwd=trap, PATH=f".:{os.environ['PATH']}",
+                      under=["strace", "-D", "-f", "-qq", "-o", str(log), "-e", "trace=open,openat,execve"])
     program.listens()
+    require(wait_for(lambda: home.read("right") is not None), "The right tool is not run")
+    time.sleep(3)  # one more poll
     program.end(within=10)
+    require(home.read("wrong") is None, "A planted tool or module was run")
     opened = [line for line in log.read_text(errors="replace").splitlines() if str(trap) in line or
               any(f'"{name}"' in line for name in ("libgcc_s.so.1", "lib/libostrelle.so", "libostrelle.so"))]
     require(not opened, f"Opened: {(opened or [''])[0]}")
-    return "None was opened, by the program or what it started."
+    return "None was opened or run, by the program or what it started."
 
 
 @row(seconds=30, quick=True)
@@ -292,18 +327,42 @@ def term_while_everything_hangs():
     return "Gone, with all children: " + ", ".join(seen) + "."
 
 
+def lives_with(home, limit):
+    program = Program(home, limits=[limit]).listens()
+    time.sleep(3)  # one more poll
+    slowest = max(must_serve("with so few") for _ in range(20))
+    program.must_run("with so few")
+    send_link(home, link_to(NEW_GATEWAY))
+    require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY), "A link is not taken")
+    took = program.end()
+    return f"The slowest of 20 answers took {slowest * 1000:.0f} ms; the link was saved; it ended in {took:.1f} s."
+
+
 @row(seconds=30)
 def few_descriptors():
-    """The start finds limits of 64 descriptors and then 20 processes more than there are.
+    """The start finds a limit of 64 descriptors.
 
-    It listens, serves and ends in time; or says what it lacks and ends.
+    It listens, serves, takes a link, and ends in time.
     """
     home = Home()
     home.configure()
-    program = Program(home, limits=[(resource.RLIMIT_NOFILE, 64)]).listens()
-    must_serve("with 64 descriptors")
-    took = program.end()
-    return f"It listened and served with 64 descriptors, and ended in {took:.1f} s."
+    return lives_with(home, (resource.RLIMIT_NOFILE, 64))
+
+
+@row(seconds=30)
+def few_processes():
+    """The start finds a limit of 20 processes and threads, about as many as it has threads itself: tools often cannot be started.
+
+    It listens, serves, takes a link, and ends in time.
+    """
+    another_user()
+    uid = 61234  # nobody else's processes count
+    home = Home("/tmp/theirs")
+    home.configure()
+    subprocess.run(["chown", "-R", str(uid), str(home.path), str(home.runtime)], check=True)
+    home.user = uid
+    install_tool("duskrell", "exit 1")
+    return lives_with(home, (resource.RLIMIT_NPROC, 20))
 
 
 @row(seconds=30, quick=True)
@@ -326,66 +385,72 @@ def no_home_variable():
 
 @row(seconds=20, quick=True)
 def strange_arguments():
-    """Arguments that are no link: an option, a file, an address of another scheme, 100 KB.
+    """Arguments that are no link: options, a file, an address of another scheme, 100 KB.
 
     They stay as they are on the command line; the program starts, and nothing is saved.
     """
     home = Home()
     home.configure()
     before = home.read(".ostrelle/config.json")
-    arguments = ["note:for me", "/etc/passwd", "https://box/?token=x", "x" * 100000]
+    arguments = ["--help", "-platform=none", "note:for me", "/etc/passwd", "https://box/?token=x", "x" * 100000]
     program = Program(home, *arguments).listens()
     line = open(f"/proc/{program.pid}/cmdline").read().split("\0")
-    require(line[1:5] == arguments, "The command line was changed")
+    require(line[1:-1] == arguments, "The command line was changed")
     require(home.read(".ostrelle/config.json") == before, "Something was saved")
     program.end()
     return "All stayed; nothing was saved."
 
 
-@row(seconds=20, quick=True)
-def link_in_proc():
-    """A start with a link that carries a token, its command line read without a pause; and one into a running program.
+def readable_for(program, secret):
+    """The milliseconds for which its command line has the secret, which must be over once it loads a library of ours."""
+    began = time.monotonic()
+    last = 0
+    place = pathlib.Path(f"/proc/{program.pid}")
+    while time.monotonic() < began + 0.4:
+        with contextlib.suppress(OSError):
+            is_loaded = "libostrelle" in (place / "maps").read_text()
+            if secret in (place / "cmdline").read_bytes():
+                last = time.monotonic() - began
+                require(not is_loaded, f"Readable {last * 1000:.0f} ms after the start, when its own libraries are loaded")
+    program.kill()
+    return last * 1000
 
-    The token is in no command line once the program has begun to run its own code.
+
+@row(seconds=30, quick=True)
+def link_in_proc():
+    """Ten starts with a link that carries a token, their command lines read without a pause; then ten into a running program.
+
+    The token is in the command line until the system has loaded the few kilobytes that load the rest, and no longer.
     """
     home = Home()
     home.configure()
-    longest = 0
-    for _ in range(10):
-        program = Program(home, link_to(NEW_GATEWAY, "sEcReT"))
-        began = time.monotonic()
-        end = began + 0.4
-        last = 0
-        while time.monotonic() < end:
-            try:
-                if b"sEcReT" in open(f"/proc/{program.pid}/cmdline", "rb").read():
-                    last = time.monotonic() - began
-            except OSError:
-                break
-        longest = max(longest, last)
-        program.kill()
-    require(longest < 0.05, f"Readable for {longest * 1000:.0f} ms")
-    return f"Readable for {longest * 1000:.0f} ms at most in ten starts: until the system has loaded the program."
+    link = link_to(NEW_GATEWAY, "sEcReT")
+    first = max(readable_for(Program(home, link), b"sEcReT") for _ in range(10))
+    running = Program(home).listens()
+    second = max(readable_for(Program(home, link), b"sEcReT") for _ in range(10))
+    require(b"sEcReT" in (home.read(".ostrelle/secrets.json") or b""), "The running program does not have the token")
+    running.end()
+    return f"Readable for {first:.0f} ms at most in ten starts, for {second:.0f} ms in ten into a running program."
 
 
 @row(seconds=20, quick=True)
 def open_umask():
-    """The very first start with umask 0, and a world-readable core limit.
+    """The very first start with umask 0 and no limit for cores; a link with a token comes, then it crashes (SEGV).
 
-    Everything that it makes is for the user alone, and it leaves no core when it crashes.
+    Everything in the home is for the user alone, and it leaves no core.
     """
     home = Home()
     program = Program(home, umask=0, limits=[(resource.RLIMIT_CORE, resource.RLIM_INFINITY)])
     program.listens()
     send_link(home, link_to(NEW_GATEWAY, "t0ken"))
     wait_for(lambda: home.read(".ostrelle/secrets.json"))
+    limit = resource.prlimit(program.pid, resource.RLIMIT_CORE)[0]
     program.process.send_signal(signal.SIGSEGV)
     program.process.wait()
-    open_ones = [str(file) for file in home.path.rglob("*") if not file.is_symlink() and file.lstat().st_mode & 0o077
-                 and ".config" not in str(file.parent)]
+    open_ones = [str(file) for file in home.path.rglob("*") if not file.is_symlink() and file.lstat().st_mode & 0o077]
     require(not open_ones, f"Others may read {', '.join(open_ones)}")
     cores = list(home.path.rglob("core*"))
-    require(not cores, "A core was left")
+    require(not cores and limit == 0, f"{len(cores)} cores were left; {limit} bytes may be")
     return "Nothing is open to others; no core."
 
 
