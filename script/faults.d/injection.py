@@ -147,11 +147,13 @@ class Save:
         return reached, tell(states)
 
     def restarted(self, home, when):
-        """What the file holds after a start that has nothing to save."""
+        """What the file holds after a start that finds no gateway tool."""
         (TOOLS / "duskrell").unlink(missing_ok=True)  # else the next start would write a new document
         program = Program(home).listens()
         try:
-            return self.judge(home, when)
+            state = self.judge(home, when)
+            program.end(within=PATIENCE)  # and with it what it saves itself
+            return state
         finally:
             program.kill()
 

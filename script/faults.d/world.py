@@ -390,16 +390,3 @@ class Gateway:
         before = self.asked(target)
         require(wait_for(lambda: self.asked(target) > before, within), f"Nothing asks for {target} within {within} s {when}")
         return time.monotonic() - began
-
-
-class Listener:
-    """A port that takes connections and says what it is told to, or nothing at all."""
-
-    def __init__(self, port, backlog=64):
-        self.socket = socket.socket()
-        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-        self.socket.bind(("127.0.0.1", port))
-        self.socket.listen(backlog)
-
-    def close(self):
-        self.socket.close()

@@ -108,9 +108,10 @@ CRON = document_save("cron", b"Nightly")
 
 
 def judge_projects(home, when):
-    content = home.read(DOCUMENTS["projects"])
-    require(content is None or content.endswith(b"}"), f"The document is torn, {when}")
-    return "missing" if content is None else "new"
+    content = wait_for(lambda: home.read(DOCUMENTS["projects"]), 5)
+    require(content, f"The document is not there, {when}")
+    require(content.endswith(b"}"), f"The document is torn, {when}")
+    return "new"
 
 
 PROJECTS = Save(DOCUMENTS["projects"], prepare_config, judge_projects)
