@@ -14,6 +14,8 @@ from world import PATIENCE, TOOLS, Home, Program, wait_for
 CALL = re.compile(r"^(\d+) +(\w+)\(")
 # These neither write nor decide anything.
 UNEVENTFUL = {"read", "pread64", "close", "lseek", "getdents64", "readlink", "access", "faccessat2", "statx", "flock"}
+# Once one of these has failed the file may be torn, and the next start writes it again from what is beside it.
+FINISHED_LATER = {"pwrite64", "ftruncate", "fsync", "unlink"}
 MOST_POSITIONS = 60
 
 
@@ -32,6 +34,8 @@ class Save:
         shutil.rmtree(path, ignore_errors=True)
         home = Home(path)
         self.prepare(home)
+        file = home.file(self.name)
+        self.before = file.stat().st_ino if file.exists() else None  # the file that the save finds
         return home
 
     def trace(self, home, paths, *inject):
@@ -89,6 +93,7 @@ class Save:
                 program.process.terminate()
                 program.process.wait()
             self.missed += program.process.returncode != -signal.SIGKILL
+            require(not (readable := self.open_to_others(home)), f"Others may read {', '.join(readable)} {when}")
             return self.restarted(home, when)
 
         return "Killed before {} calls; after the next start the file was {}.".format(*self.everywhere("killed before", run))
@@ -105,11 +110,24 @@ class Save:
             finally:
                 program.kill()
             self.missed += "INJECTED" not in log.read_text(errors="replace")
-            require(not (left := home.leftovers()), f"{', '.join(left)} stayed behind {when}")
-            return self.restarted(home, when)
+            self.must_leave_nothing(home, when, but=".unfinished" if name in FINISHED_LATER else None)
+            state = self.restarted(home, when)
+            self.must_leave_nothing(home, f"{when} and the next start")
+            return state
 
         return "{} calls failed, one in each run; after the next start the file was {}.".format(
             *self.everywhere("after a failed", run))
+
+    @staticmethod
+    def must_leave_nothing(home, when, but=None):
+        left = [file for file in home.leftovers() if not but or not file.endswith(but)]
+        require(not left, f"{', '.join(left)} stayed behind {when}")
+
+    def open_to_others(self, home):
+        """What the save has made, the file or something beside it, and others may read."""
+        file = home.file(self.name)
+        made = [(found, found.stat()) for found in file.parent.glob(file.name + "*")]
+        return [found.name for found, status in made if status.st_ino != self.before and status.st_mode & 0o077]
 
     def everywhere(self, how, run):
         """How many calls there are, and what was found after the runs."""
@@ -129,11 +147,13 @@ class Save:
         return reached, tell(states)
 
     def restarted(self, home, when):
-        """What the file holds after a start that has nothing to save."""
+        """What the file holds after a start that finds no gateway tool."""
         (TOOLS / "duskrell").unlink(missing_ok=True)  # else the next start would write a new document
         program = Program(home).listens()
         try:
-            return self.judge(home, when)
+            state = self.judge(home, when)
+            program.end(within=PATIENCE)  # and with it what it saves itself
+            return state
         finally:
             program.kill()
 

@@ -49,6 +49,6 @@ def require(holds, seen):
 
 def load_groups():
     for name in ("writes", "disk", "files", "keyring", "desktop", "gateway", "answers", "voice", "network", "clock", "starts",
-                 "security"):
+                 "surroundings", "security"):
         importlib.import_module(f"groups.{name}")
     return rows

@@ -19,6 +19,8 @@ TOOLS = pathlib.Path("/usr/local/bin")  # the row's own, and where the program l
 STATUS_PORT, VOICE_PORT, GATEWAY_PORT = 18794, 18790, 18789
 MOMENT = 1.5  # seconds: one that the program may take, and what a busy machine adds
 PATIENCE = 20  # seconds for what is only waited for, not judged
+SYNC = 30  # seconds between two passes over the gateway's tool
+NEW_GATEWAY = "http://127.0.0.9:1"  # where nobody answers
 
 DOCUMENTS = {
     "status": ".ostrelle/ostrelle-agent-tracker.json",
@@ -52,6 +54,13 @@ def children_of(pid):
                 child = int(stat.parent.name)
                 found += [child, *children_of(child)]
     return found
+
+
+def command_of(pid):
+    """Its command line, word by word; nothing once it has gone."""
+    with contextlib.suppress(OSError):
+        return pathlib.Path(f"/proc/{pid}/cmdline").read_bytes().decode(errors="replace").split("\0")
+    return []
 
 
 def another_user():
@@ -116,7 +125,7 @@ class Home:
     def leftovers(self):
         """Files that were to be there for the time of a save only."""
         return [str(file.relative_to(self.path)) for file in self.path.rglob("*")
-                if re.search(r"\.(new|written|save|tmp|part|draft|next|journal)[^/]*$", file.name)]
+                if re.search(r"\.(new|written\d*|unfinished)$", file.name)]
 
 
 def install_tool(name, body):
@@ -139,6 +148,22 @@ def sessions(count=1, model="atlas"):
     """What a gateway tool prints for so many sessions."""
     return json.dumps({"sessions": [{"key": f"agent:a{i}:main", "agentId": f"a{i}", "model": model}
                                     for i in range(count)]})
+
+
+def install_sessions(count=1, jobs='{"jobs":[]}'):
+    """A gateway tool with so many sessions, and these jobs."""
+    install_tool("duskrell", f"case \"$1\" in sessions) echo '{sessions(count)}' ;; cron) echo '{jobs}' ;; esac")
+
+
+def install_agent(home, body):
+    """Makes that shell script the home's voice agent; each agent adds its number to the file "agents"."""
+    home.write(".ostrelle/voice_agent.py", "")
+    # The setup asks it for its packages, which starts no agent.
+    home.write(".ostrelle/venv/bin/python", f"#!/bin/sh\n[ \"$1\" = -I ] && exit\necho $$ >> \"$HOME/agents\"\n{body}\n", 0o755)
+
+
+def numbers(home, file="agents"):
+    return [int(word) for word in (home.read(file) or b"").split()]
 
 
 class Program:
@@ -214,6 +239,23 @@ class Program:
 
     def children(self):
         return children_of(self.pid)
+
+    def runs_of(self, tool):
+        """How many processes of its that tool is at the moment."""
+        return sum(str(TOOLS / tool) in command_of(child)[:2] for child in self.children())
+
+    def open_things(self):
+        """What it has open: descriptors, threads and children."""
+        return {"descriptors": self.descriptors(), "threads": self.threads(), "children": len(self.children())}
+
+    def must_come_back(self, before, more=2, seconds=PATIENCE):
+        """Waits until it has open what it had, and of nothing more than so much beyond; tells what it has."""
+        def is_back():
+            return all(count <= before[thing] + more for thing, count in self.open_things().items())
+        back = wait_for(is_back, seconds, 0.2)
+        told = ", ".join(f"{count} {thing}, {before[thing]} before" for thing, count in self.open_things().items())
+        require(back, told)
+        return told
 
     def megabytes(self):
         """Resident memory of its own."""
@@ -348,16 +390,3 @@ class Gateway:
         before = self.asked(target)
         require(wait_for(lambda: self.asked(target) > before, within), f"Nothing asks for {target} within {within} s {when}")
         return time.monotonic() - began
-
-
-class Listener:
-    """A port that takes connections and says what it is told to, or nothing at all."""
-
-    def __init__(self, port, backlog=64):
-        self.socket = socket.socket()
-        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-        self.socket.bind(("127.0.0.1", port))
-        self.socket.listen(backlog)
-
-    def close(self):
-        self.socket.close()

@@ -54,10 +54,23 @@ GatewayViewModel::GatewayViewModel(Settings settings, GatewaySurroundings surrou
 {
     m_useMagicDNS = m_settings.preferences->value(preference::useMagicDNS);
     m_gatewayURL = m_settings.config->current().gateway.url;
-    m_preferredURL.setBinding([this] { return derivePreferredURL(); });
+    keepPreferredURL();
     pollHealth();
     connect(&m_pollTimer, &QTimer::timeout, this, &GatewayViewModel::pollHealth);
     m_pollTimer.start(m_surroundings.pollInterval);
+}
+
+// Not by a binding: while Qt 6.4 evaluates one, the table in which an object keeps who depends on
+// what may grow, and the old table is read once more after it was freed.
+void GatewayViewModel::keepPreferredURL()
+{
+    const auto derive = [this] { m_preferredURL = derivePreferredURL(); };
+    for (const auto changed :
+         {&GatewayViewModel::useMagicDNSChanged, &GatewayViewModel::magicDNSURLChanged,
+          &GatewayViewModel::tailscaleIPChanged, &GatewayViewModel::gatewayURLChanged}) {
+        connect(this, changed, this, derive);
+    }
+    derive();
 }
 
 void GatewayViewModel::setGatewayURL(const QString &url)

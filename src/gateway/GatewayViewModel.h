@@ -133,6 +133,7 @@ private:
     void show(const Tailscale &tailscale);
     void finishEnabling(const std::expected<void, QString> &outcome);
     void finishReset(const QString &problem);
+    void keepPreferredURL();
     QString derivePreferredURL() const;
 
     const Settings m_settings;
@@ -177,7 +178,6 @@ private:
                                          &GatewayViewModel::useMagicDNSChanged)
     Q_OBJECT_BINDABLE_PROPERTY(GatewayViewModel, QString, m_magicDNSURL,
                                &GatewayViewModel::magicDNSURLChanged)
-    // Bound to the fields above.
     Q_OBJECT_BINDABLE_PROPERTY(GatewayViewModel, QString, m_preferredURL,
                                &GatewayViewModel::preferredURLChanged)
 };

@@ -77,10 +77,11 @@ QString installCommand(QLatin1StringView PackageManager::*packages)
     return manager ? manager->install + (*manager).*packages : QString();
 }
 
-// Debian has a Python that can do everything but that.
+// Debian has a Python that can do everything but that. Alone (-I), it takes no venv.py of the
+// working directory's for its own.
 bool canMakeVenv()
 {
-    return runShell(u"python3 -c 'import venv, ensurepip'"_s, checkTimeout).success;
+    return runShell(u"python3 -I -c 'import venv, ensurepip'"_s, checkTimeout).success;
 }
 
 bool anyExists(const QStringList &paths)

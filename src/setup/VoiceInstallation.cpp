@@ -126,7 +126,9 @@ void SetupManager::VoiceInstallation::createVenv()
     }
     venv.begin();
     feed.addStatus(u"Creating Python venv…"_s);
-    const ShellResult result = runShell(u"python3 -m venv "_s + quoted(venv.path()));
+    // Nothing in the working directory is taken for a part of Python.
+    const ShellResult result =
+        runShell(u"PYTHONSAFEPATH=1 python3 -m venv "_s + quoted(venv.path()));
     if (!result.success) {
         feed.addStatus(u"ERROR: "_s + result.output);
     } else {

@@ -220,9 +220,10 @@ private Q_SLOTS:
     void voiceParts()
     {
         const SetupHome home;
-        home.addTool(u"python3"_s, "exec /usr/bin/python3 \"$@\"");
+        home.addTool(u"python3"_s, "cd ~; exec /usr/bin/python3 \"$@\"");
+        home.write(u"venv.py"_s, "exit(1)"); // planted in the working directory
         home.write(u".config/pip/pip.conf"_s, "[global]\nno-index=1\ndisable-pip-version-check=1");
-        home.addTool(u"curl"_s, "[ $4 != ${4%.bin} ] && { echo half > $3; exit 22; }\n"
+        home.addTool(u"curl"_s, "case $4 in https:*.onnx) ;; *) echo half > $3; exit 22;; esac\n"
                                 "echo model > $3");
         home.write(u"resources/voice-agent/config.yaml"_s, "new");
         home.write(u"resources/voice-agent/sounds/thinking.wav"_s, "wav");

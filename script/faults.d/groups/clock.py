@@ -6,14 +6,13 @@ import time
 from datetime import datetime
 
 from faketime import Clock
-from groups.voice import home_with_agent, numbers
+from groups.voice import home_with_agent
 from row import require, row
 from session import Bus, Screen
-from world import (DOCUMENTS, PREFERENCES, Gateway, Home, Program, document, freeze, get, install_tool, is_alive,
-                   link_to, must_serve, send_link, sessions, thaw, wait_for)
+from world import (DOCUMENTS, PREFERENCES, SYNC, Gateway, Home, Program, document, freeze, get, install_sessions, install_tool,
+                   is_alive, link_to, must_serve, numbers, send_link, thaw, wait_for)
 
 DAY = 24 * 3600
-SYNC = 30
 GATEWAY = "http://127.0.0.1:18789"
 STOP = int(os.environ.get("STOP_SECONDS", 20))
 
@@ -22,7 +21,7 @@ def shifted(seconds):
     home = Home()
     home.configure()
     home.play(record=True)
-    install_tool("duskrell", f'case "$1" in sessions) echo \'{sessions()}\' ;; cron) echo \'{{"jobs":[]}}\' ;; esac')
+    install_sessions()
     gateway = Gateway(home)
     clock = Clock(home)
     program = Program(home, **clock.variables()).listens()
@@ -67,7 +66,7 @@ def clock_of_the_epoch():
     """
     home = Home()
     home.configure()
-    install_tool("duskrell", f"case \"$1\" in sessions) echo '{sessions()}' ;; *) exit 1 ;; esac")
+    install_sessions()
     clock = Clock(home)
     clock.shift(-int(time.time()) + 60)
     program = Program(home, **clock.variables()).listens()
@@ -156,7 +155,7 @@ def files_from_the_future():
     home.write(".ostrelle/voice-agent.pid", "999999")
     for name in (DOCUMENTS["status"], PREFERENCES, ".ostrelle/voice-agent.pid", ".ostrelle/config.json"):
         os.utime(home.file(name), (time.time() + 365 * DAY,) * 2)
-    install_tool("duskrell", f"case \"$1\" in sessions) echo '{sessions()}' ;; *) exit 1 ;; esac")
+    install_sessions()
     program = Program(home).listens()
     require(wait_for(lambda: "a0" in (document("status") or {}).get("agents", {})), "No new document")
     require(wait_for(lambda: b"projectTrackingEnabled" in home.read(PREFERENCES)), "The preferences are not written")

@@ -6,10 +6,8 @@ import subprocess
 import time
 
 from row import require, row
-from world import (DOCUMENTS, MOMENT, PREFERENCES, Home, Program, another_user, document, get, install_tool, link_to,
-                   must_serve, send_link, timed_get, wait_for)
-
-NEW_GATEWAY = "http://127.0.0.9:1"
+from world import (DOCUMENTS, MOMENT, NEW_GATEWAY, PREFERENCES, Home, Program, another_user, document, get, install_tool,
+                   link_to, must_serve, send_link, timed_get, wait_for)
 
 
 @row(seconds=30, quick=True)

@@ -2,13 +2,13 @@
 
 import json
 import os
+import socket
 import time
 
 from row import require, row
-from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, TOOLS, Gateway, Home, Listener, Program, document,
-                   install_gateway_tool, install_tool, is_alive, must_serve, send_link, sessions, wait_for)
+from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, SYNC, TOOLS, Gateway, Home, Program, document,
+                   install_gateway_tool, install_sessions, install_tool, is_alive, must_serve, send_link, sessions, wait_for)
 
-SYNC = 30  # seconds between two passes over the gateway's tool
 POLL = 3  # seconds between two questions to the gateway
 PATIENCE_FOR_POLL = 3 * POLL + 2
 
@@ -103,20 +103,20 @@ def deep_answers():
 def flapping_gateway():
     """The gateway is killed and started 20 times, at once each time.
 
-    Polls go on after the last start; descriptors and threads are what they were.
+    Polls go on after the last start; of descriptors, threads and children there are at most three more than before.
     """
     home, gateway, program = with_gateway()
-    calm, threads = program.rest(), program.threads()
+    program.rest()
+    calm = program.open_things()
     for _ in range(20):
         gateway.stop()
         time.sleep(0.5)
         gateway.start()
         time.sleep(0.5)
     took = gateway.must_be_asked("after the last start", PATIENCE_FOR_POLL)
-    after = program.calm_descriptors(calm + 3, 15)
-    require(after <= calm + 3, f"{after} descriptors, {calm} before")
+    told = program.must_come_back(calm, 3)
     program.end()
-    return f"Asked {took:.1f} s after the last start; {after} descriptors, {calm} before, {threads} threads then."
+    return f"Asked {took:.1f} s after the last start; {told}."
 
 
 @row(seconds=60)
@@ -128,13 +128,13 @@ def replaced_gateway():
     home, gateway, program = with_gateway()
     calm = program.rest()
     gateway.stop()
-    noise = Listener(GATEWAY_PORT)
-    noise.socket.settimeout(8)
+    noise = socket.create_server(("127.0.0.1", GATEWAY_PORT))
+    noise.settimeout(8)
     end = time.monotonic() + 8
     taken = 0
     while time.monotonic() < end:
         try:
-            client, _ = noise.socket.accept()
+            client, _ = noise.accept()
         except TimeoutError:
             break
         client.sendall(os.urandom(1000))
@@ -171,13 +171,13 @@ def is_new():
 def hanging_tool():
     """The gateway's tool hangs for 125 s, then answers at once.
 
-    Fresh data within two passes (60 s) of its recovery; no more than 8 of its runs at a time.
+    Fresh data within two passes (60 s) of its recovery; no more than 8 of its runs at a time, four for each document.
     """
     home, program = with_tool("hang")
     most = 0
     end = time.monotonic() + 125
     while time.monotonic() < end:
-        most = max(most, len(program.children()))
+        most = max(most, program.runs_of("duskrell"))
         must_serve("while the tool hangs")
         time.sleep(1)
     home.play()
@@ -185,8 +185,8 @@ def hanging_tool():
     require(wait_for(is_new, 2 * SYNC + 5, 0.5), f"No fresh data {2 * SYNC + 5} s after it has recovered")
     took = time.monotonic() - began
     program.end()
-    require(most <= 16, f"{most} processes at a time")
-    return f"Fresh data {took:.0f} s after its recovery; {most} processes at most."
+    require(2 <= most <= 8, f"{most} runs at a time")
+    return f"Fresh data {took:.0f} s after its recovery; {most} runs at most."
 
 
 @row(seconds=90)
@@ -324,7 +324,7 @@ def replaced_tool():
     time.sleep(2)
     (TOOLS / "duskrell").unlink()
     time.sleep(5)
-    install_tool("duskrell", f"case \"$1\" in sessions) echo '{sessions(2)}' ;; esac")
+    install_sessions(2)
     began = time.monotonic()
     require(wait_for(lambda: "a1" in (document("status") or {}).get("agents", {}), 2 * SYNC + 5, 0.5), "No new document")
     program.end()
@@ -335,7 +335,7 @@ def replaced_tool():
 def rogue_tool():
     """Tools named duskrell are in folders that anybody may write to, earlier in PATH, and the right one is writable by all.
 
-    None of them is run, and one line tells of each.
+    None of them is run, and one line tells of that folder, and one of the right one.
     """
     home = Home()
     home.configure()
@@ -346,13 +346,14 @@ def rogue_tool():
         tool.write_text('#!/bin/sh\necho "$0" >> "$HOME/run"\n')
         tool.chmod(0o777)
     program = Program(home, PATH=f"{open_folder}:{os.environ['PATH']}").listens()
-    program.wait_for("Passed over", 8)
-    time.sleep(3)
+    for path in (open_folder, TOOLS / "duskrell"):
+        require(program.wait_for(f"Passed over, because anybody may write there: {path}", 8), f"No line tells of {path}")
+    time.sleep(3)  # one more poll
     require(home.read("run") is None, f"It was run: {(home.read('run') or b'').decode()}")
     told = [line for line in program.output().splitlines() if "Passed over" in line]
-    require(told, "No line tells of it")
+    require(len(told) == 2, f"{len(told)} lines tell of it")
     program.end()
-    return f"None was run; {len(told)} lines tell of it."
+    return "None was run; one line tells of the folder and one of the tool."
 
 
 @row(seconds=150)
@@ -369,15 +370,15 @@ def hanging_tailscale_tool():
     most = 0
     end = time.monotonic() + 70
     while time.monotonic() < end:
-        most = max(most, len(program.children()))
+        most = max(most, program.runs_of("tailscale"))
         time.sleep(1)
     home.write("recovered", "")
     began = time.monotonic()
     require(wait_for(lambda: home.read("answers"), 65, 0.2), "It is not asked again within 65 s")
     took = time.monotonic() - began
     program.end()
-    require(most <= 32, f"{most} processes at a time")
-    return f"Asked {took:.0f} s after its recovery; {most} processes at most."
+    require(2 <= most <= 8, f"{most} runs at a time")
+    return f"Asked {took:.0f} s after its recovery; {most} runs at most."
 
 
 @row(seconds=90)

@@ -219,7 +219,7 @@ def slow_but_reading():
 def too_slow_readers():
     """A client stops reading in the middle; another reads 50 bytes a second.
 
-    The first is dropped within 40 s, the second within a minute.
+    One is dropped within 40 s, and the other within a minute.
     """
     _, program = serving(5 * MEGABYTE)
     clients = [connect(rcvbuf=4096) for _ in range(2)]
@@ -227,14 +227,14 @@ def too_slow_readers():
         client.sendall(b"GET /status HTTP/1.1\r\n\r\n")
     began = time.monotonic()
     gone = []
-    while time.monotonic() - began < 65 and len(gone) < 2:
+    while time.monotonic() - began < 60 and len(gone) < 2:
         with contextlib.suppress(OSError):
             clients[1].recv(50)
         time.sleep(1)
         if 2 - connections() > len(gone):
             gone.append(time.monotonic() - began)
-    require(len(gone) == 2, f"{2 - len(gone)} are still there after 65 s")
-    require(gone[0] <= 41, f"The first was dropped after {gone[0]:.0f} s")
+    require(len(gone) == 2, f"{2 - len(gone)} are still there after a minute")
+    require(gone[0] <= 40, f"The first was dropped after {gone[0]:.0f} s")
     program.end()
     return f"Dropped after {gone[0]:.0f} and {gone[1]:.0f} s."
 
@@ -289,7 +289,7 @@ def strange_requests():
 def taken_port():
     """Another program has the status port at the start; after 10 s it lets go.
 
-    The program says so and takes the port within 30 s.
+    The program says so and takes the port when it next tries, every 30 s: within 32 s.
     """
     home = Home()
     home.configure()
@@ -370,8 +370,11 @@ def other_origins():
     body = b"Authorization: Bearer s3cret"
     simple = exchange(b"POST /history HTTP/1.1\r\nHost: evil\r\nOrigin: http://evil\r\nContent-Length: %d\r\n\r\n%s" % (len(body), body))
     require(b" 401 " in simple.split(b"\r\n")[0], f"Answered {simple[:60]!r}")
-    preflight = exchange(b"OPTIONS /history HTTP/1.1\r\nHost: evil\r\nOrigin: http://evil\r\n\r\n").split(b"\r\n")[0]
-    require(b" 204 " in preflight, f"The preflight is answered {preflight!r}")
-    require(get("/status", headers="Origin: http://evil\r\n")[0] == 200, "The document is refused")
+    preflight = exchange(b"OPTIONS /history HTTP/1.1\r\nHost: evil\r\nOrigin: http://evil\r\n"
+                         b"Access-Control-Request-Headers: authorization\r\n\r\n")
+    require(b" 204 " in preflight.split(b"\r\n")[0] and b"authorization" not in preflight.lower(), f"The preflight allows {preflight!r}")
+    page = exchange(b"GET /status HTTP/1.1\r\nHost: evil\r\nOrigin: http://evil\r\n\r\n")
+    head, _, body = page.partition(b"\r\n\r\n")
+    require(b" 200 " in head and b"Access-Control-Allow-Origin: *" in head and b'"agents"' in body, f"The document is refused: {head!r}")
     program.end()
-    return "401 for the simple request, 204 for the preflight, the document for all."
+    return "401 for the simple request, 204 without that header for the preflight, the document for all."

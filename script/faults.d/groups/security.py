@@ -1,6 +1,7 @@
 """Who gets what"""
 
 import json
+import pathlib
 import re
 import socket
 import subprocess
@@ -129,7 +130,7 @@ def token_of_the_history():
 
 @row(seconds=40, quick=True)
 def refused_links():
-    """Links with a user name, control characters, other schemes, no host, hosts that look local, noise, 1 MB, no address.
+    """Links with a user name, control characters, other schemes, no host, hosts that look local, noise, 60 KB, no address.
 
     None is saved, no token of theirs is kept; the log names the host and no secret.
     """
@@ -152,22 +153,32 @@ def refused_links():
     return f"None was saved; {len(told)} lines name the hosts."
 
 
+def table(*kinds):
+    """The lines of the system's tables of such sockets, in fields."""
+    files = [pathlib.Path("/proc/net") / kind for kind in kinds]
+    return [line.split() for file in files if file.exists() for line in file.read_text().splitlines()[1:]]
+
+
 @row(seconds=30)
 def nothing_else_listens():
-    """All sockets that the program listens on are listed.
+    """All sockets of the program's that take connections or datagrams are listed.
 
-    Only the status port listens on the network; everything else is a socket that only the user can open.
+    Only the status port listens on the network, and nothing takes datagrams; everything else is a file in a folder of the user's
+    that only he can open.
     """
     home = gateways()
     home.write(DOCUMENTS["status"], '{"agents":{}}')
     program = Program(home).listens()
-    with open("/proc/net/tcp") as four, open("/proc/net/tcp6") as six, open("/proc/net/udp") as udp:
-        lines = [line.split() for file in (four, six) for line in file.readlines()[1:]]
-        datagrams = udp.readlines()[1:]
-    ports = {int(fields[1].split(":")[1], 16) for fields in lines if fields[3] == "0A"}
+    # Nobody else is in the row's network.
+    ports = {int(fields[1].split(":")[1], 16) for fields in table("tcp", "tcp6") if fields[3] == "0A"}
+    datagrams = table("udp", "udp6", "udplite", "udplite6", "raw", "raw6", "packet")
     require(ports == {18794} and not datagrams, f"Listens on {sorted(ports)}, {len(datagrams)} datagram sockets")
-    sockets = [file for folder in (home.runtime, home.file(".ostrelle/run")) for file in folder.rglob("*") if file.is_socket()]
-    modes = {file.stat().st_mode & 0o777 for file in sockets}
-    require(modes and not any(mode & 0o077 for mode in modes), f"Others may open its sockets: {[f'{mode:o}' for mode in modes]}")
+    listening = 0x10000
+    names = [(fields[7:] or ["nothing"])[0] for fields in table("unix") if int(fields[3], 16) & listening]
+    sockets = [file for folder in (home.runtime, home.path) for file in folder.rglob("*") if file.is_socket()]
+    # The table has the names that they were given first; an abstract one would begin with "@".
+    require(len(names) == len(sockets) and all(name.startswith("/") for name in names), f"Listens on {', '.join(names)}")
+    modes = {file.stat().st_mode & 0o777 for place in sockets for file in (place, place.parent)}
+    require(modes and not any(mode & 0o077 for mode in modes), f"Others may open a socket: {[f'{mode:o}' for mode in modes]}")
     program.end()
-    return f"Port 18794 alone; beside it a socket of mode {modes.pop():o}."
+    return f"Port 18794 alone; beside it {len(sockets)} socket, which and whose folder have mode {', '.join(f'{mode:o}' for mode in modes)}."

@@ -1,19 +1,15 @@
 """Starts and ends"""
 
 import os
-import pwd
 import random
-import resource
 import signal
 import socket
 import subprocess
 import time
 
 from row import require, row
-from world import (BUILD, DOCUMENTS, MOMENT, PREFERENCES, Home, Program, another_user, ctl, get, install_tool,
+from world import (BUILD, DOCUMENTS, MOMENT, NEW_GATEWAY, PREFERENCES, Home, Program, another_user, ctl, get, install_tool,
                    is_alive, link_to, must_serve, send_link, spawn, wait_for)
-
-NEW_GATEWAY = "http://127.0.0.9:1"
 
 
 @row(seconds=60, quick=True)
@@ -95,23 +91,49 @@ def two_users():
     return "Both ran; " + (second.wait_for("[StatusServer]") or "")
 
 
+INTRUDER = """
+import fcntl, os, socket, sys
+lock, opened = sys.argv[1:]
+open("/tmp/his", "w").close()
+for name, attempt in {
+        "list the folder": lambda: os.listdir(os.path.dirname(lock)),
+        "read the lock": lambda: open(lock),
+        "take the lock": lambda: fcntl.flock(os.open(lock, os.O_RDWR), fcntl.LOCK_EX | fcntl.LOCK_NB),
+        "replace the lock": lambda: os.rename("/tmp/his", lock),
+        "move the lock away": lambda: os.rename(lock, "/tmp/his.lock"),
+        "connect": lambda: socket.socket(socket.AF_UNIX).connect(opened),
+        "replace the socket": lambda: os.rename("/tmp/his", opened)}.items():
+    try:
+        attempt()
+        print(name, "- he can")
+    except OSError as problem:
+        print(name, "-", problem.strerror)
+"""
+
+
 @row(seconds=30)
 def another_users_lock():
-    """Another user tries to lock, replace and read what keeps the program single, and to open its socket.
+    """While the program runs, another user tries to list the folder of what keeps it single, to read, lock, replace and move
+    away its lock, and to connect to its socket and replace it.
 
-    He gets at nothing, and the program starts.
+    Each time he is told "Permission denied"; a second start is taken, and so is the next one after the end.
     """
     uid = another_user()
     home = Home()
     home.configure()
+    program = Program(home).listens()
+    lock = home.file(".ostrelle/run/ostrelle.lock")
+    sockets = [file for place in (home.path, home.runtime) for file in place.rglob("*") if file.is_socket()]
+    require(lock.exists() and len(sockets) == 1, f"There is no lock, or not one socket but {len(sockets)}")
+    told = subprocess.run(["/usr/bin/python3", "-c", INTRUDER, str(lock), str(sockets[0])], user=uid, group=uid, extra_groups=[],
+                          capture_output=True, text=True).stdout.splitlines()
+    got = [line for line in told if not line.endswith("- Permission denied")]
+    require(len(told) == 7 and not got, f"Another user: {', '.join(got) or told}")
+    send_link(home, link_to(NEW_GATEWAY))
+    require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY), "A second start is not taken")
+    program.end()
     Program(home).listens().end()
-    attempt = subprocess.run(
-        ["/usr/bin/python3", "-c", "import glob,os,sys\nfor f in sys.argv[1:]:\n  try: os.listdir(f) and print(f)\n  except OSError: pass",
-         str(home.file(".ostrelle/run")), str(home.file(".ostrelle")), str(home.runtime)],
-        user=uid, group=uid, extra_groups=[], capture_output=True, text=True)
-    require(not attempt.stdout, f"Another user gets into {attempt.stdout}")
-    Program(home).listens().end()
-    return "No folder could be entered; the next start came up."
+    return f"Denied {len(told)} times; a second start was taken, and the next one came up."
 
 
 @row(seconds=60)
@@ -201,28 +223,6 @@ def no_file_locks():
 
 
 @row(seconds=30, quick=True)
-def planted_library():
-    """libgcc_s.so.1, libostrelle.so and a tool named cc are planted in the working directory of the start.
-
-    None of them is opened.
-    """
-    home = Home()
-    home.configure()
-    trap = home.path / "trap"
-    (trap / "lib").mkdir(parents=True)
-    for name in ("libgcc_s.so.1", "libostrelle.so", "lib/libostrelle.so", "libstdc++.so.6", "libQt6Core.so.6"):
-        (trap / name).write_text("planted")
-    log = home.runtime / "opened"
-    program = Program(home, cwd=trap, under=["strace", "-D", "-f", "-qq", "-o", str(log), "-e", "trace=open,openat,execve"])
-    program.listens()
-    program.end(within=10)
-    opened = [line for line in log.read_text(errors="replace").splitlines() if str(trap) in line or
-              any(f'"{name}"' in line for name in ("libgcc_s.so.1", "lib/libostrelle.so", "libostrelle.so"))]
-    require(not opened, f"Opened: {(opened or [''])[0]}")
-    return "None was opened, by the program or what it started."
-
-
-@row(seconds=30, quick=True)
 def unread_log():
     """The terminal is paused: nobody reads what the program prints, and the pipe is full.
 
@@ -290,119 +290,3 @@ def term_while_everything_hangs():
         left = wait_for(lambda: not any(map(is_alive, children)), 3)
         require(left, f"Children live on after {number.name}")
     return "Gone, with all children: " + ", ".join(seen) + "."
-
-
-@row(seconds=30)
-def few_descriptors():
-    """The start finds limits of 64 descriptors and then 20 processes more than there are.
-
-    It listens, serves and ends in time; or says what it lacks and ends.
-    """
-    home = Home()
-    home.configure()
-    program = Program(home, limits=[(resource.RLIMIT_NOFILE, 64)]).listens()
-    must_serve("with 64 descriptors")
-    took = program.end()
-    return f"It listened and served with 64 descriptors, and ended in {took:.1f} s."
-
-
-@row(seconds=30, quick=True)
-def no_home_variable():
-    """HOME is not set.
-
-    The home is the one in the system's list of users, not "/".
-    """
-    home = Home()
-    program = Program(home, HOME=None)
-    program.wait_for("[StatusServer]")
-    open_files = {os.readlink(f"/proc/{program.pid}/fd/{fd}") for fd in os.listdir(f"/proc/{program.pid}/fd")
-                  if os.path.lexists(f"/proc/{program.pid}/fd/{fd}")}
-    program.end()
-    expected = pwd.getpwuid(os.getuid()).pw_dir
-    lock = [file for file in open_files if file.endswith("ostrelle.lock")]
-    require(lock and lock[0].startswith(expected + "/"), f"Its lock is {(lock or ['nowhere'])[0]}, not below {expected}")
-    return f"It was at home in {expected}."
-
-
-@row(seconds=20, quick=True)
-def strange_arguments():
-    """Arguments that are no link: an option, a file, an address of another scheme, 100 KB.
-
-    They stay as they are on the command line; the program starts, and nothing is saved.
-    """
-    home = Home()
-    home.configure()
-    before = home.read(".ostrelle/config.json")
-    arguments = ["note:for me", "/etc/passwd", "https://box/?token=x", "x" * 100000]
-    program = Program(home, *arguments).listens()
-    line = open(f"/proc/{program.pid}/cmdline").read().split("\0")
-    require(line[1:5] == arguments, "The command line was changed")
-    require(home.read(".ostrelle/config.json") == before, "Something was saved")
-    program.end()
-    return "All stayed; nothing was saved."
-
-
-@row(seconds=20, quick=True)
-def link_in_proc():
-    """A start with a link that carries a token, its command line read without a pause; and one into a running program.
-
-    The token is in no command line once the program has begun to run its own code.
-    """
-    home = Home()
-    home.configure()
-    longest = 0
-    for _ in range(10):
-        program = Program(home, link_to(NEW_GATEWAY, "sEcReT"))
-        began = time.monotonic()
-        end = began + 0.4
-        last = 0
-        while time.monotonic() < end:
-            try:
-                if b"sEcReT" in open(f"/proc/{program.pid}/cmdline", "rb").read():
-                    last = time.monotonic() - began
-            except OSError:
-                break
-        longest = max(longest, last)
-        program.kill()
-    require(longest < 0.05, f"Readable for {longest * 1000:.0f} ms")
-    return f"Readable for {longest * 1000:.0f} ms at most in ten starts: until the system has loaded the program."
-
-
-@row(seconds=20, quick=True)
-def open_umask():
-    """The very first start with umask 0, and a world-readable core limit.
-
-    Everything that it makes is for the user alone, and it leaves no core when it crashes.
-    """
-    home = Home()
-    program = Program(home, umask=0, limits=[(resource.RLIMIT_CORE, resource.RLIM_INFINITY)])
-    program.listens()
-    send_link(home, link_to(NEW_GATEWAY, "t0ken"))
-    wait_for(lambda: home.read(".ostrelle/secrets.json"))
-    program.process.send_signal(signal.SIGSEGV)
-    program.process.wait()
-    open_ones = [str(file) for file in home.path.rglob("*") if not file.is_symlink() and file.lstat().st_mode & 0o077
-                 and ".config" not in str(file.parent)]
-    require(not open_ones, f"Others may read {', '.join(open_ones)}")
-    cores = list(home.path.rglob("core*"))
-    require(not cores, "A core was left")
-    return "Nothing is open to others; no core."
-
-
-@row(seconds=30)
-def inherited_descriptors():
-    """The start inherits open files and a socket; its tools write down what they have.
-
-    The tools have nothing but their three streams, and ignore no signal.
-    """
-    home = Home()
-    home.configure()
-    install_tool("duskrell", "ls -l /proc/self/fd > \"$HOME/fds\"; grep SigIgn /proc/self/status > \"$HOME/ignored\"")
-    program = Program(home, under=["/bin/sh", "-c", 'exec 7</etc/passwd 8</etc 9>>/dev/null; exec "$0" "$@"']).listens()
-    require(wait_for(lambda: home.read("ignored")), "The tool was not run")
-    program.end()
-    more = [line for line in home.read("fds").decode().splitlines() if " -> " in line and "/proc/" not in line
-            and int(line.split(" -> ")[0].split()[-1]) > 2]
-    require(not more, f"It has {more}")
-    require(int(home.read("ignored").split()[1], 16) == 0, f"It ignores signals: {home.read('ignored').decode().strip()}")
-    return "Three streams, no ignored signals."

@@ -8,9 +8,9 @@ import time
 
 from injection import Save
 from row import FallsShort, require, row
-from world import DOCUMENTS, PREFERENCES, Home, Program, install_tool, is_alive, link_to, send_link, sessions, wait_for
+from world import (DOCUMENTS, NEW_GATEWAY, PREFERENCES, Home, Program, install_agent, install_sessions, is_alive, link_to,
+                   numbers, send_link, wait_for)
 
-NEW_GATEWAY = "http://127.0.0.9:1"
 OLD_GATEWAYS = [(f"Gateway {i}", f"http://127.0.0.8:{i}") for i in range(1, 41)]
 OLD_ACCOUNT, NEW_ACCOUNT, ACTIVE_ACCOUNT = (f"gateway-token:{key}" for key in (OLD_GATEWAYS[0][1], NEW_GATEWAY, "_active_"))
 KNOWN_PREFERENCES = "[General]\nagents.customName.main=Ada\nautoStartVoice={}\nuseMagicDNS=false\n"
@@ -85,11 +85,11 @@ def old_document(key):
     return json.dumps({key: [{"id": f"old-{i}"} for i in range(300)]})
 
 
-def document_save(name, arguments, printed, mark):
+def document_save(name, mark):
     def prepare(home):
         prepare_config(home)
         home.write(DOCUMENTS[name], old_document("jobs"))
-        install_tool("duskrell", f"case \"$1\" in {arguments}) echo '{printed}' ;; *) exit 1 ;; esac")
+        install_sessions(jobs='{"jobs":[{"id":"1","name":"Nightly"}]}')
 
     def judge(home, when):
         content = home.read(DOCUMENTS[name])
@@ -103,14 +103,15 @@ def document_save(name, arguments, printed, mark):
     return Save(DOCUMENTS[name], prepare, judge)
 
 
-AGENTS = document_save("status", "sessions", sessions(1), b"a0")
-CRON = document_save("cron", "cron", '{"jobs":[{"id":"1","name":"Nightly"}]}', b"Nightly")
+AGENTS = document_save("status", b"a0")
+CRON = document_save("cron", b"Nightly")
 
 
 def judge_projects(home, when):
-    content = home.read(DOCUMENTS["projects"])
-    require(content is None or content.endswith(b"}"), f"The document is torn, {when}")
-    return "missing" if content is None else "new"
+    content = wait_for(lambda: home.read(DOCUMENTS["projects"]), 5)
+    require(content, f"The document is not there, {when}")
+    require(content.endswith(b"}"), f"The document is torn, {when}")
+    return "new"
 
 
 PROJECTS = Save(DOCUMENTS["projects"], prepare_config, judge_projects)
@@ -119,12 +120,11 @@ PROJECTS = Save(DOCUMENTS["projects"], prepare_config, judge_projects)
 def prepare_voice(home):
     home.configure(voice=True)
     home.write(PREFERENCES, KNOWN_PREFERENCES.format("true") + "projectTrackingEnabled=true\n")
-    home.write(".ostrelle/voice_agent.py", "")
-    home.write(".ostrelle/venv/bin/python", "#!/bin/sh\n[ \"$1\" = -I ] && exit\necho $$ >> \"$HOME/agents\"\nexec sleep 1000\n", 0o755)
+    install_agent(home, "exec sleep 1000")
 
 
 def agents_alive(home):
-    return [pid for pid in map(int, (home.read("agents") or b"").split()) if is_alive(pid)]
+    return [pid for pid in numbers(home) if is_alive(pid)]
 
 
 def judge_pid_file(home, when):
@@ -155,7 +155,8 @@ def config_killed():
 def config_failing():
     """Each system call of a save of config.json fails once (EIO, ENOSPC).
 
-    The program goes on, nothing is left beside the file, and the configuration is the old or the new one.
+    The program goes on; nothing is left beside the file, or only until the next start, which ends the write from it;
+    the configuration is the old or the new one.
     """
     return CONFIG.fail_everywhere()
 
@@ -164,7 +165,8 @@ def config_failing():
 def secrets_killed():
     """secrets.json is saved, and the program killed before each system call of the save.
 
-    After the next start every token that was there is there, and only the user may read the file.
+    After each kill only the user may read the file and what is beside it; after the next start every token that was there is
+    there.
     """
     return SECRETS.kill_everywhere()
 
@@ -182,7 +184,7 @@ def secrets_failing():
 def preferences_killed():
     """The preferences are saved, and the program killed before each system call of the save.
 
-    After the next start every preference that was there is there, and what was written is for the user alone.
+    After each kill what was written is for the user alone; after the next start every preference that was there is there.
     """
     return PREFERENCE.kill_everywhere()
 
@@ -209,7 +211,8 @@ def agents_document_killed():
 def agents_document_failing():
     """Each system call of a save of the agents' document fails once.
 
-    The program goes on, nothing is left beside the file, and the document is the old or the new one.
+    The program goes on; nothing is left beside the file, or only until the next start, which ends the write from it;
+    the document is the old or the new one.
     """
     return AGENTS.fail_everywhere()
 
@@ -227,7 +230,8 @@ def cron_document_killed():
 def cron_document_failing():
     """Each system call of a save of the jobs' document fails once.
 
-    The program goes on, nothing is left beside the file, and the document is the old or the new one.
+    The program goes on; nothing is left beside the file, or only until the next start, which ends the write from it;
+    the document is the old or the new one.
     """
     return CRON.fail_everywhere()
 
