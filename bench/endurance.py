@@ -60,6 +60,7 @@ def live(minutes):
         turn = len(samples) + 1
         home.write("listing.new", listing(turn)).rename(home.file("listing"))
         screen.open_panel(f"in turn {turn}")
+        samples.append(sample(program))  # while its contents are surely there: they go three seconds after closing
         screen.close_panel()
         if turn % TURNS_TO_A_FLAP == 0:
             gateway.stop()
@@ -67,7 +68,6 @@ def live(minutes):
         if turn % TURNS_TO_A_RESTART == 0:
             bus.stop_keyring()
             bus.start_keyring()
-        samples.append(sample(program))
         if turn % TURNS_TO_A_LINE == 0:
             print(f"endurance: turn {turn}: {samples[-1]}", file=sys.stderr, flush=True)
     polls = gateway.asked()
