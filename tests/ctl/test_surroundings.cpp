@@ -116,7 +116,8 @@ private Q_SLOTS:
                        "'Status server waiting for its port'],'running':true,'summary':'Gateway "
                        "offline, voice: Offline, status: waits for its port','well':false}\n")
                 .replace('\'', '"');
-        QTRY_COMPARE_WITH_TIMEOUT(ctl({u"health"_s, u"--json"_s}).out, health, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(ctl({u"health"_s, u"--json"_s}).out, health,
+                                  patienceMilliseconds);
         QVERIFY(ctl({u"status"_s}).out.contains("Wrong          Gateway offline\n"));
     }
 
