@@ -62,6 +62,20 @@ QByteArray say(const QString &socket, const QByteArray &line)
     return client.readLine().trimmed();
 }
 
+void take(const Step &step)
+{
+    Run last{.status = 0};
+    QString text;
+    for (const QString &command : step.line.split(u"; "_s)) {
+        QCOMPARE(last.status, 0);
+        last = ctl(command.split(u' '), step.input);
+        text += QString::fromUtf8(last.out + last.err);
+    }
+    const QRegularExpression expected(step.told, QRegularExpression::DotMatchesEverythingOption);
+    QVERIFY2(expected.match(text).hasMatch(), qPrintable(step.line + u": "_s + text));
+    QCOMPARE(last.status, step.status);
+}
+
 } // namespace
 
 class TestCommands : public QObject
@@ -170,17 +184,11 @@ private Q_SLOTS:
             {u"setup serve"_s, 1, u"^Configuring Tailscale.*\nTry manually.*active\n +here: ost"_s},
             {u"setup progress --json"_s, 1, u"^{.*\"messages\":\\[\"Creating.*:false}\n$"_s},
         };
-        for (const auto &[line, status, told, input] : steps) {
-            Run last{.status = 0};
-            QString text;
-            for (const QString &command : line.split(u"; "_s)) {
-                QCOMPARE(last.status, 0);
-                last = ctl(command.split(u' '), input);
-                text += QString::fromUtf8(last.out + last.err);
+        for (const Step &step : steps) {
+            take(step);
+            if (QTest::currentTestFailed()) {
+                return;
             }
-            const QRegularExpression expected(told, QRegularExpression::DotMatchesEverythingOption);
-            QVERIFY2(expected.match(text).hasMatch(), qPrintable(line + u": "_s + text));
-            QCOMPARE(last.status, status);
         }
         desk.home.write(u".config/ai.duskrell.ostrelle.conf"_s, "no preferences\n");
         for (const QString &set :
