@@ -147,24 +147,25 @@ Streams streamsOf(Capture capture, int pipe, int input)
 // much.
 Descriptor endWith(const QByteArray &text)
 {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    auto pipe = Pipe::open();
+    if (!pipe) {
         return Descriptor();
     }
-    Descriptor readEnd(ends[0]);
-    const Descriptor writeEnd(ends[1]);
-    ::fcntl(writeEnd.get(), F_SETFL, O_NONBLOCK);
-    const bool fits = ::write(writeEnd.get(), text.constData(),
+    ::fcntl(pipe->writeEnd.get(), F_SETFL, O_NONBLOCK);
+    const bool fits = ::write(pipe->writeEnd.get(), text.constData(),
                               static_cast<std::size_t>(text.size())) == text.size();
-    return fits ? std::move(readEnd) : Descriptor();
+    return fits ? std::move(pipe->readEnd) : Descriptor();
 }
 
-void prepare(QProcess &process, const Streams &streams)
+// The group is one to join; 0: one of its own.
+void prepare(QProcess &process, const Streams &streams, pid_t group = 0)
 {
     const pid_t parent = ::getpid();
-    process.setChildProcessModifier([parent, streams] {
+    process.setChildProcessModifier([parent, streams, group] {
         restoreForChild();
-        ::setpgid(0, 0);
+        if (::setpgid(0, group) != 0) {
+            ::setpgid(0, 0); // that group has ended
+        }
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent) {
             ::_exit(127); // the parent was killed before the line above could take effect

@@ -4,6 +4,7 @@
 
 #include <QFile>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -176,6 +177,15 @@ Descriptor::~Descriptor()
 int Descriptor::release() noexcept
 {
     return std::exchange(m_fd, -1);
+}
+
+std::optional<Pipe> Pipe::open()
+{
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return std::nullopt;
+    }
+    return Pipe{.readEnd = Descriptor(ends[0]), .writeEnd = Descriptor(ends[1])};
 }
 
 } // namespace ostrelle

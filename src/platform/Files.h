@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <shared_mutex>
 #include <string>
 #include <string_view>
@@ -47,6 +48,15 @@ public:
 
 private:
     int m_fd;
+};
+
+// Both ends of a pipe, which the programs that are started do not get.
+struct Pipe {
+    // Absent, with errno set, when there are no descriptors left.
+    static std::optional<Pipe> open();
+
+    Descriptor readEnd;
+    Descriptor writeEnd;
 };
 
 FileProblem problemFrom(int error); // an error number of the system

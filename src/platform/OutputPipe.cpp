@@ -3,11 +3,11 @@
 #include "platform/ProcessDescriptor.h"
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
+#include <utility>
 
 namespace ostrelle
 {
@@ -37,29 +37,28 @@ bool holds(const std::filesystem::path &process, const QByteArray &pipe)
 
 } // namespace
 
-OutputPipe::OutputPipe(Descriptor readEnd, Descriptor writeEnd)
-    : m_readEnd(std::move(readEnd))
-    , m_writeEnd(std::move(writeEnd))
+OutputPipe::OutputPipe(Pipe pipe)
+    : m_pipe(std::move(pipe))
 {
 }
 
 std::optional<OutputPipe> OutputPipe::open()
 {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    auto pipe = Pipe::open();
+    if (!pipe) {
         return std::nullopt;
     }
-    ::fcntl(ends[0], F_SETFL, O_NONBLOCK);
-    return OutputPipe(Descriptor(ends[0]), Descriptor(ends[1]));
+    ::fcntl(pipe->readEnd.get(), F_SETFL, O_NONBLOCK);
+    return OutputPipe(std::move(*pipe));
 }
 
 QByteArray OutputPipe::read()
 {
     QByteArray piece(pieceBytes, Qt::Uninitialized);
     const ssize_t count =
-        m_readEnd ? ::read(m_readEnd.get(), piece.data(), pieceBytes) : ssize_t{0};
+        m_pipe.readEnd ? ::read(m_pipe.readEnd.get(), piece.data(), pieceBytes) : ssize_t{0};
     if (count == 0) {
-        m_readEnd = Descriptor();
+        m_pipe.readEnd = Descriptor();
     }
     piece.truncate(std::max<ssize_t>(count, 0));
     return piece;
@@ -68,7 +67,7 @@ QByteArray OutputPipe::read()
 void OutputPipe::killHolders() const
 {
     struct stat attributes{};
-    if (::fstat(m_readEnd.get(), &attributes) != 0) {
+    if (::fstat(m_pipe.readEnd.get(), &attributes) != 0) {
         return;
     }
     // As the system names it among what a process has open.

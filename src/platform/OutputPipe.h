@@ -16,10 +16,10 @@ public:
     // Absent when there are no descriptors left.
     static std::optional<OutputPipe> open();
 
-    int readEnd() const { return m_readEnd.get(); } // -1 after the end of the output
-    int writeEnd() const { return m_writeEnd.get(); }
-    void closeWriteEnd() { m_writeEnd = Descriptor(); }
-    bool ended() const { return !m_readEnd; }
+    int readEnd() const { return m_pipe.readEnd.get(); } // -1 after the end of the output
+    int writeEnd() const { return m_pipe.writeEnd.get(); }
+    void closeWriteEnd() { m_pipe.writeEnd = Descriptor(); }
+    bool ended() const { return !m_pipe.readEnd; }
 
     // What is there now, as far as a pipe holds. Does not wait.
     QByteArray read();
@@ -29,10 +29,9 @@ public:
     void killHolders() const;
 
 private:
-    OutputPipe(Descriptor readEnd, Descriptor writeEnd);
+    explicit OutputPipe(Pipe pipe);
 
-    Descriptor m_readEnd;
-    Descriptor m_writeEnd;
+    Pipe m_pipe;
 };
 
 } // namespace ostrelle
