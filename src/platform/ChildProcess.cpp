@@ -184,8 +184,10 @@ void prepare(QProcess &process, const Streams &streams, pid_t group = 0)
 
 void signalGroup(const QProcess &process, int signal)
 {
-    if (const auto pid = static_cast<pid_t>(process.processId()); pid > 0) {
-        ::kill(-pid, signal);
+    const auto pid = static_cast<pid_t>(process.processId());
+    const pid_t group = pid > 0 ? ::getpgid(pid) : -1;
+    if (group > 0 && group != ::getpgrp()) {
+        ::kill(-group, signal);
     }
 }
 
@@ -308,10 +310,10 @@ void endLeftovers(OutputPipe &pipe)
 
 } // namespace
 
-void prepareChild(QProcess &process, std::optional<int> outputDescriptor)
+void prepareChild(QProcess &process, pid_t group, std::optional<int> outputDescriptor)
 {
     const int descriptor = outputDescriptor.value_or(-1);
-    prepare(process, {.input = -1, .output = descriptor, .error = descriptor});
+    prepare(process, {.input = -1, .output = descriptor, .error = descriptor}, group);
 }
 
 void askGroupToEnd(const QProcess &process)

@@ -17,29 +17,29 @@ namespace ostrelle
 namespace
 {
 
-// Is given the group's number. What is sent to the group is not for the guard itself; KILL comes
+// What is sent to the group is not for the guard itself, whose number the group has; KILL comes
 // last, and not at all once the guard is alone with what it has started.
 constexpr char guardScript[] = R"(
 trap '' HUP INT QUIT TERM
 others() {
-    cat /proc/[0-9]*/stat 2>/dev/null | awk -v group="$1" -v guard=$$ '
+    cat /proc/[0-9]*/stat 2>/dev/null | awk -v guard=$$ '
         { pid = $1; sub(/^.*\) /, "") }
-        $3 == group && $1 != "Z" && pid != guard && $2 != guard { found = 1 }
+        $3 == guard && $1 != "Z" && pid != guard && $2 != guard { found = 1 }
         END { exit !found }'
 }
 read -r end
-others "$1" || exit
+others || exit
 kill -TERM 0
 for tenth in 1 2 3 4 5 6 7 8 9 10; do
     sleep 0.1
-    others "$1" || exit
+    others || exit
 done
 kill -KILL 0)";
 
 class SpawnSettings
 {
 public:
-    SpawnSettings(pid_t group, int standardInput)
+    explicit SpawnSettings(int standardInput)
     {
         ::posix_spawn_file_actions_init(&m_files);
         ::posix_spawn_file_actions_adddup2(&m_files, standardInput, STDIN_FILENO);
@@ -50,7 +50,7 @@ public:
         ::posix_spawnattr_init(&m_attributes);
         ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK |
                                                       POSIX_SPAWN_SETSIGDEF);
-        ::posix_spawnattr_setpgroup(&m_attributes, group);
+        ::posix_spawnattr_setpgroup(&m_attributes, 0);
         // The group may be asked to end before the shell has come to its first line.
         sigset_t askedToEnd;
         ::sigemptyset(&askedToEnd);
@@ -116,22 +116,19 @@ GroupGuard::~GroupGuard()
     }
 }
 
-std::optional<GroupGuard> GroupGuard::of(pid_t group)
+std::optional<GroupGuard> GroupGuard::start()
 {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    auto lifeline = Pipe::open();
+    if (!lifeline) {
         return std::nullopt;
     }
-    const Descriptor shellsEnd(ends[0]);
-    Descriptor lifeline(ends[1]);
     std::string name = "ostrelle-guard";
     std::string option = "-c";
     std::string text = guardScript;
-    std::string number = std::to_string(group);
-    const std::array<char *, 6> arguments{name.data(), option.data(), text.data(),
-                                          name.data(), number.data(), nullptr};
-    const pid_t shell = SpawnSettings(group, shellsEnd.get()).start("/bin/sh", arguments.data());
-    return shell > 0 ? std::optional(GroupGuard(shell, std::move(lifeline))) : std::nullopt;
+    const std::array<char *, 4> arguments{name.data(), option.data(), text.data(), nullptr};
+    const pid_t shell = SpawnSettings(lifeline->readEnd.get()).start("/bin/sh", arguments.data());
+    return shell > 0 ? std::optional(GroupGuard(shell, std::move(lifeline->writeEnd)))
+                     : std::nullopt;
 }
 
 } // namespace ostrelle

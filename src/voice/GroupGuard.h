@@ -10,14 +10,15 @@ namespace ostrelle
 
 // Ends what is left of a process group when the object goes, or this program does, whatever ends
 // it: asks first, and kills a second later. The kernel would end only the process that was started,
-// not what that has started in turn. A small shell does it: it is itself a member of the group, so
-// that the group's number cannot become somebody else's, and waits for the end of a pipe. Main
-// thread only.
+// not what that has started in turn. A small shell does it: it leads the group, so that the group's
+// number cannot become somebody else's, and waits for the end of a pipe. Main thread only.
 class GroupGuard
 {
 public:
-    // Absent when the group is not there or the shell cannot be started.
-    static std::optional<GroupGuard> of(pid_t group);
+    // Makes a group, for others to join. Absent when the shell cannot be started.
+    static std::optional<GroupGuard> start();
+
+    pid_t group() const { return m_shell; }
 
     GroupGuard(GroupGuard &&other) noexcept;
     GroupGuard &operator=(GroupGuard &&other) noexcept;

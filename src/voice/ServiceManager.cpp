@@ -155,7 +155,10 @@ void ServiceManager::launch(const ChildCommand &command)
     process->setProcessEnvironment(*command.environment);
     process->setWorkingDirectory(command.workingDirectory);
     const Descriptor agentLog = openPrivateLog(m_surroundings.logFile);
-    prepareChild(*process, agentLog ? std::optional(agentLog.get()) : std::nullopt);
+    // There before the agent can start anything.
+    const auto guard = m_guards.insert_or_assign(process, GroupGuard::start()).first;
+    prepareChild(*process, guard->second ? guard->second->group() : 0,
+                 agentLog ? std::optional(agentLog.get()) : std::nullopt);
     process->setStandardInputFile(QProcess::nullDevice());
     process->setProcessChannelMode(QProcess::ForwardedChannels);
     connect(process, &QProcess::started, this, [this, process] { handleStart(*process); });
@@ -172,15 +175,13 @@ void ServiceManager::handleStart(const QProcess &process)
 {
     const qint64 pid = process.processId();
     m_voiceRunning = true;
-    if (auto guard = GroupGuard::of(static_cast<pid_t>(pid))) {
-        m_guards.insert_or_assign(&process, std::move(*guard));
-    }
     inOrder(settingsQueue(), [file = pidFile(), pid] { writePidFile(file, pid); });
     log(u"Voice agent started (PID %1)"_s.arg(pid));
 }
 
 void ServiceManager::handleLaunchFailure(QProcess *process)
 {
+    m_guards.erase(process);
     m_voiceProcess = nullptr;
     m_isStopping = false;
     m_startsAgain = false;

@@ -70,6 +70,21 @@ def program_killed_over_agent():
     return f"Gone {took:.1f} s after KILL; the next start had one agent."
 
 
+@row(seconds=90)
+def program_killed_by_agent():
+    """An agent that starts a recorder and at once kills (KILL) the program, ten times.
+
+    The recorders are gone within three seconds.
+    """
+    home = home_with_agent("sleep 60 & echo $! >> \"$HOME/recorders\"; kill -9 $PPID; wait")
+    for count in range(1, 11):
+        program = Program(home)
+        require(wait_for(lambda: not program.is_running()), "The agent does not end the program")
+        require(len(numbers(home, "recorders")) == count, f"The agent does not start: {program.tail()}")
+    require(wait_for(lambda: not any(map(is_alive, numbers(home, "recorders"))), 3), "A recorder lives on")
+    return "The ten recorders were gone."
+
+
 @row(seconds=60)
 def agent_killed():
     """The agent is killed, its recorder stays.
