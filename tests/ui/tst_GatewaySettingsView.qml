@@ -167,6 +167,24 @@ ViewTest {
         tryVerify(() => !Items.symbol(view, "spinner"));
     }
 
+    // As when the panel closes and opens again, with the same gateway or with another one.
+    function test_whatIsKept() {
+        const view = makeView([test.near, test.far]);
+        press(view, "PROFILES");
+        press(view, "Add Token");
+        view.models.profiles.manualURL = "box";
+        const kept = view.keepsake();
+        const again = createTemporaryObject(settingsView, test);
+        again.restore(kept);
+        tryVerify(() => secretField(again) && row(again, "far.quiet-otter.invalid"));
+        compare(again.models.profiles.manualURL, "box");
+        const other = createTemporaryObject(settingsView, test);
+        kept.gateway = test.far;
+        other.restore(kept);
+        tryVerify(() => row(other, "far.quiet-otter.invalid"));
+        verify(!secretField(other));
+    }
+
     function test_switching() {
         const view = makeView([test.near, test.far]);
         press(view, "PROFILES");

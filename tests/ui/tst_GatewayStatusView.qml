@@ -71,4 +71,14 @@ ViewTest {
         mouseClick(button);
         tryVerify(() => Items.texts(view)[0] === "Gateway");
     }
+
+    function test_warningWithoutTailscale() {
+        fixture.tool("xdg-open", "true");
+        const view = insecureView();
+        waitForRendering(view);
+        mouseClick(Items.withText(view, "Get Tailscale"));
+        tryVerify(() => fixture.read("calls") === "xdg-open https://tailscale.com/download\n");
+        mouseClick(Items.withText(view, "Dismiss"));
+        verify(!Items.withText(view, "Get Tailscale"));
+    }
 }

@@ -106,14 +106,24 @@ ViewTest {
     }
 
     function test_refusedPassword() {
-        fixture.write("resources/install-duskrell.sh", "while [ ! -e ~/go ]; do sleep 0.01; done; echo SUDO_FAILED; exit 1");
+        fixture.write("resources/install-duskrell.sh",
+                      "await() { while [ ! -e ~/$1 ]; do sleep 0.01; done; }; for line in 1 2 3 4 5 6 7 8 9; do echo $line; done;"
+                      + "await more; echo more; await go; echo SUDO_FAILED; exit 1");
         const sheet = sheetAfterChecks();
         fixture.setupManager.sudoPassword = "wrong";
         const install = Items.withText(sheet, "Install Everything");
         mouseClick(install);
         compare(install.text, "Installing…");
         verify(!install.enabled);
-        tryVerify(() => Items.withText(sheet, "Installing Duskrell + dependencies…"));
+        const log = () => Items.visibleItems(sheet).find(item => item.positionViewAtEnd);
+        tryVerify(() => log()?.contentY > 0 && log().atYEnd);
+        log().forceActiveFocus();
+        keyClick(Qt.Key_Up);
+        tryVerify(() => !log().moving);
+        const read = {y: log().contentY, lines: log().count};
+        fixture.write("more", "");
+        tryVerify(() => log().count > read.lines);
+        compare(log().contentY, read.y); // where the user has scrolled to
         fixture.write("go", "");
         tryVerify(() => Items.withText(sheet, "Incorrect password — try again"));
         // What follows by itself is the voice agent's installation.
