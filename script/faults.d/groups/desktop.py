@@ -239,7 +239,7 @@ def no_bus_of_ours():
 def display_goes():
     """The X server is killed while the panel is open and a voice agent runs.
 
-    The program ends, whatever it has started ends with it, and the next start without a display comes up.
+    The program ends, whatever it has started ends with it, and the next start comes up and says that there is no display.
     """
     home, screen, bus = desk()
     config = home.config()
@@ -255,7 +255,10 @@ def display_goes():
     took = time.monotonic() - began
     require(wait_for(lambda: not is_alive(agent), 4), "The voice agent lives on")
     require(config is not None and home.config() is not None, "config.json is torn")
-    Program(home).listens().end()
+    program = Program(home, DISPLAY=screen.name).listens()
+    status, told = ctl(home, "panel")
+    require(status != 0 and "without a display" in told, f"Asked for the panel, the next start said: {told}")
+    program.end()
     return f"It ended {took:.1f} s after the display, and its voice agent; the next start came up."
 
 
