@@ -34,15 +34,32 @@ def listing(turn):
                                     for i in range(first, first + 50)]})
 
 
+def grown(program):
+    """Its memory once nothing is added any more: the panel is seen before its contents are there."""
+    before, now = 0, program.megabytes()
+    while now - before > 0.2:
+        time.sleep(0.2)
+        before, now = now, program.megabytes()
+    return now
+
+
 def sample(program):
-    return {"MB": program.megabytes(), "descriptors": program.descriptors(), "threads": program.threads(),
+    return {"MB": grown(program), "descriptors": program.descriptors(), "threads": program.threads(),
             "children": len(program.children())}
+
+
+def look_set_up(home):
+    """Else the panel shows the setup in place of its tabs."""
+    install_tool("node", "exit 1")
+    home.write(".ostrelle/data/models/kokoro-v1.0.onnx", "")
+    home.write(".ostrelle/venv/bin/python", "#!/bin/sh\n", 0o755)
 
 
 def live(minutes):
     """The samples, one a turn, and what was done."""
     home = Home()
     home.configure()
+    look_set_up(home)
     home.write(PREFERENCES, "[General]\nsetupWasShown=true\nprojectTrackingEnabled=true\n")
     home.write("listing", listing(0))
     install_tool("duskrell", 'case "$1" in sessions) cat "$HOME/listing" ;; cron) echo \'{"jobs":[]}\' ;; esac')
@@ -60,7 +77,7 @@ def live(minutes):
         turn = len(samples) + 1
         home.write("listing.new", listing(turn)).rename(home.file("listing"))
         screen.open_panel(f"in turn {turn}")
-        samples.append(sample(program))  # while its contents are surely there: they go three seconds after closing
+        samples.append(sample(program))  # before it is closed, since its contents go soon after
         screen.close_panel()
         if turn % TURNS_TO_A_FLAP == 0:
             gateway.stop()
