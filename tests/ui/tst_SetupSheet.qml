@@ -107,7 +107,7 @@ ViewTest {
 
     function test_refusedPassword() {
         fixture.write("resources/install-duskrell.sh",
-                      "await() { while [ ! -e ~/$1 ]; do sleep 0.01; done; }; for line in 1 2 3 4 5 6 7 8 9; do echo $line; done;"
+                      "await() { until [ -e ~/$1 ] || ((SECONDS > 60)); do sleep 0.01; done; }; for line in 1 2 3 4 5 6 7 8 9; do echo $line; done;"
                       + "await more; echo more; await go; echo SUDO_FAILED; exit 1");
         const sheet = sheetAfterChecks();
         fixture.setupManager.sudoPassword = "wrong";
