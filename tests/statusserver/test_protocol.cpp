@@ -10,6 +10,7 @@
 
 #include <asio/io_context.hpp>
 #include <chrono>
+#include <deque>
 #include <sys/stat.h>
 
 using namespace ostrelle;
@@ -106,6 +107,31 @@ private Q_SLOTS:
         QCOMPARE(document.atHand(), read);
         QVERIFY(QFile::remove(home.path(u"document"_s)));
         QVERIFY(!document.atHand());
+    }
+
+    // Whoever comes during a reading is answered by the next one.
+    void readsOnceForAllWhoWait()
+    {
+        const ScratchHome home;
+        asio::io_context loop;
+        AnswerMemory memory;
+        std::deque<Workers::Task> readings;
+        ServedDocument document(loop, home.path(u"document"_s).toStdString(), memory, 1min,
+                                [&](auto task) { readings.push_back(std::move(task)); });
+        int answers = 0;
+        const auto come = [&] { document.wait([&](const SharedResponse &) { ++answers; }); };
+        come();
+        come();
+        come();
+        for (const int answered : {1, 3}) {
+            QVERIFY(readings.size() == 1);
+            readings.front()({});
+            readings.pop_front();
+            loop.restart();
+            loop.run();
+            QCOMPARE(answers, answered);
+        }
+        QVERIFY(readings.empty());
     }
 
     void whatIsNoDocument()
