@@ -143,6 +143,8 @@ private Q_SLOTS:
     void moveToTheKeyringLosesNothingNewer()
     {
         m_keyring = &m_session->startKeyring();
+        m_home.write(keptIn, "broken {");
+        QVERIFY(m_preferred.write(account, "where no file is needed"));
         for (int i = 0; i < 30; ++i) {
             const QByteArray newer = "new " + QByteArray::number(i);
             QVERIFY(SecretFile(m_home.path(keptIn)).write(account, "old"));
