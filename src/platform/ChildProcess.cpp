@@ -163,9 +163,7 @@ void prepare(QProcess &process, const Streams &streams, pid_t group = 0)
     const pid_t parent = ::getpid();
     process.setChildProcessModifier([parent, streams, group] {
         restoreForChild();
-        if (::setpgid(0, group) != 0) {
-            ::setpgid(0, 0); // that group has ended
-        }
+        ::setpgid(0, group);
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent) {
             ::_exit(127); // the parent was killed before the line above could take effect
@@ -324,7 +322,7 @@ void askGroupToEnd(const QProcess &process)
 void killWithGroup(QProcess &process)
 {
     signalGroup(process, SIGKILL);
-    process.kill(); // a child that has not made its group yet
+    process.kill(); // a child that is in no group of its own yet
 }
 
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,

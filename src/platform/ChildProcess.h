@@ -76,11 +76,11 @@ void endAllChildren();
 // True once endAllChildren() was called: an answer that is missing says nothing. Any thread.
 bool programEnds();
 
-// Sets up a process that is to be started by hand: that process group, or its own when it is 0 or
-// has ended; the signals and limits that this program was started with, none of what this program
-// has open, and its death (not that of its own children) together with the thread that starts it.
-// With an output descriptor, that becomes its standard output and standard error; it must stay open
-// until start() has returned.
+// Sets up a process that is to be started by hand: in the process group with that number, or for 0
+// in one of its own; with the signals and limits that this program was started with, with none of
+// what this program has open, and so that it dies (not what it has started) together with the
+// thread that starts it. With an output descriptor, that becomes its standard output and standard
+// error; it must stay open until start() has returned.
 void prepareChild(QProcess &process, pid_t group, std::optional<int> outputDescriptor);
 
 // Asks a process that was set up with prepareChild(), and its group, to end.

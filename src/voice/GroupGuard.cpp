@@ -18,23 +18,30 @@ namespace
 {
 
 // What is sent to the group is not for the guard itself, whose number the group has; KILL comes
-// last, and not at all once the guard is alone with what it has started.
+// last, also when the guard cannot start a tool, and not at all once it is alone with what it has
+// started. It looks twice: a process may start another one behind the back of the first look. A
+// look that has not seen the guard itself has failed.
 constexpr char guardScript[] = R"(
 trap '' HUP INT QUIT TERM
-others() {
-    cat /proc/[0-9]*/stat 2>/dev/null | awk -v guard=$$ '
-        { pid = $1; sub(/^.*\) /, "") }
-        $3 == guard && $1 != "Z" && pid != guard && $2 != guard { found = 1 }
-        END { exit !found }'
+go_if_alone() {
+    for look in 1 2; do
+        cat /proc/[0-9]*/stat 2>/dev/null | awk -v guard=$$ '
+            { pid = $1; sub(/^.*\) /, "") }
+            pid == guard { seen = 1 }
+            $3 == guard && $1 != "Z" && pid != guard && $2 != guard { others = 1 }
+            END { exit others || !seen }' || return
+    done
+    trap - EXIT
+    exit
 }
 read -r end
-others || exit
+trap 'kill -KILL 0' EXIT
+go_if_alone
 kill -TERM 0
 for tenth in 1 2 3 4 5 6 7 8 9 10; do
     sleep 0.1
-    others || exit
-done
-kill -KILL 0)";
+    go_if_alone
+done)";
 
 class SpawnSettings
 {

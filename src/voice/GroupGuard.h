@@ -11,7 +11,8 @@ namespace ostrelle
 // Ends what is left of a process group when the object goes, or this program does, whatever ends
 // it: asks first, and kills a second later. The kernel would end only the process that was started,
 // not what that has started in turn. A small shell does it: it leads the group, so that the group's
-// number cannot become somebody else's, and waits for the end of a pipe. Main thread only.
+// number cannot become somebody else's, and waits for the end of a pipe. A process that makes a
+// group of its own leaves it. Main thread only.
 class GroupGuard
 {
 public:

@@ -155,10 +155,13 @@ void ServiceManager::launch(const ChildCommand &command)
     process->setProcessEnvironment(*command.environment);
     process->setWorkingDirectory(command.workingDirectory);
     const Descriptor agentLog = openPrivateLog(m_surroundings.logFile);
-    // There before the agent can start anything.
-    const auto guard = m_guards.insert_or_assign(process, GroupGuard::start()).first;
-    prepareChild(*process, guard->second ? guard->second->group() : 0,
+    // The guard is there before the agent can start anything.
+    auto guard = GroupGuard::start();
+    prepareChild(*process, guard ? guard->group() : 0,
                  agentLog ? std::optional(agentLog.get()) : std::nullopt);
+    if (guard) {
+        m_guards.insert_or_assign(process, std::move(*guard));
+    }
     process->setStandardInputFile(QProcess::nullDevice());
     process->setProcessChannelMode(QProcess::ForwardedChannels);
     connect(process, &QProcess::started, this, [this, process] { handleStart(*process); });

@@ -143,7 +143,7 @@ private:
     std::optional<SupervisorTime::Clock::time_point> m_lastCrashTime;
     // Of what an agent starts, while that agent runs: one that cannot be ended may still be there
     // when the next one starts.
-    std::map<const QProcess *, std::optional<GroupGuard>> m_guards;
+    std::map<const QProcess *, GroupGuard> m_guards;
 };
 
 } // namespace ostrelle
