@@ -258,9 +258,12 @@ class Program:
         return told
 
     def megabytes(self):
-        """What it has written to memory of its own. Pages of a library count for the one program that uses it just now."""
+        """What it has written to memory of its own.
+
+        What it has only read is left out: a library's pages would count while no other program uses that library.
+        """
         text = pathlib.Path(f"/proc/{self.pid}/smaps_rollup").read_text()
-        return int(re.search(r"Private_Dirty: +(\d+)", text)[1]) / 1024
+        return sum(int(kb) for kb in re.findall(r"(?:Private_Dirty|Swap): +(\d+)", text)) / 1024
 
     def rest(self, seconds=15):
         """How many descriptors are open once the start is over: no change for a second and a half."""

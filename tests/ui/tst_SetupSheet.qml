@@ -120,9 +120,9 @@ ViewTest {
         log().forceActiveFocus();
         keyClick(Qt.Key_Up);
         tryVerify(() => !log().moving);
-        const read = {y: log().contentY, lines: log().count};
+        const read = {y: log().contentY, height: log().contentHeight};
         fixture.write("more", "");
-        tryVerify(() => log().count > read.lines);
+        tryVerify(() => log().contentHeight > read.height);
         compare(log().contentY, read.y); // where the user has scrolled to
         fixture.write("go", "");
         tryVerify(() => Items.withText(sheet, "Incorrect password — try again"));

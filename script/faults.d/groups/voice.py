@@ -70,11 +70,11 @@ def program_killed_over_agent():
     return f"Gone {took:.1f} s after KILL; the next start had one agent."
 
 
-@row(seconds=90)
+@row(seconds=90, quick=True)
 def program_killed_by_agent():
     """An agent that starts a recorder and at once kills (KILL) the program, ten times.
 
-    The recorders are gone within three seconds.
+    The recorders are gone three seconds after the last time.
     """
     home = home_with_agent("sleep 60 & echo $! >> \"$HOME/recorders\"; kill -9 $PPID; wait")
     for count in range(1, 11):
