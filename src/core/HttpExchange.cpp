@@ -143,8 +143,7 @@ void HttpExchange::finish(const HttpResult &result)
 
 void HttpExchange::abort()
 {
-    m_done = nullptr;
-    m_socket->disconnect(this);
+    m_done = nullptr; // whatever the socket still tells comes to nothing
     m_socket->abort();
     deleteLater();
 }

@@ -159,6 +159,7 @@ private Q_SLOTS:
             {u"gateways remove attic; gateways --names; gateways remove "_s, 1,
              u"^Removed: http://box:18789\nHome\n[^\n]*no gateway is named"_s},
             {u"gateways add "_s + desk.gateway.url() + u" --name Other"_s, 1, u"saved already"_s},
+            {u"gateways add 128 --device"_s, 1, u"no device of that name"_s},
             {u"gateways find; gateways add 127 --device; gateways find"_s, 1,
              u"^DEVICE +URL +IP +GATEWAY\n127 +https://127.0.0.9 +127.0.0.9 +none\n"
              "Saved: https://127.0.0.9\nDEVICE [^\n]+\nTailscale [^\n]+\n$"_s},
