@@ -73,7 +73,8 @@ ViewTest {
                 const place = line.pointAt(part);
                 verify(picture.alpha(place.x, place.y) > 0, part);
             });
-            fuzzyCompare(line.pointAt(1).x, line.toLeft ? 0 : line.width, 0.001);
+            [0, 1].forEach(part => fuzzyCompare(line.pointAt(part).x,
+                line.toLeft ? (1 - part) * line.width : part * line.width, 0.001));
         });
     }
 

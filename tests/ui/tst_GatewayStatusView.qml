@@ -78,7 +78,10 @@ ViewTest {
         waitForRendering(view);
         mouseClick(Items.withText(view, "Get Tailscale"));
         tryVerify(() => fixture.read("calls") === "xdg-open https://tailscale.com/download\n");
-        mouseClick(Items.withText(view, "Dismiss"));
+        const dismiss = Items.withText(view, "Dismiss");
+        mouseMove(dismiss);
+        tryVerify(() => Qt.colorEqual(Items.symbol(dismiss, "xmark").color, Theme.textPrimary));
+        mouseClick(dismiss);
         verify(!Items.withText(view, "Get Tailscale"));
     }
 }
