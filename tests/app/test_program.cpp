@@ -97,8 +97,10 @@ private Q_SLOTS:
         }
         const QByteArray line = program.waitForLine("[ServiceManager] Voice agent started (PID ");
         QCOMPARE(line.split(' ').last().chopped(1).toInt(), started.last());
+        const QString pidFile = u".ostrelle/voice-agent.pid"_s;
+        QTRY_VERIFY(home.exists(pidFile));
         QCOMPARE(program.endWith(signal), signal == SIGTERM ? 0 : -1);
-        QCOMPARE(home.exists(u".ostrelle/voice-agent.pid"_s), signal == SIGKILL);
+        QCOMPARE(home.exists(pidFile), signal == SIGKILL);
         for (const pid_t pid : started) {
             QTRY_VERIFY(!isAlive(pid));
         }

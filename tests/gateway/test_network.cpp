@@ -35,8 +35,8 @@ private Q_SLOTS:
         const Rows<QByteArray, QString, QString> row("printed", "address", "serve");
         row("blank lines", " \n\n", {}, {});
         row("first of two lines, text behind it",
-            "# x\n\t https://a.ts.net (tailnet only) \r\nhttps://b",
-            u"# x\n\t https://a.ts.net (tailnet only) \r\nhttps://b"_s,
+            "# x\n\t\t https://a.ts.net (tailnet only) \r\nhttps://b",
+            u"# x\n\t\t https://a.ts.net (tailnet only) \r\nhttps://b"_s,
             u"https://a.ts.net (tailnet only) \r"_s);
     }
 
