@@ -1,6 +1,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/ProcessSetup.h"
 #include "statusserver/ServerFixture.h"
+#include "support/Patience.h"
 #include "support/Processes.h"
 #include "support/Rows.h"
 
@@ -127,7 +128,7 @@ private Q_SLOTS:
         QVERIFY(countRead(crowd.front()) < bytes);
         QVERIFY(countRead(crowd.back()) > bytes - 1000);
         crowd.clear();
-        QTRY_VERIFY_WITH_TIMEOUT(memoryInUse() - before < bytes / 2, 12'000);
+        QTRY_VERIFY_WITH_TIMEOUT(memoryInUse() - before < bytes / 2, patienceMilliseconds);
     }
 
     void clientsThatCloseHalfway()
