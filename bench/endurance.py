@@ -122,7 +122,7 @@ def report(result, minutes):
         pick = statistics.median if name in ("MB", "threads") else min
         first, last = (pick(sample[name] for sample in part) for part in (early, late))
         change = (last / first - 1) * 100 if first else 0.0
-        lines.append(f"| {'private memory, MB' if name == 'MB' else name} | {first:.4g} | {last:.4g} | {change:+.1f} % |")
+        lines.append(f"| {'memory written to, MB' if name == 'MB' else name} | {first:.4g} | {last:.4g} | {change:+.1f} % |")
     return "\n".join([*lines, "", f"The program ended {result['end']:.1f} s after TERM.", ""])
 
 
