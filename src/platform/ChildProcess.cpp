@@ -180,25 +180,31 @@ void prepare(QProcess &process, const Streams &streams, pid_t group = 0)
     });
 }
 
-void signalGroup(const QProcess &process, int signal)
+// The group is the one that it was given, whichever it may have gone to since: that may be
+// anybody's.
+void signalGroup(const QProcess &process, pid_t group, int signal)
 {
     const auto pid = static_cast<pid_t>(process.processId());
-    const pid_t group = pid > 0 ? ::getpgid(pid) : -1;
-    if (group > 0 && group != ::getpgrp()) {
-        ::kill(-group, signal);
+    if (pid <= 0) {
+        return;
+    }
+    const pid_t given = group > 0 ? group : pid;
+    ::kill(-given, signal);
+    if (::getpgid(pid) != given) {
+        ::kill(pid, signal);
     }
 }
 
 // False when it still runs after that time.
 bool endsWhenAsked(QProcess &process, std::chrono::milliseconds within)
 {
-    askGroupToEnd(process);
+    askGroupToEnd(process, 0);
     return process.waitForFinished(static_cast<int>(within.count()));
 }
 
 void killAndReap(QProcess &process)
 {
-    killWithGroup(process);
+    killWithGroup(process, 0);
     process.waitForFinished(-1);
 }
 
@@ -314,15 +320,14 @@ void prepareChild(QProcess &process, pid_t group, std::optional<int> outputDescr
     prepare(process, {.input = -1, .output = descriptor, .error = descriptor}, group);
 }
 
-void askGroupToEnd(const QProcess &process)
+void askGroupToEnd(const QProcess &process, pid_t group)
 {
-    signalGroup(process, SIGTERM);
+    signalGroup(process, group, SIGTERM);
 }
 
-void killWithGroup(QProcess &process)
+void killWithGroup(const QProcess &process, pid_t group)
 {
-    signalGroup(process, SIGKILL);
-    process.kill(); // a child that is in no group of its own yet
+    signalGroup(process, group, SIGKILL);
 }
 
 std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,

@@ -83,11 +83,12 @@ bool programEnds();
 // error; it must stay open until start() has returned.
 void prepareChild(QProcess &process, pid_t group, std::optional<int> outputDescriptor);
 
-// Asks a process that was set up with prepareChild(), and its group, to end.
-void askGroupToEnd(const QProcess &process);
+// Asks a process that was set up with prepareChild(), and the group that it was given there, to
+// end.
+void askGroupToEnd(const QProcess &process, pid_t group);
 
 // Kills a process that was set up with prepareChild(), and what is left of its group. Does not wait
 // for the end.
-void killWithGroup(QProcess &process);
+void killWithGroup(const QProcess &process, pid_t group);
 
 } // namespace ostrelle

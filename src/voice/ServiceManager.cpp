@@ -96,7 +96,7 @@ ServiceManager::~ServiceManager()
 {
     for (QProcess *process : findChildren<QProcess *>(Qt::FindDirectChildrenOnly)) {
         process->disconnect(this);
-        killWithGroup(*process);
+        killWithGroup(*process, groupOf(*process));
         if (!process->waitForFinished(momentToDie)) {
             // The kernel cannot end it now, and QProcess would wait for half a minute: we give it
             // up.
@@ -231,12 +231,18 @@ void ServiceManager::stopVoice()
     }
     m_isStopping = true;
     m_startsAgain = false;
-    askGroupToEnd(*process);
+    askGroupToEnd(*process, groupOf(*process));
     m_surroundings.time.later(terminationGrace, process, [this, process] {
-        killWithGroup(*process);
+        killWithGroup(*process, groupOf(*process));
         forget(process); // even a process that the kernel cannot end now bars no new start
         startIfWished();
     });
+}
+
+pid_t ServiceManager::groupOf(const QProcess &process) const
+{
+    const auto guard = m_guards.find(&process);
+    return guard != m_guards.end() ? guard->second.group() : 0;
 }
 
 void ServiceManager::startIfWished()

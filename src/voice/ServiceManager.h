@@ -119,6 +119,7 @@ private:
     void handleVoiceCrash();
     void forget(const QProcess *process);
     void startIfWished();
+    pid_t groupOf(const QProcess &process) const; // 0: its own
     static void disableLegacyVoiceAgent();
 
     const OstrelleConfig m_config;
