@@ -17,6 +17,7 @@ class NotHere(Exception):
 @dataclasses.dataclass(frozen=True)
 class Row:
     name: str
+    file: str  # below groups, without its suffix
     group: str
     done: str
     must: str
@@ -35,8 +36,9 @@ def row(seconds=60, quick=False):
 
     def add(function):
         done, must, *cause = (" ".join(part.split()) for part in inspect.getdoc(function).split("\n\n"))
-        group = inspect.getmodule(function).__doc__.strip()
-        rows.append(Row(function.__name__.replace("_", "-"), group, done, must, "".join(cause), function, seconds, quick))
+        home = inspect.getmodule(function)
+        name, file = function.__name__.replace("_", "-"), home.__name__.removeprefix("groups.")
+        rows.append(Row(name, file, home.__doc__.strip(), done, must, "".join(cause), function, seconds, quick))
         return function
 
     return add

@@ -41,9 +41,10 @@ def run(row):
 
 def chosen(rows, arguments):
     if arguments.rows:
-        picked = [row for row in rows if any(row.name.startswith(name) for name in arguments.rows)]
+        picked = [row for row in rows if any(row.file == name or row.name.startswith(name)
+                                                 for name in arguments.rows)]
         if not picked:
-            raise SystemExit(f"faults: no row begins with {' or '.join(arguments.rows)}")
+            raise SystemExit(f"faults: no row and no group begins with {' or '.join(arguments.rows)}")
         return picked
     return [row for row in rows if row.quick] if arguments.quick else rows
 
@@ -52,6 +53,7 @@ def main():
     parser = argparse.ArgumentParser(prog="script/faults")
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--first", action="store_true")
     parser.add_argument("--jobs", type=int, default=2 * (os.cpu_count() or 1))
     parser.add_argument("rows", nargs="*")
     arguments = parser.parse_args()
@@ -68,8 +70,11 @@ def main():
             short += result["verdict"] == "short"
             word = {"holds": "holds", "short": "FALLS SHORT", "not here": "not here"}[result["verdict"]]
             print(f"{row.name:<34} {word:<12} {result['seconds']:6.1f} s  {result['seen']}", flush=True)
+            if short and arguments.first:
+                pool.shutdown(cancel_futures=True)
+                return 1
     print(f"faults: {len(picked)} rows, {short} fall short")
-    if not arguments.quick:
+    if not arguments.quick and not arguments.first:
         page.write(PROJECT / "docs/reliability.md", rows, RESULTS)
     return 1 if short else 0
 
