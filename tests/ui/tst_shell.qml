@@ -71,7 +71,9 @@ ViewTest {
         verify(tab("Agents").visualFocus);
         keyClick(Qt.Key_Return);
         compare(panel.selectedTab, 2);
-        verify(tab("Agents").selected && !tab("Settings").selected);
+        compare(told(tab("Agents").parent), "Ostrelle|<shield.lefthalf.filled>~|~"
+            + "|Agents|<point.3.connected.trianglepath.dotted>:teal|:teal"
+            + "|Cron|<clock.arrow.2.circlepath>~|~|Settings|<gearshape>~|~");
     }
 
     // The panel with that tab chosen and all that opens open.
