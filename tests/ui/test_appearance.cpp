@@ -88,7 +88,7 @@ private Q_SLOTS:
                {{gnome,
                  {{u"enable-animations"_s, false},
                   {u"font-name"_s, u"Sans"_s},
-                  {u"text-scaling-factor"_s, -1.0}}}},
+                  {u"text-scaling-factor"_s, 0.0}}}},
                false, 1);
         portal("beyond reason", {{gnome, {{u"text-scaling-factor"_s, 40.0}}}}, true, 4);
         row("GTK alone", u"org.gtk.Settings"_s, QVariant::fromValue(QDBusVariant(false)), false, 1);

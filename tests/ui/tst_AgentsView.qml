@@ -36,6 +36,13 @@ ViewTest {
         return Items.visibleItems(view).find(each => each.shownName === name);
     }
 
+    // The colours of what is drawn there, from the left to the right.
+    function across(view: Item, item: Item): string {
+        const picture = grabImage(view);
+        const left = item.mapToItem(view, 1, item.height / 2);
+        return Array.from({length: item.width}, (_, i) => picture.pixel(left.x + i, left.y)).join();
+    }
+
     function test_layout_data() {
         return [
             {tag: "as designed", width: 380, centers: [[190, 80], [91.2, 180], [288.8, 204], [91.2, 276]],
@@ -66,12 +73,13 @@ ViewTest {
     function test_lightFlowsAlongTheLine() {
         const view = loadedView({alpha: {}, beta: {}});
         const lines = Items.visibleItems(view).filter(each => each.toLeft !== undefined);
-        compare(lines.map(each => each.toLeft), [true, false]);
+        compare(lines.map(each => [each.toLeft, each.thickness, String(each.color)]),
+                [[true, 1.2, "#b3ff375f"], [false, 1.2, "#b3bf5af2"]]);
         lines.forEach(line => {
-            const picture = grabImage(line);
-            [0, 0.3, 0.5, 0.8].forEach(part => {
-                const place = line.pointAt(part);
-                verify(picture.alpha(place.x, place.y) > 0, part);
+            const picture = grabImage(view);
+            [0.3, 0.5, 0.8].forEach(part => {
+                const place = line.mapToItem(view, line.pointAt(part));
+                verify(!Qt.colorEqual(picture.pixel(place.x, place.y), "white"), part);
             });
             [0, 1].forEach(part => fuzzyCompare(line.pointAt(part).x,
                 line.toLeft ? (1 - part) * line.width : part * line.width, 0.001));
@@ -108,6 +116,9 @@ ViewTest {
         const alpha = bubble(view, "Alpha");
         compare(told(view), "AGENTS:tiffanyBlue|Spinal Map|Live data from status.json~|Refresh|<arrow.clockwise>~"
             + "|Main, active|<arc>:tiffanyBlue|Alpha, busy · 7%|~|<arc>:pink");
+        const disc = Items.visibleItems(alpha).find(each => each.emoji !== undefined);
+        const picture = across(view, disc);
+        verify(picture.startsWith(String(disc.rimColor)));
         alpha.forceActiveFocus();
         keyClick(Qt.Key_Return);
         compare(told(view), "Customize Bubble|Customize Bubble|Close|<xmark>~|Agent Details|(Activity)~|Activity: Counting"
@@ -121,16 +132,18 @@ ViewTest {
         field("Emoji").text = "Z";
         mouseClick(Items.withText(view, "Save"));
         tryVerify(() => !view.selectedNode);
+        tryVerify(() => across(view, disc) !== picture);
         compare(alpha.shownName, "Counter");
-        const shows = emoji => Items.visibleItems(alpha).some(each => each.emoji === emoji);
-        verify(shows("Z"));
+        compare(disc.emoji, "Z");
 
         mouseClick(alpha);
         mouseClick(Items.withText(view, "Reset"));
         tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Alpha");
-        verify(shows(alpha.node.defaultEmoji));
+        compare(disc.emoji, alpha.node.defaultEmoji);
 
+        mouseClick(alpha);
+        verify(view.closeQuestion() && !view.selectedNode && !view.closeQuestion());
         mouseClick(alpha);
         verify(field("Display name").activeFocus);
         field("Display name").text = " ";

@@ -139,6 +139,8 @@ ViewTest {
         keyClick(Qt.Key_1);
         tryVerify(() => top() > 0);
         const middle = top();
+        Items.visibleItems(root).find(each => each.label === "Settings").forceActiveFocus();
+        compare(top(), middle); // what is elsewhere is not brought into view
         reopen();
         compare(field().text, "1");
         tryVerify(() => top() === middle);
@@ -187,6 +189,10 @@ ViewTest {
         tryVerify(() => !window.visible && !root.visible && !root.active); // and what it showed is let go of
         fixture.openPanel(Qt.rect(0, 0, 0, 0)); // as a window
         tryVerify(() => window.active && root.visible && root.active && root.framed);
+        fixture.openPanel(Qt.rect(100, 200, 300, 400));
+        Window.window.requestActivate(); // before it has had the focus
+        tryVerify(() => !window.visible);
+        fixture.openPanel(Qt.rect(0, 0, 0, 0));
         root.closeRequested();
         verify(!window.visible);
         fixture.openPanel(Qt.rect(0, 0, 0, 0)); // before it is let go of
