@@ -1,10 +1,9 @@
+#include "support/BusStandIn.h"
 #include "support/PrivateSession.h"
 #include "support/ScratchHome.h"
 #include "tray/TrayHostWatcher.h"
 
-#include <QDBusMessage>
 #include <QDBusVariant>
-#include <QDBusVirtualObject>
 #include <QTest>
 
 using namespace ostrelle;
@@ -13,38 +12,13 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString watcher = u"org.kde.StatusNotifierWatcher"_s;
+const QString service = u"org.kde.StatusNotifierWatcher"_s;
+const QString path = u"/StatusNotifierWatcher"_s;
 
-// Who is asked for tray hosts, on the bus while the object lives; at first there is none.
-class HostList : public QDBusVirtualObject
+QVariant answer(bool hasHost)
 {
-public:
-    HostList()
-    {
-        m_bus.registerVirtualObject(u"/StatusNotifierWatcher"_s, this);
-        m_bus.registerService(watcher);
-    }
-    ~HostList() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
-
-    void tell(bool hasHost)
-    {
-        m_hasHost = hasHost;
-        const QString what = hasHost ? u"Registered"_s : u"Unregistered"_s;
-        m_bus.send(QDBusMessage::createSignal(u"/StatusNotifierWatcher"_s, watcher,
-                                              u"StatusNotifierHost"_s + what));
-    }
-
-    QString introspect(const QString & /*path*/) const override { return {}; }
-
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection & /*bus*/) override
-    {
-        return m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(m_hasHost))));
-    }
-
-private:
-    bool m_hasHost = false;
-    QDBusConnection m_bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"hosts"_s);
-};
+    return QVariant::fromValue(QDBusVariant(hasHost));
+}
 
 } // namespace
 
@@ -59,15 +33,17 @@ private Q_SLOTS:
         PrivateSession session;
         const TrayHostWatcher hosts;
         {
-            HostList list; // comes later
-            for (const bool hasHost : {true, false, true}) {
-                list.tell(hasHost);
+            BusStandIn list(service, path, answer(false)); // comes later
+            for (const auto &what : {u"Registered"_s, u"Unregistered"_s, u"Registered"_s}) {
+                const bool hasHost = what == "Registered"_L1;
+                list.setAnswer(answer(hasHost));
+                list.send(
+                    QDBusMessage::createSignal(path, service, u"StatusNotifierHost"_s + what));
                 QTRY_COMPARE(hosts.hostPresent(), hasHost);
             }
         }
         QTRY_VERIFY(!hosts.hostPresent());
-        HostList again;
-        again.tell(true);
+        const BusStandIn again(service, path, answer(true));
         QTRY_VERIFY(hosts.hostPresent());
         session.endBus();
         QTRY_VERIFY(!hosts.hostPresent());
