@@ -1,11 +1,15 @@
 #include "gateway/GatewayViewModel.h"
 #include "gateway/StandInGateway.h"
 #include "statusserver/StatusServer.h"
+#include "support/BusStandIn.h"
+#include "support/PrivateSession.h"
 #include "support/ScratchHome.h"
 #include "tray/MenuBarLabel.h"
+#include "tray/TrayHostWatcher.h"
 #include "voice/VoiceViewModel.h"
 
 #include <QApplication>
+#include <QDBusVariant>
 #include <QMenu>
 #include <QTest>
 
@@ -38,6 +42,31 @@ class TestLabel : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void followsTheHostsOnTheBus()
+    {
+        const ScratchHome home;
+        const QString service = u"org.kde.StatusNotifierWatcher"_s;
+        const QString path = u"/StatusNotifierWatcher"_s;
+        const auto answer = [](bool is) { return QVariant::fromValue(QDBusVariant(is)); };
+        PrivateSession session;
+        const TrayHostWatcher hosts;
+        {
+            BusStandIn list(service, path, answer(false)); // comes later
+            for (const auto &what : {u"Registered"_s, u"Unregistered"_s, u"Registered"_s}) {
+                const bool hasHost = what == "Registered"_L1;
+                list.setAnswer(answer(hasHost));
+                list.send(
+                    QDBusMessage::createSignal(path, service, u"StatusNotifierHost"_s + what));
+                QTRY_COMPARE(hosts.hostPresent(), hasHost);
+            }
+        }
+        QTRY_VERIFY(!hosts.hostPresent());
+        const BusStandIn again(service, path, answer(true));
+        QTRY_VERIFY(hosts.hostPresent());
+        session.endBus();
+        QTRY_VERIFY(!hosts.hostPresent());
+    }
+
     void menuFollowsTheVoiceAgent()
     {
         const ScratchHome home;

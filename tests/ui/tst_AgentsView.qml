@@ -114,17 +114,17 @@ ViewTest {
     function test_inspector() {
         const view = loadedView({alpha: {status: "busy", activity: "Counting", model: "m-1", progress: 7}});
         const alpha = bubble(view, "Alpha");
-        compare(told(view), "AGENTS:tiffanyBlue|Spinal Map|Live data from status.json~|Refresh|<arrow.clockwise>~"
-            + "|Main, active|<arc>:tiffanyBlue|Alpha, busy · 7%|~|<arc>:pink");
+        compare(told(view), "AGENTS:tiffanyBlue|Spinal Map|Live data from status.json~|Refresh|<arrow.clockwise>~|Main, active|<arc>:tiffanyBlue"
+            + "|Alpha, busy · 7%|~|<arc>:pink");
         const disc = Items.visibleItems(alpha).find(each => each.emoji !== undefined);
         const picture = across(view, disc);
         verify(picture.startsWith(String(disc.rimColor)));
         alpha.forceActiveFocus();
         keyClick(Qt.Key_Return);
-        compare(told(view), "Customize Bubble|Customize Bubble|Close|<xmark>~|Agent Details|(Activity)~|Activity: Counting"
-            + "|(Model)~|Model: m-1|(Progress)~|Progress: 7%|(Agent ID)~|Agent ID: alpha|(Display name)~|Display name(Alpha)"
-            + "|(Emoji)~|Emoji(" + alpha.node.defaultEmoji + ")|Tip: use a single emoji for the cleanest circle rendering.~"
-            + "|Reset|#ff8f89|Save|:textOnAccent");
+        compare(told(view), "Customize Bubble|Customize Bubble|Close|<xmark>~|Agent Details|(Activity)~|Activity: Counting|(Model)~|Model: m-1"
+            + "|(Progress)~|Progress: 7%|(Agent ID)~|Agent ID: alpha|(Display name)~|Display name(Alpha)|(Emoji)~"
+            + "|Emoji(" + alpha.node.defaultEmoji + ")|Tip: use a single emoji for the cleanest circle rendering.~|Reset|#ff8f89|Save"
+            + "|:textOnAccent");
 
         const field = hint => Items.visibleItems(view).find(each => each.placeholderText === hint);
         compare(field("Display name").text, "Alpha");

@@ -13,8 +13,7 @@ ViewTest {
     // Neither is this machine's by its text, and nobody answers there.
     readonly property string near: "http://127.0.0.2:9"
     readonly property string far: "https://far.quiet-otter.invalid"
-    readonly property string farRow: "|far.quiet-otter.invalid, https://far.quiet-otter.invalid off|<circle>~|<lock.fill>:green|~"
-        + "|Token of far.quiet-otter.invalid|<key.fill>:teal|Remove far.quiet-otter.invalid|<xmark>:red"
+    readonly property string active: "CONNECTED TO:tiffanyBlue|%1|Copy|<doc.on.doc>~|Show QR to pair phone, Hidden|<qrcode>|"
 
     Rectangle {
         anchors.fill: parent
@@ -34,20 +33,6 @@ ViewTest {
             serviceManager: fixture.serviceManager
             setupManager: fixture.setupManager
             projectTrackingEnabled: true
-        }
-    }
-
-    Component {
-        id: advancedSettings
-
-        AdvancedSettings {
-            width: test.width
-            gatewayVM: fixture.gatewayVM
-            serviceManager: fixture.serviceManager
-            setupManager: fixture.setupManager
-            settings: fixture.settings
-            projectTrackingEnabled: true
-            showAdvanced: true
         }
     }
 
@@ -89,15 +74,6 @@ ViewTest {
             && item.clicked !== undefined);
     }
 
-    // What is told of the gateway in use, and of the profiles.
-    function active(view: Item): string {
-        return told(view).split("|TAILSCALE DEVICES")[0];
-    }
-
-    function profiles(view: Item): string {
-        return told(view).replace(/.*PROFILES, Expanded.<chevron.right>~.~/, "").replace(/.ADVANCED.*/, "");
-    }
-
     function secretField(item: Item): Item {
         return Items.visibleItems(item).find(each => each.placeholderText === "Paste gateway token");
     }
@@ -114,12 +90,10 @@ ViewTest {
         press(view, "Show QR to pair phone");
         const code = findChild(view, "qrImage");
         tryVerify(() => !code.isEmpty);
-        compare(active(view), "CONNECTED TO:tiffanyBlue|127.0.0.2|http://127.0.0.2:9~|Copy|<doc.on.doc>~"
-            + "|Show QR to pair phone, Shown|<qrcode>|QR code|Scan with iPhone camera to connect~|Change Token|<key.fill>");
+        verify(told(view).includes("|<qrcode>|QR code|Scan with iPhone camera to connect~|Change Token|<key.fill>|TAILSCALE"));
         const file = fixture.path("code.png");
         grabImage(view).save(file);
-        compare(fixture.scan(file), "ostrelle://config?gatewayBaseURL=http%3A%2F%2F127.0.0.2%3A9"
-            + "&token=to%2Bken%261&geminiAPIKey=gem%3D1");
+        compare(fixture.scan(file), "ostrelle://config?gatewayBaseURL=http%3A%2F%2F127.0.0.2%3A9&token=to%2Bken%261&geminiAPIKey=gem%3D1");
         view.visible = false;
         view.visible = true;
         verify(!Items.withText(view, "Scan with iPhone camera to connect"));
@@ -174,8 +148,7 @@ ViewTest {
         const warning = Items.visibleItems(view).find(item => item.isLocalGateway);
         compare(told(warning), "<exclamationmark.triangle.fill>:yellow|Gateway is rejecting this token.|Reset Token|#ff8f89");
         warning.isLocalGateway = false;
-        compare(told(warning), "<exclamationmark.triangle.fill>:yellow"
-            + "|Remote gateway rejected token — ask the owner for the correct token.");
+        compare(told(warning), "<exclamationmark.triangle.fill>:yellow|Remote gateway rejected token — ask the owner for the correct token.");
         warning.isLocalGateway = true;
         const reset = Items.withText(view, "Reset Token");
         settle(view);
@@ -204,14 +177,19 @@ ViewTest {
     }
 
     function test_switching() {
+        fixture.storeToken("near-token", test.near);
         const view = makeView([test.near, test.far]);
         press(view, "PROFILES");
+        tryVerify(() => Items.withText(view, "Token: ••••oken"));
         choice(view, "far.quiet-otter.invalid").forceActiveFocus();
         keyClick(Qt.Key_Return);
-        compare(profiles(view), "|127.0.0.2, http://127.0.0.2:9 on|<checkmark.circle.fill>:green|~|Token of 127.0.0.2"
-            + "|<key.fill>:teal|Remove 127.0.0.2|<xmark>:red" + test.farRow + "|Switch from 127.0.0.2?|Cancel|Switch|:textOnAccent"
-            + "|(Add Gateway Manually)~|Add Gateway Manually|(http://ip:18789)~|Add gateway!|(Gemini API key)~|Gemini API key"
-            + "|Get a key at https://aistudio.google.com/apikey|#54a9ff");
+        compare(told(view), test.active.arg("127.0.0.2|http://127.0.0.2:9~") + "Change Token|<key.fill>|TAILSCALE DEVICES~|Find Peers|Tip: After "
+            + "adding, tap the 🔑 icon on the profile to paste the remote gateway's token.~|PROFILES, Expanded|<chevron.right>~|~|127.0.0.2, "
+            + "http://127.0.0.2:9, Token: ••••oken on|<checkmark.circle.fill>:green|~|#b383dbeb|Token of 127.0.0.2|<key.fill>~|Remove 127.0.0.2"
+            + "|<xmark>:red|far.quiet-otter.invalid, https://far.quiet-otter.invalid off|<circle>~|<lock.fill>:green|~|Token of "
+            + "far.quiet-otter.invalid|<key.fill>:teal|Remove far.quiet-otter.invalid|<xmark>:red|Switch from 127.0.0.2?|Cancel"
+            + "|Switch|:textOnAccent|(Add Gateway Manually)~|Add Gateway Manually|(http://ip:18789)~|Add gateway!|(Gemini API key)~|Gemini API "
+            + "key|Get a key at https://aistudio.google.com/apikey|#54a9ff|ADVANCED, Collapsed|<chevron.right>~|~");
         verify(Items.withText(view, "Switch").activeFocus);
         keyClick(Qt.Key_Escape);
         verify(!Items.withText(view, "Switch"));
@@ -227,17 +205,13 @@ ViewTest {
         compare(config().url, test.far);
         verify(Items.symbol(row(view, "far.quiet-otter.invalid"), "checkmark.circle.fill"));
         verify(Items.symbol(row(view, "127.0.0.2"), "circle"));
-        compare(active(view), "CONNECTED TO:tiffanyBlue|far.quiet-otter.invalid|<lock.fill>:green|" + test.far + ":green|Copy"
-            + "|<doc.on.doc>~|Show QR to pair phone, Hidden|<qrcode>|<key.fill>:yellow|No token — chat won't auth|Add Token|<key.fill>");
+        verify(told(view).startsWith(test.active.arg("far.quiet-otter.invalid|<lock.fill>:green|" + test.far + ":green")
+            + "<key.fill>:yellow|No token — chat won't auth|Add Token|<key.fill>|TAILSCALE"));
     }
 
     function test_tokenOfAProfile() {
-        fixture.storeToken("near-token", test.near);
         const view = makeView([test.near, test.far]);
         press(view, "PROFILES");
-        tryVerify(() => Items.withText(row(view, "127.0.0.2"), "Token: ••••oken"));
-        compare(told(row(view, "127.0.0.2")), "127.0.0.2, http://127.0.0.2:9, Token: ••••oken on|<checkmark.circle.fill>:green"
-            + "|~|#b383dbeb|Token of 127.0.0.2|<key.fill>~|Remove 127.0.0.2|<xmark>:red");
         const name = "far.quiet-otter.invalid";
         const key = Items.withText(view, "Token of " + name);
         settle(view);
@@ -257,7 +231,7 @@ ViewTest {
         field.forceActiveFocus();
         keyClick(Qt.Key_At);
         keyClick(Qt.Key_Return);
-        verify(profiles(view).includes("|Add gateway|<exclamationmark.triangle.fill>:yellow|Not added: the address has a "));
+        verify(told(view).includes("|Add gateway|<exclamationmark.triangle.fill>:yellow|Not added: the address has a "));
         keyClick(Qt.Key_Backspace);
         "192.168.1.20".split("").forEach(letter => keyClick(letter));
         press(view, "Add");
@@ -278,13 +252,15 @@ ViewTest {
     }
 
     function test_advanced() {
-        const view = createTemporaryObject(advancedSettings, test);
+        const page = createTemporaryObject(settingsView, test);
+        press(page, "ADVANCED");
+        const view = Items.visibleItems(page).find(each => each.showAdvanced && each.settings);
         const knob = Items.withText(view, "MagicDNS (HTTPS)").indicator.children[0];
         verify(knob.x > knob.width / 2);
-        compare(told(view), "ADVANCED, Expanded|<chevron.right>~|~|MagicDNS (HTTPS), Uses Tailscale HTTPS with auto-renewed "
-            + "Let's Encrypt certs. Requires 'tailscale serve' running. on|~|MagicDNS not available — check Tailscale:yellow"
-            + "|Launch at Login off|Voice Agent on|Start Voice Agent on Launch off|Project Tracking, Automatically "
-            + "discovers and tracks projects based on your conversations. on|~|Debug Log|Run Setup Again…");
+        compare(told(view), "ADVANCED, Expanded|<chevron.right>~|~|MagicDNS (HTTPS), Uses Tailscale HTTPS with auto-renewed Let's Encrypt certs. "
+            + "Requires 'tailscale serve' running. on|~|MagicDNS not available — check Tailscale:yellow|Launch at Login off|Voice Agent on|Start "
+            + "Voice Agent on Launch off|Project Tracking, Automatically discovers and tracks projects based on your conversations. on|~|Debug "
+            + "Log|Run Setup Again…");
         fixture.tool("tailscale", "echo '{\"Self\": {\"DNSName\": \"studio.ts.net\"}}'");
         fixture.gatewayVM.pollHealth();
         tryVerify(() => Items.withText(view, "https://studio.ts.net"));

@@ -13,11 +13,10 @@ ViewTest {
         ip) echo 100.64.0.1;;
     esac'
 
-    readonly property string warning: "#24ffd60a|<exclamationmark.triangle.fill>:yellow|Insecure Connection|Dismiss|<xmark>~"
-        + "|Traffic is unencrypted. Anyone on your network could intercept messages.~|"
+    readonly property string warning: "#24ffd60a|<exclamationmark.triangle.fill>:yellow|Insecure Connection|Dismiss|<xmark>~|Traffic is "
+        + "unencrypted. Anyone on your network could intercept messages.~|"
     readonly property string card: "|Gateway, online|:green|~|Voice, not running|:red|~|Status, running|:green|~"
-        + "|not encrypted<lock.open.fill>:teal|<link>~|%1#54a9ff|Copy|<doc.on.doc>~"
-        + "|<exclamationmark.triangle.fill>:yellow|Tailscale %2~"
+        + "|not encrypted<lock.open.fill>:teal|<link>~|%1#54a9ff|Copy|<doc.on.doc>~|<exclamationmark.triangle.fill>:yellow|Tailscale %2~"
 
     Component {
         id: statusView
@@ -54,9 +53,9 @@ ViewTest {
         compare(fixture.clipboard(), "https://studio.ts.net");
         view.statusServerRunning = false;
         view.statusPortTaken = true;
-        compare(told(view), "Gateway, offline|:red|~|Voice, not running|:red|~|Status, waiting for its port|:yellow|~"
-            + "|encrypted<lock.fill>:green|<lock.fill>:green|https://studio.ts.net:green|Copy|<doc.on.doc>~"
-            + "|<exclamationmark.triangle.fill>:yellow|Status is waiting: another program uses its port~");
+        compare(told(view), "Gateway, offline|:red|~|Voice, not running|:red|~|Status, waiting for its port|:yellow|~|encrypted<lock.fill>:green"
+            + "|<lock.fill>:green|https://studio.ts.net:green|Copy|<doc.on.doc>~|<exclamationmark.triangle.fill>:yellow|Status is waiting: "
+            + "another program uses its port~");
     }
 
     function test_warningEnablesEncryption() {
@@ -83,8 +82,8 @@ ViewTest {
         const view = insecureView();
         waitForRendering(view);
         const card = test.card.arg(fixture.gatewayVM.gatewayURL).arg("not running — remote access unavailable");
-        compare(told(view), test.warning + "Install Tailscale (free) to encrypt all traffic:~"
-            + "|Get Tailscale|<arrow.down.circle>:teal|:teal" + card);
+        compare(told(view), test.warning + "Install Tailscale (free) to encrypt all traffic:~|Get Tailscale|<arrow.down.circle>:teal"
+            + "|:teal" + card);
         mouseClick(Items.withText(view, "Get Tailscale"));
         tryVerify(() => fixture.read("calls") === "xdg-open https://tailscale.com/download\n");
         const dismiss = Items.withText(view, "Dismiss");

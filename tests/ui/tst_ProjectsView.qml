@@ -47,13 +47,13 @@ ViewTest {
 
     function test_unfoldsTheWorkstreams() {
         const view = loadedView([project("a", "green"), Object.assign(project("b", "red"), {workstreams: []})]);
-        compare(told(view), "PROJECTS:teal|Project Board|1/2, healthy projects:green|Refresh|<arrow.clockwise>~"
-            + "|Project a, green, 42%, About a, 2 workstreams, collapsed|:green|:teal|~|:green|<chevron.right>~|~"
-            + "|Project b, red, 42%, About b, 0 workstreams|:red|:teal|~|:red|~");
+        compare(told(view), "PROJECTS:teal|Project Board|1/2, healthy projects:green|Refresh|<arrow.clockwise>~|Project a, green, 42%, About a, "
+            + "2 workstreams, collapsed|:green|:teal|~|:green|<chevron.right>~|~|Project b, red, 42%, About b, 0 workstreams|:red|:teal|~|:red"
+            + "|~");
         mouseClick(Items.withText(view, "Project a"));
         tryVerify(() => Items.withText(view, "nearly there"));
-        compare(told(Items.withText(view, "Project a")), "Project a, green, 42%, About a, 2 workstreams, expanded"
-            + "|:green|:teal|~|:green|<chevron.down>~|~|green:green|Design|nearly there~|80%~|idle:yellow|Print|5%~");
+        compare(told(Items.withText(view, "Project a")), "Project a, green, 42%, About a, 2 workstreams, expanded|:green|:teal|~|:green"
+            + "|<chevron.down>~|~|green:green|Design|nearly there~|80%~|idle:yellow|Print|5%~");
     }
 
     function test_keyboardWalksInVisualOrder() {

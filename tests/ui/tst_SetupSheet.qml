@@ -48,40 +48,37 @@ ViewTest {
         return sheet;
     }
 
-    readonly property string first: ":green|<checkmark.circle.fill>:green|1. Prerequisites, done|Xcode CLI Tools here: cc +|~"
-        + "|Homebrew +|Node.js +|Duskrell +|Tailscale +"
-    readonly property string second: first + "|:green|<checkmark.circle.fill>:green|2. Tailscale HTTPS, done|Tailscale logged in +"
-        + "|HTTPS serve active +|✓ Devices on your tailnet can reach this gateway securely.:green"
-        + "|:teal|<circle.dotted>:teal|3. Duskrell Setup, current step"
+    readonly property string first: ":green|<checkmark.circle.fill>:green|1. Prerequisites, done|Xcode CLI Tools here: cc +|~|Homebrew +|Node.js "
+        + "+|Duskrell +|Tailscale +"
+    readonly property string second: first + "|:green|<checkmark.circle.fill>:green|2. Tailscale HTTPS, done|Tailscale logged in +|HTTPS serve "
+        + "active +|✓ Devices on your tailnet can reach this gateway securely.:green|:teal|<circle.dotted>:teal|3. Duskrell Setup, current step"
     readonly property string install: "|Tailscale -|here: what this page says, then the command~|https://tailscale.com/download/linux="
-        + "|sudo tailscale up=|Mac password required for installation:~|here: your login password~|Mac password|~|<lock.fill>~"
-        + "|Install Everything!|:textOnAccent"
+        + "|sudo tailscale up=|Mac password required for installation:~|here: your login password~|Mac password|~|<lock.fill>~|Install "
+        + "Everything!|:textOnAccent"
     readonly property string later: "|#3dffffff|<circle>#3dffffff|3. Duskrell Setup, later#3dffffff"
     readonly property string serve: "|HTTPS serve active -|sudo tailscale serve --bg http://127.0.0.1:18789="
     readonly property string voice: "|here: “Install Voice + Finish” below~"
 
     function test_steps_data() {
         return [
-            {tag: "nothing there", told: ":teal|<circle.dotted>:teal|1. Prerequisites, current step|Xcode CLI Tools -"
-                + "|here: gcc or clang, then “Re-check” below~|Homebrew -|/bin/bash -c \"$(curl -fsSL https://raw.githubusercontent.com"
+            {tag: "nothing there", told: ":teal|<circle.dotted>:teal|1. Prerequisites, current step|Xcode CLI Tools -|here: gcc or clang, then "
+                + "“Re-check” below~|Homebrew -|/bin/bash -c \"$(curl -fsSL https://raw.githubusercontent.com"
                 + "/Homebrew/install/HEAD/install.sh)\"=|Node.js -|Duskrell -|here: “Install Everything” below~" + test.install},
-            {tag: "no Tailscale", tailscale: "", told: ":teal|<circle.dotted>:teal|1. Prerequisites, current step"
-                + "|Xcode CLI Tools here: cc +|~|Homebrew +|Node.js +|Duskrell +" + test.install + test.later},
-            {tag: "logged out", tailscale: loggedOut, told: test.first + "|:teal|<circle.dotted>:teal|2. Tailscale HTTPS, current step"
-                + "|Tailscale logged in -|sudo tailscale up=" + test.serve + "|Open the Tailscale app and sign in to your tailnet, "
-                + "then tap Re-check.~|Open Tailscale" + test.later},
+            {tag: "no Tailscale", tailscale: "", told: ":teal|<circle.dotted>:teal|1. Prerequisites, current step|Xcode CLI Tools here: cc +|~"
+                + "|Homebrew +|Node.js +|Duskrell +" + test.install + test.later},
+            {tag: "logged out", tailscale: loggedOut, told: test.first + "|:teal|<circle.dotted>:teal|2. Tailscale HTTPS, current step|Tailscale "
+                + "logged in -|sudo tailscale up=" + test.serve + "|Open the Tailscale app and sign in to your tailnet, then tap Re-check.~|Open "
+                + "Tailscale" + test.later},
             {tag: "not served", tailscale: loggedIn, agent: true, told: test.first + "|:teal|<circle.dotted>:teal|2. Tailscale HTTPS, "
-                + "current step|Tailscale logged in +" + test.serve + "|Step 1: Enable MagicDNS + HTTPS Certs|In your Tailscale DNS "
-                + "settings, enable MagicDNS first, then enable HTTPS Certificates (both on the same page).~|Open DNS Settings →|:teal"
-                + "|Copy Link|<doc.on.doc>|Step 2: Configure HTTPS Serve|After enabling HTTPS above, click here to set up the secure "
-                + "connection.~|here: no password is asked for, once you have typed~|sudo tailscale set --operator=$USER="
-                + "|Configure HTTPS Serve" + test.later},
-            {tag: "no agent", tailscale: serving, told: test.second + "|Agent configured -|duskrell onboard=|Token configured -"
-                + "|here: once the agent is configured~|Duskrell needs initial configuration — this sets up your AI provider "
-                + "and API keys.~|Open Setup in Terminal|<terminal>|After finishing, tap Re-check below.~"},
+                + "current step|Tailscale logged in +" + test.serve + "|Step 1: Enable MagicDNS + HTTPS Certs|In your Tailscale DNS settings, "
+                + "enable MagicDNS first, then enable HTTPS Certificates (both on the same page).~|Open DNS Settings →|:teal|Copy Link"
+                + "|<doc.on.doc>|Step 2: Configure HTTPS Serve|After enabling HTTPS above, click here to set up the secure connection.~|here: no "
+                + "password is asked for, once you have typed~|sudo tailscale set --operator=$USER=|Configure HTTPS Serve" + test.later},
+            {tag: "no agent", tailscale: serving, told: test.second + "|Agent configured -|duskrell onboard=|Token configured -|here: once the "
+                + "agent is configured~|Duskrell needs initial configuration — this sets up your AI provider and API keys.~|Open Setup in "
+                + "Terminal|<terminal>|After finishing, tap Re-check below.~"},
             {tag: "no token", tailscale: serving, agent: true, told: test.second + "|Agent configured +|Token configured -|Paste the "
-                + "gateway token from your Duskrell config. Find it with:~|duskrell config get gateway.auth.token="
-                + "|Paste gateway token|~|Save"}
+                + "gateway token from your Duskrell config. Find it with:~|duskrell config get gateway.auth.token=|Paste gateway token|~|Save"}
         ];
     }
 

@@ -49,8 +49,8 @@ ViewTest {
         const help = "Duskrell gateway not responding on this device";
         compare(told(view), "TAILSCALE DEVICES~|Find Peers|<desktopcomputer>:cyan|answering|" + ip
             + "~|gateway answers<checkmark.circle.fill>:green|Add answering|<desktopcomputer>:cyan|silent|127.0.0.9~|" + help
-            + "<exclamationmark.triangle.fill>:yellow|Add silent, " + help + "|No gateway — install Duskrell on this device:yellow"
-            + "|Tip: After adding, tap the 🔑 icon on the profile to paste the remote gateway's token.~");
+            + "<exclamationmark.triangle.fill>:yellow|Add silent, " + help + "|No gateway — install Duskrell on this device:yellow|Tip: After "
+            + "adding, tap the 🔑 icon on the profile to paste the remote gateway's token.~");
         mouseMove(Items.symbol(silent, "exclamationmark.triangle.fill"));
         tryVerify(() => Items.withText(Window.window.contentItem, help));
         mouseMove(answering);

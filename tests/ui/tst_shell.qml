@@ -10,21 +10,6 @@ ViewTest {
     height: 700
 
     Component {
-        id: contentPanel
-
-        ContentPanel {
-            width: 380
-            height: 700
-            models: fixture.models
-            gatewayVM: fixture.gatewayVM
-            voiceVM: fixture.voiceVM
-            serviceManager: fixture.serviceManager
-            setupManager: fixture.setupManager
-            statusServerRunning: true
-        }
-    }
-
-    Component {
         id: panelRoot
 
         PanelRoot {
@@ -55,11 +40,12 @@ ViewTest {
     }
 
     function test_arrowsStayAmongTheTabs(row) {
-        const panel = createTemporaryObject(contentPanel, test, {selectedTab: 1});
-        panel.projectTrackingEnabled = false;
+        const root = createTemporaryObject(panelRoot, test);
+        const panel = Items.visibleItems(root).find(each => each.selectedTab !== undefined);
+        panel.selectedTab = 1;
+        root.projectTrackingEnabled = false;
         compare(panel.selectedTab, 0);
-        panel.LayoutMirroring.enabled = row.mirrored;
-        panel.LayoutMirroring.childrenInherit = true;
+        root.LayoutMirroring.enabled = row.mirrored;
         waitForRendering(panel);
         const tab = label => Items.visibleItems(panel).find(each => each.label === label);
         compare(tab("Ostrelle").x > tab("Settings").x, row.mirrored);
@@ -71,8 +57,7 @@ ViewTest {
         verify(tab("Agents").visualFocus);
         keyClick(Qt.Key_Return);
         compare(panel.selectedTab, 2);
-        compare(told(tab("Agents").parent), "Ostrelle|<shield.lefthalf.filled>~|~"
-            + "|Agents|<point.3.connected.trianglepath.dotted>:teal|:teal"
+        compare(told(tab("Agents").parent), "Ostrelle|<shield.lefthalf.filled>~|~|Agents|<point.3.connected.trianglepath.dotted>:teal|:teal"
             + "|Cron|<clock.arrow.2.circlepath>~|~|Settings|<gearshape>~|~");
     }
 
@@ -206,8 +191,8 @@ ViewTest {
     }
 
     function test_theChatFollowsALink() {
-        const panel = createTemporaryObject(contentPanel, test);
-        const chat = Items.visibleItems(panel).find(each => each.chatVM === panel.chatVM && each.send);
+        const root = createTemporaryObject(panelRoot, test);
+        const chat = Items.visibleItems(root).find(each => each.chatVM && each.send);
         compare(chat.gatewayURL, fixture.gatewayVM.gatewayURL);
         fixture.followLink("http://127.0.0.3:9");
         tryCompare(chat, "gatewayURL", "http://127.0.0.3:9");
