@@ -5,8 +5,6 @@ import "items.js" as Items
 ViewTest {
     id: test
 
-    readonly property string statusFile: ".ostrelle/ostrelle-agent-tracker.json"
-
     name: "AgentsView"
 
     Component {
@@ -22,7 +20,7 @@ ViewTest {
     }
 
     function writeAgents(agents: var) {
-        fixture.write(test.statusFile, JSON.stringify({agents: agents, completions: []}));
+        fixture.write(".ostrelle/ostrelle-agent-tracker.json", JSON.stringify({agents: agents, completions: []}));
     }
 
     function loadedView(agents: var): Item {
@@ -119,7 +117,8 @@ ViewTest {
         const disc = Items.visibleItems(alpha).find(each => each.emoji !== undefined);
         const picture = across(view, disc);
         verify(picture.startsWith(String(disc.rimColor)));
-        alpha.forceActiveFocus();
+        alpha.forceActiveFocus(Qt.TabFocusReason);
+        tryVerify(() => across(view, disc) !== picture);
         keyClick(Qt.Key_Return);
         compare(told(view), "Customize Bubble|Customize Bubble|Close|<xmark>~|Agent Details|(Activity)~|Activity: Counting|(Model)~|Model: m-1"
             + "|(Progress)~|Progress: 7%|(Agent ID)~|Agent ID: alpha|(Display name)~|Display name(Alpha)|(Emoji)~"
@@ -132,7 +131,6 @@ ViewTest {
         field("Emoji").text = "Z";
         mouseClick(Items.withText(view, "Save"));
         tryVerify(() => !view.selectedNode);
-        tryVerify(() => across(view, disc) !== picture);
         compare(alpha.shownName, "Counter");
         compare(disc.emoji, "Z");
 

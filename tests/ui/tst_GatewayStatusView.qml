@@ -8,11 +8,6 @@ ViewTest {
     name: "GatewayStatusView"
     height: 400
 
-    readonly property string connected: 'case "$1" in
-        status) echo \'{"Self": {"DNSName": "studio.ts.net."}}\';;
-        ip) echo 100.64.0.1;;
-    esac'
-
     readonly property string warning: "#24ffd60a|<exclamationmark.triangle.fill>:yellow|Insecure Connection|Dismiss|<xmark>~|Traffic is "
         + "unencrypted. Anyone on your network could intercept messages.~|"
     readonly property string card: "|Gateway, online|:green|~|Voice, not running|:red|~|Status, running|:green|~"
@@ -41,7 +36,7 @@ ViewTest {
     }
 
     function test_connected() {
-        fixture.tool("tailscale", test.connected);
+        fixture.tool("tailscale", `case $1 in status) echo '{"Self": {"DNSName": "studio.ts.net."}}';; ip) echo 100.64.0.1;; esac`);
         fixture.gatewayVM.pollHealth();
         tryCompare(fixture.gatewayVM, "isSecure", true);
         const view = createTemporaryObject(statusView, test);

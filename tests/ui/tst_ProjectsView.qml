@@ -21,13 +21,9 @@ ViewTest {
         }
     }
 
-    function init() {
-        fixture.reset();
-        fixture.write(".ostrelle/ostrelle-agent-tracker.json", '{"agents":{},"completions":[]}');
-    }
-
     // The view once it shows this.
     function loadedView(projects: var): Item {
+        fixture.write(".ostrelle/ostrelle-agent-tracker.json", '{"agents":{},"completions":[]}');
         fixture.write(test.trackerFile, JSON.stringify({version: 1, updated: "", projects: projects}));
         const view = createTemporaryObject(projectsView, test);
         tryCompare(view.viewModel, "isLoading", false);
