@@ -22,7 +22,7 @@ TestCase {
     }
 
     // All that is told of a view, in the order of its drawing: what a screen reader says, "(what is only seen)" unless
-    // that was just said, "<a symbol>", their colour, whether it is on, and "!" where it cannot be used.
+    // that was just said, "()" for an empty line, "<a symbol>", their colour, whether it is on, and "!" where it cannot be used.
     function told(view: Item): string {
         let said = "";
         return Items.visibleItems(view).map(each => {
@@ -32,7 +32,7 @@ TestCase {
             const color = each.tint ?? (seen || symbol ? each.color : undefined);
             const words = spoken.filter(part => part).join(", ");
             said = words || said;
-            return words + (said.includes(seen) ? "" : "(" + seen + ")") + symbol
+            return words + (said.includes(seen) && (seen || each.elide === undefined) ? "" : "(" + seen + ")") + symbol
                 + (color && color !== Theme.surface ? test.signs[String(color)] ?? String(color) : "")
                 + (each.checkable ? each.checked ? " on" : " off" : "") + (each.clicked && !each.enabled ? "!" : "");
         }).filter(part => part !== "").join("|");

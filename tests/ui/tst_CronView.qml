@@ -59,9 +59,9 @@ ViewTest {
         Items.withText(view, "One").clicked();
         tryVerify(() => Items.withText(view, "Say good night") && Items.withText(view, "a"));
         const line = "|:green|:green|#59da79|<clock.arrow.circlepath>~|~|<chevron.";
-        compare(told(view).replace(/^.*?Nightly/, ""), ", GREEN, every 5m, expanded" + line + "down>~|Payload~|Say good night|One, GREEN, every "
-            + "5m, expanded" + line + "down>~|Payload~|a|Twin, GREEN, every 5m, "
-            + "collapsed" + line + "right>~"); // without "b", which has the same id
+        compare(told(view).replace(/^.*?Nightly/, ""), ", GREEN, every 5m, expanded" + line + "down>~|()|Payload~|Say good night|One, GREEN, every "
+            + "5m, expanded" + line + "down>~|()|Payload~|a|Twin, GREEN, every 5m, "
+            + "collapsed" + line + "right>~|()"); // without "b", which has the same id
         view.viewModel.load(); // which gives the job another id
         tryCompare(view.viewModel, "isLoading", false);
         verify(Items.withText(view, "Payload"));

@@ -183,7 +183,7 @@ ViewTest {
             + "|<xmark>:red|far.quiet-otter.invalid, https://far.quiet-otter.invalid off|<circle>~|<lock.fill>:green|~|Token of "
             + "far.quiet-otter.invalid|<key.fill>:teal|Remove far.quiet-otter.invalid|<xmark>:red|Switch from 127.0.0.2?|Cancel"
             + "|Switch|:textOnAccent|(Add Gateway Manually)~|Add Gateway Manually|(http://ip:18789)~|Add gateway!|(Gemini API key)~|Gemini API "
-            + "key|Get a key at https://aistudio.google.com/apikey|#54a9ff|ADVANCED, Collapsed|<chevron.right>~|~");
+            + "key|()|Get a key at https://aistudio.google.com/apikey|#54a9ff|ADVANCED, Collapsed|<chevron.right>~|~");
         verify(Items.withText(view, "Switch").activeFocus);
         keyClick(Qt.Key_Escape);
         verify(!Items.withText(view, "Switch"));
