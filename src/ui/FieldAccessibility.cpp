@@ -79,8 +79,7 @@ public:
         state.disabled = !field()->isEnabled();
         state.invisible = !field()->isVisible();
         state.selectableText = true;
-        state.readOnly = field()->property("readOnly").toBool();
-        state.editable = !state.readOnly;
+        state.editable = true;
         state.passwordEdit = holdsSecret(field());
         return state;
     }

@@ -5,8 +5,6 @@
 #include "support/Exchange.h"
 
 #include <QDir>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QProcess>
 #include <QTest>
 
@@ -37,25 +35,23 @@ void DesktopHome::writeTrackers() const
         "main": {"status": "working", "progress": 42, "model": "atlas-large"},
         "code-reviewer": {"status": "busy", "progress": 80}, "research": {"status": "idle"},
         "writer": {"status": "error"}, "mail": {"status": "idle"}}})");
-    QJsonArray jobs;
-    QJsonArray projects;
+    const auto card = [](int i, const QString &more) {
+        return uR"({"id": "%1", "name": "Card %1", "status": "%2", "schedule": "every 5m",
+            "enabled": true, "payload": "Sort new mail.", "progress": 60,
+            "description": "All that the house needs."%3})"_s.arg(i)
+            .arg(i % 3 == 0 ? u"red"_s : u"green"_s, more);
+    };
+    QStringList jobs;
+    QStringList projects;
     for (int i = 1; i <= 12; ++i) {
-        QJsonObject card{{u"id"_s, QString::number(i)},
-                         {u"name"_s, u"Card %1"_s.arg(i)},
-                         {u"status"_s, i % 3 == 0 ? u"red"_s : u"green"_s},
-                         {u"schedule"_s, u"every 5m"_s},
-                         {u"enabled"_s, true},
-                         {u"payload"_s, u"Sort new mail."_s},
-                         {u"description"_s, u"All that the house needs."_s},
-                         {u"progress"_s, 60}};
-        jobs.append(card);
-        card.insert(u"workstreams"_s, QJsonArray{card});
-        projects.append(card);
+        jobs << card(i, {});
+        projects << card(i, u", \"workstreams\": [%1]"_s.arg(card(i, {})));
     }
-    QJsonObject document{{u"version"_s, 1}, {u"updated"_s, QString()}, {u"jobs"_s, jobs}};
-    write(u".ostrelle/ostrelle-cron-tracker.json"_s, QJsonDocument(document).toJson());
-    document.insert(u"projects"_s, projects);
-    write(u".ostrelle/ostrelle-project-tracker.json"_s, QJsonDocument(document).toJson());
+    const QString document = uR"({"version": 1, "updated": "", "%1": [%2]})"_s;
+    write(u".ostrelle/ostrelle-cron-tracker.json"_s,
+          document.arg(u"jobs"_s, jobs.join(u',')).toUtf8());
+    write(u".ostrelle/ostrelle-project-tracker.json"_s,
+          document.arg(u"projects"_s, projects.join(u',')).toUtf8());
 }
 
 QByteArray DesktopHome::voiceStatus() const

@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QQmlEngine>
+#include <QTest>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -39,6 +40,7 @@ Fixture::~Fixture()
 
 void Fixture::reset()
 {
+    QTest::failOnWarning(QRegularExpression(u"\\.qml:"_s)); // of a view's own code
     m_panel.reset();
     m_models.reset();
     m_gateway.reset();
@@ -203,12 +205,23 @@ QQuickWindow *Fixture::openPanel(const QRect &place)
 QVariantMap Fixture::accessible(QObject *item)
 {
     QAccessibleInterface *const interface = QAccessible::queryAccessibleInterface(item);
+    QAccessibleTextInterface *const text = interface->textInterface();
+    interface->actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());
+    text->addSelection(1, 3);
+    int start = 0;
+    int end = 0;
+    text->selection(0, &start, &end);
+    const QAccessible::State state = interface->state();
     const QAccessibleTextUpdateEvent change(item, 0, u"before"_s, u"after"_s);
     return {{u"hearsChanges"_s, !tellsSecret(change)},
             {u"name"_s, interface->text(QAccessible::Name)},
             {u"value"_s, interface->text(QAccessible::Value)},
-            {u"isPassword"_s, interface->state().passwordEdit != 0},
-            {u"text"_s, interface->textInterface()->text(0, 100)},
+            {u"state"_s, QVariantList{state.focusable == 1, state.focused == 1, state.disabled == 1,
+                                      state.invisible == 1, state.selectableText == 1,
+                                      state.editable == 1, state.passwordEdit == 1}},
+            {u"selected"_s, QVariantList{text->selectionCount(), start, end}},
+            {u"hasPlace"_s, interface->rect().contains(text->characterRect(1))},
+            {u"text"_s, text->text(0, text->characterCount())},
             {u"isReachable"_s, interface->parent()->indexOfChild(interface) >= 0}};
 }
 

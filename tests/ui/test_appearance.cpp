@@ -1,15 +1,12 @@
+#include "support/BusStandIn.h"
 #include "support/PrivateSession.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "ui/DesktopAppearance.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusMetaType>
-#include <QDBusVirtualObject>
+#include <QDBusVariant>
 #include <QTest>
-
-#include <utility>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -20,44 +17,6 @@ namespace
 
 const QString gnome = u"org.gnome.desktop.interface"_s;
 const QString portalService = u"org.freedesktop.portal.Desktop"_s;
-
-// Where a desktop keeps its settings, with one answer to every question; on the bus while the
-// object lives.
-class DesktopSettings : public QDBusVirtualObject
-{
-public:
-    DesktopSettings(const QString &service, QVariant answer)
-        : m_answer(std::move(answer))
-    {
-        m_bus.registerVirtualObject(u"/org"_s, this, QDBusConnection::SubPath);
-        m_bus.registerService(service);
-    }
-    ~DesktopSettings() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
-
-    bool wasAsked() const { return m_wasAsked; }
-
-    void change(const QString &group, const QString &key, const QVariant &value) const
-    {
-        auto signal =
-            QDBusMessage::createSignal(u"/org/freedesktop/portal/desktop"_s,
-                                       u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
-        m_bus.send(signal << group << key << QVariant::fromValue(QDBusVariant(value)));
-    }
-
-    QString introspect(const QString & /*path*/) const override { return {}; }
-
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection & /*bus*/) override
-    {
-        m_wasAsked = true;
-        return m_bus.send(message.createReply(m_answer));
-    }
-
-private:
-    const QVariant m_answer;
-    bool m_wasAsked = false;
-    QDBusConnection m_bus =
-        QDBusConnection::connectToBus(QDBusConnection::SessionBus, u"desktop"_s);
-};
 
 } // namespace
 
@@ -88,7 +47,7 @@ private Q_SLOTS:
                {{gnome,
                  {{u"enable-animations"_s, false},
                   {u"font-name"_s, u"Sans"_s},
-                  {u"text-scaling-factor"_s, -1.0}}}},
+                  {u"text-scaling-factor"_s, 0.0}}}},
                false, 1);
         portal("beyond reason", {{gnome, {{u"text-scaling-factor"_s, 40.0}}}}, true, 4);
         row("GTK alone", u"org.gtk.Settings"_s, QVariant::fromValue(QDBusVariant(false)), false, 1);
@@ -100,7 +59,7 @@ private Q_SLOTS:
         QFETCH(QVariant, answer);
         QFETCH(bool, motion);
         QFETCH(double, scale);
-        const DesktopSettings desktop(service, answer);
+        const BusStandIn desktop(service, u"/org"_s, answer);
         const DesktopAppearance appearance;
         QTRY_COMPARE(std::pair(appearance.motion(), appearance.textScale()),
                      std::pair(motion, scale));
@@ -108,11 +67,15 @@ private Q_SLOTS:
 
     void followsTheDesktop()
     {
-        const DesktopSettings desktop(portalService, QVariant::fromValue(Groups()));
+        const BusStandIn desktop(portalService, u"/org"_s, QVariant::fromValue(Groups()));
         const DesktopAppearance appearance;
         QTRY_VERIFY(desktop.wasAsked());
         for (const bool reduced : {true, false}) {
-            desktop.change(u"org.freedesktop.appearance"_s, u"reduced-motion"_s, reduced ? 1U : 0U);
+            auto change = QDBusMessage::createSignal(u"/org/freedesktop/portal/desktop"_s,
+                                                     u"org.freedesktop.portal.Settings"_s,
+                                                     u"SettingChanged"_s);
+            desktop.send(change << u"org.freedesktop.appearance"_s << u"reduced-motion"_s
+                                << QVariant::fromValue(QDBusVariant(reduced ? 1U : 0U)));
             QTRY_COMPARE(appearance.motion(), !reduced);
         }
     }

@@ -5,8 +5,6 @@ import "items.js" as Items
 ViewTest {
     id: test
 
-    readonly property string statusFile: ".ostrelle/ostrelle-agent-tracker.json"
-
     name: "AgentsView"
 
     Component {
@@ -22,7 +20,7 @@ ViewTest {
     }
 
     function writeAgents(agents: var) {
-        fixture.write(test.statusFile, JSON.stringify({agents: agents, completions: []}));
+        fixture.write(".ostrelle/ostrelle-agent-tracker.json", JSON.stringify({agents: agents, completions: []}));
     }
 
     function loadedView(agents: var): Item {
@@ -34,6 +32,13 @@ ViewTest {
 
     function bubble(view: Item, name: string): Item {
         return Items.visibleItems(view).find(each => each.shownName === name);
+    }
+
+    // The colours of what is drawn there, from the left to the right.
+    function across(view: Item, item: Item): string {
+        const picture = grabImage(view);
+        const left = item.mapToItem(view, 1, item.height / 2);
+        return Array.from({length: item.width}, (_, i) => picture.pixel(left.x + i, left.y)).join();
     }
 
     function test_layout_data() {
@@ -66,12 +71,13 @@ ViewTest {
     function test_lightFlowsAlongTheLine() {
         const view = loadedView({alpha: {}, beta: {}});
         const lines = Items.visibleItems(view).filter(each => each.toLeft !== undefined);
-        compare(lines.map(each => each.toLeft), [true, false]);
+        compare(lines.map(each => [each.toLeft, each.thickness, String(each.color)]),
+                [[true, 1.2, "#b3ff375f"], [false, 1.2, "#b3bf5af2"]]);
         lines.forEach(line => {
-            const picture = grabImage(line);
-            [0, 0.3, 0.5, 0.8].forEach(part => {
-                const place = line.pointAt(part);
-                verify(picture.alpha(place.x, place.y) > 0, part);
+            const picture = grabImage(view);
+            [0.3, 0.5, 0.8].forEach(part => {
+                const place = line.mapToItem(view, line.pointAt(part));
+                verify(!Qt.colorEqual(picture.pixel(place.x, place.y), "white"), part);
             });
             [0, 1].forEach(part => fuzzyCompare(line.pointAt(part).x,
                 line.toLeft ? (1 - part) * line.width : part * line.width, 0.001));
@@ -106,11 +112,18 @@ ViewTest {
     function test_inspector() {
         const view = loadedView({alpha: {status: "busy", activity: "Counting", model: "m-1", progress: 7}});
         const alpha = bubble(view, "Alpha");
-        verify(Items.withText(alpha, "busy · 7%") && !Items.withText(bubble(view, "Main"), "active"));
-        verify(Items.withText(view, "Live data from status.json"));
-        alpha.forceActiveFocus();
+        compare(told(view), "AGENTS:tiffanyBlue|Spinal Map|Live data from status.json~|Refresh|<arrow.clockwise>~|Main, active|<arc>:tiffanyBlue"
+            + "|Alpha, busy · 7%|~|<arc>:pink");
+        const disc = Items.visibleItems(alpha).find(each => each.emoji !== undefined);
+        const picture = across(view, disc);
+        verify(picture.startsWith(String(disc.rimColor)));
+        alpha.forceActiveFocus(Qt.TabFocusReason);
+        tryVerify(() => across(view, disc) !== picture);
         keyClick(Qt.Key_Return);
-        ["Counting", "7%", "alpha", "m-1"].forEach(text => verify(Items.withText(view, text), text));
+        compare(told(view), "Customize Bubble|Customize Bubble|Close|<xmark>~|Agent Details|(Activity)~|Activity: Counting|(Model)~|Model: m-1"
+            + "|(Progress)~|Progress: 7%|(Agent ID)~|Agent ID: alpha|(Display name)~|Display name(Alpha)|(Emoji)~"
+            + "|Emoji(" + alpha.node.defaultEmoji + ")|Tip: use a single emoji for the cleanest circle rendering.~|Reset|#ff8f89|Save"
+            + "|:textOnAccent");
 
         const field = hint => Items.visibleItems(view).find(each => each.placeholderText === hint);
         compare(field("Display name").text, "Alpha");
@@ -119,15 +132,16 @@ ViewTest {
         mouseClick(Items.withText(view, "Save"));
         tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Counter");
-        const shows = emoji => Items.visibleItems(alpha).some(each => each.emoji === emoji);
-        verify(shows("Z"));
+        compare(disc.emoji, "Z");
 
         mouseClick(alpha);
         mouseClick(Items.withText(view, "Reset"));
         tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Alpha");
-        verify(shows(alpha.node.defaultEmoji));
+        compare(disc.emoji, alpha.node.defaultEmoji);
 
+        mouseClick(alpha);
+        verify(view.closeQuestion() && !view.selectedNode && !view.closeQuestion());
         mouseClick(alpha);
         verify(field("Display name").activeFocus);
         field("Display name").text = " ";

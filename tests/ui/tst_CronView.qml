@@ -35,13 +35,9 @@ ViewTest {
 
     function test_aDisabledJobSaysSo() {
         const view = loadedView([job({enabled: false, lastRun: "yesterday", nextRun: "never"})]);
-        const items = Items.visibleItems(view);
-        ["0/1", "Last: yesterday", "Next: never"].forEach(text => verify(Items.withText(view, text), text));
-        verify(Items.symbol(view, "clock.arrow.circlepath") && !Items.symbol(view, "spinner"));
-        compare(Items.withText(view, "Nightly").Accessible.description, "every 5m, Last: yesterday, Next: never");
-        verify(!items.some(each => each.policy !== undefined)); // no scroll bar
-        verify(Qt.colorEqual(items.find(each => each.text === "DISABLED" && each.tint).tint, Theme.grey));
-        verify(Qt.colorEqual(items.find(each => each.status !== undefined && each.tint).tint, Theme.red));
+        compare(told(view), "CRON:teal|Scheduled Jobs|0/1, active jobs:green|Refresh|<arrow.clockwise>~|Nightly, DISABLED, every 5m, Last: "
+            + "yesterday, Next: never|:red|:grey|#bcbcbf|<clock.arrow.circlepath>~|~|~|<clock>~|~");
+        verify(!Items.visibleItems(view).some(each => each.policy !== undefined)); // no scroll bar
     }
 
     function test_anyNameIsOneLine() {
@@ -62,7 +58,10 @@ ViewTest {
         mouseClick(Items.withText(view, "Nightly"));
         Items.withText(view, "One").clicked();
         tryVerify(() => Items.withText(view, "Say good night") && Items.withText(view, "a"));
-        verify(!Items.withText(view, "b")); // which has the same id
+        const line = "|:green|:green|#59da79|<clock.arrow.circlepath>~|~|<chevron.";
+        compare(told(view).replace(/^.*?Nightly/, ""), ", GREEN, every 5m, expanded" + line + "down>~|()|Payload~|Say good night|One, GREEN, every "
+            + "5m, expanded" + line + "down>~|()|Payload~|a|Twin, GREEN, every 5m, "
+            + "collapsed" + line + "right>~|()"); // without "b", which has the same id
         view.viewModel.load(); // which gives the job another id
         tryCompare(view.viewModel, "isLoading", false);
         verify(Items.withText(view, "Payload"));

@@ -21,13 +21,9 @@ ViewTest {
         }
     }
 
-    function init() {
-        fixture.reset();
-        fixture.write(".ostrelle/ostrelle-agent-tracker.json", '{"agents":{},"completions":[]}');
-    }
-
     // The view once it shows this.
     function loadedView(projects: var): Item {
+        fixture.write(".ostrelle/ostrelle-agent-tracker.json", '{"agents":{},"completions":[]}');
         fixture.write(test.trackerFile, JSON.stringify({version: 1, updated: "", projects: projects}));
         const view = createTemporaryObject(projectsView, test);
         tryCompare(view.viewModel, "isLoading", false);
@@ -47,17 +43,13 @@ ViewTest {
 
     function test_unfoldsTheWorkstreams() {
         const view = loadedView([project("a", "green"), Object.assign(project("b", "red"), {workstreams: []})]);
-        verify(Items.withText(view, "2 workstreams"));
-        verify(!Items.withText(view, "nearly there"));
-
-        const card = Items.withText(view, "Project a");
-        verify(Items.withText(card, "About a") && Items.withText(view, "1/2"));
-        compare(card.Accessible.description, "About a, 2 workstreams, collapsed");
-        compare(Items.withText(view, "Project b").Accessible.description, "About b, 0 workstreams");
-        mouseClick(card);
+        compare(told(view), "PROJECTS:teal|Project Board|1/2, healthy projects:green|Refresh|<arrow.clockwise>~|Project a, green, 42%, About a, "
+            + "2 workstreams, collapsed|:green|:teal|~|:green|<chevron.right>~|~|Project b, red, 42%, About b, 0 workstreams|:red|:teal|~|:red"
+            + "|~");
+        mouseClick(Items.withText(view, "Project a"));
         tryVerify(() => Items.withText(view, "nearly there"));
-        verify(Items.withText(view, "80%"));
-        compare(Items.texts(view).filter(text => text === "").length, 0); // no room for an empty note
+        compare(told(Items.withText(view, "Project a")), "Project a, green, 42%, About a, 2 workstreams, expanded|:green|:teal|~|:green"
+            + "|<chevron.down>~|~|green:green|Design|nearly there~|80%~|idle:yellow|Print|5%~");
     }
 
     function test_keyboardWalksInVisualOrder() {

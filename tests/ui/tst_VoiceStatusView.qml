@@ -5,6 +5,8 @@ import "items.js" as Items
 ViewTest {
     id: test
 
+    readonly property string others: "|~|Stop|<stop.fill>|~|Restart|<arrow.clockwise>|~"
+
     name: "VoiceStatusView"
     height: 300
 
@@ -28,18 +30,18 @@ ViewTest {
     function test_offlineUntilStarted() {
         const view = createTemporaryObject(voiceView, test);
         const height = view.implicitHeight;
-        compare(Items.texts(view), ["Offline", "Start Voice Agent", "Start Voice Agent"]);
-        verify(Qt.colorEqual(Items.symbol(view, "mic.slash").color, Theme.grey));
-
+        compare(told(view), "<mic.slash>:grey|Offline|Start Voice Agent|<play.fill>");
         mouseClick(Items.withText(view, "Start Voice Agent"));
-        compare(Items.texts(view)[0], "Offline");
-        tryVerify(() => Items.texts(view)[1].startsWith("Python venv not found at ")); // and waits in vain
+        const waits = "<mic.slash>:grey|Offline|%1|In progress|<spinner>~|(%1)~";
+        compare(told(view), waits.arg("Starting voice agent…"));
+        tryVerify(() => fixture.voiceVM.startProblem.startsWith("Python venv not found at ")); // and waits in vain
+        compare(told(view), waits.arg(fixture.voiceVM.startProblem));
         compare(view.implicitHeight, height);
     }
 
     function test_theKeyboardStaysInTheRow() {
         const view = viewOf('{"state": "listening"}');
-        verify(!Items.withText(view, "Start Voice Agent"));
+        compare(told(view), "<mic.fill>:green|Listening|:green|LOCAL#59da79|Mute|<mic.fill>" + test.others);
         Items.withText(view, "Stop").forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Return);
         verify(Items.withText(view, "Offline") && !Items.withText(view, "LOCAL"));
@@ -50,7 +52,8 @@ ViewTest {
     }
 
     function test_restartOutlivesTheView() {
-        const view = viewOf('{"state": "listening"}');
+        const view = viewOf('{"state": "speaking", "muted": true, "tier": "cloud"}');
+        compare(told(view), "<mic.slash.fill>:red|Muted|:purple|CLOUD#d99cf7|Unmute|<mic.slash.fill>" + test.others);
         const elsewhere = createTemporaryQmlObject("import Ostrelle; PushButton {}", test);
         elsewhere.forceActiveFocus();
         Items.withText(view, "Restart").clicked();

@@ -40,12 +40,17 @@ ViewTest {
         verify(fixture.clipboard() !== "s3cret");
         const told = fixture.accessible(field);
         compare(told.name, "Paste gateway token");
-        verify(told.isPassword && told.isReachable && !told.hearsChanges);
+        verify(told.isReachable && told.hasPlace && !told.hearsChanges);
+        compare(told.state, [true, true, false, false, true, true, true]);
+        compare(told.selected, [1, 1, 3]);
         compare([told.value, told.text], [field.displayText, field.displayText]);
         verify(!field.displayText.includes("s"));
         verify(!Items.withText(field, "Paste gateway token"));
         field.clear();
         verify(Items.withText(field, "Paste gateway token"));
+        field.enabled = field.visible = false;
+        compare(fixture.accessible(field).state, [true, false, true, true, true, true, true]);
+        compare(fixture.accessible(field).selected, [0, 0, 0]);
     }
 
     // Hidden while it is disabled, a button would get the focus back when it is enabled.

@@ -1,5 +1,4 @@
 import QtQuick
-import QtTest
 import Ostrelle
 import "items.js" as Items
 
@@ -8,21 +7,6 @@ ViewTest {
 
     name: "shell"
     height: 700
-
-    Component {
-        id: contentPanel
-
-        ContentPanel {
-            width: 380
-            height: 700
-            models: fixture.models
-            gatewayVM: fixture.gatewayVM
-            voiceVM: fixture.voiceVM
-            serviceManager: fixture.serviceManager
-            setupManager: fixture.setupManager
-            statusServerRunning: true
-        }
-    }
 
     Component {
         id: panelRoot
@@ -41,12 +25,6 @@ ViewTest {
         }
     }
 
-    SignalSpy {
-        id: closings
-
-        signalName: "closeRequested"
-    }
-
     function test_arrowsStayAmongTheTabs_data() {
         return [
             {tag: "left to right", mirrored: false, next: Qt.Key_Right, back: Qt.Key_Left},
@@ -55,11 +33,12 @@ ViewTest {
     }
 
     function test_arrowsStayAmongTheTabs(row) {
-        const panel = createTemporaryObject(contentPanel, test, {selectedTab: 1});
-        panel.projectTrackingEnabled = false;
+        const root = createTemporaryObject(panelRoot, test);
+        const panel = Items.visibleItems(root).find(each => each.selectedTab !== undefined);
+        panel.selectedTab = 1;
+        root.projectTrackingEnabled = false;
         compare(panel.selectedTab, 0);
-        panel.LayoutMirroring.enabled = row.mirrored;
-        panel.LayoutMirroring.childrenInherit = true;
+        root.LayoutMirroring.enabled = row.mirrored;
         waitForRendering(panel);
         const tab = label => Items.visibleItems(panel).find(each => each.label === label);
         compare(tab("Ostrelle").x > tab("Settings").x, row.mirrored);
@@ -71,7 +50,8 @@ ViewTest {
         verify(tab("Agents").visualFocus);
         keyClick(Qt.Key_Return);
         compare(panel.selectedTab, 2);
-        verify(tab("Agents").selected && !tab("Settings").selected);
+        compare(told(tab("Agents").parent), "Ostrelle|<shield.lefthalf.filled>~|~|Agents|<point.3.connected.trianglepath.dotted>:teal|:teal"
+            + "|Cron|<clock.arrow.2.circlepath>~|~|Settings|<gearshape>~|~");
     }
 
     // The panel with that tab chosen and all that opens open.
@@ -91,24 +71,24 @@ ViewTest {
         fixture.saveGateways(["http://127.0.0.2:9", "http://127.0.0.3:9"]);
         fixture.restart();
         const root = panelWith("Settings", {});
-        closings.target = root;
-        closings.clear();
+        let closings = 0;
+        root.closeRequested.connect(() => ++closings);
         tryVerify(() => Items.visibleItems(root).find(each => each.name === "127.0.0.3"));
         Items.visibleItems(root).find(each => each.name === "127.0.0.3").clicked();
         verify(Items.withText(root, "Switch"));
         Items.visibleItems(root).find(each => each.label === "Cron").forceActiveFocus();
         keyClick(Qt.Key_Escape);
         verify(!Items.withText(root, "Switch"));
-        compare(closings.count, 0);
+        compare(closings, 0);
         keyClick(Qt.Key_Escape);
-        compare(closings.count, 1);
+        compare(closings, 1);
         Items.withText(root, "Project Tracking").forceActiveFocus();
         keyClick(Qt.Key_Space);
         verify(!Items.visibleItems(root).some(each => each.label === "Projects"));
         verify(Items.withText(root, "ADVANCED")); // still here
         Items.visibleItems(root).find(each => each.label === "Cron").clicked();
         keyClick(Qt.Key_Escape); // where nothing is ever asked
-        compare(closings.count, 2);
+        compare(closings, 2);
     }
 
     function test_whatWasLetGoComesBackAsItWas() {
@@ -137,6 +117,8 @@ ViewTest {
         keyClick(Qt.Key_1);
         tryVerify(() => top() > 0);
         const middle = top();
+        Items.visibleItems(root).find(each => each.label === "Settings").forceActiveFocus();
+        compare(top(), middle); // what is elsewhere is not brought into view
         reopen();
         compare(field().text, "1");
         tryVerify(() => top() === middle);
@@ -180,11 +162,15 @@ ViewTest {
     function test_theWindow() {
         const window = fixture.openPanel(Qt.rect(100, 200, 300, 400));
         const root = window.contentItem.children[0];
-        tryVerify(() => window.active && root.active && !root.framed);
+        tryVerify(() => window.active && root.active && !root.framed && !root.LayoutMirroring.enabled);
         Window.window.requestActivate();
         tryVerify(() => !window.visible && !root.visible && !root.active); // and what it showed is let go of
         fixture.openPanel(Qt.rect(0, 0, 0, 0)); // as a window
         tryVerify(() => window.active && root.visible && root.active && root.framed);
+        fixture.openPanel(Qt.rect(100, 200, 300, 400));
+        Window.window.requestActivate(); // before it has had the focus
+        tryVerify(() => !window.visible);
+        fixture.openPanel(Qt.rect(0, 0, 0, 0));
         root.closeRequested();
         verify(!window.visible);
         fixture.openPanel(Qt.rect(0, 0, 0, 0)); // before it is let go of
@@ -198,8 +184,8 @@ ViewTest {
     }
 
     function test_theChatFollowsALink() {
-        const panel = createTemporaryObject(contentPanel, test);
-        const chat = Items.visibleItems(panel).find(each => each.chatVM === panel.chatVM && each.send);
+        const root = createTemporaryObject(panelRoot, test);
+        const chat = Items.visibleItems(root).find(each => each.chatVM && each.send);
         compare(chat.gatewayURL, fixture.gatewayVM.gatewayURL);
         fixture.followLink("http://127.0.0.3:9");
         tryCompare(chat, "gatewayURL", "http://127.0.0.3:9");

@@ -30,7 +30,6 @@ FocusScope {
     signal refreshRequested
 
     onIsLoadingChanged: page.hasAnswer = page.hasAnswer || !page.isLoading
-    Component.onCompleted: page.hasAnswer = page.hasAnswer || !page.isLoading
 
     // What is to be had again when the page is made anew.
     function keepsake(): var {

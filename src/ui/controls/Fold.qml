@@ -6,7 +6,7 @@ import Ostrelle
 Item {
     id: fold
 
-    property bool open: false
+    required property bool open
     // Between the content and what stands above it.
     property int gap: Theme.gap
     default property alias content: content.content

@@ -6,7 +6,7 @@ import Ostrelle
 FocusScope {
     id: lazy
 
-    property bool active: true
+    required property bool active
     default property Component content
 
     property Item item: null

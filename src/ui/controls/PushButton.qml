@@ -39,7 +39,6 @@ BaseButton {
             Spinner {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: button.busy
-                running: button.busy
                 color: button.color
             }
 

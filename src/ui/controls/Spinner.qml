@@ -5,7 +5,6 @@ import Ostrelle
 Item {
     id: spinner
 
-    property bool running: true
     property color color: Theme.textSecondary
     property int size: Theme.controlSize
 
@@ -26,7 +25,7 @@ Item {
             to: 360
             duration: Theme.spinnerTurn
             loops: Animation.Infinite
-            running: spinner.running && spinner.visible && Theme.motion
+            running: spinner.visible && Theme.motion
         }
     }
 }

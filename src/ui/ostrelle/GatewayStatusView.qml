@@ -9,12 +9,10 @@ Item {
 
     required property GatewayViewModel viewModel
     required property ServiceManager serviceManager
-    property VoiceViewModel voiceVM: null
+    required property VoiceViewModel voiceVM
     required property bool statusServerRunning
     property bool statusPortTaken: false
 
-    readonly property bool voiceRunning: view.voiceVM ? view.voiceVM.voiceRunning
-        : view.serviceManager.voiceRunning
     readonly property string address: view.viewModel.magicDNSURL || view.viewModel.preferredURL
     // What keeps other devices away; empty when nothing does.
     readonly property string problem: StatusWords.remoteProblem(view.viewModel.tailscaleInstalled,
@@ -66,7 +64,7 @@ Item {
 
                         LabelledDot {
                             label: "Voice"
-                            light: StatusWords.voice(view.serviceManager.voiceEnabled, view.voiceRunning)
+                            light: StatusWords.voice(view.serviceManager.voiceEnabled, view.voiceVM.voiceRunning)
                         }
 
                         LabelledDot {

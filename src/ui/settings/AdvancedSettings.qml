@@ -13,7 +13,7 @@ FocusScope {
     required property GatewaySettings settings
     required property bool projectTrackingEnabled
 
-    property bool showAdvanced: false
+    required property bool showAdvanced
 
     signal projectTrackingToggled(bool enabled)
     signal voiceSwitched(bool isOn)

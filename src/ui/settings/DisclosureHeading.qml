@@ -5,7 +5,7 @@ import Ostrelle
 BaseButton {
     id: heading
 
-    property bool open: false
+    required property bool open
 
     readonly property color color: heading.hovered ? Theme.textPrimary : Theme.textSecondary
 

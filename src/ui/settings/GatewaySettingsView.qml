@@ -31,13 +31,13 @@ FocusScope {
     // What is to be had again when the view is made anew.
     function keepsake(): var {
         return {
-            y: page.item?.contentY ?? 0,
+            y: page.item.contentY,
             showProfiles: view.showProfiles,
             showAdvanced: view.showAdvanced,
-            manualURL: view.models?.profiles?.manualURL ?? "",
-            gateway: view.models?.profiles?.activeGatewayURL ?? "",
-            showTokenField: view.models?.profiles?.showTokenField ?? false,
-            editingProfileId: view.models?.profiles?.editingProfileId ?? ""
+            manualURL: view.models.profiles.manualURL,
+            gateway: view.models.profiles.activeGatewayURL,
+            showTokenField: view.models.profiles.showTokenField,
+            editingProfileId: view.models.profiles.editingProfileId
         };
     }
 
@@ -60,7 +60,7 @@ FocusScope {
 
     // False when the key does not scroll.
     function turnPage(key: int): bool {
-        return page.item?.turnPage(key) ?? false;
+        return page.item.turnPage(key);
     }
 
     // Closes what was asked last; false when nothing is asked.

@@ -13,7 +13,6 @@ T.RadioButton {
 
     implicitHeight: Math.max(Theme.hitArea, implicitContentHeight + topPadding + bottomPadding)
     padding: Theme.smallGap
-    autoExclusive: false
     checked: choice.isActive
     // Only a switch that was confirmed changes what is checked.
     onToggled: choice.checked = Qt.binding(() => choice.isActive)

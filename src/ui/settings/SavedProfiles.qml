@@ -10,7 +10,7 @@ FocusScope {
     required property GatewayProfiles profiles
     required property GatewaySettings settings
 
-    property bool showProfiles: false
+    required property bool showProfiles
 
     implicitHeight: column.implicitHeight
     onShowProfilesChanged: {

@@ -17,7 +17,6 @@ FocusScope {
 
     implicitHeight: column.implicitHeight
     Component.onCompleted: field.forceActiveFocus()
-    onVisibleChanged: editor.isCleared = false
 
     function finish() {
         if (editor.token !== "" || editor.isCleared) {

@@ -12,11 +12,11 @@ FocusScope {
     required property ServiceManager serviceManager
     required property SetupManager setupManager
     required property bool statusServerRunning
-    property bool statusPortTaken: false
-    property bool projectTrackingEnabled: true
-    property int selectedTab: 0
+    required property bool statusPortTaken
+    required property bool projectTrackingEnabled
     // While this is false the selected tab has no content. The selection and the chat stay.
-    property bool active: true
+    required property bool active
+    property int selectedTab: 0
 
     readonly property QuickChatVM chatVM: panel.models.makeChat(panel)
     // What the selected tab's content left when it went, for when it is made anew.
@@ -41,7 +41,7 @@ FocusScope {
     }
 
     // Wherever the keyboard is.
-    Keys.onPressed: event => event.accepted = content.item?.turnPage(event.key) ?? false
+    Keys.onPressed: event => event.accepted = content.item.turnPage(event.key)
 
     TabRow {
         id: tabs

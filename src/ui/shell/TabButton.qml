@@ -16,7 +16,6 @@ T.TabButton {
     verticalPadding: Theme.gap
     // Only the template's kind decides what a screen reader takes the control for.
     checkable: false
-    autoExclusive: false
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Keys.forwardTo: [keys]
