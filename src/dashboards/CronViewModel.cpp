@@ -53,7 +53,7 @@ public:
         }
         for (const CronRow &row : shown) {
             if (ids.contains(row.job.id)) {
-                m_byId.insert(row.job.id, row.key);
+                m_byId[row.job.id].append(row.key);
             } else {
                 m_byNature[nature(row.job)].append(row.key);
             }
@@ -62,12 +62,12 @@ public:
 
     QString take(const CronJobItem &job)
     {
-        QString key = m_byId.take(job.id);
-        const auto left = m_byNature.find(nature(job));
-        if (key.isEmpty() && left != m_byNature.end() && !left->isEmpty()) {
-            key = left->takeFirst();
+        for (QStringList *const keys : {&m_byId[job.id], &m_byNature[nature(job)]}) {
+            if (!keys->isEmpty()) {
+                return onlyOnce(keys->takeFirst());
+            }
         }
-        return onlyOnce(key.isEmpty() ? job.id : key);
+        return onlyOnce(job.id);
     }
 
 private:
@@ -82,7 +82,7 @@ private:
     }
 
     QSet<QString> m_given;
-    QHash<QString, QString> m_byId;
+    QHash<QString, QStringList> m_byId; // several when the id occurs more than once
     QHash<QStringList, QStringList> m_byNature;
 };
 
@@ -90,7 +90,6 @@ QList<CronRow> keyed(const QList<CronJobItem> &jobs, const QList<CronRow> &shown
 {
     Keys keys(shown, jobs);
     QList<CronRow> rows;
-    rows.reserve(jobs.size());
     for (const CronJobItem &job : jobs) {
         rows.append({.job = job, .key = keys.take(job)});
     }

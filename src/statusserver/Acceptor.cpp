@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
+#include <span>
 #include <sys/socket.h>
 
 namespace ostrelle
@@ -29,16 +30,15 @@ constexpr int mostTriesForRoom = 16;
 constexpr std::chrono::milliseconds pauseAfterError{50};
 
 // Of descriptors or memory.
-bool isShortage(int error)
-{
-    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
-}
+constexpr std::array shortages = {EMFILE, ENFILE, ENOBUFS, ENOMEM};
 
-// Errors of one connection that accept() passes on.
-bool concernsOneClient(int error)
+// What accept() passes on although it concerns one connection only.
+constexpr std::array errorsOfOneClient = {ECONNABORTED, ENETDOWN,   EPROTO, ENOPROTOOPT,
+                                          EHOSTDOWN,    ENONET,     EPERM,  EHOSTUNREACH,
+                                          EOPNOTSUPP,   ENETUNREACH};
+
+bool isOneOf(std::span<const int> errors, int error)
 {
-    constexpr std::array errors = {ECONNABORTED, ENETDOWN, EPROTO,       ENOPROTOOPT, EHOSTDOWN,
-                                   ENONET,       EPERM,    EHOSTUNREACH, EOPNOTSUPP,  ENETUNREACH};
     return std::ranges::find(errors, error) != errors.end();
 }
 
@@ -63,7 +63,6 @@ Acceptor::Acceptor(asio::io_context &loop, const ServerState &state, int maxDesc
 
 bool Acceptor::open(Descriptor &serverSocket)
 {
-    m_errorTold = false;
     asio::error_code error;
     m_serverSocket.assign(serverSocket.get(), error);
     if (error) {
@@ -141,7 +140,8 @@ void Acceptor::handOn(Descriptor client)
 void Acceptor::handleError(int error)
 {
     // Without a free descriptor the kernel does not even look whether somebody waits.
-    const bool nobodyWaits = isShortage(error) && !isReadable(m_serverSocket.native_handle());
+    const bool isShortage = isOneOf(shortages, error);
+    const bool nobodyWaits = isShortage && !isReadable(m_serverSocket.native_handle());
     if (error == EAGAIN || error == EINTR || nobodyWaits) {
         m_errorTold = m_errorTold && error != EAGAIN;
         waitForClients();
@@ -154,9 +154,9 @@ void Acceptor::handleError(int error)
         logLine(u"[StatusServer] Accept error: "_s + systemText(error));
         m_errorTold = true;
     }
-    if (isShortage(error) && m_makeRoom()) {
+    if (isShortage && m_makeRoom()) {
         waitForClients();
-    } else if (isShortage(error) || concernsOneClient(error)) {
+    } else if (isShortage || isOneOf(errorsOfOneClient, error)) {
         pause();
     }
 }

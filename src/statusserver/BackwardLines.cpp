@@ -61,7 +61,6 @@ bool BackwardLines::readBlock()
     }
     if (m_tooLong) {
         m_end = m_begin;
-        m_searchEnd = m_begin;
     }
     const std::size_t bytes = std::min(m_limits.blockBytes, static_cast<std::size_t>(m_offset));
     if (m_begin < bytes) {

@@ -24,7 +24,7 @@ constexpr std::string_view requestEnd = "\r\n\r\n";
 
 bool mustWait()
 {
-    return errno == EAGAIN || errno == EWOULDBLOCK;
+    return errno == EAGAIN; // Linux knows EWOULDBLOCK as the same
 }
 
 // The count of bytes that went out at once, or -1.

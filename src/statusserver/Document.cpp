@@ -79,22 +79,19 @@ std::optional<Attempt> readOnce(const std::string &path, std::size_t maxBytes)
     const ReadTurn turn(fd);
     struct stat before{};
     struct stat after{};
-    Attempt attempt{.document = {.response = {}, .version = settledVersion(fd)},
-                    .wasWrittenTo = false};
+    LoadedDocument document{.response = {}, .version = settledVersion(fd)};
     static_cast<void>(::fstat(fd, &before));
     // A file that grows while it is read is read again.
     auto size = static_cast<std::size_t>(file->attributes.st_size);
     while (size <= maxBytes) {
-        const auto count = readBody(fd, size, attempt.document.response.storage);
+        const auto count = readBody(fd, size, document.response.storage);
         if (!count) {
             return std::nullopt;
         }
         if (*count <= size) {
-            attempt.wasWrittenTo = ::fstat(fd, &after) != 0 || !isSameContent(before, after);
-            if (attempt.wasWrittenTo) {
-                attempt.document.version.reset();
-            }
-            return attempt;
+            const bool wasWrittenTo = ::fstat(fd, &after) != 0 || !isSameContent(before, after);
+            // Then the file has another version by now, so this one is not taken for it.
+            return Attempt{.document = std::move(document), .wasWrittenTo = wasWrittenTo};
         }
         size = 2 * size + smallestGrowth; // which may have claimed to be empty
     }

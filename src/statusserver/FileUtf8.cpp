@@ -13,10 +13,10 @@ namespace ostrelle
 namespace
 {
 
-// How many bytes the sequence that begins with `lead` has; 1 for a byte that begins none.
+// How many bytes a sequence of more than one has that begins with `lead`.
 std::size_t sequenceLength(unsigned char lead)
 {
-    return lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+    return lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
 }
 
 // The length of the unfinished sequence at the end, 0 to 3 bytes.

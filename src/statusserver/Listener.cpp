@@ -30,10 +30,10 @@ std::unexpected<ListenProblem> bindFailure(qint64 port, int error)
 // 0 or the errno value.
 int bindTo(int socket, quint16 port)
 {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_ANY);
-    address.sin_port = htons(port);
+    const sockaddr_in address{.sin_family = AF_INET,
+                              .sin_port = htons(port),
+                              .sin_addr = {.s_addr = htonl(INADDR_ANY)},
+                              .sin_zero = {}};
     const auto *const general = reinterpret_cast<const sockaddr *>(&address);
     return ::bind(socket, general, sizeof address) == 0 ? 0 : errno;
 }

@@ -24,10 +24,8 @@ constexpr std::size_t documentThreads = 3;
 
 int descriptorsForClients(const ServerLimits &limits)
 {
-    rlimit system{};
-    if (::getrlimit(RLIMIT_NOFILE, &system) != 0) {
-        return limits.maxDescriptors;
-    }
+    rlimit system{.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
+    ::getrlimit(RLIMIT_NOFILE, &system);
     return static_cast<int>(
         std::min<rlim_t>(static_cast<rlim_t>(limits.maxDescriptors), system.rlim_cur / 2));
 }

@@ -55,10 +55,10 @@ QString displayName(QString identifier)
 QString firstCharacters(const QString &text, int count)
 {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    for (int i = 0; i < count && finder.toNextBoundary() >= 0; ++i) {
+    for (int i = 0; i < count; ++i) {
+        finder.toNextBoundary();
     }
-    const qsizetype end = finder.position();
-    return end >= 0 ? text.first(end) : text;
+    return text.left(finder.position()); // all of it when that is behind the end, which is -1
 }
 
 Entry subAgent(const Session &session)

@@ -147,29 +147,6 @@ private Q_SLOTS:
         QCOMPARE(namesOf(model.childNodes()), (QStringList{u"B"_s, u"A"_s}));
         QCOMPARE(namesOf(model.nodes()), (QStringList{u"Main"_s, u"A"_s, u"B"_s}));
     }
-
-    void showsAnotherMachine_data()
-    {
-        const Rows<QByteArray, QStringList, QString> row("answer", "names", "error");
-        row("agents", StandInGateway::response(200, documentOf(R"({"a":{}})")),
-            QStringList{u"Main"_s, u"A"_s}, u""_s);
-        row("refused token", StandInGateway::response(401), QStringList{u"Main"_s},
-            u"Remote gateway not reachable — check connection or token."_s);
-    }
-
-    void showsAnotherMachine()
-    {
-        QFETCH(QByteArray, answer);
-        const DashboardHome home;
-        home.write(u"status"_s, documentOf(R"({"local":{}})"));
-        home.useGateway(OtherMachine::gatewayUrl());
-        OtherMachine machine;
-        machine.answer("/status", answer);
-        AgentsTopologyViewModel model(home.settings());
-        QTRY_VERIFY(!model.isLoading());
-        QTEST(namesOf(model.nodes()), "names");
-        QTEST(model.errorMessage(), "error");
-    }
 };
 
 QTEST_GUILESS_MAIN(TestAgents)

@@ -1,3 +1,4 @@
+#include "dashboards/AgentsTopologyViewModel.h"
 #include "dashboards/CronViewModel.h"
 #include "dashboards/DashboardHome.h"
 #include "dashboards/ProjectTrackerJob.h"
@@ -35,7 +36,7 @@ QByteArray project(const QByteArray &id, const QByteArray &status, int workstrea
 
 QByteArray tracker(const QByteArray &projects)
 {
-    return R"({"version":1,"updated":"today","projects":[)" + projects + "]}";
+    return R"({"agents":{"a":{}},"version":1,"updated":"today","projects":[)" + projects + "]}";
 }
 
 QByteArray cron(const QByteArray &jobs)
@@ -64,7 +65,10 @@ private Q_SLOTS:
         home.write(u"tracker"_s, tracker(project("b", "Green") + "," + project("a", "green") + "," +
                                          project("c", "red")));
         ProjectsViewModel model(home.settings(), noProcess);
+        const QSignalSpy agentsChanged(&model, &ProjectsViewModel::agentsChanged);
+        const QSignalSpy completionsChanged(&model, &ProjectsViewModel::completionsChanged);
         QTRY_VERIFY(!model.isLoading());
+        QCOMPARE(agentsChanged.count() + completionsChanged.count(), 2);
         QCOMPARE(model.errorMessage(), QString());
         QStringList ids;
         for (const AgentStatusItem &agent : model.agents()) {
@@ -162,6 +166,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!model.isLoading());
         QTEST(model.jobCount(), "jobs");
         QTEST(model.activeJobCount(), "active");
+        QCOMPARE(model.lastUpdatedText(), model.jobCount() > 0 ? u"now"_s : QString());
         QTEST(model.errorMessage(), "error");
     }
 
@@ -199,8 +204,11 @@ private Q_SLOTS:
                  ssize_t{2 * sizeof(inotify_event)});
         CronViewModel cronModel(settings);
         QTRY_VERIFY(!cronModel.isLoading());
+        AgentsTopologyViewModel agentsModel(settings);
+        QTRY_VERIFY(!agentsModel.isLoading());
         QTEST(projectsModel.errorMessage(), "error");
         QTEST(cronModel.errorMessage(), "error");
+        QTEST(static_cast<int>(agentsModel.childNodes().size()), "count");
         QTEST(projectsModel.projectCount(), "count");
         QTEST(cronModel.jobCount(), "count");
     }

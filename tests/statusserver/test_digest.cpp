@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace ostrelle;
@@ -106,6 +107,8 @@ private Q_SLOTS:
         row("empty", {});
         row("lines of many lengths", three);
         row("last line unfinished", three.chopped(1));
+        row("ends in two bytes", three + "\u00e9");
+        row("ends in three bytes", three + "\u0e01");
         row("cut inside a character", three + "\xF0\x9F\xA6");
         row("bad byte at the start", "\xff" + three);
         row("overlong sequence in the middle", messageLine("one") + "\xC0\x80" + three);
@@ -131,6 +134,19 @@ private Q_SLOTS:
             QCOMPARE(digest(log, 9, block, length - 1),
                      digestForwards(messageLine("x") + messageLine("y"), 9));
         }
+    }
+
+    void aLongLineFillsNoMemory()
+    {
+        const QString path = m_home.write(u"long.jsonl"_s, {});
+        QVERIFY(QFile::resize(path, 20'000'000)); // without a block on the disk
+        const auto file = openRegular(path.toStdString());
+        rusage before{};
+        rusage after{};
+        ::getrusage(RUSAGE_SELF, &before);
+        QVERIFY(digestSessionLog(file->descriptor.get(), {.maxLineBytes = 100'000}, {}).empty());
+        ::getrusage(RUSAGE_SELF, &after);
+        QVERIFY(after.ru_maxrss - before.ru_maxrss < 10'000); // kilobytes
     }
 
     void byteOrderMarkStays()
@@ -162,15 +178,6 @@ private Q_SLOTS:
         while (lines.next()) {
         }
         QVERIFY(lines.failed());
-    }
-
-    void endsWhenStopped()
-    {
-        std::stop_source stop;
-        stop.request_stop();
-        const auto file =
-            openRegular(m_home.write(u"stopped.jsonl"_s, messageLine("one")).toStdString());
-        QVERIFY(digestSessionLog(file->descriptor.get(), {}, stop.get_token()).empty());
     }
 
     void newestLog()

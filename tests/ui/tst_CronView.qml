@@ -64,7 +64,7 @@ ViewTest {
             + "collapsed" + line + "right>~|()"); // without "b", which has the same id
         view.viewModel.load(); // which gives the job another id
         tryCompare(view.viewModel, "isLoading", false);
-        verify(Items.withText(view, "Payload"));
+        verify(Items.withText(view, "Say good night") && Items.withText(view, "a"));
     }
 
     function test_emptyOrBroken() {
