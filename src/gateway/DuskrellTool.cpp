@@ -21,7 +21,7 @@ namespace
 constexpr std::chrono::minutes killAfter(5);
 
 struct ToolRun {
-    bool succeeded = false;
+    bool succeeded;
     QString output; // trimmed; of the stream that was asked for
 };
 
@@ -40,11 +40,8 @@ ToolRun run(const QString &program, const QStringList &arguments, Capture captur
     const auto result = runChild(
         {.program = program, .arguments = arguments, .environment = environmentFor(program)},
         {.capture = capture, .killAfter = killAfter});
-    if (!result) {
-        return {};
-    }
-    const QByteArray &output = result->output;
-    return {.succeeded = result->exitedNormally && result->exitStatus == 0,
+    const QByteArray output = result ? result->output : QByteArray();
+    return {.succeeded = result && result->exitedNormally && result->exitStatus == 0,
             .output = output.isValidUtf8() ? QString::fromUtf8(output).trimmed() : QString()};
 }
 

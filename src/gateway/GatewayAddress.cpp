@@ -14,7 +14,7 @@ namespace
 
 struct Parts {
     QString scheme; // empty without one
-    bool hasUserPart = false;
+    bool hasUserPart;
     QString host; // without port, as it is spelled; a scheme without slashes has none
 };
 

@@ -17,15 +17,14 @@ namespace
 // The domain of every name that Tailscale gives a machine.
 constexpr QLatin1StringView magicDNSSuffix = ".ts.net"_L1;
 
-// How long a token that no store has taken waits in the configuration file for the next attempt.
-constexpr std::chrono::minutes nextMigration(1);
-
 } // namespace
 
-GatewayInUse::GatewayInUse(Settings settings, GatewayViewModel *monitor, QObject *parent)
+GatewayInUse::GatewayInUse(Settings settings, GatewayViewModel *monitor,
+                           std::chrono::milliseconds nextMigration, QObject *parent)
     : QObject(parent)
     , m_settings(std::move(settings))
     , m_monitor(monitor)
+    , m_nextMigration(nextMigration)
 {
     migrateTokens([this] { handleNext(); });
 }
@@ -34,7 +33,7 @@ void GatewayInUse::migrateTokens(const std::function<void()> &done)
 {
     whenDone(m_settings.tokens->migrateFromConfig(), this, [this, done](bool isSomethingLeft) {
         if (isSomethingLeft) {
-            QTimer::singleShot(nextMigration, this, [this] { migrateTokens([] {}); });
+            QTimer::singleShot(m_nextMigration, this, [this] { migrateTokens([] {}); });
         }
         done();
     });

@@ -15,8 +15,11 @@ class GatewayInUse : public QObject
     Q_OBJECT
 
 public:
-    // The monitor must live longer.
-    GatewayInUse(Settings settings, GatewayViewModel *monitor, QObject *parent = nullptr);
+    // The monitor must live longer. A token that no store has taken waits in the configuration file
+    // for the next attempt.
+    GatewayInUse(Settings settings, GatewayViewModel *monitor,
+                 std::chrono::milliseconds nextMigration = std::chrono::minutes(1),
+                 QObject *parent = nullptr);
 
     // Calls `done` at the end.
     void switchTo(const QString &url, const std::function<void()> &done = [] {});
@@ -44,6 +47,7 @@ private:
 
     const Settings m_settings;
     GatewayViewModel *const m_monitor;
+    const std::chrono::milliseconds m_nextMigration;
     QQueue<Request> m_requests;
     bool m_isBusy = true;
 };

@@ -65,10 +65,11 @@ void TailscalePeersModel::loadPeers()
 
 void TailscalePeersModel::probe(const QList<OnlinePeer> &peers)
 {
-    m_probed.clear();
+    QList<TailscalePeer> unprobed;
     for (const OnlinePeer &peer : peers) {
-        m_probed.append({.hostname = peer.hostname, .ip = peer.ip});
+        unprobed.append({.hostname = peer.hostname, .ip = peer.ip});
     }
+    m_probed = unprobed;
     m_unsettled = m_probed.size();
     if (m_unsettled == 0) {
         finish();
@@ -140,8 +141,6 @@ QVariant TailscalePeersModel::data(const QModelIndex &index, int role) const
     }
     const TailscalePeer &peer = rows().at(index.row());
     switch (role) {
-    case HostnameRole:
-        return peer.hostname;
     case NameRole:
         return nameOf(peer);
     case IpRole:
@@ -155,10 +154,7 @@ QVariant TailscalePeersModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TailscalePeersModel::roleNames() const
 {
-    return {{HostnameRole, "hostname"},
-            {NameRole, "name"},
-            {IpRole, "ip"},
-            {GatewayOnlineRole, "gatewayOnline"}};
+    return {{NameRole, "name"}, {IpRole, "ip"}, {GatewayOnlineRole, "gatewayOnline"}};
 }
 
 } // namespace ostrelle

@@ -26,7 +26,7 @@ class TailscalePeersModel : public RowsModel<TailscalePeer>
     Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
 
 public:
-    enum Role { HostnameRole = Qt::UserRole, NameRole, IpRole, GatewayOnlineRole };
+    enum Role { NameRole = Qt::UserRole, IpRole, GatewayOnlineRole };
 
     // The profiles must live longer. The deadline is that of one probe.
     explicit TailscalePeersModel(GatewayProfiles *profiles, TailscalePlaces tailscale = {},

@@ -3,6 +3,8 @@
 #include "platform/ChildProcess.h"
 #include "setup/SetupManager.h"
 
+#include <QTimer>
+
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -53,7 +55,9 @@ struct ProgressFeed::Queue {
             batch.push_back(std::move(reports.front()));
             reports.pop_front();
         }
-        isFeedAwake = !reports.empty();
+        if (!reports.empty()) {
+            wakeFeed();
+        }
         room.notify_all();
         return batch;
     }
@@ -69,21 +73,23 @@ struct ProgressFeed::Queue {
     std::condition_variable room;
     // protected by mutex
     ProgressFeed *feed = nullptr; // null once it is gone
-    std::deque<Report> reports;
-    bool isFeedAwake = false;
+    std::deque<Report> reports;   // as long as any is there, a wake-up is under way
 
 private:
-    // Wakes the feed up when it does not know yet that something is there.
     void addLocked(Report report)
     {
         if (feed == nullptr) {
             return;
         }
         reports.push_back(std::move(report));
-        if (!isFeedAwake) {
-            isFeedAwake = true;
-            QMetaObject::invokeMethod(feed, &ProgressFeed::wakeUp, Qt::QueuedConnection);
+        if (reports.size() == 1) {
+            wakeFeed();
         }
+    }
+
+    void wakeFeed()
+    {
+        QMetaObject::invokeMethod(feed, &ProgressFeed::wakeUp, Qt::QueuedConnection);
     }
 };
 
@@ -113,8 +119,6 @@ ProgressFeed::ProgressFeed(SetupManager &manager)
     , m_queue(std::make_shared<Queue>())
 {
     m_queue->feed = this;
-    m_pause.setSingleShot(true);
-    connect(&m_pause, &QTimer::timeout, this, &ProgressFeed::takeBatch);
 }
 
 ProgressFeed::~ProgressFeed()
@@ -124,7 +128,7 @@ ProgressFeed::~ProgressFeed()
 
 void ProgressFeed::wakeUp()
 {
-    m_pause.start(pause);
+    QTimer::singleShot(pause, this, &ProgressFeed::takeBatch);
 }
 
 void ProgressFeed::takeBatch()
@@ -139,10 +143,6 @@ void ProgressFeed::takeBatch()
         std::get<Change>(report)(m_manager);
     }
     m_manager.statusMessages()->append(messages);
-    const std::scoped_lock lock(m_queue->mutex);
-    if (m_queue->isFeedAwake) {
-        wakeUp();
-    }
 }
 
 } // namespace ostrelle

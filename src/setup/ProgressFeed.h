@@ -3,7 +3,6 @@
 #include <QByteArrayList>
 #include <QObject>
 #include <QString>
-#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -58,7 +57,6 @@ private:
 
     SetupManager &m_manager;
     const std::shared_ptr<Queue> m_queue;
-    QTimer m_pause;
 };
 
 } // namespace ostrelle

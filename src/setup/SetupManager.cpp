@@ -249,8 +249,7 @@ void SetupManager::Checks::checkServe(const QString &cli) const
 
     const QString answer =
         isRunning ? QString() : runShell(cli + u" serve status 2>&1"_s, checkTimeout).output;
-    const bool notEnabled =
-        answer.contains("Serve is not enabled"_L1) || answer.contains("not enabled"_L1);
+    const bool notEnabled = answer.contains("not enabled"_L1);
     publish([notEnabled, link = notEnabled ? enableLink(answer) : QString()](SetupManager &m) {
         m.m_tailscaleServeNotEnabled = notEnabled;
         m.m_tailscaleServeEnableURL = link;

@@ -79,15 +79,11 @@ QString tailscaleCLI()
         found.success && isTrustworthyFile(found.output)) {
         return found.output;
     }
-    for (const QString &candidate :
-         {u"/usr/local/bin/tailscale"_s, u"/opt/homebrew/bin/tailscale"_s,
-          u"/Applications/Tailscale.app/Contents/MacOS/Tailscale"_s}) {
-        if (isTrustworthyFile(candidate)) {
-            return candidate;
-        }
-    }
     // The bare name could be that of a tool that was passed over.
-    return findUserTool(u"tailscale"_s).value_or(u"/usr/bin/false"_s);
+    return findTool({u"/usr/local/bin/tailscale"_s, u"/opt/homebrew/bin/tailscale"_s,
+                     u"/Applications/Tailscale.app/Contents/MacOS/Tailscale"_s},
+                    u"tailscale"_s, toolSearchPath())
+        .value_or(u"/usr/bin/false"_s);
 }
 
 } // namespace ostrelle

@@ -20,6 +20,8 @@ private Q_SLOTS:
         QCOMPARE(
             NetworkHelpers::runProcess(u"/usr/bin/printf"_s, QStringList(u"[%s]"_s) + arguments),
             u"[it's][][a b][$HOME `id` \\][two\nlines][']"_s);
+        QVERIFY(NetworkHelpers::runProcess(u"/usr/bin/env"_s, {})
+                    .contains(u"__CFBundleIdentifier=\n"_s));
     }
 
     void findsTheToolWhereUsersHaveIt()
@@ -35,8 +37,8 @@ private Q_SLOTS:
         const Rows<QByteArray, QString, QString> row("printed", "address", "serve");
         row("blank lines", " \n\n", {}, {});
         row("first of two lines, text behind it",
-            "# x\n\t\t https://a.ts.net (tailnet only) \r\nhttps://b",
-            u"# x\n\t\t https://a.ts.net (tailnet only) \r\nhttps://b"_s,
+            "# x\n\t\t https://a.ts.net (tailnet only) \r\t\nhttps://b",
+            u"# x\n\t\t https://a.ts.net (tailnet only) \r\t\nhttps://b"_s,
             u"https://a.ts.net (tailnet only) \r"_s);
     }
 
@@ -95,6 +97,9 @@ private Q_SLOTS:
         QCOMPARE(firstLanAddress(others), std::nullopt);
         QCOMPARE(firstLanAddress(others + lesser), u"10.0.0.3"_s);
         QCOMPARE(firstLanAddress(lesser + others + QList{lan} + others), lan.ipv4);
+        const InterfaceAddress loopback = interfaceAddresses().value(0);
+        QCOMPARE(loopback.interface + u' ' + loopback.ipv4, u"lo 127.0.0.1"_s);
+        QVERIFY(loopback.isUp);
     }
 
 private:

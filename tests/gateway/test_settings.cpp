@@ -38,8 +38,11 @@ private Q_SLOTS:
             QVERIFY(settings.projectTrackingEnabled() && !settings.launchAtLogin());
             settings.setLaunchAtLogin(true);
             settings.setGeminiAPIKey(u"k,\"ü"_s);
+            settings.setAutoStartVoice(true);
         }
+        m_preferences->set(preference::projectTrackingEnabled, false);
         GatewaySettings settings(m_preferences);
+        QVERIFY(settings.autoStartVoice() && !settings.projectTrackingEnabled());
         QCOMPARE(settings.geminiAPIKey(), u"k,\"ü"_s);
         QTRY_VERIFY(settings.launchAtLogin());
         const QString entry = u".config/autostart/ai.duskrell.ostrelle.desktop"_s;
@@ -66,10 +69,10 @@ private Q_SLOTS:
         m_home->write(u".duskrell/workspace/projects/ostrelle-unified/skills/ostrelle-connector"
                       u"/scripts/enable-project-tracking.sh"_s,
                       "sleep 0.1; echo enable $PATH >> \"$HOME/calls\"");
-        m_home->write(
-            u"duskrell.out"_s,
-            R"({"jobs":[{"id":"1","name":"Other"},{"id":"it\u0027s 2","name":)"
-            R"("OSTRELLE Project Tracker"},{"id":3,"name":"OSTRELLE Project Tracker"}]})");
+        m_home->write(u"duskrell.out"_s,
+                      R"({"jobs":[{"id":"1","name":"Other"},{"id":"it\u0027s 2","name":)"
+                      R"("OSTRELLE Project Tracker"},{"id":3,"name":"OSTRELLE Project Tracker"},)"
+                      R"({"id":"--all","name":"OSTRELLE Project Tracker"}]})");
         GatewaySettings settings(m_preferences, {m_home->path(u"none"_s), m_duskrell});
         QVERIFY(finishBackgroundWork(10s));
         QFile::remove(m_home->path(u"calls"_s));

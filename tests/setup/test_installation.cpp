@@ -84,8 +84,8 @@ private Q_SLOTS:
     void confined_data()
     {
         const Rows<bool, QByteArray, QString, bool> row("hasBus", "isActive", "told", "isUnit");
-        row("as a unit", true, "exit 3", u"-n \\x  y "_s, true);
-        row("a bus that has ended", false, "exit 3", u"-n \\x  y "_s, false);
+        row("as a unit", true, "exit 3", u"-n \\x  y 1 "_s, true);
+        row("a bus that has ended", false, "exit 3", u"-n \\x  y 1 "_s, false);
         row("an older unit", true, "", u"ERROR: the installer still runs"_s, false);
     }
 
@@ -107,11 +107,13 @@ private Q_SLOTS:
             home.write(u".run/bus"_s, {}); // its socket stays
         }
         home.addTool(u"systemctl"_s, isActive);
-        home.addTool(u"systemd-run"_s, "while [ $1 != -- ]; do case $1 in *=*) export "
-                                       "\"${1#--setenv=}\"; esac; shift; done; shift; exec \"$@\"");
-        home.addInstaller("echo \"$SUDO_PASS $(cat)\"");
+        home.addTool(u"systemd-run"_s, ": ${XDG_RUNTIME_DIR:?}\nwhile [ $1 != -- ]; do case $1 in "
+                                       "*=*) export \"${1#--setenv=}\"; esac; shift; done; shift\n"
+                                       "exec bash -c 'exec \"${@//\\$\\$/$}\"' - \"$@\"");
+        home.write(u"$$/install-duskrell.sh"_s, "echo \"$SUDO_PASS $NONINTERACTIVE $(cat)\"");
         SetupSurroundings surroundings = home.surroundings();
         surroundings.isConfined = true;
+        surroundings.resources = home.path(u"$$"_s);
         SetupManager manager(home.settings(), surroundings);
         QVERIFY(install(manager, u"-n \\x  y"_s));
         const QString shown = messagesOf(manager).value(2);
@@ -239,23 +241,23 @@ private Q_SLOTS:
     void onboarding()
     {
         const SetupHome home;
-        home.writeScript(u"bin/x-terminal-emulator"_s, "echo \"$@\" > ~/opened");
+        home.writeScript(u"bin/x-terminal-emulator"_s, "exit 1"); // has no display, for instance
         home.writeScript(u".bun/bin/duskrell"_s, {});
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", home.path(u"bin:"_s).toUtf8() + path);
         SetupManager manager(home.settings(), home.surroundings());
+        manager.openOnboarding();
+        QVERIFY(waitFor([&] { return manager.statusMessages()->rowCount() == 1; }));
+        QCOMPARE(messagesOf(manager),
+                 QStringList(u"Could not open a terminal. Run in one: duskrell onboard"_s));
+
+        home.writeScript(u"bin/x-terminal-emulator"_s, "echo \"$@\" > ~/opened");
         manager.openOnboarding();
         const QString script = home.path(u".run/ostrelle-onboard.command"_s);
         QVERIFY(waitFor([&] { return home.read(u"opened"_s) == "-e " + script.toUtf8() + '\n'; }));
         QCOMPARE(QFile::permissions(script), QFile::Permissions(0x7755));
         QVERIFY(home.read(u".run/ostrelle-onboard.command"_s)
                     .contains("export PATH='" + home.path(u".bun/bin"_s).toUtf8() + "':$PATH:"));
-
-        home.writeScript(u"bin/x-terminal-emulator"_s, "exit 1"); // has no display, for instance
-        manager.openOnboarding();
-        QVERIFY(waitFor([&] { return manager.statusMessages()->rowCount() == 1; }));
-        QCOMPARE(messagesOf(manager),
-                 QStringList(u"Could not open a terminal. Run in one: duskrell onboard"_s));
         qputenv("PATH", path);
     }
 };

@@ -74,6 +74,8 @@ private Q_SLOTS:
         const SetupHome home;
         home.addTool(u"tailscale"_s, "[ $1 != restart ]");
         home.addTool(u"sudo"_s, "exit 1");
+        const QString open = home.writeScript(u"bin/duskrell"_s, "echo planted >> ~/calls");
+        QFile::setPermissions(open, QFile::Permissions(0x7777));
         home.writeScript(u".bun/bin/duskrell"_s, "exec duskrell-runtime \"$@\"");
         home.writeScript(u".bun/bin/duskrell-runtime"_s, "echo duskrell \"$@\" >> ~/calls");
         SetupManager manager(home.settings(), home.surroundings());

@@ -17,13 +17,13 @@ private Q_SLOTS:
         home.addTool(u"python3"_s, "cd ~; exec /usr/bin/python3 \"$@\"");
         home.write(u"venv.py"_s, "exit(1)"); // planted in the working directory
         home.write(u".config/pip/pip.conf"_s, "[global]\nno-index=1\ndisable-pip-version-check=1");
-        home.addTool(u"curl"_s, "case $4 in https:*.onnx) ;; *) echo half > $3; exit 22;; esac\n"
-                                "echo model > $3");
+        home.addTool(u"curl"_s, "case $4 in https:*.onnx) echo model > $3;; esac");
         home.write(u"resources/voice-agent/config.yaml"_s, "new");
+        home.write(u"resources/voice-agent/hey_vorn_mac.ppn"_s, "new");
         home.write(u"resources/voice-agent/sounds/thinking.wav"_s, "wav");
         const QString requirements = u"resources/voice-agent/requirements.txt"_s;
         home.write(requirements, "# as it is\npip >= 20  # brings itself");
-        home.write(u".ostrelle/data/config.yaml"_s, "mine");
+        home.write(u".ostrelle/data/hey_vorn_mac.ppn"_s, "mine");
         const QString models = u".ostrelle/data/models"_s;
         home.write(models + u"/kokoro-v1.0.onnx"_s, "cut off");
         home.write(models + u"/kokoro-v1.0.onnx.incomplete"_s, "");
@@ -45,7 +45,8 @@ private Q_SLOTS:
         QCOMPARE(QDir(home.path(models)).entryList(QDir::Files),
                  QStringList(u"kokoro-v1.0.onnx"_s));
         QCOMPARE(home.read(models + u"/kokoro-v1.0.onnx"_s), QByteArray("model\n"));
-        QCOMPARE(home.read(u".ostrelle/data/config.yaml"_s), QByteArray("mine"));
+        QCOMPARE(home.read(u".ostrelle/data/config.yaml"_s), QByteArray("new"));
+        QCOMPARE(home.read(u".ostrelle/data/hey_vorn_mac.ppn"_s), QByteArray("mine"));
         QCOMPARE(home.read(u".ostrelle/data/sounds/thinking.wav"_s), QByteArray("wav"));
         QVERIFY(home.exists(u".ostrelle/venv/bin/python"_s) && manager.hasVenv());
         QVERIFY(OstrelleConfig::load().voice.enabled);
