@@ -1,5 +1,6 @@
 #include "core/BackgroundWork.h"
 #include "settings/SettingsQueues.h"
+#include "support/Patience.h"
 #include "support/Rows.h"
 #include "voice/AgentHome.h"
 
@@ -237,7 +238,8 @@ private Q_SLOTS:
         QTRY_VERIFY(home.exists(u"ready"_s));
         manager.stopVoice();
         for (const QString &recorder : {u"polite"_s, u"stubborn"_s}) {
-            QTRY_VERIFY(!isAlive(home.read(recorder).trimmed().toInt()));
+            QTRY_VERIFY_WITH_TIMEOUT(!isAlive(home.read(recorder).trimmed().toInt()),
+                                     patienceMilliseconds);
         }
     }
 
