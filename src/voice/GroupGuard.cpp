@@ -64,8 +64,7 @@ public:
         }
         ::posix_spawn_file_actions_addclosefrom_np(&m_files, STDERR_FILENO + 1);
         ::posix_spawnattr_init(&m_attributes);
-        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK |
-                                                      POSIX_SPAWN_SETSIGDEF);
+        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
         ::posix_spawnattr_setpgroup(&m_attributes, 0);
         // The group may be asked to end before the shell has come to its first line.
         sigset_t askedToEnd;
@@ -74,9 +73,6 @@ public:
             ::sigaddset(&askedToEnd, signal);
         }
         ::posix_spawnattr_setsigmask(&m_attributes, &askedToEnd);
-        sigset_t all;
-        ::sigfillset(&all);
-        ::posix_spawnattr_setsigdefault(&m_attributes, &all);
     }
     ~SpawnSettings()
     {
@@ -115,13 +111,6 @@ GroupGuard::GroupGuard(GroupGuard &&other) noexcept
     : m_shell(std::exchange(other.m_shell, 0))
     , m_lifeline(std::move(other.m_lifeline))
 {
-}
-
-GroupGuard &GroupGuard::operator=(GroupGuard &&other) noexcept
-{
-    std::swap(m_shell, other.m_shell);
-    std::swap(m_lifeline, other.m_lifeline);
-    return *this;
 }
 
 GroupGuard::~GroupGuard()

@@ -171,6 +171,7 @@ private Q_SLOTS:
     {
         StandInGateway agent;
         agent.answer(statusPath, {});
+        agent.answer("/start", {});
         VoiceControlPort port(agent.serverPort());
         QStringList states;
         connect(&port, &VoiceControlPort::statusArrived, this,
@@ -179,6 +180,10 @@ private Q_SLOTS:
             port.askStatus();
         }
         QTRY_COMPARE(agent.requestCount(), 40); // lost ones are no reason not to ask
+        for (int i = 0; i < 18; ++i) {
+            port.postAction(u"start"_s);
+        }
+        QTRY_COMPARE(agent.requestCount(), 56);
 
         // A late answer counts as it arrives, and makes room for the question that corrects it.
         agent.answer(statusPath, listening);
@@ -186,7 +191,7 @@ private Q_SLOTS:
         QTRY_COMPARE(states, QStringList(u"dormant"_s));
         port.askStatus();
         QTRY_COMPARE(states, QStringList({u"dormant"_s, u"listening"_s}));
-        QCOMPARE(agent.requestCount(), 41);
+        QCOMPARE(agent.requestCount(), 57);
     }
 
     void stopWithoutSupervisor()
