@@ -98,6 +98,7 @@ private Q_SLOTS:
         QCOMPARE(m_home.read(u"secrets.json.broken-2"_s), "broken again");
         m_home.write(u"secrets.json"_s, QByteArray(5'000'000, ' ') + "{}"); // nobody's secrets
         QVERIFY(!file.write(account, "newest"));
+        QVERIFY(!SecretFile(u"/proc/secrets.json"_s).write(account, "nowhere"));
     }
 
     void keepsSecretsInAKeyring()
@@ -122,7 +123,8 @@ private Q_SLOTS:
         QCOMPARE(m_preferred.whereKept(), m_home.path(keptIn));
 
         m_keyring = &m_session->startKeyring();
-        QCOMPARE(outcome(m_preferred.read(account)), u"\"without a service\""_s);
+        QCOMPARE(outcome(m_preferred.read(account + u'/')), u"\"another account\""_s);
+        QCOMPARE(outcome(m_service.read(account)), u"\"without a service\""_s); // all have moved
         QVERIFY(m_preferred.write(account, "with a service"));
         QCOMPARE(outcome(m_preferred.read(account)), u"\"with a service\""_s);
         QCOMPARE(itemsInKeyring(), 1);
