@@ -42,7 +42,6 @@ private Q_SLOTS:
     {
         const Rows<QByteArray> row("content");
         row("no file", {});
-        row("empty", "");
         row("cut", minimal.first(100));
         row("without ports", with(minimal, "\"ports\"", "\"port\""));
         row("port as text", with(minimal, "\"status\":1", "\"status\":\"1\""));

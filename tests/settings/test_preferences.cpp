@@ -83,7 +83,6 @@ private Q_SLOTS:
         row("true", "key=true", "11");
         row("false", "key=false", "00");
         row("number", "key=1", "10");
-        row("missing", "other=true", "10");
         row("list", "key=true, false", "10");
     }
 
