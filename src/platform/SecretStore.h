@@ -36,8 +36,6 @@ public:
     virtual std::expected<void, SecretProblem> write(const QString &account,
                                                      const QByteArray &secret) = 0;
 
-    virtual std::expected<void, SecretProblem> remove(const QString &account) = 0;
-
     // Has the user asked to unlock what is locked, if anything is, and waits for the answer, two
     // minutes at most. What came of it the next call tells. Only for what the user has just asked
     // for.

@@ -118,19 +118,16 @@ public:
         return items;
     }
 
-    std::expected<void, SecretProblem> deleteItem(SecretItem *item)
+    // Not one that is locked, for which the user would be asked.
+    void deleteItem(SecretItem *item)
     {
         if (secret_item_get_locked(item)) {
-            return std::unexpected(SecretProblem::Locked);
+            return;
         }
         const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
             secret_item_delete(item, m_calls.cancellable(), callback, data);
         });
-        Failure failure;
-        if (!secret_item_delete_finish(item, result.get(), failure.out())) {
-            return std::unexpected(lost(failure));
-        }
-        return {};
+        secret_item_delete_finish(item, result.get(), nullptr);
     }
 
     std::expected<GObjectPtr<SecretCollection>, SecretProblem> defaultCollection()
@@ -292,7 +289,7 @@ void removeOthers(KeyringConversation &conversation, const QString &account,
     for (const GList *entry = items->get(); entry; entry = entry->next) {
         auto *item = static_cast<SecretItem *>(entry->data);
         if (secretOf(item) != stored) {
-            static_cast<void>(conversation.deleteItem(item));
+            conversation.deleteItem(item);
         }
     }
 }
@@ -313,22 +310,6 @@ std::expected<void, SecretProblem> writeIn(KeyringConversation &conversation,
         removeOthers(conversation, account, secret);
     }
     return stored;
-}
-
-std::expected<void, SecretProblem> removeIn(KeyringConversation &conversation,
-                                            const QString &account)
-{
-    const auto items = conversation.search(attributesOf(account));
-    if (!items) {
-        return std::unexpected(items.error());
-    }
-    for (const GList *entry = items->get(); entry; entry = entry->next) {
-        const auto deleted = conversation.deleteItem(static_cast<SecretItem *>(entry->data));
-        if (!deleted) {
-            return deleted;
-        }
-    }
-    return {};
 }
 
 // One after the other: most items are unlocked together with their collection.
@@ -374,12 +355,6 @@ std::expected<void, SecretProblem> SecretService::write(const QString &account,
 {
     return converse(
         [&](KeyringConversation &conversation) { return writeIn(conversation, account, secret); });
-}
-
-std::expected<void, SecretProblem> SecretService::remove(const QString &account)
-{
-    return converse(
-        [&](KeyringConversation &conversation) { return removeIn(conversation, account); });
 }
 
 void SecretService::unlockForUser()

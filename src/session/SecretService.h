@@ -15,7 +15,6 @@ public:
     std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override;
     std::expected<void, SecretProblem> write(const QString &account,
                                              const QByteArray &secret) override;
-    std::expected<void, SecretProblem> remove(const QString &account) override;
 
     // The default collection and all items of ours: some stores lock each item by itself.
     void unlockForUser() override;

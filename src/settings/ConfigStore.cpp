@@ -142,7 +142,7 @@ std::expected<void, FileProblem> ConfigStore::write(const OstrelleConfig &config
     if (written) {
         written = writeConfig(m_file, config);
     }
-    if (!written && !std::exchange(m_toldFailure, true)) {
+    if (!written && !m_toldFailure) {
         logLine(u"[Ostrelle] "_s + m_file + u" not saved: "_s + written.error().text);
     }
     m_toldFailure = !written;

@@ -103,17 +103,11 @@ std::expected<void, SecretProblem> PreferredSecretStore::giveToService(const QSt
 {
     auto written = askService([&](SecretStore &service) { return service.write(account, secret); });
     if (written) {
-        rememberWritten(account, secret);
+        const std::scoped_lock lock(m_remembering);
+        m_remembered.insert(account, secret);
+        ++m_writeCount;
     }
     return written;
-}
-
-void PreferredSecretStore::rememberWritten(const QString &account,
-                                           const std::optional<QByteArray> &secret)
-{
-    const std::scoped_lock lock(m_remembering);
-    m_remembered.insert(account, secret);
-    ++m_writeCount;
 }
 
 quint64 PreferredSecretStore::writeCount()
@@ -139,17 +133,6 @@ std::expected<void, SecretProblem> PreferredSecretStore::write(const QString &ac
     // An older one that stays there would count as the newer one.
     const auto removed = m_file.remove(account);
     return removed || !m_file.accounts().contains(account) ? written : removed;
-}
-
-std::expected<void, SecretProblem> PreferredSecretStore::remove(const QString &account)
-{
-    const std::scoped_lock lock(m_writing);
-    const auto removed = askService([&](SecretStore &service) { return service.remove(account); });
-    const auto removedFromFile = m_file.remove(account);
-    if (removed) {
-        rememberWritten(account, std::nullopt);
-    }
-    return isAnswer(removed) ? removed : removedFromFile;
 }
 
 void PreferredSecretStore::unlockForUser()

@@ -29,8 +29,6 @@ public:
     std::expected<void, SecretProblem> write(const QString &account,
                                              const QByteArray &secret) override;
 
-    std::expected<void, SecretProblem> remove(const QString &account) override;
-
     void unlockForUser() override;
 
     QString whereKept() override;
@@ -42,7 +40,6 @@ private:
     std::expected<std::optional<QByteArray>, SecretProblem> askForSecret(const QString &account);
     std::expected<void, SecretProblem> giveToService(const QString &account,
                                                      const QByteArray &secret);
-    void rememberWritten(const QString &account, const std::optional<QByteArray> &secret);
     quint64 writeCount();
     void moveToService();
     void tellWhere(Place place);

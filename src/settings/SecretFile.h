@@ -25,7 +25,7 @@ public:
     std::expected<std::optional<QByteArray>, SecretProblem> read(const QString &account) override;
     std::expected<void, SecretProblem> write(const QString &account,
                                              const QByteArray &secret) override;
-    std::expected<void, SecretProblem> remove(const QString &account) override;
+    std::expected<void, SecretProblem> remove(const QString &account);
 
     // All that have a secret here; none while the file cannot be read.
     QStringList accounts();

@@ -22,7 +22,6 @@ public:
     pid_t group() const { return m_shell; }
 
     GroupGuard(GroupGuard &&other) noexcept;
-    GroupGuard &operator=(GroupGuard &&other) noexcept;
     GroupGuard(const GroupGuard &) = delete;
     GroupGuard &operator=(const GroupGuard &) = delete;
     ~GroupGuard();

@@ -160,7 +160,7 @@ void ServiceManager::launch(const ChildCommand &command)
     prepareChild(*process, guard ? guard->group() : 0,
                  agentLog ? std::optional(agentLog.get()) : std::nullopt);
     if (guard) {
-        m_guards.insert_or_assign(process, std::move(*guard));
+        m_guards.emplace(process, std::move(*guard));
     }
     process->setStandardInputFile(QProcess::nullDevice());
     process->setProcessChannelMode(QProcess::ForwardedChannels);

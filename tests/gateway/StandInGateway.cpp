@@ -102,6 +102,9 @@ void StandInGateway::receive(QTcpSocket *client)
     }
     client->write(answer);
     keepFlooding(client);
+    if (answer.startsWith("HTTP/1.0")) {
+        client->disconnectFromHost(); // only the end tells how long such an answer is
+    }
 }
 
 void StandInGateway::keepFlooding(QTcpSocket *client)

@@ -31,8 +31,10 @@ private Q_SLOTS:
         };
         const QByteArray ok = "HTTP/1.1 200 OK\r\n";
         const QByteArray chunked = ok + "Transfer-Encoding: Chunked\r\n\r\n";
-        whole("length", StandInGateway::response(200, "body"), 200, "body");
         whole("bare line feeds", "HTTP/1.0 200 OK\ncontent-length:  2 \n\nab", 200, "ab");
+        whole("chunks of many lines",
+              chunked + ("1;" + QByteArray(4096, 'x') + "\r\na\r\n").repeated(16) + "0\r\n\r\n",
+              200, QByteArray(16, 'a'));
         whole("no reason", "HTTP/1.1 204\r\n\r\n", 204, "");
         whole("chunks", chunked + "3;x=y\r\nabc\r\n0A\r\n0123456789\r\n0\r\nT: t\r\n\r\n", 200,
               "abc0123456789");
@@ -81,10 +83,17 @@ private Q_SLOTS:
     void followsRedirectsWithinTheOrigin()
     {
         StandInGateway gateway;
-        gateway.answer("/a", StandInGateway::redirectTo(u"b?c=d"_s));
-        gateway.answer("/b?c=d", StandInGateway::response(200, "there"));
-        QCOMPARE(ask(gateway.url() + u"/a"_s)->body, "there");
-        QVERIFY(gateway.requests("/b?c=d").first().contains("Authorization: t\r\n"));
+        gateway.answer("/b?c=d", "HTTP/1.0 200 OK\r\n\r\nthere");
+        const QByteArray head = " /b?c=d HTTP/1.1\r\nHost: " + gateway.url().mid(7).toLatin1() +
+                                "\r\nUser-Agent: Ostrelle\r\nAccept: */*\r\n"
+                                "Connection: close\r\nAuthorization: t\r\n";
+        for (const int status : {301, 302, 303, 307, 308}) {
+            gateway.answer("/a", StandInGateway::response(status, {}, "Location: b?c=d\r\n"));
+            QCOMPARE(ask(gateway.url() + u"/a"_s, "posted")->body, "there");
+            QCOMPARE(gateway.requests("/b?c=d").last(),
+                     status < 304 ? "GET" + head + "\r\n"
+                                  : "POST" + head + "Content-Length: 6\r\n\r\nposted");
+        }
 
         gateway.answer("/a", StandInGateway::redirectTo(u"/a"_s));
         QCOMPARE(ask(gateway.url() + u"/a"_s)->status, 307);
@@ -178,12 +187,13 @@ private:
         return file.open(QFile::ReadOnly) ? QSslKey(&file, QSsl::Rsa) : QSslKey();
     }
 
-    static HttpResult ask(const QString &url)
+    static HttpResult ask(const QString &url, const std::optional<QByteArray> &body = {})
     {
         HttpClient client;
         std::optional<HttpResult> answer;
-        client.send({.url = QUrl(url), .headers = {{"Authorization", "t"}}, .deadline = 4s},
-                    [&](const HttpResult &result) { answer = result; });
+        client.send(
+            {.url = QUrl(url), .headers = {{"Authorization", "t"}}, .body = body, .deadline = 4s},
+            [&](const HttpResult &result) { answer = result; });
         if (answer || !QTest::qWaitFor([&] { return answer.has_value(); })) {
             return std::unexpected(u"told too early or never"_s);
         }

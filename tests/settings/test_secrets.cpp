@@ -18,6 +18,8 @@ namespace
 
 const QString gateway = u"http://127.0.0.1:18789"_s;
 const QString account = u"gateway-token:"_s + gateway;
+const QString keyrings = u"/org/freedesktop/secrets"_s;
+const QString login = keyrings + u"/collection/login"_s;
 
 // What a call came to, in a form that a failing comparison can print.
 QString outcome(const std::expected<std::optional<QByteArray>, SecretProblem> &answer)
@@ -37,23 +39,24 @@ void verifyKeepsSecrets(SecretStore &store)
     QCOMPARE(outcome(store.read(account)), u"\"second – ключ\""_s);
     QVERIFY(store.write(account + u"empty"_s, ""));
     QCOMPARE(outcome(store.read(account + u"empty"_s)), u"\"\""_s);
-    QVERIFY(store.remove(account));
-    QCOMPARE(outcome(store.read(account)), u"nothing"_s);
     QCOMPARE(outcome(store.read(account + u'/')), u"\"another account\""_s);
 }
 
 // With another program than ours.
-QByteArray askKeyring(const QString &method, const QString &argument)
+QByteArray ask(const QString &object, const QString &method, const QStringList &arguments = {})
 {
-    return outputOf(u"gdbus"_s, {u"call"_s, u"--session"_s, u"--dest=org.freedesktop.secrets"_s,
-                                 u"--object-path=/org/freedesktop/secrets"_s,
-                                 u"--method=org.freedesktop.Secret.Service."_s + method, argument});
+    return outputOf(u"gdbus"_s,
+                    QStringList{u"call"_s, u"--session"_s, u"--dest=org.freedesktop.secrets"_s,
+                                u"--object-path="_s + object,
+                                u"--method=org.freedesktop.Secret."_s + method} +
+                        arguments);
 }
 
 qsizetype itemsInKeyring()
 {
-    const QByteArray items = askKeyring(
-        u"SearchItems"_s, u"{'service':'ai.duskrell.ostrelle','account':'%1'}"_s.arg(account));
+    const QByteArray items =
+        ask(keyrings, u"Service.SearchItems"_s,
+            {u"{'service':'ai.duskrell.ostrelle','account':'%1'}"_s.arg(account)});
     return items.count("/org/freedesktop/secrets/collection/");
 }
 
@@ -93,6 +96,9 @@ private Q_SLOTS:
         QVERIFY(file.write(account, "newer"));
         QCOMPARE(m_home.read(u"secrets.json.broken"_s), "broken {");
         QCOMPARE(m_home.read(u"secrets.json.broken-2"_s), "broken again");
+        m_home.write(u"secrets.json"_s, QByteArray(5'000'000, ' ') + "{}"); // nobody's secrets
+        QVERIFY(!file.write(account, "newest"));
+        QVERIFY(!SecretFile(u"/proc/secrets.json"_s).write(account, "nowhere"));
     }
 
     void keepsSecretsInAKeyring()
@@ -104,32 +110,31 @@ private Q_SLOTS:
         const QString others = u"for i in 1 2 3 4; do echo x | secret-tool store --label=x service "
                                "ai.duskrell.ostrelle account '%1' more $i; done"_s.arg(account);
         outputOf(u"/bin/sh"_s, {u"-c"_s, others});
-        QCOMPARE(itemsInKeyring(), 4);
-        QVERIFY(m_service.write(account, "one"));
+        QCOMPARE(itemsInKeyring(), 5);
         QVERIFY(m_service.write(account, "two"));
         QCOMPARE(outcome(m_service.read(account)), u"\"two\""_s);
         QCOMPARE(itemsInKeyring(), 1);
-        outputOf(u"/bin/sh"_s, {u"-c"_s, others});
-        QVERIFY(m_service.remove(account));
-        QCOMPARE(itemsInKeyring(), 0);
     }
 
     void followsTheServiceAsItComesAndGoes()
     {
         QVERIFY(m_preferred.write(account, "without a service"));
-        QVERIFY(m_home.read(keptIn).contains("without a service"));
+        QCOMPARE(m_preferred.whereKept(), m_home.path(keptIn));
 
         m_keyring = &m_session->startKeyring();
-        QCOMPARE(outcome(m_preferred.read(account)), u"\"without a service\""_s);
+        QCOMPARE(outcome(m_preferred.read(account + u'/')), u"\"another account\""_s);
+        QCOMPARE(outcome(m_service.read(account)), u"\"without a service\""_s); // all have moved
         QVERIFY(m_preferred.write(account, "with a service"));
         QCOMPARE(outcome(m_preferred.read(account)), u"\"with a service\""_s);
         QCOMPARE(itemsInKeyring(), 1);
-        QVERIFY(!m_home.read(keptIn).contains(account.toUtf8()));
+        QCOMPARE(m_home.read(keptIn).simplified(), R"({ "usesSecretService": true })");
+        QCOMPARE(m_preferred.whereKept(), u"the desktop's Secret Service"_s);
 
         endKeyring();
         // Also in the next run nobody says that there is none.
-        QCOMPARE(outcome(PreferredSecretStore(m_home.path(keptIn)).read(account)),
-                 toString(SecretProblem::NoAnswer));
+        PreferredSecretStore nextRun(m_home.path(keptIn));
+        QCOMPARE(nextRun.whereKept(), u"the desktop's Secret Service"_s);
+        QCOMPARE(outcome(nextRun.read(account)), toString(SecretProblem::NoAnswer));
         QList<qsizetype> open;
         for (int start = 0; start < 5; ++start) {
             m_keyring = &m_session->startKeyring();
@@ -154,6 +159,10 @@ private Q_SLOTS:
             QTRY_VERIFY(!m_home.read(keptIn).contains(account.toUtf8()));
             QCOMPARE(outcome(m_service.read(account)), u'"' + QString::fromUtf8(newer) + u'"');
         }
+        ask(login, u"Collection.Delete"_s);
+        QVERIFY(m_preferred.write(account, "without a keyring"));
+        QVERIFY(m_home.read(keptIn).contains("without a keyring"));
+        m_preferred.unlockForUser(); // where nothing is locked
     }
 
     // The prompter is the one that the keyring's own library has for tests. It takes a prompt that
@@ -177,10 +186,15 @@ private Q_SLOTS:
             return saved ? u"saved"_s : toString(saved.error());
         };
         QCOMPARE(save(u"one"_s), u"saved"_s);
-        askKeyring(u"Lock"_s, u"['/org/freedesktop/secrets/collection/login']"_s);
+        const Settings reader = m_home.settings();
+        QCOMPARE(reader.tokens->getToken(gateway), u"one"_s);
+        ask(keyrings, u"Service.Lock"_s, {u"['"_s + login + u"']"_s});
         QCOMPARE(outcome(m_service.read(account)), toString(SecretProblem::Locked));
         QCOMPARE(settings.tokens->getToken(gateway), u"one"_s); // remembered
-        expectPassword("test password", nullptr);
+        QCOMPARE(reader.tokens->getToken(gateway), u"one"_s);
+        function("gcr_mock_prompter_expect_close")();
+        expectPassword("test password", nullptr); // not at once: the answer was no
+        QCOMPARE(save(u"three"_s), toString(SecretProblem::Locked));
         QCOMPARE(save(u"four"_s), u"saved"_s);
         QCOMPARE(outcome(m_service.read(account)), u"\"four\""_s);
     }

@@ -122,6 +122,7 @@ private Q_SLOTS:
         row("two documents", "{}{}", u"Unexpected trailing content in the JSON input."_s);
         row("not UTF-8", "{\"agents\":\"\xff\"}", u"The input is not valid UTF-8"_s);
         row("bad number in what nobody reads", R"({"x":01})", u"Problem while parsing a number"_s);
+        row("bad name of what nobody reads", R"({"\x":1})", u"Problem while parsing a string"_s);
         row("nested too deep", "{\"x\":" + nested(100'000) + "}",
             u"The JSON document was too deep (too many nested objects and arrays)"_s);
         row("nested deep", "{\"x\":" + nested(500) + "}", {});

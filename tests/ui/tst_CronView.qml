@@ -42,6 +42,7 @@ ViewTest {
 
     function test_anyNameIsOneLine() {
         compare(Texts.oneLine(" a\nb\u0007 " + "😀".repeat(99)), "a b " + "😀".repeat(48) + "…");
+        compare(Texts.oneLine("x" + "😀".repeat(99)), "x" + "😀".repeat(49) + "…");
         const view = loadedView([job(), job({id: "2", name: "a\nb".repeat(1000)})]);
         const cards = Items.visibleItems(view).filter(each => each.summary !== undefined);
         compare(cards[1].height, cards[0].height);

@@ -105,6 +105,9 @@ private Q_SLOTS:
     void ignoredTermination()
     {
         const AgentHome home;
+        Sleeper patient(u"trap '' TERM"_s); // which has an hour
+        home.write(pidFile, QByteArray::number(patient.processId()));
+        killFromPidFile(ServiceManager::pidFile(), std::chrono::hours(1));
         // Whether the program goes on or exits at once.
         for (const bool exits : {false, true}) {
             Sleeper stubborn(u"trap '' TERM"_s);
@@ -117,6 +120,7 @@ private Q_SLOTS:
             QVERIFY(stubborn.waitForFinished());
             QCOMPARE(stubborn.exitCode(), SIGKILL);
         }
+        QCOMPARE(patient.endedBy(SIGRTMIN), SIGRTMIN);
     }
 };
 
