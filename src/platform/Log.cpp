@@ -118,7 +118,8 @@ private:
         try {
             std::thread([this] { run(); }).detach();
             m_hasThread = true;
-        } catch (const std::system_error &) { // the next line tries again
+        } catch (const std::system_error &) {
+            m_hasThread = false; // the next line tries again
         }
         ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
         return m_hasThread;
