@@ -58,7 +58,6 @@ WaylandSeat::WaylandSeat(wl_display *display)
 
 WaylandSeat::~WaylandSeat()
 {
-    m_notifier->setEnabled(false);
     wl_registry_destroy(m_registry);
     wl_display_disconnect(m_display);
 }

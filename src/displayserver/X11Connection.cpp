@@ -32,9 +32,10 @@ std::unique_ptr<X11Connection> X11Connection::open(Handler handler)
 X11Connection::X11Connection(_XDisplay *display, Handler handler)
     : m_display(display)
     , m_handler(std::move(handler))
-    , m_notifier(new QSocketNotifier(ConnectionNumber(display), QSocketNotifier::Read, this))
 {
-    connect(m_notifier, &QSocketNotifier::activated, this, &X11Connection::handleEvents);
+    const auto *notifier =
+        new QSocketNotifier(ConnectionNumber(display), QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, &X11Connection::handleEvents);
     // Events that arrive while the owner makes its next requests wait in the client's queue, where
     // the socket does not report them.
     QMetaObject::invokeMethod(this, &X11Connection::handleEvents, Qt::QueuedConnection);
@@ -42,7 +43,6 @@ X11Connection::X11Connection(_XDisplay *display, Handler handler)
 
 X11Connection::~X11Connection()
 {
-    m_notifier->setEnabled(false);
     XCloseDisplay(m_display);
 }
 

@@ -7,7 +7,6 @@
 
 struct _XDisplay;
 union _XEvent;
-class QSocketNotifier;
 
 namespace ostrelle
 {
@@ -34,7 +33,6 @@ private:
 
     _XDisplay *const m_display;
     const Handler m_handler;
-    QSocketNotifier *m_notifier;
 };
 
 } // namespace ostrelle

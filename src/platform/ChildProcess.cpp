@@ -131,9 +131,9 @@ int remaining(const QDeadlineTimer &deadline)
 
 // What becomes of the child's standard streams; -1: the null device.
 struct Streams {
-    int input = -1;
-    int output = -1;
-    int error = -1;
+    int input;
+    int output;
+    int error;
 };
 
 Streams streamsOf(Capture capture, int pipe, int input)
@@ -361,9 +361,8 @@ std::expected<ChildResult, ChildFailure> runChild(const ChildCommand &command,
     pipe->closeWriteEnd();
     const auto output = superviseChild(process, *pipe, options);
     if (!output) {
-        const bool hasGrace = output.error().kind == ChildFailure::Kind::TimedOut &&
-                              options.killGrace > std::chrono::milliseconds(0);
-        if (!hasGrace || !endsWhenAsked(process, options.killGrace)) {
+        const bool isAsked = output.error().kind == ChildFailure::Kind::TimedOut;
+        if (!isAsked || !endsWhenAsked(process, options.killGrace)) {
             killAndReap(process);
         }
         return std::unexpected(output.error());

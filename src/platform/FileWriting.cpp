@@ -83,14 +83,10 @@ int sync(int fd)
     return ::fsync(fd) == 0 || errno == EINVAL ? 0 : errno; // what cannot be synced needs no sync
 }
 
-// The name of a file lasts only once its folder is on the disk.
-void syncFolderOf(const QString &path)
+int syncPath(const QByteArray &name, int flags)
 {
-    const QByteArray folder = QFile::encodeName(QFileInfo(path).path());
-    const Descriptor opened(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (opened) {
-        static_cast<void>(sync(opened.get()));
-    }
+    const Descriptor opened(::open(name.constData(), flags | O_RDONLY | O_CLOEXEC));
+    return opened ? sync(opened.get()) : errno;
 }
 
 int writeNewFile(const QString &path, std::string_view content, mode_t mode)
@@ -112,11 +108,7 @@ int writeNewFile(const QString &path, std::string_view content, mode_t mode)
 int moveToDisk(const QString &written, const QString &path)
 {
     const QByteArray from = QFile::encodeName(written);
-    int error = 0;
-    {
-        const Descriptor file(::open(from.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-        error = file ? sync(file.get()) : errno;
-    }
+    int error = syncPath(from, O_NOFOLLOW);
     if (error == 0 && std::rename(from.constData(), QFile::encodeName(path).constData()) != 0) {
         error = errno;
     }
@@ -124,7 +116,8 @@ int moveToDisk(const QString &written, const QString &path)
         ::unlink(from.constData());
         return error;
     }
-    syncFolderOf(path);
+    // The name lasts only once the folder is on the disk.
+    static_cast<void>(syncPath(QFile::encodeName(QFileInfo(path).path()), O_DIRECTORY));
     return 0;
 }
 

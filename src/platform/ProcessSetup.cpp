@@ -1,5 +1,6 @@
 #include "platform/ProcessSetup.h"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
@@ -36,9 +37,7 @@ Inherited inherited;
 rlim_t setSoftLimit(__rlimit_resource resource, rlim_t (*choose)(const rlimit &limit)) noexcept
 {
     rlimit limit{};
-    if (::getrlimit(resource, &limit) != 0) {
-        return RLIM_INFINITY;
-    }
+    ::getrlimit(resource, &limit);
     const rlim_t before = limit.rlim_cur;
     limit.rlim_cur = choose(limit);
     ::setrlimit(resource, &limit);
@@ -48,10 +47,9 @@ rlim_t setSoftLimit(__rlimit_resource resource, rlim_t (*choose)(const rlimit &l
 void restoreSoftLimit(__rlimit_resource resource, rlim_t before) noexcept
 {
     rlimit limit{};
-    if (::getrlimit(resource, &limit) == 0) {
-        limit.rlim_cur = before < limit.rlim_max ? before : limit.rlim_max;
-        ::setrlimit(resource, &limit);
-    }
+    ::getrlimit(resource, &limit);
+    limit.rlim_cur = std::min(before, limit.rlim_max);
+    ::setrlimit(resource, &limit);
 }
 
 } // namespace

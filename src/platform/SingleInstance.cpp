@@ -26,22 +26,22 @@ constexpr int retryMilliseconds = 50;
 constexpr qsizetype maxClients = 32;
 constexpr QByteArrayView received = "received";
 
-// A message is one line, so that its end is seen without closing the connection.
-SingleInstance::Role handOver(const QString &socketName, const QByteArray &message)
+// Whether somebody has taken the message. It is one line, so that its end is seen without closing
+// the connection.
+bool handOver(const QString &socketName, const QByteArray &message)
 {
     QLocalSocket first;
     first.connectToServer(socketName);
     if (!first.waitForConnected(answerMilliseconds)) {
-        return SingleInstance::Role::Refused;
+        return false;
     }
     first.write(message.toPercentEncoding() + '\n');
     while (!first.canReadLine()) {
         if (!first.waitForReadyRead(answerMilliseconds)) {
-            return SingleInstance::Role::Refused;
+            return false;
         }
     }
-    return first.readLine().trimmed() == received ? SingleInstance::Role::HandedOver
-                                                  : SingleInstance::Role::Refused;
+    return first.readLine().trimmed() == received;
 }
 
 } // namespace
@@ -84,16 +84,13 @@ SingleInstance::Role SingleInstance::claim(const QByteArray &message)
     // Whoever answers is there, also where its lock is gone, with the folder that it was in, or was
     // never to be had, on a disk without locks.
     for (const QString &socket : QSet{instanceSocket(), socketToldBy(m_lockFile)}) {
-        if (handOver(socket, message) == Role::HandedOver) {
+        if (handOver(socket, message)) {
             return Role::HandedOver;
         }
     }
     const QDeadlineTimer deadline(answerMilliseconds);
-    while (true) {
-        if (becomeFirst()) {
-            return Role::First;
-        }
-        if (handOver(socketToldBy(m_lockFile), message) == Role::HandedOver) {
+    while (!becomeFirst()) {
+        if (handOver(socketToldBy(m_lockFile), message)) {
             return Role::HandedOver;
         }
         if (deadline.hasExpired()) {
@@ -101,6 +98,7 @@ SingleInstance::Role SingleInstance::claim(const QByteArray &message)
         }
         QThread::msleep(retryMilliseconds);
     }
+    return Role::First;
 }
 
 void SingleInstance::release()

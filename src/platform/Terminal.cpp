@@ -43,7 +43,7 @@ const QString startDetached =
 
 } // namespace
 
-std::expected<void, TerminalProblem> openInTerminal(const QString &script)
+bool openInTerminal(const QString &script)
 {
     for (const auto &[program, beforeCommand] : terminals) {
         const auto path = findProgram(program, qEnvironmentVariable("PATH"));
@@ -56,12 +56,9 @@ std::expected<void, TerminalProblem> openInTerminal(const QString &script)
         }
         const auto started = runChild({.program = u"/bin/sh"_s, .arguments = arguments << script},
                                       {.capture = Capture::Nothing});
-        if (!started || started->exitStatus != 0) {
-            return std::unexpected(TerminalProblem::Failed);
-        }
-        return {};
+        return started && started->exitStatus == 0;
     }
-    return std::unexpected(TerminalProblem::NoTerminal);
+    return false;
 }
 
 } // namespace ostrelle

@@ -58,17 +58,12 @@ void TerminationSignals::watch(std::chrono::milliseconds patience, void (*giveUp
 
 TerminationSignals::TerminationSignals(QObject *parent)
     : QObject(parent)
-    , m_notifier(new QSocketNotifier(requested(), QSocketNotifier::Read, this))
 {
-    connect(m_notifier, &QSocketNotifier::activated, this, [this] {
-        m_notifier->setEnabled(false);
+    auto *const notifier = new QSocketNotifier(requested(), QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
+        notifier->setEnabled(false);
         Q_EMIT terminationRequested();
     });
-}
-
-TerminationSignals::~TerminationSignals()
-{
-    m_notifier->setEnabled(false);
 }
 
 } // namespace ostrelle

@@ -4,8 +4,6 @@
 
 #include <chrono>
 
-class QSocketNotifier;
-
 namespace ostrelle
 {
 
@@ -23,13 +21,9 @@ public:
     static void watch(std::chrono::milliseconds patience, void (*giveUp)());
 
     explicit TerminationSignals(QObject *parent = nullptr);
-    ~TerminationSignals() override;
 
 Q_SIGNALS:
     void terminationRequested();
-
-private:
-    QSocketNotifier *m_notifier;
 };
 
 } // namespace ostrelle

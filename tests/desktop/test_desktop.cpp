@@ -115,9 +115,10 @@ private Q_SLOTS:
                                  patienceMilliseconds);
         QVERIFY(XSession::waitForIcon());
         QVERIFY(waylandDisplay.isEmpty() || !program.waitForLine("M is not heard").isEmpty());
-        const QString mute = u"super+shift+58"_s; // the key of the m in the layout in use
-        XSession::useLayouts(u"us,fr"_s);
-        XSession::press(u"super+shift+47"_s); // an m only in the layout that is not in use
+        const QString mute = u"super+shift+58"_s; // the key of the m in the first Latin layout
+        XSession::useLayouts(u"ru,us,fr"_s);
+        XSession::press(u"super+shift+47"_s); // an m only in a layout that does not count
+        XSession::press(u"shift+58"_s);
         XSession::press(mute);
         QTRY_VERIFY_WITH_TIMEOUT(home.voiceStatus().contains("\"muted\": true"),
                                  patienceMilliseconds);

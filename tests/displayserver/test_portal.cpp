@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-enum class Manner { Grants, Refuses, KnowsNoShortcuts, IsSilent };
+enum class Manner { Grants, Refuses, KnowsNothing, IsSilent, OpensNone, BindsNone, EndsEach };
 
 const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
 
@@ -58,19 +58,20 @@ public:
     {
         m_client = message.service();
         m_calls << message.member();
-        if (message.member() == "BindShortcuts"_L1) {
+        if (message.member() == "Register"_L1 || m_manner == Manner::KnowsNothing ||
+            (message.member() == "BindShortcuts"_L1 && m_manner == Manner::BindsNone)) {
+            m_bus.send(message.createErrorReply(QDBusError::UnknownMethod, {}));
+        } else if (message.member() == "BindShortcuts"_L1) {
             const QVariantList given = message.arguments();
             const auto asked = qdbus_cast<QList<QPair<QString, QVariantMap>>>(given.at(1));
             m_calls << given.at(0).value<QDBusObjectPath>().path() + u' ' +
                            asked.value(0).second.value(u"preferred_trigger"_s).toString();
             respond(message, m_manner == Manner::Refuses ? 1 : 0);
-            if (m_manner == Manner::Refuses) {
+            if (m_manner == Manner::Refuses || m_manner == Manner::EndsEach) {
                 endSession(); // at once
             }
-        } else if (message.member() == "Register"_L1 || m_manner == Manner::KnowsNoShortcuts) {
-            m_bus.send(message.createErrorReply(QDBusError::UnknownMethod, {}));
         } else if (m_manner != Manner::IsSilent) {
-            respond(message, 0);
+            respond(message, m_manner == Manner::OpensNone ? 2 : 0);
         }
         return true;
     }
@@ -107,8 +108,11 @@ private Q_SLOTS:
         const Rows<std::optional<Manner>, QByteArray> row("manner", "reason");
         const QByteArray none = "the desktop has no GlobalShortcuts portal";
         row("no portal", {}, none);
-        row("older portal", Manner::KnowsNoShortcuts, none);
+        row("older portal", Manner::KnowsNothing, none);
         row("never answers", Manner::IsSilent, "the desktop's portal does not answer");
+        row("opens none", Manner::OpensNone, "the desktop's portal opens no session");
+        row("binds none", Manner::BindsNone, "the desktop's portal does not bind it");
+        row("ends each", Manner::EndsEach, "the desktop's portal has ended it");
         row("the user refuses", Manner::Refuses, "the desktop's portal refused it");
     }
 
@@ -126,7 +130,7 @@ private Q_SLOTS:
             return;
         }
         portal.reset();
-        portal = std::make_unique<Portal>(Manner::KnowsNoShortcuts);
+        portal = std::make_unique<Portal>(Manner::KnowsNothing);
         QTRY_VERIFY(portal->calls().contains(u"CreateSession"_s));
         portal.reset();
         portal = std::make_unique<Portal>(Manner::Grants);

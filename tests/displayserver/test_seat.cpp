@@ -1,6 +1,7 @@
 #include "displayserver/WaylandSeat.h"
 
 #include <QSignalSpy>
+#include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -46,7 +47,7 @@ private Q_SLOTS:
         turns.stop();
         wl_display_destroy_clients(compositor);
         wl_display_destroy(compositor); // and the watcher outlives it
-        QCoreApplication::processEvents();
+        QTRY_VERIFY(!seat->findChild<QSocketNotifier *>()->isEnabled());
     }
 };
 

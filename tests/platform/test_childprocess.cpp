@@ -48,6 +48,7 @@ private Q_SLOTS:
         const Rows<QString, Capture, QByteArray> row("script", "capture", "output");
         row("standard error", u"echo out; echo err >&2"_s, Capture::StandardError, "err\n");
         row("merged", u"echo out; echo err >&2"_s, Capture::Merged, "out\nerr\n");
+        row("asks for input", u"cat; echo out"_s, Capture::StandardOutput, "out\n");
         row("nothing", u"echo out; echo err >&2"_s, Capture::Nothing, {});
         row("more than a pipe holds", u"head -c 300000 /dev/zero"_s, Capture::StandardOutput,
             QByteArray(300000, '\0'));
@@ -76,15 +77,16 @@ private Q_SLOTS:
         QVERIFY(!missing);
         QCOMPARE(missing.error().kind, ChildFailure::Kind::NotStarted);
         QVERIFY(!missing.error().text.isEmpty());
+        QVERIFY(!runChild(shell(u"cat"_s), {.input = QByteArray(1000000, 'x')}));
     }
 
     void boundsAChild_data()
     {
         const Rows<QString, ChildFailure::Kind> row("script", "kind");
-        row("hangs", u"trap '' TERM; sleep 60"_s, ChildFailure::Kind::TimedOut);
-        row("hangs with its output closed", u"exec >&-; sleep 60"_s, ChildFailure::Kind::TimedOut);
+        row("hangs", u"wait"_s, ChildFailure::Kind::TimedOut);
+        row("hangs with its output closed", u"exec >&-; wait"_s, ChildFailure::Kind::TimedOut);
         row("floods", u"exec cat /dev/zero"_s, ChildFailure::Kind::TooMuchOutput);
-        row("is unwanted", u"trap '' TERM; sleep 60; wait"_s, ChildFailure::Kind::Stopped);
+        row("is unwanted", u"wait"_s, ChildFailure::Kind::Stopped);
     }
 
     void boundsAChild()
@@ -101,14 +103,21 @@ private Q_SLOTS:
                 stop.request_stop();
             }
         });
-        const auto result = runChild(shell(script), options);
+        const ScratchHome home; // of the script
+        const auto result =
+            runChild(shell(u"trap '' TERM; sleep 60 & echo $! >~/left; "_s + script), options);
         QVERIFY(!result);
         QCOMPARE(result.error().kind, kind);
+        QTRY_VERIFY(!isAlive(home.read(u"left"_s).trimmed().toInt()));
     }
 
     void givesTheChildWhatTheProgramWasStartedWith()
     {
-        // This process ignores SIGPIPE and has a raised descriptor limit; its children must not.
+        // This process ignores and blocks SIGPIPE and has a raised descriptor limit; its children
+        // must not.
+        sigset_t blocked{};
+        ::sigaddset(&blocked, SIGPIPE);
+        ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
         const auto pipe = runChild(shell(u"kill -PIPE $$; echo survived"_s));
         QVERIFY(pipe && !pipe->exitedNormally);
         rlimit limit{};

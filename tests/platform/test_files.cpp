@@ -22,12 +22,13 @@ class TestFiles : public QObject
 private Q_SLOTS:
     void initTestCase() { prepareProcess(); }
 
-    // Through a link, which has to stay one: a new file, and then less than it holds.
+    // Through a link, which has to stay one: a new file, and then less than it holds, and nothing.
     void writesInPlace()
     {
         const ScratchHome home;
+        home.write(u"target.new"_s, "left by a kill");
         QFile::link(home.path(u"target"_s), home.path(u"link"_s));
-        for (const QByteArray &content : {QByteArray(100000, 'o'), QByteArray("new")}) {
+        for (const QByteArray &content : {QByteArray(100000, 'o'), "n"_ba, {}}) {
             QVERIFY(writeInPlace(home.path(u"link"_s), content));
             QVERIFY(QFileInfo(home.path(u"link"_s)).isSymLink());
             QCOMPARE(home.read(u"target"_s), content);
@@ -39,12 +40,15 @@ private Q_SLOTS:
         const ScratchHome home;
         const QByteArray before(5000, 'o');
         home.write(u"file"_s, before);
+        QVERIFY(QDir(home.path()).mkdir(u"folder"_s));
         const FileSizeLimit limit(8000);
         const auto written = writeInPlace(home.path(u"file"_s), QByteArray(20000, 'n'));
         QVERIFY(!written);
         QCOMPARE(written.error().kind, FileProblem::Kind::Failed);
         QCOMPARE(home.read(u"file"_s), before);
         QVERIFY(!writeInPlace(home.path(u"new"_s), QByteArray(20000, 'n')));
+        QVERIFY(!writeInPlace(home.path(u"folder"_s), "new"_ba));
+        QVERIFY(!replaceFile(home.path(u"folder"_s), "new"_ba));
         QCOMPARE(QDir(home.path()).entryList(QDir::Files), QStringList(u"file"_s));
     }
 
@@ -66,6 +70,7 @@ private Q_SLOTS:
         const Rows<int, QByteArray> row("editedAfter", "content"); // in seconds
         row("torn", 0, "new");
         row("edited since then", 3600, "torn");
+        row("gone", -1, "new");
     }
 
     void finishesWhatWasCutShort()
@@ -78,6 +83,7 @@ private Q_SLOTS:
         edited.setFileTime(QDateTime::currentDateTime().addSecs(editedAfter),
                            QFile::FileModificationTime);
         QFile::link(edited.fileName(), home.path(u"link"_s));
+        QVERIFY(editedAfter >= 0 || edited.remove());
         finishWriting(home.path(u"link"_s));
         QTEST(home.read(u"target"_s), "content");
         QVERIFY(!home.exists(u"link.unfinished"_s));
@@ -152,6 +158,8 @@ private Q_SLOTS:
         row("missing", u"missing"_s, FileProblem::Kind::Missing);
         row("below a file", u"large/below"_s, FileProblem::Kind::Missing);
         row("too large", u"large"_s, FileProblem::Kind::TooLarge);
+        row("larger than it says", u"/proc/self/status"_s, FileProblem::Kind::TooLarge);
+        row("unreadable", u"/proc/self/mem"_s, FileProblem::Kind::Failed);
     }
 
     void refusesWhatIsNoFile()
@@ -165,6 +173,7 @@ private Q_SLOTS:
         QVERIFY(!content);
         QCOMPARE(content.error().kind, kind);
         QVERIFY(!content.error().text.isEmpty());
+        QCOMPARE(readFile(home.path(u"large"_s), 1001).value().size(), 1001U);
     }
 };
 

@@ -1,10 +1,15 @@
 #include "platform/Log.h"
+#include "platform/OutputPipe.h"
+#include "platform/ProcessSetup.h"
 
 #include <QTest>
 
 #include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace ostrelle;
+using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
 class TestLog : public QObject
@@ -12,7 +17,31 @@ class TestLog : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { onlyRememberLog(); }
+    // Nobody reads for a while, and then never again.
+    void countsWhatNobodyTook()
+    {
+        prepareProcess();
+        auto pipe = OutputPipe::open();
+        const Descriptor output(::dup(STDOUT_FILENO));
+        ::fcntl(pipe->writeEnd(), F_SETFL, O_NONBLOCK);
+        ::dup2(pipe->writeEnd(), STDOUT_FILENO);
+        for (int i = 0; i < 1000; ++i) {
+            logLine(QString(5000, u'x'));
+        }
+        QByteArray taken;
+        const auto take = [&] {
+            taken += pipe->read();
+            return finishLog(0ms);
+        };
+        const bool isTaken = QTest::qWaitFor(take) && take();
+        pipe.reset();
+        logLine(u"gone"_s);
+        const bool isFinished = finishLog(5s);
+        ::dup2(output.get(), STDOUT_FILENO);
+        onlyRememberLog();
+        QVERIFY(isTaken && isFinished && taken.count('\n') > 512 && taken.count('\n') < 1000);
+        QVERIFY(taken.contains(" lines were dropped: nobody took them\n"));
+    }
 
     void repeatsALibrarysWarningOnlyAfterMuchElse()
     {

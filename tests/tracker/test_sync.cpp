@@ -67,11 +67,10 @@ private Q_SLOTS:
         for (const QString &folder : {u"place"_s, u"rogue"_s, u"first"_s}) {
             home.writeScript(folder + u"/duskrell"_s, {});
         }
-        if (QDir(home.path()).mkdir(open) && open == u"hop"_s) {
-            QFile::rename(home.path(u"place/duskrell"_s), home.path(u"place/real"_s));
-            QFile::link(home.path(u"place/real"_s), home.path(u"hop/link"_s));
-            QFile::link(home.path(u"hop/link"_s), home.path(u"place/duskrell"_s));
-        }
+        QDir(home.path()).mkdir(u"hop"_s);
+        QFile::rename(home.path(u"place/duskrell"_s), home.path(u"place/real"_s));
+        QFile::link(home.path(u"place/real"_s), home.path(u"hop/link"_s));
+        QFile::link(u"../hop/./link"_s, home.path(u"place/duskrell"_s));
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", u":.:%1/rogue:%1/first:"_s.arg(home.path()).toUtf8() + path);
         for (const QString &file : {u"rogue"_s, open}) {
