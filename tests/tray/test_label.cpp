@@ -91,12 +91,13 @@ private Q_SLOTS:
         QTRY_COMPARE(menu(), all.arg(u"Muted"_s, u"Unmute"_s));
         agent.close();
         QTRY_COMPARE(menu(), all.arg(u"Offline"_s, u"(Mute)"_s));
-        label.hide(); // as between the end of a session bus and the next tray
-        QCOMPARE(menu(), QString());
         server.start();
-        QTRY_VERIFY(server.portTaken());
-        label.show();
-        QCOMPARE(menu(), all.arg(u"Offline, status: waits for its port"_s, u"(Mute)"_s));
+        QTRY_COMPARE(menu(), all.arg(u"Offline, status: waits for its port"_s, u"(Mute)"_s));
+        label.hide(); // as between the end of a session bus and the next tray
+        stranger.close();
+        server.stop();
+        server.start();
+        QTRY_VERIFY(!server.portTaken());
     }
 };
 
