@@ -301,8 +301,7 @@ private Q_SLOTS:
         QVERIFY(!monitor->tokenRejected() && monitor->tokenResetGateway() == m_gateway->url());
         QCOMPARE(m_home->storedToken(KeychainHelper::activeKey).value(), active);
         QCOMPARE(m_home->storedToken(m_gateway->url()).value(), stored);
-        const bool isStored = stored == u"new"_s;
-        QCOMPARE(printed.text().contains("Token reset: the gateway "), !isStored);
+        QCOMPARE(printed.text().contains("Token reset: the gateway "), stored != u"new"_s);
         QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
     }
 

@@ -134,13 +134,15 @@ private Q_SLOTS:
     void lastOfTwoSwitchesWins()
     {
         m_profiles->setShowTokenField(true);
-        m_profiles->switchGateway({.name = u"Far"_s, .url = remote});
+        m_profiles->requestSwitch(remote);
+        m_profiles->confirmSwitch();
         m_profiles->switchGateway({.name = u"Here"_s, .url = u"http://127.0.0.1:2"_s});
         QTRY_COMPARE(m_gateway->gatewayURL(), u"http://127.0.0.1:2"_s);
         settingsQueue().waitForDone();
         QVERIFY(finishBackgroundWork(10s));
         QCOMPARE(m_gateway->gatewayURL(), OstrelleConfig::load().gateway.url);
-        QTRY_VERIFY(!m_profiles->showTokenField()); // what is pasted there is of the gateway before
+        // What is pasted there is of the gateway before.
+        QTRY_VERIFY(!m_profiles->showTokenField() && m_profiles->pendingSwitchGateway().isEmpty());
     }
 
     void tokenThatNoStoreTakesIsTriedAgain()
