@@ -145,9 +145,7 @@ void VoiceViewModel::apply(const std::optional<VoiceStatus> &status)
         return;
     }
     const PropertyUpdateGroup together;
-    if (std::holds_alternative<Starting>(m_pending)) {
-        m_isLaunching = false;
-    }
+    m_isLaunching = false;
     m_pending = {};
     m_voiceRunning = reachable;
     adopt(status.value_or(VoiceStatus::offline()));
