@@ -10,13 +10,10 @@ void chat(const ControlContext &context, Question *question)
 {
     auto *const chat =
         new QuickChatVM(context.models.settings.tokens, std::chrono::seconds(120), question);
-    chat->setInput(question->text("text"_L1));
-    chat->send(context.models.settings.config->current().gateway.url);
-    if (chat->messages()->count() == 0) {
-        question->fail(u"there is nothing to ask"_s);
-        return;
-    }
     const auto tell = [chat, question] {
+        if (chat->isLoading()) {
+            return;
+        }
         const QString reply = chat->messages()->messages().last().text;
         if (chat->hasFailed()) {
             question->fail(reply);
@@ -24,10 +21,11 @@ void chat(const ControlContext &context, Question *question)
             question->answer({{"reply"_L1, reply}});
         }
     };
-    if (chat->isLoading()) {
-        QObject::connect(chat, &QuickChatVM::isLoadingChanged, question, tell);
-    } else {
-        tell();
+    QObject::connect(chat, &QuickChatVM::isLoadingChanged, question, tell);
+    chat->setInput(question->text("text"_L1));
+    chat->send(context.models.settings.config->current().gateway.url);
+    if (chat->messages()->count() == 0) {
+        question->fail(u"there is nothing to ask"_s);
     }
 }
 

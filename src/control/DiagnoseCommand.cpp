@@ -44,7 +44,6 @@ Background lookAround(const Settings &settings)
     found.secrets.append({config.gateway.token.value_or(QString()),
                           config.resolveToken(*settings.tokens),
                           settings.preferences->value(preference::geminiAPIKey())});
-    found.secrets.removeDuplicates();
     return found;
 }
 

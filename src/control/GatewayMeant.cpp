@@ -4,6 +4,7 @@
 #include "gateway/GatewayViewModel.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 namespace ostrelle
@@ -14,19 +15,25 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+using UrlOf = QString (*)(const SavedGatewayRow &row);
+
 // By its URL, or else by one with which it is shown. That may be another one's too, this machine's
 // have the same: the first one is meant then.
+constexpr std::array<UrlOf, 3> urls{
+    [](const SavedGatewayRow &row) { return row.url; },
+    [](const SavedGatewayRow &row) { return withoutPassword(row.url); },
+    [](const SavedGatewayRow &row) { return row.displayURL; },
+};
+
 std::optional<QString> gatewayAt(const QString &url, const QList<SavedGatewayRow> &rows)
 {
-    auto found = std::ranges::find(rows, url, &SavedGatewayRow::url);
-    if (found == rows.end()) {
-        found = std::ranges::find(
-            rows, url, [](const SavedGatewayRow &row) { return withoutPassword(row.url); });
+    for (const UrlOf urlOf : urls) {
+        const auto found = std::ranges::find(rows, url, urlOf);
+        if (found != rows.end()) {
+            return found->url;
+        }
     }
-    if (found == rows.end()) {
-        found = std::ranges::find(rows, url, &SavedGatewayRow::displayURL);
-    }
-    return found == rows.end() ? std::nullopt : std::optional(found->url);
+    return std::nullopt;
 }
 
 } // namespace

@@ -68,22 +68,20 @@ constexpr std::chrono::seconds patienceForProgress{30};
 
 struct Progress {
     QStringList messages;
-    qint64 next = 0; // the number of the first message that is not among them
-    bool isAll = true;
+    qint64 next; // the number of the first message that is not among them
+    bool isAll;
 };
 
 Progress progressFrom(qint64 number, const StatusLog &log)
 {
     const qint64 wanted = std::max<qint64>(number - log.cleared(), 0);
     auto row = static_cast<int>(std::min<qint64>(wanted, log.rowCount()));
-    Progress progress;
+    QStringList messages;
     for (qsizetype length = 0; row < log.rowCount() && length < enoughAtOnce; ++row) {
-        progress.messages.append(log.messageAt(row));
-        length += progress.messages.last().size() + costOfAMessage;
+        messages.append(log.messageAt(row));
+        length += messages.last().size() + costOfAMessage;
     }
-    progress.next = log.cleared() + row;
-    progress.isAll = row == log.rowCount();
-    return progress;
+    return {.messages = messages, .next = log.cleared() + row, .isAll = row == log.rowCount()};
 }
 
 QJsonObject toJson(const Progress &progress, const SetupManager &setup)

@@ -27,11 +27,11 @@ bool writeNew(const QString &path, const QByteArray &text)
     }
     const ssize_t written =
         ::write(file.get(), text.constData(), static_cast<std::size_t>(text.size()));
-    if (written == text.size()) {
-        return true;
+    const bool isWhole = written == text.size();
+    if (!isWhole) {
+        ::unlink(QFile::encodeName(path).constData());
     }
-    ::unlink(QFile::encodeName(path).constData());
-    return false;
+    return isWhole;
 }
 
 } // namespace
@@ -39,16 +39,12 @@ bool writeNew(const QString &path, const QByteArray &text)
 int diagnose(const ReportFile &file)
 {
     const Asked asked = ask({.command = u"diagnose"_s}, Otherwise::FilesTell);
-    if (!asked.notRunning.isEmpty()) {
-        complain(asked.notRunning);
-    }
-    if (!asked.answer.content) {
-        complain(asked.answer.content.error().text);
-        return asked.notRunning.isEmpty() ? SomethingIsWrong : NotRunning;
+    if (const auto failed = complaint(asked)) {
+        return *failed;
     }
     const QString text = printableLines(asked.answer.content->value("text"_L1).toString());
     print(text, Terminal::ofOutput());
-    const int status = asked.notRunning.isEmpty() ? Well : NotRunning;
+    const int status = statusOf(asked);
     if (file.path == "-"_L1 ||
         (!file.isAgreed && !isAgreed(u"Write this to "_s + file.path + u"? [y/N] "_s))) {
         return status;

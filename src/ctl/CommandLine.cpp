@@ -100,7 +100,8 @@ private:
 
 CommandLine::CommandLine()
 {
-    m_app.require_subcommand(0, 1); // a wrong one is better told than a missing one
+    // Of each that has any: a wrong one is better told than a missing one.
+    m_app.require_subcommand(0, 1);
     m_app.set_version_flag("--version", "ostrellectl " OSTRELLE_VERSION);
     m_app.failure_message(CLI::FailureMessage::simple);
     addStatus();
@@ -141,7 +142,6 @@ CLI::App *CommandLine::addNamed(const std::string &name, const std::string &desc
 {
     CLI::App *const list = addWithJson(m_app, name, description, run);
     list->add_flag("--names", m_shown.namesOnly, "Only what they are called");
-    list->require_subcommand(0, 1);
     return list;
 }
 
@@ -188,7 +188,6 @@ void CommandLine::addLists()
     CLI::App *const projects = addWithJson(m_app, "projects", "Its projects", [this] {
         return showList(u"projects"_s, m_shown, &projectsText, Otherwise::FilesTell);
     });
-    projects->require_subcommand(0, 1);
     addRequest(*projects, "sync", "Has the gateway bring them up to date",
                {.command = u"projects-sync"_s});
     addWithJson(m_app, "cron", "Its scheduled jobs",
@@ -219,7 +218,6 @@ void CommandLine::addSetup()
 {
     CLI::App *const setup = addWithJson(m_app, "setup", "What the setup finds, and what mends it",
                                         [this] { return showSetup(m_shown); });
-    setup->require_subcommand(0, 1);
     addWithJson(*setup, "install", "Installs everything; the standard input brings the password",
                 [this] { return installEverything(m_shown); });
     addWithJson(*setup, "voice", "Installs the voice agent's parts",
@@ -247,7 +245,6 @@ void CommandLine::addButtons()
 void CommandLine::addVoice()
 {
     CLI::App *const voice = m_app.add_subcommand("voice", "Starts and stops the voice agent");
-    voice->require_subcommand(0, 1);
     const auto addAction = [&](const std::string &name, const std::string &description) {
         addRequest(*voice, name, description,
                    {.command = u"voice-"_s + fromArgument(name),
@@ -274,7 +271,6 @@ void CommandLine::addSettings()
     addSwitch("off", "Switches one off");
     CLI::App *const key =
         m_app.add_subcommand("gemini-key", "The key that travels with the pairing code");
-    key->require_subcommand(0, 1);
     add(*key, "set", "Stores the key that the standard input brings", &setGeminiKey);
     addRequest(*key, "remove", "Forgets it", {.command = u"gemini-key-remove"_s});
 }
@@ -322,7 +318,6 @@ void CommandLine::addPairing()
 void CommandLine::addTokens()
 {
     CLI::App *const token = m_app.add_subcommand("token", "The gateway's token");
-    token->require_subcommand(0, 1);
     const std::string whose = "Whose it is, else of the gateway in use";
     CLI::App *const set = add(*token, "set", "Stores the token that the standard input brings",
                               [this] { return setToken(m_subject); });

@@ -20,9 +20,6 @@ namespace
 // But for what changes all the time.
 QJsonObject whatMatters(QJsonObject status)
 {
-    if (!status.contains("documents"_L1)) {
-        return status;
-    }
     QJsonArray documents = status["documents"_L1].toArray();
     for (QJsonValueRef document : documents) {
         QJsonObject object = document.toObject();
@@ -74,7 +71,7 @@ int watchStatus(const Shown &shown)
         const Asked asked = ask({.command = u"status"_s});
         const bool isThere = asked.answer.content.has_value();
         QJsonObject now =
-            whatMatters(isThere ? withRunning(asked) : QJsonObject{{"running"_L1, false}});
+            isThere ? whatMatters(withRunning(asked)) : QJsonObject{{"running"_L1, false}};
         if (before == now) {
             continue;
         }

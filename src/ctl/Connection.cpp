@@ -61,20 +61,15 @@ std::expected<Descriptor, Unreachable> connectToProgram()
 
 bool waitFor(int socket, short event, Clock::time_point deadline)
 {
-    while (true) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-        pollfd waiting{.fd = socket, .events = event, .revents = 0};
-        const int ready = ::poll(&waiting, 1, static_cast<int>(std::max<long>(left, 0)));
-        if (ready >= 0 || errno != EINTR) {
-            return ready > 0;
-        }
-    }
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    pollfd waiting{.fd = socket, .events = event, .revents = 0};
+    return ::poll(&waiting, 1, static_cast<int>(std::max<long>(left, 0))) > 0;
 }
 
 bool isOver(ssize_t count)
 {
-    return count < 0 && errno != EAGAIN && errno != EINTR;
+    return count < 0 && errno != EAGAIN;
 }
 
 bool say(int socket, QByteArrayView rest, Clock::time_point deadline)

@@ -3,9 +3,7 @@
 #include "control/ControlProtocol.h"
 #include "platform/Files.h"
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <functional>
@@ -31,10 +29,10 @@ QString readUntil(Until end, const std::function<bool()> &mayRead = [] { return 
     std::array<char, 4096> piece{};
     while (input.size() <= maxRequestBytes && mayRead()) {
         const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
-        if (count == 0 || (count < 0 && errno != EINTR)) {
+        if (count <= 0) {
             break;
         }
-        input.append(piece.data(), std::max<ssize_t>(count, 0));
+        input.append(piece.data(), count);
         if (const qsizetype line = input.indexOf('\n'); end == Until::EndOfLine && line >= 0) {
             input.truncate(line);
             break;
@@ -111,8 +109,8 @@ QString readSecret(const QString &question)
     if (::isatty(STDIN_FILENO) != 1) {
         return readUntil(Until::EndOfLine);
     }
-    askFor(question);
     const HiddenTyping hidden;
+    askFor(question);
     QString secret = hidden.readLine();
     askFor(u"\n"_s);
     return secret;

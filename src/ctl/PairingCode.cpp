@@ -34,8 +34,7 @@ public:
 
     bool isDark(int column, int row) const
     {
-        return m_rows.value(row - m_border).mid(column - m_border, 1) == u"#"_s &&
-               column >= m_border;
+        return m_rows.value(row - m_border).mid(column - m_border, 1) == u"#"_s;
     }
 
 private:

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <expected>
 #include <initializer_list>
 #include <poll.h>
 #include <sys/prctl.h>
@@ -46,8 +47,7 @@ void handOn(const sigset_t &ending, pid_t child)
     }
     std::array<pollfd, 2> waiting{{{.fd = process.get(), .events = POLLIN, .revents = 0},
                                    {.fd = signals.get(), .events = POLLIN, .revents = 0}}};
-    while (::poll(waiting.data(), waiting.size(), -1) < 0 && errno == EINTR) {
-    }
+    ::poll(waiting.data(), waiting.size(), -1);
     if (waiting[1].revents != 0) {
         ::kill(child, SIGTERM);
     }
@@ -74,17 +74,22 @@ int inChildProcess(int (*work)())
     }
     handOn(ending, child);
     int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    ::waitpid(child, &status, 0);
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     return WIFEXITED(status) ? WEXITSTATUS(status) : SomethingIsWrong;
 }
 
-void tellWhetherJoined(const Asked &asked)
+// Where to follow it from, or what to end with.
+std::expected<qint64, int> begin(const ControlRequest &request)
 {
+    const Asked asked = ask(request);
+    if (const auto status = complaint(asked)) {
+        return std::unexpected(*status);
+    }
     if (asked.answer.content->value("joined"_L1).toBool()) {
         complain(u"that is under way already, and goes on as it was begun"_s);
     }
+    return asked.answer.content->value("next"_L1).toInteger();
 }
 
 int handPasswordOver()
@@ -94,13 +99,9 @@ int handPasswordOver()
         complain(u"there is no password on the standard input"_s);
         return WrongUsage;
     }
-    const Asked asked =
-        ask({.command = u"setup-install"_s, .arguments = {{"password"_L1, password}}});
-    if (const auto status = complaint(asked)) {
-        return *status;
-    }
-    tellWhetherJoined(asked);
-    return Well;
+    const auto begun =
+        begin({.command = u"setup-install"_s, .arguments = {{"password"_L1, password}}});
+    return begun ? Well : begun.error();
 }
 
 extern "C" void tellThatWorkGoesOn(int signal)
@@ -218,13 +219,12 @@ int installEverything(const Shown &shown)
 
 int install(const QString &command, const Shown &shown)
 {
-    const Asked asked = ask({.command = command});
-    if (const auto status = complaint(asked)) {
-        return *status;
+    const auto begun = begin({.command = command});
+    if (!begun) {
+        return begun.error();
     }
-    tellWhetherJoined(asked);
     tellWhenInterrupted();
-    return follow(asked.answer.content->value("next"_L1).toInteger(), shown);
+    return follow(*begun, shown);
 }
 
 } // namespace ostrelle

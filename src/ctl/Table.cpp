@@ -67,7 +67,7 @@ QString Table::text() const
             const auto [plain, shown] = textAt(column);
             text += shown;
             if (!isLast) {
-                text += QString(std::max(columns.at(column) - widthOf(plain), 0), u' ') + gap;
+                text += QString(columns.at(column) - widthOf(plain), u' ') + gap;
             }
         }
         while (text.endsWith(u' ')) {

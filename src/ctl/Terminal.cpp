@@ -50,7 +50,6 @@ bool isHarmless(char32_t character)
 QString cleaned(const QString &text, QLatin1StringView kept)
 {
     QString clean;
-    clean.reserve(text.size());
     for (const char32_t character : text.toUcs4()) {
         const bool isKept = character < 0x80 && kept.contains(QLatin1Char(char(character)));
         clean += isKept || isHarmless(character) ? QString::fromUcs4(&character, 1) : u" "_s;
@@ -83,10 +82,10 @@ bool writeAll(int descriptor, QByteArrayView rest)
     while (!rest.isEmpty()) {
         const ssize_t count =
             ::write(descriptor, rest.data(), static_cast<std::size_t>(rest.size()));
-        if (count < 0 && errno != EINTR) {
+        if (count < 0) {
             return false;
         }
-        rest = rest.sliced(std::max<ssize_t>(count, 0));
+        rest = rest.sliced(count);
     }
     return true;
 }

@@ -44,27 +44,29 @@ Run ctl(const QStringList &arguments, const QByteArray &input)
     return run(builtProgram(u"ostrellectl"_s), arguments, input);
 }
 
-Run inTerminal(const QString &command, int columns)
+Run inTerminal(const QString &command, int columns, const QByteArray &input)
 {
     const QString inShell = u"stty cols %1 rows 24; ctl() { '%2' \"$@\"; }; "_s.arg(columns).arg(
                                 builtProgram(u"ostrellectl"_s)) +
                             command;
-    return run(u"script"_s, {u"-qec"_s, inShell, u"/dev/null"_s});
+    return run(u"script"_s, {u"-qec"_s, inShell, u"/dev/null"_s}, input);
 }
 
 CtlHome::CtlHome()
 {
     configure(u"http://127.0.0.1:9"_s, 9);
-    write(u".ostrelle/ostrelle-agent-tracker.json"_s,
-          R"({"agents":{"scout":{"status":"busy",
+    write(
+        u".ostrelle/ostrelle-agent-tracker.json"_s,
+        R"({"agents":{"scout":{"status":"busy","progressText":"1 of 2","parent":"main","model":"m",
               "detail":"reads \u001b[31m\u202a\u202e\u2066\u2069\u200e\u200fthe news"}}})");
     write(u".ostrelle/ostrelle-project-tracker.json"_s,
           R"({"version":1,"updated":"now","projects":[{"id":"p","name":"Attic",
               "description":"tidy","status":"green","progress":40,"workstreams":[
-              {"id":"w","name":"Boxes","status":"red","progress":7}]}]})");
+              {"id":"w","name":"Boxes","status":"red","progress":7,"note":"all"}]}]})");
     write(u".ostrelle/ostrelle-cron-tracker.json"_s,
           R"({"version":1,"updated":"now","jobs":[{"id":"1","name":"Nightly",
-              "schedule":"every 1d","status":"green","enabled":false}]})");
+              "schedule":"every 1d","status":"green","enabled":false,
+              "lastRun":"now","nextRun":"then","payload":"tidies"}]})");
     for (const QString &program : {u"bin/duskrell"_s, u"bin/tailscale"_s, u"bin/curl"_s}) {
         writeScript(program, "exit 1");
     }

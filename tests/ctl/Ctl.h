@@ -20,8 +20,9 @@ Run run(const QString &program, const QStringList &arguments, const QByteArray &
 
 Run ctl(const QStringList &arguments, const QByteArray &input = {});
 
-// A shell command that says "ctl" for ostrellectl, in a terminal of so many columns.
-Run inTerminal(const QString &command, int columns);
+// A shell command that says "ctl" for ostrellectl, in a terminal of so many columns, where the
+// input is typed.
+Run inTerminal(const QString &command, int columns, const QByteArray &input = {});
 
 // A home with documents, the voice agent's parts, a status server port that the kernel chooses, and
 // tools that fail.
