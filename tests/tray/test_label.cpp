@@ -94,10 +94,7 @@ private Q_SLOTS:
         server.start();
         QTRY_COMPARE(menu(), all.arg(u"Offline, status: waits for its port"_s, u"(Mute)"_s));
         label.hide(); // as between the end of a session bus and the next tray
-        stranger.close();
-        server.stop();
-        server.start();
-        QTRY_VERIFY(!server.portTaken());
+        QCOMPARE(menu(), QString());
     }
 };
 
