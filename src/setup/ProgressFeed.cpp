@@ -87,9 +87,12 @@ private:
         }
     }
 
-    void wakeFeed()
+    void wakeFeed() const
     {
-        QMetaObject::invokeMethod(feed, &ProgressFeed::wakeUp, Qt::QueuedConnection);
+        const auto wait = [feed = feed] {
+            QTimer::singleShot(pause, feed, &ProgressFeed::takeBatch);
+        };
+        QMetaObject::invokeMethod(feed, wait, Qt::QueuedConnection);
     }
 };
 
@@ -124,11 +127,6 @@ ProgressFeed::ProgressFeed(SetupManager &manager)
 ProgressFeed::~ProgressFeed()
 {
     m_queue->detach();
-}
-
-void ProgressFeed::wakeUp()
-{
-    QTimer::singleShot(pause, this, &ProgressFeed::takeBatch);
 }
 
 void ProgressFeed::takeBatch()

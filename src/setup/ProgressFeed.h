@@ -52,7 +52,6 @@ public:
     Writer writer() const { return Writer(m_queue); }
 
 private:
-    void wakeUp();
     void takeBatch();
 
     SetupManager &m_manager;

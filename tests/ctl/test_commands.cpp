@@ -82,6 +82,57 @@ void take(const Step &step)
     QCOMPARE(last.status, step.status);
 }
 
+// What the gateway's tool does fails the first time.
+QList<Step> whatThereIsToDo(const QString &gateway)
+{
+    return {
+        {u"gateways add box --name Attic; gateways use attic; gateways --names"_s, 0,
+         u"^Saved: http://box:18789\nIn use: http://box:18789\nHome\nAttic\n$"_s},
+        {u"gateways add ftp://box"_s, 1, u"Not added: "_s},
+        {u"gateways add crate --name ATTIC; gateways use attic"_s, 1, u"more than one"_s},
+        {u"gateways remove http://crate:18789; gateways use crate"_s, 1, u"no gateway with"_s},
+        {u"token reset"_s, 1, u"not this machine's"_s},
+        {u"gateways use "_s + gateway + u"; token set attic; gateways"_s, 0,
+         u"^In use: http:.*  Attic +http://box:18789 +stored\n$"_s, "t\n"},
+        {u"token set; pair"_s, 1, u"too long for a code"_s, QByteArray(3000, 'x')},
+        {u"token remove ATTIC; gateways"_s, 0, u"^ .* none\n$"_s},
+        {u"token remove "_s, 1, u"no gateway is named"_s},
+        {u"gateways remove attic; gateways --names; gateways remove "_s, 1,
+         u"^Removed: http://box:18789\nHome\n[^\n]*no gateway is named"_s},
+        {u"gateways add "_s + gateway + u" --name Other"_s, 1, u"saved already"_s},
+        {u"gateways add 128 --device"_s, 1, u"no device of that name"_s},
+        {u"gateways find; gateways add 127 --device; gateways find"_s, 1,
+         u"^DEVICE +URL +IP +GATEWAY\n127 +https://127.0.0.9 +127.0.0.9 +none\n"
+         "Saved: https://127.0.0.9\nDEVICE [^\n]+\nTailscale [^\n]+\n$"_s},
+        {u"gateways add 127 --device"_s, 1, u"^ostrellectl: "_s},
+        {u"gateways encrypt"_s, 1, u"Failed to set gateway.bind"_s},
+        {u"gateways encrypt"_s, 0, u"^$"_s},
+        {u"token reset"_s, 1, u"makes no new token"_s},
+        {u"token reset; pair --text"_s, 0, u"^ostrelle:.*&token=new\n$"_s},
+        {u"agents set SCOUT --name Fox --emoji 🦊; agents set fox --name Vix; agents"_s, 0,
+         u"^Shown.*\n🦊 Vix +busy"_s},
+        {u"agents set vix"_s, 1, u"neither a name nor an emoji"_s},
+        {u"agents reset vix; agents reset vix"_s, 1, u"^Shown as: Scout\n.*no agent"_s},
+        {u"projects sync"_s, 1, u"the gateway's tool was not found"_s},
+        {u"settings on voice-autostart"_s, 1, u"is switched off"_s},
+        {u"settings on flight-mode"_s, 1, u"no setting of that name"_s},
+        {u"settings off project-tracking"_s, 1, u"goes on tracking projects: its tool"_s},
+        {u"settings on voice-agent; settings on voice-autostart; settings on launch-at-login; "
+         "gemini-key set; settings"_s,
+         0,
+         u"login +on\nmagic-dns +on\nproject-tracking +off\nvoice-agent +on\n"
+         "voice-autostart +on\ngemini-key +stored\n"_s,
+         "key\n"},
+        {u"settings off voice-agent; gemini-key remove; settings --json"_s, 0,
+         u"Key\": false.*agent\",\n *\"on\": false.*autostart\",\n *\"on\": false"_s},
+        {u"setup install"_s, 2, u"there is no password"_s},
+        {u"setup install"_s, 1, u"^Installing.*Mac.\nmissing .*Agent configured\n"_s, "pw\n"},
+        {u"setup voice"_s, 1, u"^Creating config…\n.*Setup complete!\nmissing "_s},
+        {u"setup serve"_s, 1, u"^Configuring Tailscale.*\nTry manually.*active\n +here: ost"_s},
+        {u"setup progress --json"_s, 1, u"^{.*\"messages\":\\[\"Creating.*:false}\n$"_s},
+    };
+}
+
 // Each on what the one before has left.
 void takeAll(const QList<Step> &steps)
 {
@@ -149,53 +200,7 @@ private Q_SLOTS:
         // What it is to do fails the first time.
         desk.home.writeScript(u"bin/duskrell"_s,
                               "[ \"$2\" = get ] && echo new || ! mkdir ~/\"$2\" 2>&-");
-        const QList<Step> steps{
-            {u"gateways add box --name Attic; gateways use attic; gateways --names"_s, 0,
-             u"^Saved: http://box:18789\nIn use: http://box:18789\nHome\nAttic\n$"_s},
-            {u"gateways add ftp://box"_s, 1, u"Not added: "_s},
-            {u"gateways add crate --name ATTIC; gateways use attic"_s, 1, u"more than one"_s},
-            {u"gateways remove http://crate:18789; gateways use crate"_s, 1, u"no gateway with"_s},
-            {u"token reset"_s, 1, u"not this machine's"_s},
-            {u"gateways use "_s + desk.gateway.url() + u"; token set attic; gateways"_s, 0,
-             u"^In use: http:.*  Attic +http://box:18789 +stored\n$"_s, "t\n"},
-            {u"token set; pair"_s, 1, u"too long for a code"_s, QByteArray(3000, 'x')},
-            {u"token remove ATTIC; gateways"_s, 0, u"^ .* none\n$"_s},
-            {u"token remove "_s, 1, u"no gateway is named"_s},
-            {u"gateways remove attic; gateways --names; gateways remove "_s, 1,
-             u"^Removed: http://box:18789\nHome\n[^\n]*no gateway is named"_s},
-            {u"gateways add "_s + desk.gateway.url() + u" --name Other"_s, 1, u"saved already"_s},
-            {u"gateways add 128 --device"_s, 1, u"no device of that name"_s},
-            {u"gateways find; gateways add 127 --device; gateways find"_s, 1,
-             u"^DEVICE +URL +IP +GATEWAY\n127 +https://127.0.0.9 +127.0.0.9 +none\n"
-             "Saved: https://127.0.0.9\nDEVICE [^\n]+\nTailscale [^\n]+\n$"_s},
-            {u"gateways add 127 --device"_s, 1, u"^ostrellectl: "_s},
-            {u"gateways encrypt"_s, 1, u"Failed to set gateway.bind"_s},
-            {u"gateways encrypt"_s, 0, u"^$"_s},
-            {u"token reset"_s, 1, u"makes no new token"_s},
-            {u"token reset; pair --text"_s, 0, u"^ostrelle:.*&token=new\n$"_s},
-            {u"agents set SCOUT --name Fox --emoji 🦊; agents set fox --name Vix; agents"_s, 0,
-             u"^Shown.*\n🦊 Vix +busy"_s},
-            {u"agents set vix"_s, 1, u"neither a name nor an emoji"_s},
-            {u"agents reset vix; agents reset vix"_s, 1, u"^Shown as: Scout\n.*no agent"_s},
-            {u"projects sync"_s, 1, u"the gateway's tool was not found"_s},
-            {u"settings on voice-autostart"_s, 1, u"is switched off"_s},
-            {u"settings on flight-mode"_s, 1, u"no setting of that name"_s},
-            {u"settings off project-tracking"_s, 1, u"goes on tracking projects: its tool"_s},
-            {u"settings on voice-agent; settings on voice-autostart; settings on launch-at-login; "
-             "gemini-key set; settings"_s,
-             0,
-             u"login +on\nmagic-dns +on\nproject-tracking +off\nvoice-agent +on\n"
-             "voice-autostart +on\ngemini-key +stored\n"_s,
-             "key\n"},
-            {u"settings off voice-agent; gemini-key remove; settings --json"_s, 0,
-             u"Key\": false.*agent\",\n *\"on\": false.*autostart\",\n *\"on\": false"_s},
-            {u"setup install"_s, 2, u"there is no password"_s},
-            {u"setup install"_s, 1, u"^Installing.*Mac.\nmissing .*Agent configured\n"_s, "pw\n"},
-            {u"setup voice"_s, 1, u"^Creating config…\n.*Setup complete!\nmissing "_s},
-            {u"setup serve"_s, 1, u"^Configuring Tailscale.*\nTry manually.*active\n +here: ost"_s},
-            {u"setup progress --json"_s, 1, u"^{.*\"messages\":\\[\"Creating.*:false}\n$"_s},
-        };
-        takeAll(steps);
+        takeAll(whatThereIsToDo(desk.gateway.url()));
         desk.home.write(u".config/ai.duskrell.ostrelle.conf"_s, "no preferences\n");
         desk.home.write(u".ostrelle/ostrelle-project-tracker.json"_s, "no JSON\n");
         desk.home.write(u".ostrelle/config.json.unfinished/in/it"_s, {});
