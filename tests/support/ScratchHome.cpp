@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <filesystem>
+
 ScratchHome::ScratchHome()
 {
     QDir(m_directory.path()).mkdir(QStringLiteral(".run"));
@@ -54,9 +56,11 @@ bool ScratchHome::exists(const QString &relative) const
 
 QString ScratchHome::writeScript(const QString &relative, const QByteArray &body) const
 {
-    const QString file = write(relative, "#!/bin/sh\n" + body + "\n");
+    // Another file of that name: one that is being started cannot be written to.
+    const QString file = write(relative + QStringLiteral(".new"), "#!/bin/sh\n" + body + "\n");
     QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return file;
+    std::filesystem::rename(file.toStdString(), path(relative).toStdString());
+    return path(relative);
 }
 
 ostrelle::Settings ScratchHome::settings() const
