@@ -50,6 +50,7 @@ bool isHarmless(char32_t character)
 QString cleaned(const QString &text, QLatin1StringView kept)
 {
     QString clean;
+    clean.reserve(text.size());
     for (const char32_t character : text.toUcs4()) {
         const bool isKept = character < 0x80 && kept.contains(QLatin1Char(char(character)));
         clean += isKept || isHarmless(character) ? QString::fromUcs4(&character, 1) : u" "_s;

@@ -90,6 +90,7 @@ QList<CronRow> keyed(const QList<CronJobItem> &jobs, const QList<CronRow> &shown
 {
     Keys keys(shown, jobs);
     QList<CronRow> rows;
+    rows.reserve(jobs.size());
     for (const CronJobItem &job : jobs) {
         rows.append({.job = job, .key = keys.take(job)});
     }

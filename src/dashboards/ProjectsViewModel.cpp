@@ -59,6 +59,7 @@ QList<ProjectRow> keyed(const QList<ProjectItem> &projects)
 {
     QHash<QString, int> seen;
     QList<ProjectRow> rows;
+    rows.reserve(projects.size());
     for (const ProjectItem &project : projects) {
         const int occurrence = seen[project.identity()]++;
         rows.append(

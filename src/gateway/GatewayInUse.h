@@ -15,8 +15,8 @@ class GatewayInUse : public QObject
     Q_OBJECT
 
 public:
-    // The monitor must live longer. A token that no store has taken waits in the configuration file
-    // for the next attempt.
+    // The monitor must live longer. A token that no store has taken stays in the configuration file
+    // until the next attempt, which comes after `nextMigration`.
     GatewayInUse(Settings settings, GatewayViewModel *monitor,
                  std::chrono::milliseconds nextMigration = std::chrono::minutes(1),
                  QObject *parent = nullptr);

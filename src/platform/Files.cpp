@@ -62,8 +62,10 @@ std::expected<std::string, FileProblem> readAll(int fd, std::size_t expected, st
 bool isFresh(const QString &path)
 {
     constexpr std::chrono::milliseconds longestPause{100};
-    struct stat attributes{}; // of a file that has gone: from long ago
-    static_cast<void>(::stat(QFile::encodeName(path).constData(), &attributes));
+    struct stat attributes{};
+    if (::stat(QFile::encodeName(path).constData(), &attributes) != 0) {
+        return false;
+    }
     const auto changed = std::chrono::seconds(attributes.st_mtim.tv_sec) +
                          std::chrono::nanoseconds(attributes.st_mtim.tv_nsec);
     const auto age = std::chrono::system_clock::now().time_since_epoch() - changed;

@@ -37,7 +37,7 @@ Inherited inherited;
 rlim_t setSoftLimit(__rlimit_resource resource, rlim_t (*choose)(const rlimit &limit)) noexcept
 {
     rlimit limit{};
-    ::getrlimit(resource, &limit);
+    ::getrlimit(resource, &limit); // fails for no resource that there is
     const rlim_t before = limit.rlim_cur;
     limit.rlim_cur = choose(limit);
     ::setrlimit(resource, &limit);

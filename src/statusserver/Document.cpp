@@ -90,7 +90,7 @@ std::optional<Attempt> readOnce(const std::string &path, std::size_t maxBytes)
         }
         if (*count <= size) {
             const bool wasWrittenTo = ::fstat(fd, &after) != 0 || !isSameContent(before, after);
-            // Then the file has another version by now, so this one is not taken for it.
+            // The version may stay: a file that was written to has another one by now.
             return Attempt{.document = std::move(document), .wasWrittenTo = wasWrittenTo};
         }
         size = 2 * size + smallestGrowth; // which may have claimed to be empty

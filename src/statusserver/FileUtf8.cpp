@@ -13,7 +13,7 @@ namespace ostrelle
 namespace
 {
 
-// How many bytes a sequence of more than one has that begins with `lead`.
+// How many bytes a sequence has whose first one is `lead`, which is 0xC0 or more.
 std::size_t sequenceLength(unsigned char lead)
 {
     return lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;

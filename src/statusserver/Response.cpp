@@ -16,11 +16,12 @@ constexpr std::string_view corsFields =
 
 std::string header(std::string_view status, std::string_view fields, std::size_t length)
 {
-    return std::string("HTTP/1.1 ")
-        .append(status)
-        .append(fields)
-        .append(std::to_string(length))
-        .append("\r\nConnection: close\r\n\r\n");
+    std::string text;
+    text.reserve(256);
+    for (const std::string_view piece : {std::string_view("HTTP/1.1 "), status, fields}) {
+        text += piece;
+    }
+    return text.append(std::to_string(length)).append("\r\nConnection: close\r\n\r\n");
 }
 
 } // namespace
