@@ -1,6 +1,7 @@
 #include "app/Program.h"
 #include "core/ToolEnvironment.h"
 #include "settings/OstrelleConfig.h"
+#include "support/Exchange.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
 #include "support/Rows.h"
@@ -35,6 +36,11 @@ public:
     }
 };
 
+QByteArray get(quint16 port, const QByteArray &target)
+{
+    return exchange(port, "GET " + target + " HTTP/1.1\r\n\r\n");
+}
+
 } // namespace
 
 class TestProgram : public QObject
@@ -43,6 +49,21 @@ class TestProgram : public QObject
 
 private Q_SLOTS:
     void initTestCase() { skipWhereThereAre(gatewayToolPlaces()); }
+
+    void publishesWhatTheGatewayToolSays()
+    {
+        const ProgramHome home(R"(case "$1" in
+            sessions) echo '{"sessions":[{"key":"agent:main:main","agentId":"main"}]}' ;;
+            cron) echo '{"jobs":[{"id":"1","name":"Nightly"}]}' ;;
+            esac)");
+        Program program;
+        const quint16 port = program.waitForPort();
+        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/status").contains("Main session"),
+                                 patienceMilliseconds);
+        QTRY_VERIFY_WITH_TIMEOUT(get(port, "/cron").contains("Nightly"), patienceMilliseconds);
+        QVERIFY(get(port, "/projects").endsWith(R"({"version":1,"updated":"","projects":[]})"));
+        QCOMPARE(program.endWith(SIGTERM), 0);
+    }
 
     void endsWhatItStarted_data()
     {
