@@ -2,9 +2,13 @@
 
 #include "platform/NeverDestroyed.h"
 
+#include <atomic>
 #include <cstdlib>
+#include <latch>
 #include <mutex>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -22,6 +26,25 @@ bool sessionHasBus()
     }
     const char *runtime = std::getenv("XDG_RUNTIME_DIR");
     return runtime && ::access((std::string(runtime) + "/bus").c_str(), F_OK) == 0;
+}
+
+// GLib ends the whole program when it cannot have one of the threads that it starts for its first
+// connection: for tasks, for what starts those, for timers, for the bus. So they are tried first,
+// and some more, since others may want one at the same time.
+bool hasThreadsForConnection()
+{
+    constexpr std::size_t wanted = 8;
+    std::latch tried(1);
+    std::vector<std::jthread> threads;
+    try {
+        while (threads.size() < wanted) {
+            threads.emplace_back([&tried] { tried.wait(); });
+        }
+    } catch (const std::system_error &) {
+        // as many as there are
+    }
+    tried.count_down();
+    return threads.size() == wanted;
 }
 
 // Contexts that nobody uses now. They are used again, because what a service says later, when it
@@ -77,7 +100,8 @@ private:
 
 std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus()
 {
-    if (!sessionHasBus()) {
+    static std::atomic<bool> wasConnected = false; // GLib keeps its threads from then on
+    if (!sessionHasBus() || (!wasConnected && !hasThreadsForConnection())) {
         return std::unexpected(BusProblem::Missing);
     }
     BoundedCalls calls;
@@ -89,6 +113,7 @@ std::expected<GObjectPtr<GDBusConnection>, BusProblem> sessionBus()
         const bool waited = g_cancellable_is_cancelled(calls.cancellable()) != 0;
         return std::unexpected(waited ? BusProblem::NoAnswer : BusProblem::Missing);
     }
+    wasConnected = true;
     if (g_dbus_connection_is_closed(connection.get())) {
         // Nobody gets another one as long as somebody holds this.
         IdleContexts::deliver();

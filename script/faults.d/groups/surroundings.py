@@ -112,8 +112,7 @@ def few_descriptors():
 
 @row(seconds=30)
 def few_processes():
-    """The start finds a limit of 26 processes and threads, of which it needs up to 18 itself. (With 20, GLib ended one start of
-    five on a busy machine: it does not go on without a thread that it wants.)
+    """The start finds a limit of 20 processes and threads, of which it needs up to 18 itself.
 
     It listens, serves, takes a link, and ends in time.
     """
@@ -124,7 +123,7 @@ def few_processes():
     subprocess.run(["chown", "-R", str(uid), str(home.path), str(home.runtime)], check=True)
     home.user = uid
     install_tool("duskrell", "exit 1")
-    return lives_with(home, (resource.RLIMIT_NPROC, 26))
+    return lives_with(home, (resource.RLIMIT_NPROC, 20))
 
 
 @row(seconds=30, quick=True)
