@@ -14,6 +14,7 @@
 #include <ctime>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -51,15 +52,19 @@ public:
         }
         std::erase_if(m_kills, [](const Kill &kill) { return kill.isDone->load(); });
         auto isDone = std::make_shared<std::atomic<bool>>(false);
-        auto killLater = [isDone, grace,
-                          process = std::move(process)](const std::stop_token &exit) {
+        const auto shared = std::make_shared<const Descriptor>(std::move(process));
+        auto killLater = [isDone, grace, shared](const std::stop_token &exit) {
             std::mutex mutex;
             std::unique_lock waiting(mutex);
             std::condition_variable_any().wait_for(waiting, exit, grace, [] { return false; });
-            sendSignal(process, SIGKILL);
+            sendSignal(*shared, SIGKILL);
             *isDone = true;
         };
-        m_kills.push_back({isDone, std::jthread(std::move(killLater))});
+        try {
+            m_kills.push_back({isDone, std::jthread(std::move(killLater))});
+        } catch (const std::system_error &) {
+            sendSignal(*shared, SIGKILL); // no thread can be had that would wait
+        }
     }
 
     // Kills at once whoever still has time left.
