@@ -240,23 +240,24 @@ std::optional<Draft> draftOf(const QString &path)
     return content ? std::optional(Draft{std::move(*content), file->attributes}) : std::nullopt;
 }
 
-int finishUnlocked(const QString &path, const Draft &draft)
+// Whether the file has the draft's content now. The draft waits for the next start where there is
+// something that cannot be written.
+bool finishUnlocked(const QString &path, const Draft &draft)
 {
     const auto file = OpenFile::open(path);
-    if (file) {
-        const time_t changed = file->attributes().st_mtime;
-        if (changed <= draft.attributes.st_mtime + longestWrite) {
-            return fillAndFinish(path, *file, draft.content);
-        }
-    } else if (file.error().kind == FileProblem::Kind::Missing) {
-        const int error = replaceUnlocked(fileBehind(path), draft.content,
-                                          draft.attributes.st_mode & permissionBits);
-        if (error != 0) {
-            return error;
-        }
+    if (!file && file.error().kind != FileProblem::Kind::Missing) {
+        return false;
+    }
+    if (file && file->attributes().st_mtime <= draft.attributes.st_mtime + longestWrite) {
+        return fillAndFinish(path, *file, draft.content) == 0;
+    }
+    const bool wasEdited = file.has_value();
+    if (!wasEdited && replaceUnlocked(fileBehind(path), draft.content,
+                                      draft.attributes.st_mode & permissionBits) != 0) {
+        return false;
     }
     removeFile(unfinished(path));
-    return 0;
+    return !wasEdited;
 }
 
 } // namespace
@@ -304,7 +305,7 @@ void finishWriting(const QString &path)
 {
     const auto lock = saveLock(QFile::encodeName(path));
     const std::scoped_lock turn(*lock);
-    if (const auto draft = draftOf(path); draft && finishUnlocked(path, *draft) == 0) {
+    if (const auto draft = draftOf(path); draft && finishUnlocked(path, *draft)) {
         logLine(u"[Ostrelle] Finished an interrupted write of "_s + path);
     }
 }

@@ -3,6 +3,7 @@
 #include "platform/Paths.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
+#include "support/PrintedLines.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
 
@@ -77,6 +78,7 @@ private Q_SLOTS:
     {
         QFETCH(int, editedAfter);
         const ScratchHome home;
+        const PrintedLines printed;
         home.write(u"link.unfinished"_s, "new");
         QFile edited(home.write(u"target"_s, "torn"));
         QVERIFY(edited.open(QFile::ReadWrite));
@@ -86,6 +88,7 @@ private Q_SLOTS:
         QVERIFY(editedAfter >= 0 || edited.remove());
         finishWriting(home.path(u"link"_s));
         QTEST(home.read(u"target"_s), "content");
+        QCOMPARE(printed.text().contains("Finished an interr"), home.read(u"target"_s) == "new");
         QVERIFY(!home.exists(u"link.unfinished"_s));
     }
 
