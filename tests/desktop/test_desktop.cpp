@@ -119,6 +119,7 @@ private Q_SLOTS:
         XSession::useLayouts(u"ru,us,fr"_s);
         XSession::press(u"super+shift+47"_s); // an m only in a layout that does not count
         XSession::press(u"shift+58"_s);
+        XSession::press(u"super+58"_s);
         XSession::press(mute);
         QTRY_VERIFY_WITH_TIMEOUT(home.voiceStatus().contains("\"muted\": true"),
                                  patienceMilliseconds);

@@ -220,6 +220,16 @@ private Q_SLOTS:
         QCOMPARE(m_home->storedToken(remote), u"again"_s);
         m_profiles->setTokenInput(u"another"_s);
         QCOMPARE(m_profiles->tokenProblem(), QString());
+
+        // What is typed while it is being saved stays.
+        m_profiles->setEditingProfileId(remote);
+        m_profiles->saveActiveToken();
+        m_profiles->saveProfileToken();
+        m_profiles->setTokenInput(u"since"_s);
+        m_profiles->setProfileTokenInput(u"then"_s);
+        const QSignalSpy saved(m_profiles.get(), &GatewayProfiles::tokensChanged);
+        QTRY_COMPARE(saved.size(), 2);
+        QCOMPARE(m_profiles->tokenInput() + m_profiles->profileTokenInput(), u"sincethen"_s);
     }
 
     void changeOfAFileThatCannotBeReadLosesNothing()
