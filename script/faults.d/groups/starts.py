@@ -290,3 +290,19 @@ def term_while_everything_hangs():
         left = wait_for(lambda: not any(map(is_alive, children)), 3)
         require(left, f"Children live on after {number.name}")
     return "Gone, with all children: " + ", ".join(seen) + "."
+
+
+@row(seconds=20)
+def no_process_left():
+    """The user may start no process any more, and `ostrellectl setup install` needs one.
+
+    It says so, and that it has failed.
+    """
+    another_user()
+    home = Home(user=61234)  # nobody else's processes count
+    limit = ["setpriv", f"--reuid={home.user}", "--clear-groups", "prlimit", "--nproc=1"]
+    told = subprocess.run([*limit, str(BUILD / "ostrellectl"), "setup", "install"], env=home.environment(), input="password\n",
+                          capture_output=True, text=True)
+    require(told.returncode == 1, f"It ends with status {told.returncode}")
+    require("Resource temporarily unavailable" in told.stderr, f"It says: {told.stderr}")
+    return told.stderr.strip()
