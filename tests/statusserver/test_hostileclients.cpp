@@ -1,6 +1,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/ProcessSetup.h"
 #include "statusserver/AbandonableThread.h"
+#include "statusserver/FileVersion.h"
 #include "statusserver/ServerFixture.h"
 #include "support/Patience.h"
 #include "support/Processes.h"
@@ -105,6 +106,9 @@ private Q_SLOTS:
         const ServerFixture fixture({.maxAnswerBytes = 50'000'000});
         std::list<RawClient> crowd;
         const auto ask = [&](int clients) {
+            QFile file(fixture.home.path(agentTrackerFile));
+            QVERIFY(file.open(QFile::ReadOnly));
+            QTRY_VERIFY(settledVersion(file.handle())); // else each client has one of its own
             for (int i = 0; i < clients; ++i) {
                 // With less room the kernel drops what does not fit, and waits longer and longer.
                 crowd.emplace_back(fixture.server->port(), 65536)
