@@ -142,6 +142,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(desk.home.voiceStatus().contains("\"muted\": true"),
                                  patienceMilliseconds);
         Desk::screenshot(u"ostrelle"_s);
+        QVERIFY(outputOf(u"xprop"_s, {u"-name"_s, u"Ostrelle"_s, u"_NET_WM_STATE"_s})
+                    .contains("SKIP_TASKBAR"));
         QVERIFY(desk.press(u"Quit"_s));
         QCOMPARE(desk.program->waitForEnd(), 0);
         QVERIFY(desk.home.voiceStatus().isEmpty());
