@@ -11,7 +11,7 @@ import time
 
 from loopback import set_loopback
 from row import NotHere, require, row
-from world import (DOCUMENTS, STATUS_PORT, Home, Program, connections, exchange, get, install_tool, must_serve,
+from world import (DOCUMENTS, STATUS_PORT, Home, Program, connections, document, exchange, get, install_tool, must_serve,
                    send_link, timed_get, wait_for)
 
 MEGABYTE = 1 << 20
@@ -378,3 +378,24 @@ def other_origins():
     require(b" 200 " in head and b"Access-Control-Allow-Origin: *" in head and b'"agents"' in body, f"The document is refused: {head!r}")
     program.end()
     return "401 for the simple request, 204 without that header for the preflight, the document for all."
+
+
+@row(seconds=30)
+def no_memory_for_a_document():
+    """The agents' document has grown to 250 MB when a client asks for it, and the program may have 400 MB of addresses in all.
+
+    The log says so, nobody waits, the others are served, and the document is, too, once it is small again.
+    """
+    home, program = serving(limits=[(resource.RLIMIT_AS, 400 * MEGABYTE)])
+    file = home.file(DOCUMENTS["status"])
+    small = file.read_bytes()
+    os.truncate(file, 250 * MEGABYTE)
+    answered = [timed_get("/status") for _ in range(3)]
+    require(all(status == 404 for status, _, _ in answered), f"Answered {answered}")
+    told = program.wait_for("Request dropped")
+    require(told, "The log says nothing")
+    must_serve("with too large a document")
+    file.write_bytes(small)
+    require(document("status"), "The small document is not served")
+    slowest = max(took for _, _, took in answered)
+    return f"{told}; a 404 after {slowest * 1000:.0f} ms at most; it ended in {program.end():.1f} s."
