@@ -294,9 +294,13 @@ private Q_SLOTS:
         const ScratchHome home;
         const QString plist = u"Library/LaunchAgents/com.duskrell.status-server.plist"_s;
         home.write(plist, "old");
+        home.write(u".zshenv"_s, "launchctl() { echo $1 ${2##*/} >> ~/calls }");
         const StatusServer server(OstrelleConfig::defaults(), home.settings().tokens);
         QTRY_VERIFY(!home.exists(plist));
         QCOMPARE(home.read(plist + u".disabled"_s), "old");
+        QCOMPARE(home.read(u"calls"_s), "bootout com.duskrell.status-server\n"
+                                        "unload com.duskrell.status-server.plist\n"
+                                        "remove com.duskrell.status-server\n");
     }
 };
 
