@@ -2,6 +2,7 @@
 
 import json
 import socket
+import subprocess
 import threading
 import time
 
@@ -275,6 +276,33 @@ def frozen_display():
     time.sleep(2)
     must_serve("with a frozen display")
     return f"Gone after {program.end():.1f} s."
+
+
+@row(seconds=60)
+def tray_host_without_a_place():
+    """A tray host on the bus does not say where the icon is, as most do not. It is clicked at the screen's edge; later,
+    with the pointer elsewhere, a terminal asks for the panel.
+
+    It opens below the icon both times.
+    """
+    home, screen, bus = desk(tray=False)
+    icons = bus.start_tray_host()
+    program = start(home, screen, bus)
+    require(wait_for(icons.read_text), "No icon is registered")
+    service = ":" + icons.read_text().strip().rpartition(":")[2]
+    screen.run("xdotool", "mousemove", "700", "2")
+    subprocess.run(["gdbus", "call", "--session", "--dest", service, "--object-path", "/StatusNotifierItem", "--method",
+                    "org.kde.StatusNotifierItem.Activate", "700", "2"], env=bus.environment(), check=True, capture_output=True)
+    clicked = wait_for(screen.panel, 10, 0.2)
+    require(clicked, "A click opens no panel")
+    require(clicked[0] < 700 < clicked[0] + clicked[2], f"At {clicked}")
+    screen.close_panel()
+    screen.run("xdotool", "mousemove", "300", "600")
+    ctl(home, "panel")
+    asked = wait_for(screen.panel, 10, 0.2)
+    require(asked == clicked, f"At {asked}, and at {clicked} at the click")
+    program.end()
+    return f"At {asked[0]}, {asked[1]} both times."
 
 
 @row(seconds=60)
