@@ -257,6 +257,11 @@ class Program:
         require(back, told)
         return told
 
+    def processor_seconds(self):
+        """How long it has had a processor since its start."""
+        fields = pathlib.Path(f"/proc/{self.pid}/stat").read_text().rpartition(")")[2].split()
+        return sum(map(int, fields[11:13])) / os.sysconf("SC_CLK_TCK")
+
     def megabytes(self):
         """What it has written to memory of its own.
 

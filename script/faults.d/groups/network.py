@@ -6,13 +6,14 @@ import os
 import resource
 import socket
 import struct
+import subprocess
 import threading
 import time
 
 from loopback import set_loopback
 from row import NotHere, require, row
-from world import (DOCUMENTS, STATUS_PORT, Home, Program, connections, document, exchange, get, install_tool, must_serve,
-                   send_link, timed_get, wait_for)
+from world import (DOCUMENTS, STATUS_PORT, Home, Program, another_user, connections, document, exchange, freeze, get,
+                   install_tool, must_serve, send_link, thaw, timed_get, wait_for)
 
 MEGABYTE = 1 << 20
 
@@ -289,7 +290,7 @@ def strange_requests():
 def taken_port():
     """Another program has the status port at the start; after 10 s it lets go.
 
-    The program says so and takes the port when it next tries, every 30 s: within 32 s.
+    The program says so and takes the port when it next tries, every 30 s: within 32 s. It hardly uses the processor meanwhile.
     """
     home = Home()
     home.configure()
@@ -298,7 +299,10 @@ def taken_port():
     taker.listen()
     program = Program(home)
     require(program.wait_for("Failed to bind", 10), "No line says that the port is taken")
+    busy = program.processor_seconds()
     time.sleep(8)
+    busy = program.processor_seconds() - busy
+    require(busy < 1, f"It was busy for {busy:.1f} of 8 s")
     taker.close()
     began = time.monotonic()
     require(wait_for(lambda: get("/health")[0] == 200, 32, 0.2), "It does not take the port")
@@ -399,3 +403,61 @@ def no_memory_for_a_document():
     require(document("status"), "The small document is not served")
     slowest = max(took for _, _, took in answered)
     return f"{told}; a 404 after {slowest * 1000:.0f} ms at most; it ended in {program.end():.1f} s."
+
+
+@row(seconds=30)
+def no_thread_for_an_answer():
+    """The user may start no thread any more when clients ask for a document and the history, at once and after a pause.
+
+    The log says so, nobody waits for the history, the others are served, and the document is, too, once there are threads again.
+    """
+    another_user()
+    home = Home("/tmp/theirs", user=61234)  # nobody else's threads count
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    home.write(DOCUMENTS["status"], '{"agents":{}}')
+    subprocess.run(["chown", "-R", str(home.user), str(home.path), str(home.runtime)], check=True)
+    program = Program(home).listens()
+    program.rest()  # a library that wants a thread for good, and gets none, ends the program
+
+    def allow(threads):
+        command = ["prlimit", f"--pid={program.pid}", f"--nproc={threads}:"]
+        subprocess.run(command, user=home.user, group=home.user, check=True)
+
+    allow(1)
+    hesitates = connect()
+    time.sleep(0.3)
+    freeze(program.process)  # until the others have sent all
+    waits, dropped = connect(), connect()
+    for client, wish in ((hesitates, b"/history"), (dropped, b"/history"), (waits, b"/status")):
+        client.sendall(b"GET %s HTTP/1.1\r\n\r\n" % wish)
+    thaw(program.process)
+    answers = [hesitates.recv(1), dropped.recv(1)]
+    require(not any(answers), f"Answered {answers}")
+    require(wait_for(lambda: program.output().count("Request dropped") == 3), f"It says: {program.output()}")
+    must_serve("without a thread")
+    allow(64)
+    require(document("status") == {"agents": {}}, "The document is not served with threads")
+    require(b" 200 " in waits.recv(100), "Who has waited for it is not served")
+    return f"{program.wait_for('Request dropped')}; it ended in {program.end():.1f} s."
+
+
+@row(seconds=60)
+def no_watches_left():
+    """Another program has the status port and lets go; then the system watches no more sockets (`epoll_ctl` fails with ENOSPC).
+
+    The log says so, nobody is left waiting at the port, and the program does not say that it listens; it ends in time.
+    """
+    home = Home()
+    home.configure()
+    with socket.create_server(("0.0.0.0", STATUS_PORT)):
+        program = Program(home)
+        require(program.wait_for("Failed to bind"), "No line says that the port is taken")
+        tracer = subprocess.Popen(["strace", "-f", "-qq", "-o", "/dev/null", "-p", str(program.pid), "-e", "trace=epoll_ctl",
+                                   "-e", "inject=epoll_ctl:error=ENOSPC"])
+    told = program.wait_for("Accept error", 40)
+    require(told and "Listening" not in program.output(), f"It says: {program.tail()}")
+    require(get("/health")[0] == 0, "Somebody answers")
+    tracer.terminate()
+    tracer.wait()
+    return f"{told}; it ended in {program.end():.1f} s."
