@@ -6,8 +6,9 @@ import socket
 import time
 
 from row import require, row
-from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, SYNC, TOOLS, Gateway, Home, Program, document,
-                   install_gateway_tool, install_sessions, install_tool, is_alive, must_serve, send_link, sessions, wait_for)
+from session import Bus
+from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, SYNC, TOOLS, Gateway, Home, Program, ctl, document, install_gateway_tool,
+                   install_sessions, install_tool, is_alive, must_serve, send_link, sessions, spawn, wait_for)
 
 POLL = 3  # seconds between two questions to the gateway
 PATIENCE_FOR_POLL = 3 * POLL + 2
@@ -404,3 +405,26 @@ def hundred_thousand_sessions():
     require(after - before < 40, f"{after - before:.0f} MB stay")
     program.end()
     return f"{most - before:+.0f} MB at most, {after - before:+.0f} MB afterwards; the slowest answer took {slowest * 1000:.0f} ms."
+
+
+@row(seconds=30)
+def failed_token_reset():
+    """`ostrellectl token reset` in a session with a bus, while the gateway's tool fails.
+
+    It says that it has failed, and so do the log and a notification.
+    """
+    home = Home()
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    bus = Bus(home)
+    seen = home.runtime / "notifications"
+    with open(seen, "wb") as log:
+        spawn(["dbus-monitor", "--session", "member='Notify'"], env=bus.environment(), stdout=log)
+    require(wait_for(lambda: seen.stat().st_size), "The bus is not watched")
+    program = Program(home, DBUS_SESSION_BUS_ADDRESS=bus.address).listens()
+    status, told = ctl(home, "token", "reset")
+    require(status == 1, f"It ends with status {status}: {told}")
+    require(wait_for(lambda: b"Token reset failed: " in seen.read_bytes()), f"No notification tells of it: {seen.read_text()}")
+    require("Token reset: the gateway" in program.output(), f"The log says: {program.tail()}")
+    program.end()
+    return told
