@@ -230,6 +230,11 @@ private Q_SLOTS:
         const QSignalSpy saved(m_profiles.get(), &GatewayProfiles::tokensChanged);
         QTRY_COMPARE(saved.size(), 2);
         QCOMPARE(m_profiles->tokenInput() + m_profiles->profileTokenInput(), u"sincethen"_s);
+
+        m_home->storeToken(u"elsewhere"_s, remote);
+        m_gateway->resetGatewayToken(); // however that ends, the stored ones are looked at again
+        QTRY_COMPARE(m_profiles->saved()->index(1).data(SavedGatewaysModel::TokenTailRole),
+                     u"here"_s);
     }
 
     void changeOfAFileThatCannotBeReadLosesNothing()

@@ -31,6 +31,7 @@ private Q_SLOTS:
 
         manager.run();
         manager.run(); // one at a time
+        QVERIFY(waitFor([&] { return manager.hasModels(); }) && manager.hasConfig()); // meanwhile
         QVERIFY(waitFor([&] { return manager.isComplete(); }));
 
         const QString saved = u"Config saved to "_s + OstrelleConfig::configPath();

@@ -67,6 +67,7 @@ private Q_SLOTS:
 
         ServiceManager::killFromPidFile();
 
+        QCOMPARE(processNamedBy("1"), 1); // whom nobody would end for a test
         QCOMPARE(home.exists(pidFile), !kills);
         QCOMPARE(sleeper.endedBy(SIGRTMIN), kills ? SIGTERM : SIGRTMIN);
     }
