@@ -43,21 +43,20 @@ void MenuBarLabel::show()
                     Q_EMIT doubleClicked();
                 }
             });
-    connect(m_gatewayVM, &GatewayViewModel::gatewayOnlineChanged, this, &MenuBarLabel::update);
-    connect(m_voiceVM, &VoiceViewModel::voiceRunningChanged, this, &MenuBarLabel::update);
-    connect(m_voiceVM, &VoiceViewModel::stateChanged, this, &MenuBarLabel::update);
-    connect(m_voiceVM, &VoiceViewModel::stateLabelChanged, this, &MenuBarLabel::update);
-    connect(m_voiceVM, &VoiceViewModel::isMutedChanged, this, &MenuBarLabel::update);
-    connect(m_statusServer, &StatusServer::portTakenChanged, this, &MenuBarLabel::update);
+    const auto follow = [this] { update(); }; // as long as the icon is there
+    connect(m_gatewayVM, &GatewayViewModel::gatewayOnlineChanged, m_icon.get(), follow);
+    for (const auto changed :
+         {&VoiceViewModel::voiceRunningChanged, &VoiceViewModel::stateChanged,
+          &VoiceViewModel::stateLabelChanged, &VoiceViewModel::isMutedChanged}) {
+        connect(m_voiceVM, changed, m_icon.get(), follow);
+    }
+    connect(m_statusServer, &StatusServer::portTakenChanged, m_icon.get(), follow);
     update();
     m_icon->show();
 }
 
 void MenuBarLabel::hide()
 {
-    m_gatewayVM->disconnect(this);
-    m_voiceVM->disconnect(this);
-    m_statusServer->disconnect(this);
     m_icon.reset();
     m_menu.reset();
     m_shownColor = {};

@@ -74,7 +74,7 @@ private Q_SLOTS:
         const auto says = [&](const QByteArray &status) {
             agent.answer("/status", StandInGateway::response(200, status));
         };
-        GatewayViewModel gateway(home.settings());
+        GatewayViewModel gateway(home.settings(), {.tailscale = {}, .pollInterval = 20ms});
         VoiceViewModel voice(nullptr, agent.serverPort(), {.interval = 20ms});
         QTcpServer stranger;
         QVERIFY(stranger.listen(QHostAddress::AnyIPv4));
@@ -83,18 +83,25 @@ private Q_SLOTS:
         StatusServer server(config, home.settings().tokens);
         MenuBarLabel label(&gateway, &voice, &server);
         label.show();
-        const QString all = u"Open Ostrelle||(Gateway offline, voice: %1)|%2||Quit"_s;
-        QCOMPARE(menu(), all.arg(u"Offline"_s, u"(Mute)"_s));
+        const QString all = u"Open Ostrelle||(Gateway %1)|%2||Quit"_s;
+        QCOMPARE(menu(), all.arg(u"offline, voice: Offline"_s, u"(Mute)"_s));
+        agent.answer("/health", StandInGateway::response(200));
+        gateway.setGatewayURL(agent.url());
+        QTRY_COMPARE(menu(), all.arg(u"online, voice: Offline"_s, u"(Mute)"_s));
         says(R"({"state":"R&D"})");
-        QTRY_COMPARE(menu(), all.arg(u"R&&D"_s, u"Mute"_s));
+        QTRY_COMPARE(menu(), all.arg(u"online, voice: R&&D"_s, u"Mute"_s));
         says(R"({"state":"R&D","muted":true})");
-        QTRY_COMPARE(menu(), all.arg(u"Muted"_s, u"Unmute"_s));
+        QTRY_COMPARE(menu(), all.arg(u"online, voice: Muted"_s, u"Unmute"_s));
         agent.close();
-        QTRY_COMPARE(menu(), all.arg(u"Offline"_s, u"(Mute)"_s));
+        QTRY_COMPARE(menu(), all.arg(u"offline, voice: Offline"_s, u"(Mute)"_s));
         server.start();
-        QTRY_COMPARE(menu(), all.arg(u"Offline, status: waits for its port"_s, u"(Mute)"_s));
+        const QString waits = u"offline, voice: Offline, status: waits for its port"_s;
+        QTRY_COMPARE(menu(), all.arg(waits, u"(Mute)"_s));
         label.hide(); // as between the end of a session bus and the next tray
         QCOMPARE(menu(), QString());
+        server.stop();
+        label.show();
+        QCOMPARE(menu(), all.arg(u"offline, voice: Offline"_s, u"(Mute)"_s));
     }
 };
 
