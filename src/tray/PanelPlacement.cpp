@@ -61,8 +61,8 @@ QPoint cornerOfTrays(const ScreenPlace &screen, QSize size)
 
 QRect iconUnder(QPoint pointer, const ScreenPlace &screen)
 {
-    const bool onBar = !screen.available.contains(pointer);
-    QRect icon(QPoint(), onBar ? QSize(1, 1) : QSize(largestIcon, largestIcon));
+    const int side = screen.available.contains(pointer) ? largestIcon : 1; // on a bar it is known
+    QRect icon(0, 0, side, side);
     icon.moveCenter(pointer);
     return icon;
 }
