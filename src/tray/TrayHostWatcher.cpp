@@ -57,9 +57,6 @@ TrayHostWatcher::TrayHostWatcher(QObject *parent)
     : QObject(parent)
     , m_busHostComes(hasBusHostOfItsOwn())
 {
-    m_asksAgain.setSingleShot(true);
-    m_asksAgain.setInterval(hungIsAskedAgainIn);
-    connect(&m_asksAgain, &QTimer::timeout, this, &TrayHostWatcher::askBus);
     QTimer::singleShot(busHostPatience, this, [this] {
         m_busHostComes = false;
         update();
@@ -144,7 +141,7 @@ void TrayHostWatcher::takeAnswer(const QDBusMessage &answer)
     // Qt will ask the same and wait for the answer: not of one who gives none.
     if (reply.error().type() == QDBusError::NoReply) {
         m_busHost.reset();
-        m_asksAgain.start();
+        QTimer::singleShot(hungIsAskedAgainIn, this, &TrayHostWatcher::askBus);
     } else {
         m_busHost = reply.isValid() && reply.value().variant().toBool();
     }

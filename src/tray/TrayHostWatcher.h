@@ -46,7 +46,6 @@ private:
     bool m_x11Host = false;
     bool m_busHostComes;
     QObject *m_question = nullptr; // the last one to the bus; an older one's answer does not count
-    QTimer m_asksAgain;            // whoever gave no answer
     std::unique_ptr<QDBusServiceWatcher> m_watcherService;
     int m_connections = 0; // after the process's own
     std::unique_ptr<X11Connection> m_x11;
