@@ -21,7 +21,7 @@ class Bus:
         self.configuration.write_text(
             f"<busconfig><type>session</type><listen>{self.address}</listen><policy context='default'>"
             "<allow send_destination='*'/><allow receive_sender='*'/><allow own='*'/></policy></busconfig>")
-        self.keyring = None
+        self.keyring = self.host = None
         self.start()
 
     def start(self):
@@ -64,9 +64,21 @@ class Bus:
         """A host of the kind that lives on the bus, and the file in which it writes who has registered an icon."""
         icons = self.home.runtime / f"icons-{time.monotonic_ns()}"
         with open(icons, "wb") as log:
-            spawn([sys.executable, "-B", str(PROJECT / "script/faults.d/trayhost.py")], env=self.environment(), stdout=log)
+            self.host = spawn([sys.executable, "-B", str(PROJECT / "script/faults.d/trayhost.py")], env=self.environment(),
+                              stdout=log)
         require(wait_for(lambda: self.has("org.kde.StatusNotifierWatcher")), "The tray host does not start")
         return icons
+
+    def asks(self, icons, path, method, *arguments):
+        """Calls a method of the last icon that was registered there, and does not wait for the answer."""
+        service = ":" + icons.read_text().split()[-1].rpartition(":")[2]
+        return subprocess.Popen(["gdbus", "call", "--session", "--dest", service, "--object-path", path, "--method", method,
+                                 *arguments], env=self.environment(), stdout=subprocess.PIPE, text=True)
+
+    def icon_has(self, icons, name):
+        """A property of that icon, as text."""
+        return self.asks(icons, "/StatusNotifierItem", "org.freedesktop.DBus.Properties.Get", "org.kde.StatusNotifierItem",
+                         name).communicate(timeout=PATIENCE)[0]
 
     def lock_keyring(self):
         subprocess.run(["gdbus", "call", "--session", "--dest", "org.freedesktop.secrets", "--object-path",
