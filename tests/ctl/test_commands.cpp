@@ -29,6 +29,8 @@ public:
         agent.answer("/status", StandInGateway::response(200, voice));
         agent.answer("/mute", StandInGateway::response(200));
         agent.answer("/unmute", StandInGateway::response(200));
+        // Whose time stands still, so that none of its jobs writes documents.
+        playSimulator(home, {{u"now"_s, QDateTime::currentMSecsSinceEpoch()}});
         home.configure(gateway.url(), agent.serverPort());
         program.emplace();
         program->waitForPort();
