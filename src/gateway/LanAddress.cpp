@@ -50,14 +50,14 @@ QList<InterfaceAddress> interfaceAddresses()
     if (::getifaddrs(&list) != 0) {
         return {};
     }
+    constexpr unsigned usable = IFF_UP | IFF_RUNNING;
     const std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)> owner(list, &::freeifaddrs);
     QList<InterfaceAddress> addresses;
     for (const ifaddrs *entry = list; entry != nullptr; entry = entry->ifa_next) {
         if (entry->ifa_addr != nullptr && entry->ifa_addr->sa_family == AF_INET) {
             addresses.append({.interface = QString::fromLocal8Bit(entry->ifa_name),
                               .ipv4 = dottedQuad(entry->ifa_addr),
-                              .isUp = (entry->ifa_flags & IFF_UP) != 0 &&
-                                      (entry->ifa_flags & IFF_RUNNING) != 0});
+                              .isUp = (entry->ifa_flags & usable) == usable});
         }
     }
     return addresses;

@@ -30,8 +30,8 @@ std::optional<std::size_t> readBody(int file, std::size_t size, std::string &sto
 {
     std::optional<std::size_t> count;
     // One byte more than the file has shows the end without asking for it again.
-    storage.resize_and_overwrite(headerRoom + size + 1, [&](char *data, std::size_t /*room*/) {
-        count = readAt(file, {data + headerRoom, size + 1}, 0, size);
+    storage.resize_and_overwrite(headerRoom + size + 1, [&](char *data, std::size_t room) {
+        count = readAt(file, {data + headerRoom, room - headerRoom}, 0, size);
         return headerRoom + count.value_or(0);
     });
     return count;

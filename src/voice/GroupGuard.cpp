@@ -9,7 +9,6 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <utility>
 
 namespace ostrelle
 {
@@ -64,8 +63,8 @@ public:
         }
         ::posix_spawn_file_actions_addclosefrom_np(&m_files, STDERR_FILENO + 1);
         ::posix_spawnattr_init(&m_attributes);
+        // Without a number, SETPGROUP makes a new group.
         ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
-        ::posix_spawnattr_setpgroup(&m_attributes, 0);
         // The group may be asked to end before the shell has come to its first line.
         sigset_t askedToEnd;
         ::sigemptyset(&askedToEnd);
@@ -82,16 +81,16 @@ public:
     SpawnSettings(const SpawnSettings &) = delete;
     SpawnSettings &operator=(const SpawnSettings &) = delete;
 
-    // 0 when it cannot be started.
-    pid_t start(const char *program, char *const *arguments) const
+    // Nothing when it cannot be started.
+    std::optional<pid_t> start(const char *program, char *const *arguments) const
     {
         // Whatever search path this program has been given: only the system's own tools.
         std::string path = "PATH=/usr/bin:/bin";
         const std::array<char *, 2> environment{path.data(), nullptr};
-        pid_t pid = 0;
+        pid_t pid{};
         const int error =
             ::posix_spawn(&pid, program, &m_files, &m_attributes, arguments, environment.data());
-        return error == 0 ? pid : 0;
+        return error == 0 ? std::optional(pid) : std::nullopt;
     }
 
 private:
@@ -107,16 +106,10 @@ GroupGuard::GroupGuard(pid_t shell, Descriptor lifeline)
 {
 }
 
-GroupGuard::GroupGuard(GroupGuard &&other) noexcept
-    : m_shell(std::exchange(other.m_shell, 0))
-    , m_lifeline(std::move(other.m_lifeline))
-{
-}
-
 GroupGuard::~GroupGuard()
 {
-    m_lifeline = Descriptor();
-    if (m_shell > 0) {
+    if (m_lifeline) { // else it was moved away
+        m_lifeline = Descriptor();
         utilityPool().start([shell = m_shell] { ::waitpid(shell, nullptr, 0); });
     }
 }
@@ -131,9 +124,8 @@ std::optional<GroupGuard> GroupGuard::start()
     std::string option = "-c";
     std::string text = guardScript;
     const std::array<char *, 4> arguments{name.data(), option.data(), text.data(), nullptr};
-    const pid_t shell = SpawnSettings(lifeline->readEnd.get()).start("/bin/sh", arguments.data());
-    return shell > 0 ? std::optional(GroupGuard(shell, std::move(lifeline->writeEnd)))
-                     : std::nullopt;
+    const auto shell = SpawnSettings(lifeline->readEnd.get()).start("/bin/sh", arguments.data());
+    return shell ? std::optional(GroupGuard(*shell, std::move(lifeline->writeEnd))) : std::nullopt;
 }
 
 } // namespace ostrelle

@@ -21,7 +21,7 @@ public:
 
     pid_t group() const { return m_shell; }
 
-    GroupGuard(GroupGuard &&other) noexcept;
+    GroupGuard(GroupGuard &&other) noexcept = default;
     GroupGuard(const GroupGuard &) = delete;
     GroupGuard &operator=(const GroupGuard &) = delete;
     ~GroupGuard();
@@ -29,7 +29,7 @@ public:
 private:
     GroupGuard(pid_t shell, Descriptor lifeline);
 
-    pid_t m_shell; // 0: moved away
+    pid_t m_shell;
     Descriptor m_lifeline;
 };
 

@@ -113,16 +113,13 @@ std::optional<ProcessOrigin> originOf(pid_t pid)
     const auto fields = QByteArray::fromStdString(line->substr(line->rfind(')') + 2)).split(' ');
     constexpr qsizetype parentField = 4 - 3;
     constexpr qsizetype startField = 22 - 3;
-    if (fields.size() <= startField) {
-        return std::nullopt;
-    }
-    const std::chrono::duration<double> sinceBoot(fields[startField].toDouble() /
+    const std::chrono::duration<double> sinceBoot(fields.value(startField).toDouble() /
                                                   static_cast<double>(::sysconf(_SC_CLK_TCK)));
     timespec uptime{};
     ::clock_gettime(CLOCK_BOOTTIME, &uptime);
     const auto age =
         std::chrono::seconds(uptime.tv_sec) + std::chrono::nanoseconds(uptime.tv_nsec) - sinceBoot;
-    return ProcessOrigin{.parent = fields[parentField].toInt(),
+    return ProcessOrigin{.parent = fields.value(parentField).toInt(),
                          .start = system_clock::now() -
                                   std::chrono::duration_cast<system_clock::duration>(age)};
 }
@@ -145,9 +142,8 @@ system_clock::time_point timeOfWriting(const QString &path)
 std::optional<pid_t> processNamedBy(std::string_view content)
 {
     const QByteArrayView text(content);
-    bool isNumber = false;
-    const int pid = QString::fromUtf8(text).trimmed().toInt(&isNumber);
-    return text.isValidUtf8() && isNumber && pid >= 1 ? std::optional<pid_t>(pid) : std::nullopt;
+    const int pid = QString::fromUtf8(text).trimmed().toInt(); // 0 where it is no number
+    return text.isValidUtf8() && pid >= 1 ? std::optional<pid_t>(pid) : std::nullopt;
 }
 
 void prepareKills()

@@ -156,12 +156,11 @@ void ServiceManager::launch(const ChildCommand &command)
     process->setWorkingDirectory(command.workingDirectory);
     const Descriptor agentLog = openPrivateLog(m_surroundings.logFile);
     // The guard is there before the agent can start anything.
-    auto guard = GroupGuard::start();
-    prepareChild(*process, guard ? guard->group() : 0,
-                 agentLog ? std::optional(agentLog.get()) : std::nullopt);
-    if (guard) {
+    if (auto guard = GroupGuard::start()) {
         m_guards.emplace(process, std::move(*guard));
     }
+    prepareChild(*process, groupOf(*process),
+                 agentLog ? std::optional(agentLog.get()) : std::nullopt);
     process->setStandardInputFile(QProcess::nullDevice());
     process->setProcessChannelMode(QProcess::ForwardedChannels);
     connect(process, &QProcess::started, this, [this, process] { handleStart(*process); });

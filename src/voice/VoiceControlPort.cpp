@@ -23,7 +23,6 @@ VoiceControlPort::VoiceControlPort(qint64 port, std::chrono::milliseconds longes
     , m_controlURL(u"http://127.0.0.1:%1"_s.arg(port))
     , m_client(maxBodyBytes)
 {
-    m_turnTimer.setSingleShot(true);
     m_turnTimer.setInterval(longestTurn);
     connect(&m_turnTimer, &QTimer::timeout, this, &VoiceControlPort::takeTurn);
 }
