@@ -287,7 +287,9 @@ private Q_SLOTS:
         m_gateway->answer(modelsPath, StandInGateway::response(401));
         const auto monitor = makeMonitor();
         QTRY_VERIFY(monitor->tokenRejected());
-        m_gateway->answer(modelsPath, ok);
+        m_gateway->answer(modelsPath, {});
+        monitor->pollHealth();
+        QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
 
         {
             const BackgroundHold toolIsSlower;
@@ -298,11 +300,12 @@ private Q_SLOTS:
             config.save();
         }
         QTRY_VERIFY(!monitor->isResettingToken());
+        m_gateway->answerHanging(StandInGateway::response(401)); // of the old token
+        QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 3);
         QVERIFY(!monitor->tokenRejected() && monitor->tokenResetGateway() == m_gateway->url());
         QCOMPARE(m_home->storedToken(KeychainHelper::activeKey).value(), active);
         QCOMPARE(m_home->storedToken(m_gateway->url()).value(), stored);
         QCOMPARE(printed.text().contains("Token reset: the gateway "), stored != u"new"_s);
-        QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 2);
     }
 
     void opensTheLog()

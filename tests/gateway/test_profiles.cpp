@@ -231,10 +231,14 @@ private Q_SLOTS:
         QTRY_COMPARE(saved.size(), 2);
         QCOMPARE(m_profiles->tokenInput() + m_profiles->profileTokenInput(), u"sincethen"_s);
 
+        // What has been stored elsewhere is seen after a reset, however that ends, and a change.
+        const auto far = m_profiles->saved()->index(1);
         m_home->storeToken(u"elsewhere"_s, remote);
-        m_gateway->resetGatewayToken(); // however that ends, the stored ones are looked at again
-        QTRY_COMPARE(m_profiles->saved()->index(1).data(SavedGatewaysModel::TokenTailRole),
-                     u"here"_s);
+        m_gateway->resetGatewayToken();
+        QTRY_COMPARE(far.data(SavedGatewaysModel::TokenTailRole), u"here"_s);
+        m_home->storeToken(u"since"_s, remote);
+        m_profiles->addGateway({.name = u"New"_s, .url = u"http://new"_s});
+        QTRY_COMPARE(far.data(SavedGatewaysModel::TokenTailRole), u"ince"_s);
     }
 
     void changeOfAFileThatCannotBeReadLosesNothing()

@@ -75,9 +75,11 @@ private Q_SLOTS:
         home.write(u"meanwhile"_s, home.read(u".ostrelle/config.json"_s));
         OstrelleConfig::defaults().save();
         home.addTool(u"curl"_s, "cp ~/meanwhile ~/.ostrelle/config.json");
+        home.writeScript(u"venv/bin/python"_s, {});
+        home.addTool(u"python3"_s, "cp -r ~/venv ~/.ostrelle");
         SetupManager manager(home.settings(), home.surroundings());
         manager.run();
-        QVERIFY(waitFor([&] { return manager.isComplete(); }));
+        QVERIFY(waitFor([&] { return manager.isComplete(); }) && manager.hasVenv());
         paired.voice.enabled = true;
         QCOMPARE(OstrelleConfig::load(), paired);
         home.addTool(u"curl"_s, "echo { > ~/.ostrelle/config.json");
@@ -93,7 +95,8 @@ private Q_SLOTS:
                                 "printf '  0 310M\\r  '; echo half > $3\n"
                                 "echo \"curl: (22) $(seq -s . 200)\" >&2; exit 22");
         home.addRealTool(u"seq"_s);
-        home.addTool(u"python3"_s, "echo '#!/bin/sh' > $3/bin/python; echo no venv; exit 1");
+        home.addTool(u"python3"_s, "cd ~; [ $2 != venv ] || echo '#!/bin/sh' > .ostrelle/$2/bin/"
+                                   "python; echo no venv; exit 1");
         home.write(u".ostrelle/venv/mine"_s, "kept");
         home.writeScript(u".ostrelle/venv/bin/python"_s, "exit 1"); // left half made, long ago
         home.addInstaller("exit 7");
