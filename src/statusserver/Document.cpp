@@ -89,7 +89,8 @@ std::optional<Attempt> readOnce(const std::string &path, std::size_t maxBytes)
             return std::nullopt;
         }
         if (*count <= size) {
-            const bool wasWrittenTo = ::fstat(fd, &after) != 0 || !isSameContent(before, after);
+            static_cast<void>(::fstat(fd, &after)); // where it fails they are not the same
+            const bool wasWrittenTo = !isSameContent(before, after);
             // The version may stay: a file that was written to has another one by now.
             return Attempt{.document = std::move(document), .wasWrittenTo = wasWrittenTo};
         }

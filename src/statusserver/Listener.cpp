@@ -19,11 +19,10 @@ namespace
 // for a second before it tries again.
 constexpr int listenQueueLength = 4096;
 
-std::unexpected<ListenProblem> bindFailure(qint64 port, int error)
+std::unexpected<ListenProblem> failure(const QString &attempt, int error)
 {
     return std::unexpected(ListenProblem{
-        .logLine =
-            u"[StatusServer] Failed to bind to port %1: %2"_s.arg(port).arg(systemText(error)),
+        .logLine = u"[StatusServer] Failed to %1: %2"_s.arg(attempt, systemText(error)),
         .portTaken = error == EADDRINUSE});
 }
 
@@ -54,19 +53,18 @@ std::expected<Listener, ListenProblem> listenOn(qint64 port)
     if (!socket) {
         return std::unexpected(ListenProblem{u"[StatusServer] Failed to create socket"_s});
     }
+    const QString binding = u"bind to port %1"_s.arg(port);
     const int on = 1;
     ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (port < 0 || port > std::numeric_limits<quint16>::max()) {
-        return bindFailure(port, EINVAL);
+        return failure(binding, EINVAL);
     }
     if (const int error = bindTo(socket.get(), static_cast<quint16>(port)); error != 0) {
-        return bindFailure(port, error);
+        return failure(binding, error);
     }
     if (::listen(socket.get(), listenQueueLength) != 0) {
         const int error = errno; // two can be bound to a port, but only one can listen
-        return std::unexpected(
-            ListenProblem{.logLine = u"[StatusServer] Failed to listen: "_s + systemText(error),
-                          .portTaken = error == EADDRINUSE});
+        return failure(u"listen"_s, error);
     }
     const int actualPort = portOf(socket.get());
     return Listener{std::move(socket), actualPort};

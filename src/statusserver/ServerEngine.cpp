@@ -53,13 +53,8 @@ ServerEngine::ServerEngine(const OstrelleConfig &config, std::shared_ptr<const T
 
 void ServerEngine::start()
 {
-    if (!m_state.requestStart()) {
-        return;
-    }
-    if (ensureThread()) {
+    if (ensureThread() && m_state.requestStart()) {
         asio::post(m_loop, [this] { runServer(Try::First); });
-    } else {
-        m_state.enterIdle();
     }
 }
 

@@ -32,7 +32,7 @@ public:
 
     // Starting to idle; true when the port is to be tried again, because it is taken and the server
     // was not stopped meanwhile.
-    bool enterIdle(bool portTaken = false);
+    bool enterIdle(bool portTaken);
 
     // Any state to idle. Connections are refused at once; the listening socket that is left to
     // close is returned, or -1.
