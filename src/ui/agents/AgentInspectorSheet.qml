@@ -51,16 +51,10 @@ FocusScope {
         fallbackEmoji: sheet.node.defaultEmoji
     }
 
-    // Takes the clicks that are meant for nothing below.
     Rectangle {
         anchors.fill: parent
         color: Theme.sheet
         radius: Theme.radius
-
-        MouseArea {
-            anchors.fill: parent
-            hoverEnabled: true
-        }
     }
 
     Label {

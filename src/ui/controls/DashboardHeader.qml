@@ -62,8 +62,7 @@ Item {
 
         Spinner {
             anchors.verticalCenter: parent.verticalCenter
-            opacity: header.isLoading ? 1 : 0
-            visible: opacity > 0
+            visible: header.isLoading
         }
 
         Label {

@@ -35,8 +35,6 @@ Text {
 
             HoverHandler {
                 id: pointer
-
-                enabled: label.truncated
             }
 
             HoverHelp {

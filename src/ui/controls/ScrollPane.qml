@@ -15,7 +15,7 @@ Flickable {
 
     contentWidth: width
     contentHeight: column.implicitHeight
-    clip: contentHeight > height
+    clip: interactive
     boundsBehavior: Flickable.StopAtBounds
     interactive: contentHeight > height
     onMovementStarted: pane.followed = null

@@ -13,7 +13,6 @@ T.Switch {
     verticalPadding: Math.max(0, (Theme.hitArea - implicitContentHeight) / 2)
     rightPadding: control.mirrored ? 0 : indicator.width + Theme.gap
     leftPadding: control.mirrored ? indicator.width + Theme.gap : 0
-    hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     font.pixelSize: Theme.bodySize
     opacity: control.enabled ? 1 : Theme.disabledOpacity

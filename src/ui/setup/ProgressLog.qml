@@ -28,7 +28,6 @@ Card {
         spacing: Theme.lineGap
         boundsBehavior: Flickable.StopAtBounds
         activeFocusOnTab: true
-        keyNavigationEnabled: false
         Accessible.role: Accessible.List
         Accessible.name: "Progress"
         onMovementStarted: log.followsLast = false

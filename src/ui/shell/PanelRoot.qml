@@ -26,7 +26,6 @@ FocusScope {
     // The user wants the panel closed.
     signal closeRequested
 
-    focus: true
     Accessible.role: Accessible.Pane
     Accessible.name: "Ostrelle"
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
