@@ -216,11 +216,13 @@ QVariantMap Fixture::accessible(QObject *item)
     return {{u"hearsChanges"_s, !tellsSecret(change)},
             {u"name"_s, interface->text(QAccessible::Name)},
             {u"value"_s, interface->text(QAccessible::Value)},
-            {u"state"_s, QVariantList{state.focusable == 1, state.focused == 1, state.disabled == 1,
-                                      state.invisible == 1, state.selectableText == 1,
-                                      state.editable == 1, state.passwordEdit == 1}},
+            {u"state"_s,
+             QVariantList{state.focusable == 1, state.focused == 1, state.disabled == 1,
+                          state.invisible == 1, state.selectableText == 1, state.editable == 1,
+                          state.passwordEdit == 1, interface->role() == QAccessible::EditableText}},
             {u"selected"_s, QVariantList{text->selectionCount(), start, end}},
-            {u"hasPlace"_s, interface->rect().contains(text->characterRect(1))},
+            {u"hasPlace"_s,
+             interface->window() != nullptr && interface->rect().contains(text->characterRect(1))},
             {u"text"_s, text->text(0, text->characterCount())},
             {u"isReachable"_s, interface->parent()->indexOfChild(interface) >= 0}};
 }

@@ -22,7 +22,7 @@ TestCase {
     }
 
     // All that is told of a view, in the order of its drawing: what a screen reader says, "(what is only seen)" unless
-    // that was just said, "()" for an empty line, "<a symbol>", their colour, whether it is on, and "!" where it cannot be used.
+    // that was just said, "()" for an empty line, "<a symbol>", their colour, whether it is on, "!" where it cannot be used, and "^" where it is raised.
     function told(view: Item): string {
         let said = "";
         return Items.visibleItems(view).map(each => {
@@ -34,7 +34,8 @@ TestCase {
             said = words || said;
             return words + (said.includes(seen) && (seen || each.elide === undefined) ? "" : "(" + seen + ")") + symbol
                 + (color && color !== Theme.surface ? test.signs[String(color)] ?? String(color) : "")
-                + (each.checkable ? each.checked ? " on" : " off" : "") + (each.clicked && !each.enabled ? "!" : "");
+                + (each.checkable ? each.checked ? " on" : " off" : "") + (each.clicked && !each.enabled ? "!" : "")
+                + (each.raised ? "^" : "");
         }).filter(part => part !== "").join("|");
     }
 }

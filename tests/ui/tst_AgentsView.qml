@@ -34,11 +34,11 @@ ViewTest {
         return Items.visibleItems(view).find(each => each.shownName === name);
     }
 
-    // The colours of what is drawn there, from the left to the right.
-    function across(view: Item, item: Item): string {
+    // The colours of what is drawn there, from the left to the right, at that part of its height.
+    function across(view: Item, item: Item, part: real): var {
         const picture = grabImage(view);
-        const left = item.mapToItem(view, 1, item.height / 2);
-        return Array.from({length: item.width}, (_, i) => picture.pixel(left.x + i, left.y)).join();
+        const left = item.mapToItem(view, 1, part * item.height);
+        return Array.from({length: item.width}, (_, i) => String(picture.pixel(left.x + i, left.y)));
     }
 
     function test_layout_data() {
@@ -77,7 +77,7 @@ ViewTest {
             const picture = grabImage(view);
             [0.3, 0.5, 0.8].forEach(part => {
                 const place = line.mapToItem(view, line.pointAt(part));
-                verify(!Qt.colorEqual(picture.pixel(place.x, place.y), "white"), part);
+                verify(picture.pixel(place.x, place.y).hsvSaturation > 0.02, part);
             });
             [0, 1].forEach(part => fuzzyCompare(line.pointAt(part).x,
                 line.toLeft ? (1 - part) * line.width : part * line.width, 0.001));
@@ -104,7 +104,8 @@ ViewTest {
         const view = loadedView(Object.assign({}, ...names.map(each => ({[each]: {}}))));
         bubble(view, "Main").forceActiveFocus(Qt.TabFocusReason);
         names.forEach(() => keyClick(Qt.Key_Tab));
-        verify(bubble(view, "A39")?.activeFocus && !bubble(view, "Main"));
+        const last = bubble(view, "A39");
+        verify(last.activeFocus && last.mapToItem(view, 0, last.height).y <= view.height && !bubble(view, "Main"));
         names.forEach(() => keyClick(Qt.Key_Backtab));
         verify(bubble(view, "Main")?.activeFocus);
     }
@@ -112,15 +113,16 @@ ViewTest {
     function test_inspector() {
         const view = loadedView({alpha: {status: "busy", activity: "Counting", model: "m-1", progress: 7}});
         const alpha = bubble(view, "Alpha");
-        compare(told(view), "AGENTS:tiffanyBlue|Spinal Map|Live data from status.json~|Refresh|<arrow.clockwise>~|Main, active|<arc>:tiffanyBlue"
+        compare(told(view), "AGENTS:tiffanyBlue|Spinal Map|Live data from status.json~|Refresh^|<arrow.clockwise>~|Main, active|<arc>:tiffanyBlue"
             + "|Alpha, busy · 7%|~|<arc>:pink");
         const disc = Items.visibleItems(alpha).find(each => each.emoji !== undefined);
-        const picture = across(view, disc);
+        const picture = across(view, disc, 0.5).join();
         verify(picture.startsWith(String(disc.rimColor)));
+        verify(new Set(across(view, disc, 0.1)).size > 9); // smooth edges
         alpha.forceActiveFocus(Qt.TabFocusReason);
-        tryVerify(() => across(view, disc) !== picture);
+        tryVerify(() => across(view, disc, 0.5).join() !== picture);
         keyClick(Qt.Key_Return);
-        compare(told(view), "Customize Bubble|Customize Bubble|Close|<xmark>~|Agent Details|(Activity)~|Activity: Counting|(Model)~|Model: m-1"
+        compare(told(view), "Customize Bubble|Customize Bubble|Close^|<xmark>~|Agent Details|(Activity)~|Activity: Counting|(Model)~|Model: m-1"
             + "|(Progress)~|Progress: 7%|(Agent ID)~|Agent ID: alpha|(Display name)~|Display name(Alpha)|(Emoji)~"
             + "|Emoji(" + alpha.node.defaultEmoji + ")|Tip: use a single emoji for the cleanest circle rendering.~|Reset|#ff8f89|Save"
             + "|:textOnAccent");
@@ -128,11 +130,12 @@ ViewTest {
         const field = hint => Items.visibleItems(view).find(each => each.placeholderText === hint);
         compare(field("Display name").text, "Alpha");
         field("Display name").text = "  Counter ";
-        field("Emoji").text = "Z";
+        field("Emoji").text = "WWWWWW";
         mouseClick(Items.withText(view, "Save"));
         tryVerify(() => !view.selectedNode);
         compare(alpha.shownName, "Counter");
-        compare(disc.emoji, "Z");
+        compare(disc.emoji, "WWWWWW");
+        compare(across(view, disc, 0.5).slice(0, 4).join(), picture.slice(0, 31)); // none of it on the rim
 
         mouseClick(alpha);
         mouseClick(Items.withText(view, "Reset"));

@@ -101,7 +101,7 @@ ViewTest {
         const view = makeView([test.near]);
         press(view, "Add Token");
         const field = secretField(view);
-        verify(field.activeFocus);
+        verify(field.activeFocus && told(view).includes("|Run this on the gateway machine to get the token:~|"));
         settle(view);
         const command = "duskrell config get gateway.auth.token";
         mouseClick(Items.visibleItems(view).find(item => item.copiedText === command));

@@ -43,7 +43,7 @@ ViewTest {
 
     function test_unfoldsTheWorkstreams() {
         const view = loadedView([project("a", "green"), Object.assign(project("b", "red"), {workstreams: []})]);
-        compare(told(view), "PROJECTS:teal|Project Board|1/2, healthy projects:green|Refresh|<arrow.clockwise>~|Project a, green, 42%, About a, "
+        compare(told(view), "PROJECTS:teal|Project Board|1/2, healthy projects:green|Refresh^|<arrow.clockwise>~|Project a, green, 42%, About a, "
             + "2 workstreams, collapsed|:green|:teal|~|:green|<chevron.right>~|~|Project b, red, 42%, About b, 0 workstreams|:red|:teal|~|:red"
             + "|~");
         mouseClick(Items.withText(view, "Project a"));
@@ -64,7 +64,7 @@ ViewTest {
         const refresh = Items.withText(view, "Refresh");
         refresh.forceActiveFocus(Qt.TabFocusReason);
         for (const [key, times, index] of [
-            [Qt.Key_Tab, 3, 2], [Qt.Key_Return, 1, 2], [Qt.Key_Down, 2, 4], [Qt.Key_Up, 1, 3],
+            [Qt.Key_Tab, 3, 2], [Qt.Key_Return, 1, 2], [Qt.Key_Down, 6, 8], [Qt.Key_Up, 1, 7],
             [Qt.Key_End, 1, 39], [Qt.Key_Down, 1, 39], [Qt.Key_PageUp, 10, 0], [Qt.Key_PageDown, 10, 39],
             [Qt.Key_Backtab, 37, 2]]) {
             Array.from({length: times}).forEach(() => keyClick(key));

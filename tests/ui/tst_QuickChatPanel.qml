@@ -102,6 +102,7 @@ ViewTest {
         compare(told, [false, 20000, true]);
         tryVerify(() => !tells());
         verify(Items.texts(panel).includes("x".repeat(10000) + "…"));
+        compare(Theme.shortened("x".repeat(10000)).length, 10000);
         Items.withText(panel, "Copy").clicked();
         compare(fixture.clipboard(), "x".repeat(20000));
     }

@@ -41,7 +41,7 @@ ViewTest {
         const told = fixture.accessible(field);
         compare(told.name, "Paste gateway token");
         verify(told.isReachable && told.hasPlace && !told.hearsChanges);
-        compare(told.state, [true, true, false, false, true, true, true]);
+        compare(told.state, [true, true, false, false, true, true, true, true]);
         compare(told.selected, [1, 1, 3]);
         compare([told.value, told.text], [field.displayText, field.displayText]);
         verify(!field.displayText.includes("s"));
@@ -49,8 +49,22 @@ ViewTest {
         field.clear();
         verify(Items.withText(field, "Paste gateway token"));
         field.enabled = field.visible = false;
-        compare(fixture.accessible(field).state, [true, false, true, true, true, true, true]);
+        compare(fixture.accessible(field).state, [true, false, true, true, true, true, true, true]);
         compare(fixture.accessible(field).selected, [0, 0, 0]);
+        const within = createTemporaryObject(twoButtons, test).children[1];
+        verify(fixture.accessible(createTemporaryObject(secretField, within)).isReachable);
+    }
+
+    function test_buttonsLookAsTheirKind() {
+        const button = createTemporaryObject(twoButtons, test).children[0];
+        const kinds = [PushButton.Bordered, PushButton.Prominent, PushButton.Destructive, PushButton.Plain];
+        compare(kinds.map(kind => {
+            button.kind = kind;
+            const surface = button.background;
+            return [button.color, surface.rest, surface.border.color, surface.border.width, button.leftPadding].join();
+        }), ["#ebffffff,#0dffffff,#14ffffff,1,12", "#06201f,#0ad9d1,#14ffffff,0,12", "#ff8f89,#24ff453a,#4dff453a,1,12",
+             "#ebffffff,#00000000,#14ffffff,0,4"]);
+        compare(TextColors.legible("blue", "white", 0), Qt.color("white")); // where none can be read
     }
 
     // Hidden while it is disabled, a button would get the focus back when it is enabled.

@@ -124,6 +124,7 @@ ViewTest {
         tryVerify(() => top() === middle);
         Array.from({length: 9}).forEach(() => keyClick(Qt.Key_PageUp));
         const pane = Items.visibleItems(root).find(each => each.contentY !== undefined);
+        verify(pane.turnPage(Qt.Key_Home) && !pane.turnPage(Qt.Key_Down));
         root.height += pane.contentHeight - pane.height - middle / 2; // so far could be gone back
         compare(top(), 0);
     }
