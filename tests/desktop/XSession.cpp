@@ -64,7 +64,7 @@ XSession::XSession()
 
 XSession::~XSession()
 {
-    endTrayHost();
+    endProcess(m_trayHost);
     endProcess(m_windowManager);
     endProcess(m_server);
     qunsetenv("DISPLAY");
@@ -72,18 +72,9 @@ XSession::~XSession()
 
 void XSession::startTrayHost()
 {
-    m_trayHost = std::make_unique<QProcess>();
-    m_trayHost->start(u"trayer"_s, {u"--edge"_s, u"top"_s, u"--align"_s, u"right"_s, u"--height"_s,
-                                    u"24"_s, u"--width"_s, u"10"_s});
-    m_trayHost->waitForStarted();
-}
-
-void XSession::endTrayHost()
-{
-    if (m_trayHost) {
-        endProcess(*m_trayHost);
-        m_trayHost.reset();
-    }
+    m_trayHost.start(u"trayer"_s, {u"--edge"_s, u"top"_s, u"--align"_s, u"right"_s, u"--height"_s,
+                                   u"24"_s, u"--width"_s, u"10"_s});
+    m_trayHost.waitForStarted();
 }
 
 std::optional<QRect> XSession::icon()

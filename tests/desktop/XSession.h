@@ -4,7 +4,6 @@
 #include <QRect>
 #include <QStringList>
 
-#include <memory>
 #include <optional>
 
 // An X server of the test's own with a window manager, and DISPLAY set to it, for as long as the
@@ -18,7 +17,6 @@ public:
     XSession &operator=(const XSession &) = delete;
 
     void startTrayHost();
-    void endTrayHost();
 
     // Where the program's icon stands in the tray; nothing while it is not there.
     static std::optional<QRect> icon();
@@ -36,5 +34,5 @@ public:
 private:
     QProcess m_server;
     QProcess m_windowManager;
-    std::unique_ptr<QProcess> m_trayHost;
+    QProcess m_trayHost;
 };

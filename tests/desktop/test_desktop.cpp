@@ -55,21 +55,6 @@ private Q_SLOTS:
         QCOMPARE(program.endWith(SIGTERM), 0);
     }
 
-    void trayHostsComeAndGo()
-    {
-        const DesktopHome home;
-        XSession session;
-        Program program;
-        QTRY_VERIFY_WITH_TIMEOUT(XSession::panel(), patienceMilliseconds); // as a window
-        session.startTrayHost();
-        QVERIFY(XSession::waitForIcon());
-        session.endTrayHost();
-        QTRY_VERIFY_WITH_TIMEOUT(!XSession::icon(), patienceMilliseconds);
-        session.startTrayHost();
-        QVERIFY(XSession::waitForIcon());
-        QCOMPARE(program.endWith(SIGTERM), 0);
-    }
-
     void anotherProgramShowsThePanel_data()
     {
         const Rows<QString, QStringList> row("name", "arguments");
