@@ -53,7 +53,7 @@ private:
         return 0.299 * m_color.redF() + 0.587 * m_color.greenF() + 0.114 * m_color.blueF();
     }
 
-    QColor channels(double factor, double addend = 0, double opacity = 1) const
+    QColor channels(double factor, double addend, double opacity = 1) const
     {
         const auto channel = [&](double value) {
             return static_cast<float>(std::min(1.0, value * factor + addend));
@@ -166,7 +166,7 @@ QImage renderPearl(const QColor &color, QSizeF size, qreal devicePixelRatio)
     const QSize pixels = (size * devicePixelRatio).toSize();
     QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
     if (image.isNull()) {
-        return image;
+        return {};
     }
     image.setDevicePixelRatio(devicePixelRatio);
     image.fill(Qt::transparent);
