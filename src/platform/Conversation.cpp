@@ -26,16 +26,11 @@ Conversation::Conversation(QLocalSocket *peer)
     : QObject(peer)
     , m_peer(peer)
 {
-    m_peer->setReadBufferSize(maxLineBytes);
-    m_deadline.setSingleShot(true);
+    m_peer->setReadBufferSize(maxLineBytes); // the end of an endless line never comes
     connect(&m_deadline, &QTimer::timeout, m_peer, &QLocalSocket::abort);
     connect(m_peer, &QLocalSocket::disconnected, m_peer, &QObject::deleteLater);
     connect(m_peer, &QLocalSocket::readyRead, this, &Conversation::take);
-    connect(m_peer, &QLocalSocket::bytesWritten, this, [this] {
-        if (m_deadline.isActive()) {
-            m_deadline.start();
-        }
-    });
+    connect(m_peer, &QLocalSocket::bytesWritten, this, [this] { m_deadline.start(); });
     m_deadline.start(patienceForLine);
     QMetaObject::invokeMethod(this, &Conversation::take, Qt::QueuedConnection);
 }
@@ -52,8 +47,6 @@ void Conversation::take()
         m_line = m_peer->readLine().trimmed();
         m_deadline.start(patienceForAnswer);
         Q_EMIT heard();
-    } else if (!m_hasHeard && m_peer->bytesAvailable() >= maxLineBytes) {
-        m_peer->abort(); // an endless line
     }
 }
 

@@ -72,8 +72,8 @@ bool SingleInstance::becomeFirst()
     const QByteArray path = QFile::encodeName(socket);
     if (lock && ::ftruncate(lock.get(), 0) == 0) {
         // Where there is no room, later starts of the same session still know the socket.
-        static_cast<void>(
-            ::pwrite(lock.get(), path.constData(), static_cast<std::size_t>(path.size()), 0) < 0);
+        [[maybe_unused]] const ssize_t written =
+            ::pwrite(lock.get(), path.constData(), static_cast<std::size_t>(path.size()), 0);
     }
     m_lock = std::move(lock);
     return true;

@@ -33,6 +33,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, message);
         QFETCH(QString, session);
         const ScratchHome home;
+        QVERIFY(QFile(instanceSocket()).open(QFile::WriteOnly)); // of one that was killed
         SingleInstance first;
         QCOMPARE(first.claim({}), SingleInstance::Role::First);
         ::mkdir(qPrintable(home.path(session)), 0700);
@@ -78,11 +79,19 @@ private Q_SLOTS:
             QVERIFY(each.waitForConnected());
             QTest::qWait(0);
         }
+        crowd.back().write(QByteArray(70'000, 'x') + '\n'); // is too long to be a start
         auto second = std::async(std::launch::async, [] { return SingleInstance().claim({}); });
         QSignalSpy started(&first, &SingleInstance::started);
         QTRY_COMPARE_WITH_TIMEOUT(started.size(), 1, 1500);
         QCOMPARE(second.get(), SingleInstance::Role::HandedOver);
-        QCOMPARE(std::ranges::count(crowd, QLocalSocket::ConnectedState, &QLocalSocket::state), 31);
+        const auto connected = [&] {
+            return std::ranges::count(crowd, QLocalSocket::ConnectedState, &QLocalSocket::state);
+        };
+        QCOMPARE(connected(), 31);
+        QTRY_COMPARE(connected(), 0);
+        QCOMPARE(started.size(), 1);
+        first.release();
+        QVERIFY(!QFile::exists(instanceSocket()));
     }
 };
 
