@@ -198,13 +198,13 @@ void signalGroup(const QProcess &process, pid_t group, int signal)
 // False when it still runs after that time.
 bool endsWhenAsked(QProcess &process, std::chrono::milliseconds within)
 {
-    askGroupToEnd(process, 0);
+    askGroupToEnd(process);
     return process.waitForFinished(static_cast<int>(within.count()));
 }
 
 void killAndReap(QProcess &process)
 {
-    killWithGroup(process, 0);
+    killWithGroup(process);
     process.waitForFinished(-1);
 }
 

@@ -85,10 +85,10 @@ void prepareChild(QProcess &process, pid_t group, std::optional<int> outputDescr
 
 // Asks a process that was set up with prepareChild(), and the group that it was given there, to
 // end.
-void askGroupToEnd(const QProcess &process, pid_t group);
+void askGroupToEnd(const QProcess &process, pid_t group = 0);
 
 // Kills a process that was set up with prepareChild(), and what is left of its group. Does not wait
 // for the end.
-void killWithGroup(const QProcess &process, pid_t group);
+void killWithGroup(const QProcess &process, pid_t group = 0);
 
 } // namespace ostrelle
