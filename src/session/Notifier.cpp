@@ -22,15 +22,12 @@ void showDesktopNotification(const QString &title, const QString &body)
         body.toHtmlEscaped().toUtf8().constData(), &actions, &hints, serverDecidesTimeout);
 
     BoundedCalls calls;
-    const auto result = calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+    calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
         g_dbus_connection_call(bus->get(), "org.freedesktop.Notifications",
                                "/org/freedesktop/Notifications", "org.freedesktop.Notifications",
                                "Notify", parameters, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE,
                                -1, calls.cancellable(), callback, data);
     });
-    if (GVariant *reply = g_dbus_connection_call_finish(bus->get(), result.get(), nullptr)) {
-        g_variant_unref(reply);
-    }
 }
 
 } // namespace ostrelle

@@ -124,10 +124,9 @@ public:
         if (secret_item_get_locked(item)) {
             return;
         }
-        const auto result = m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
+        m_calls.finish([&](GAsyncReadyCallback callback, gpointer data) {
             secret_item_delete(item, m_calls.cancellable(), callback, data);
         });
-        secret_item_delete_finish(item, result.get(), nullptr);
     }
 
     std::expected<GObjectPtr<SecretCollection>, SecretProblem> defaultCollection()
