@@ -30,10 +30,8 @@ void AppDelegate::applicationDidFinishLaunching(Face *face)
     }
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &AppDelegate::cleanup);
-    connect(&m_signals, &TerminationSignals::terminationRequested, this, [this] {
-        cleanup();
-        QCoreApplication::exit(0);
-    });
+    connect(&m_signals, &TerminationSignals::terminationRequested, this,
+            [] { QCoreApplication::exit(0); });
 }
 
 void AppDelegate::toggleMute() const
