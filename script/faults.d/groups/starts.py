@@ -249,7 +249,8 @@ def unread_log():
 
 @row(seconds=30)
 def nobody_reads_any_more():
-    """The reader of what the program prints has gone, and its standard streams are closed.
+    """The reader of what the program prints has gone; then its standard streams are closed, and it ignores HUP, as under nohup,
+    when that comes.
 
     It goes on, and ends with TERM.
     """
@@ -261,8 +262,11 @@ def nobody_reads_any_more():
     require(wait_for(lambda: get("/health")[0] == 200), "It does not serve")
     send_link(home, link_to(NEW_GATEWAY))
     program.end()
-    closed = spawn(["/bin/sh", "-c", f"exec {BUILD}/ostrelle <&- >&- 2>&-"], home)
+    closed = spawn(["/bin/sh", "-c", f"trap '' HUP; exec {BUILD}/ostrelle <&- >&- 2>&-"], home)
     require(wait_for(lambda: get("/health")[0] == 200), "It does not serve with closed streams")
+    closed.send_signal(signal.SIGHUP)
+    time.sleep(1)  # in which it would end
+    must_serve("after the end of its terminal")
     closed.terminate()
     require(closed.wait(5) == 0, "It does not end with status 0")
     return "It served in both cases, and ended with status 0."

@@ -6,7 +6,7 @@ import random
 import re
 import time
 
-from injection import Save
+from injection import FINISHED_LATER, Save
 from row import FallsShort, require, row
 from world import (DOCUMENTS, NEW_GATEWAY, PREFERENCES, Home, Program, install_agent, install_sessions, is_alive, link_to,
                    numbers, send_link, wait_for)
@@ -158,7 +158,21 @@ def config_failing():
     The program goes on; nothing is left beside the file, or only until the next start, which ends the write from it;
     the configuration is the old or the new one.
     """
-    return CONFIG.fail_everywhere()
+    return CONFIG.fail_everywhere(FINISHED_LATER)
+
+
+@row(seconds=60)
+def disk_that_reserves_nothing():
+    """No room can be reserved (EOPNOTSUPP), as on some network file systems, when config.json grows.
+
+    The new configuration is saved, and nothing is left beside it.
+    """
+    home = CONFIG.new_home()
+    program, log = CONFIG.trace(home, [], "-e", "trace=fallocate", "-e", "inject=fallocate:error=EOPNOTSUPP")
+    CONFIG.wait_until_saved(program, home)
+    require(str(home.file(CONFIG.name)) in log.read_text(), "No room was asked for")
+    CONFIG.must_leave_nothing(home, "after the save")
+    return "Saved without it."
 
 
 @row(seconds=240)
