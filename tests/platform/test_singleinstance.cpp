@@ -84,11 +84,9 @@ private Q_SLOTS:
         QSignalSpy started(&first, &SingleInstance::started);
         QTRY_COMPARE_WITH_TIMEOUT(started.size(), 1, 1500);
         QCOMPARE(second.get(), SingleInstance::Role::HandedOver);
-        const auto connected = [&] {
-            return std::ranges::count(crowd, QLocalSocket::ConnectedState, &QLocalSocket::state);
-        };
-        QCOMPARE(connected(), 31);
-        QTRY_COMPARE(connected(), 0);
+        QCOMPARE(std::ranges::count(crowd, QLocalSocket::ConnectedState, &QLocalSocket::state), 31);
+        QTRY_COMPARE(std::ranges::count(crowd, QLocalSocket::ConnectedState, &QLocalSocket::state),
+                     0);
         QCOMPARE(started.size(), 1);
         first.release();
         QVERIFY(!QFile::exists(instanceSocket()));
