@@ -26,6 +26,9 @@ private Q_SLOTS:
         const ScratchHome home;
         PrivateSession session;
         QProcess &daemon = session.startNotificationDaemon();
+        const QString bus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS").section(u'=', 1);
+        QVERIFY(QFile::link(bus.section(u',', 0, 0), home.path(u".run/bus"_s)));
+        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
         NotificationManager::send(u"OSTRELLE"_s, u"5 < 6 & \"quoted\""_s);
         QByteArray shown;
         QTRY_VERIFY_WITH_TIMEOUT((shown += daemon.readAll()).contains("\n}"), patienceMilliseconds);

@@ -24,7 +24,7 @@ ChildCommand shell(const QString &script)
     return {.program = u"/bin/sh"_s, .arguments = {u"-c"_s, script}};
 }
 
-constexpr rlim_t startedWithDescriptors = 256;
+constexpr rlim_t startedWith = 512; // descriptors, and bytes of a core
 
 } // namespace
 
@@ -35,10 +35,12 @@ class TestChildProcess : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        rlimit limit{};
-        ::getrlimit(RLIMIT_NOFILE, &limit);
-        limit.rlim_cur = startedWithDescriptors;
-        ::setrlimit(RLIMIT_NOFILE, &limit);
+        for (const auto resource : {RLIMIT_NOFILE, RLIMIT_CORE}) {
+            rlimit limit{};
+            ::getrlimit(resource, &limit);
+            limit.rlim_cur = startedWith;
+            ::setrlimit(resource, &limit);
+        }
         ::umask(027);
         prepareProcess();
     }
@@ -60,7 +62,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, script);
         QFETCH(Capture, capture);
-        const auto result = runChild(shell(script), {.capture = capture});
+        const auto result = runChild(shell(script), {.capture = capture, .maxOutputBytes = 300000});
         QVERIFY(result);
         QVERIFY(result->exitedNormally);
         QTEST(result->output, "output");
@@ -128,7 +130,7 @@ private Q_SLOTS:
                                          " echo inherited"_s.arg(ours.get())));
         QVERIFY(rest);
         QCOMPARE(rest->output.simplified(),
-                 QByteArray::number(qulonglong{startedWithDescriptors}) + " 0 0027");
+                 QByteArray::number(qulonglong{startedWith}) + " 1 0027");
     }
 
     void killsWhatHoldsTheOutput_data()

@@ -40,17 +40,21 @@ private Q_SLOTS:
     {
         const ScratchHome home;
         const QByteArray before(5000, 'o');
-        home.write(u"file"_s, before);
         QVERIFY(QDir(home.path()).mkdir(u"folder"_s));
         const FileSizeLimit limit(8000);
-        const auto written = writeInPlace(home.path(u"file"_s), QByteArray(20000, 'n'));
-        QVERIFY(!written);
-        QCOMPARE(written.error().kind, FileProblem::Kind::Failed);
-        QCOMPARE(home.read(u"file"_s), before);
+        const QStringList files{u"file"_s,
+                                QString(250, u'l')}; // the longer one with none beside it
+        for (const QString &file : files) {
+            const auto written = writeInPlace(home.write(file, before), QByteArray(20000, 'n'));
+            QVERIFY(!written && written.error().kind == FileProblem::Kind::Failed);
+            QCOMPARE(home.read(file), before);
+        }
+        QVERIFY(writeInPlace(home.path(files.last()), "new"_ba));
         QVERIFY(!writeInPlace(home.path(u"new"_s), QByteArray(20000, 'n')));
         QVERIFY(!writeInPlace(home.path(u"folder"_s), "new"_ba));
         QVERIFY(!replaceFile(home.path(u"folder"_s), "new"_ba));
-        QCOMPARE(QDir(home.path()).entryList(QDir::Files), QStringList(u"file"_s));
+        QVERIFY(!createAnew(home.path(u"folder"_s), "new"_ba, ownerOnly));
+        QCOMPARE(QDir(home.path()).entryList(QDir::Files), files);
     }
 
     void closesItsFolderToOthers()
@@ -70,7 +74,8 @@ private Q_SLOTS:
     {
         const Rows<int, QByteArray> row("editedAfter", "content"); // in seconds
         row("torn", 0, "new");
-        row("edited since then", 3600, "torn");
+        row("torn at the last moment", 60, "new");
+        row("edited since then", 61, "torn");
         row("gone", -1, "new");
     }
 
@@ -79,11 +84,10 @@ private Q_SLOTS:
         QFETCH(int, editedAfter);
         const ScratchHome home;
         const PrintedLines printed;
-        home.write(u"link.unfinished"_s, "new");
+        const QFileInfo draft(home.write(u"link.unfinished"_s, "new"));
         QFile edited(home.write(u"target"_s, "torn"));
         QVERIFY(edited.open(QFile::ReadWrite));
-        edited.setFileTime(QDateTime::currentDateTime().addSecs(editedAfter),
-                           QFile::FileModificationTime);
+        edited.setFileTime(draft.lastModified().addSecs(editedAfter), QFile::FileModificationTime);
         QFile::link(edited.fileName(), home.path(u"link"_s));
         QVERIFY(editedAfter >= 0 || edited.remove());
         finishWriting(home.path(u"link"_s));
@@ -150,6 +154,8 @@ private Q_SLOTS:
         QCOMPARE(home.read(u"entry"_s), entryOf(namedThen));
         QVERIFY(item.enable());
         QCOMPARE(home.read(u"entry"_s), entryOf(u"a \"$`\\% b/ostrelle"_s));
+        QVERIFY(item.disable() && !home.exists(u"entry"_s) && item.disable());
+        QVERIFY(!LoginItem(home.path(u"build"_s), {}).disable()); // a folder
     }
 
     void refusesWhatIsNoFile_data()

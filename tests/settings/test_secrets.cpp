@@ -118,6 +118,7 @@ private Q_SLOTS:
 
     void followsTheServiceAsItComesAndGoes()
     {
+        QCOMPARE(outcome(m_service.read(account)), toString(SecretProblem::Unreachable));
         QVERIFY(m_preferred.write(account, "without a service"));
         QCOMPARE(m_preferred.whereKept(), m_home.path(keptIn));
 
@@ -185,6 +186,8 @@ private Q_SLOTS:
             const Tokens::Saved saved = settings.tokens->saveForUser(gateway, token).result();
             return saved ? u"saved"_s : toString(saved.error());
         };
+        ask(keyrings, u"Service.Lock"_s, {u"['"_s + login + u"']"_s}); // with nothing in it
+        expectPassword("test password", nullptr);
         QCOMPARE(save(u"one"_s), u"saved"_s);
         const Settings reader = m_home.settings();
         QCOMPARE(reader.tokens->getToken(gateway), u"one"_s);
