@@ -1,6 +1,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/ProcessSetup.h"
 #include "support/FileSizeLimit.h"
+#include "support/PrintedLines.h"
 #include "support/Processes.h"
 #include "support/Rows.h"
 #include "support/ScratchHome.h"
@@ -77,7 +78,10 @@ private Q_SLOTS:
             QVERIFY(file.isEmpty() || ::chmod(qPrintable(home.path(file)), 0777) == 0);
         }
         const GatewayTool tool({home.path(u"missing"_s), home.path(u"place/duskrell"_s)});
+        const PrintedLines printed; // once of each
         QCOMPARE(tool.findDuskrell(), home.path(found));
+        QCOMPARE(tool.findDuskrell(), home.path(found));
+        QCOMPARE(printed.text().count("Passed over, because "), open.isEmpty() ? 0 : 2);
         qputenv("PATH", path);
 
         // Where no search path leads, and run by what stands beside it.
