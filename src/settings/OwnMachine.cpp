@@ -4,8 +4,6 @@
 #include <QNetworkInterface>
 #include <QUrl>
 
-#include <algorithm>
-
 namespace ostrelle
 {
 
@@ -14,14 +12,10 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-bool isOwnAddress(QHostAddress address)
+// Whichever interface it was reached through, which is no part of the comparison.
+bool isOwnAddress(const QHostAddress &address)
 {
-    address.setScopeId({}); // which interface it was reached through
-    const auto own = QNetworkInterface::allAddresses();
-    return address.isLoopback() || std::ranges::any_of(own, [&](QHostAddress mine) {
-               mine.setScopeId({});
-               return mine == address;
-           });
+    return address.isLoopback() || QNetworkInterface::allAddresses().contains(address);
 }
 
 } // namespace
