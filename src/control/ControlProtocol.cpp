@@ -35,39 +35,17 @@ QString nameOf(Kind kind)
     Q_UNREACHABLE();
 }
 
-Kind kindCalled(const QString &called)
-{
-    for (const auto &[kind, name] : kinds) {
-        if (name == called) {
-            return kind;
-        }
-    }
-    return Kind::Failed;
-}
-
 QByteArray compact(const QJsonObject &object)
 {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
 // Which of the two has to be brought up to date.
-ControlProblem otherProtocol(bool programIsOlder, const QString &version)
+QString otherProtocol(bool programIsOlder, const QString &version)
 {
     const QString program = u"the running Ostrelle "_s + version;
-    return {.kind = Kind::Protocol,
-            .text = programIsOlder
-                        ? program + u" is older than this ostrellectl; restart Ostrelle"_s
-                        : program + u" is newer than this ostrellectl; update ostrellectl"_s};
-}
-
-ControlAnswer noAnswer(const ControlProblem &problem)
-{
-    return {.content = std::unexpected(problem)};
-}
-
-ControlAnswer notUnderstood()
-{
-    return noAnswer({Kind::Request, u"the answer cannot be understood"_s});
+    return programIsOlder ? program + u" is older than this ostrellectl; restart Ostrelle"_s
+                          : program + u" is newer than this ostrellectl; update ostrellectl"_s;
 }
 
 } // namespace
@@ -103,8 +81,8 @@ std::expected<ControlRequest, ControlProblem> readRequest(const QByteArray &line
         return std::unexpected(ControlProblem{Kind::Request, u"this is no request"_s});
     }
     if (protocol.toDouble() != controlProtocol) {
-        return std::unexpected(
-            otherProtocol(protocol.toDouble() > controlProtocol, programVersion));
+        return std::unexpected(ControlProblem{
+            Kind::Protocol, otherProtocol(protocol.toDouble() > controlProtocol, programVersion)});
     }
     if (!command.isString()) {
         return std::unexpected(ControlProblem{Kind::Request, u"the request has no command"_s});
@@ -112,32 +90,26 @@ std::expected<ControlRequest, ControlProblem> readRequest(const QByteArray &line
     return ControlRequest{.command = command.toString(), .arguments = object};
 }
 
-ControlAnswer readAnswer(const QByteArray &line)
+std::expected<QJsonObject, QString> readAnswer(const QByteArray &line)
 {
     if (line.trimmed() == answerToAStart) {
-        return noAnswer(otherProtocol(true, {}));
+        return std::unexpected(otherProtocol(true, {}));
     }
-    const QJsonObject object = QJsonDocument::fromJson(line).object();
-    const QJsonValue protocol = object.value("protocol"_L1);
-    const QString version = object.value("version"_L1).toString();
-    if (!protocol.isDouble()) {
-        return notUnderstood();
+    const QJsonObject answer = QJsonDocument::fromJson(line).object();
+    const QJsonValue protocol = answer.value("protocol"_L1);
+    if (protocol.isDouble() && protocol.toDouble() != controlProtocol) {
+        return std::unexpected(otherProtocol(protocol.toDouble() < controlProtocol,
+                                             answer.value("version"_L1).toString()));
     }
-    if (protocol.toDouble() != controlProtocol) {
-        return noAnswer(otherProtocol(protocol.toDouble() < controlProtocol, version));
-    }
-    ControlAnswer answer{.version = version, .isRunning = object.value("running"_L1).toBool(true)};
-    if (const QJsonValue problem = object.value("problem"_L1); problem.isObject()) {
+    if (const QJsonValue problem = answer.value("problem"_L1); problem.isObject()) {
         const QString why = problem["text"_L1].toString();
-        answer.content = std::unexpected(
-            ControlProblem{kindCalled(problem["kind"_L1].toString()),
-                           why.isEmpty() ? u"the answer does not say why not"_s : why});
-    } else if (const QJsonValue data = object.value("data"_L1); data.isObject()) {
-        answer.content = data.toObject();
-    } else {
-        return notUnderstood();
+        return std::unexpected(why.isEmpty() ? u"the answer does not say why not"_s : why);
     }
-    return answer;
+    const QJsonValue data = answer.value("data"_L1);
+    if (!protocol.isDouble() || !data.isObject()) {
+        return std::unexpected(u"the answer cannot be understood"_s);
+    }
+    return data.toObject();
 }
 
 } // namespace ostrelle

@@ -57,7 +57,8 @@ struct ControlAnswer {
 std::expected<ControlRequest, ControlProblem> readRequest(const QByteArray &line,
                                                           const QString &programVersion);
 
-// Whatever is no answer of this protocol is a problem in the answer.
-ControlAnswer readAnswer(const QByteArray &line);
+// The data of an answer, or why there is none, for people: also where it is no answer of this
+// protocol.
+std::expected<QJsonObject, QString> readAnswer(const QByteArray &line);
 
 } // namespace ostrelle

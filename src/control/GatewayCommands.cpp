@@ -86,7 +86,7 @@ QJsonObject toJson(const TailscalePeer &peer)
     return {{"name"_L1, profile.name},
             {"url"_L1, profile.url},
             {"ip"_L1, peer.ip},
-            {"answers"_L1, peer.gatewayOnline.value_or(false)}};
+            {"answers"_L1, peer.gatewayOnline == true}};
 }
 
 } // namespace

@@ -28,14 +28,6 @@ void setMuted(const ControlContext &context, Question *question, bool (*wish)(bo
     tellVoice(voice, question);
 }
 
-// As the switch in the settings does, which uncovers the buttons.
-void switchOn(ServiceManager &services)
-{
-    if (!services.voiceEnabled()) {
-        services.setVoiceEnabled(true);
-    }
-}
-
 void answerWhenUp(VoiceViewModel *voice, Question *question)
 {
     const auto look = [voice, question] {
@@ -72,9 +64,10 @@ void toggleMute(const ControlContext &context, Question *question)
     setMuted(context, question, [](bool isMuted) { return !isMuted; });
 }
 
+// As the switch in the settings does first, which uncovers the buttons.
 void startVoice(const ControlContext &context, Question *question)
 {
-    switchOn(*context.models.serviceManager);
+    context.models.serviceManager->setVoiceEnabled(true);
     context.models.voiceVM->start();
     answerWhenUp(context.models.voiceVM, question);
 }
@@ -87,7 +80,7 @@ void stopVoice(const ControlContext &context, Question *question)
 
 void restartVoice(const ControlContext &context, Question *question)
 {
-    switchOn(*context.models.serviceManager);
+    context.models.serviceManager->setVoiceEnabled(true);
     VoiceViewModel *const voice = context.models.voiceVM;
     voice->restart();
     QObject::connect(

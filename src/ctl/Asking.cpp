@@ -27,20 +27,13 @@ QString describe(Unreachable why)
     Q_UNREACHABLE();
 }
 
-ControlAnswer cannotTell(const QString &why)
-{
-    return {.isRunning = false,
-            .content =
-                std::unexpected(ControlProblem{.kind = ControlProblem::Kind::Failed, .text = why})};
-}
-
 void keepAnswer(void *kept, const char *answer)
 {
     *static_cast<QByteArray *>(kept) = answer;
 }
 
 // All that the program can do comes with that library.
-ControlAnswer askFiles(const ControlRequest &request)
+std::expected<QJsonObject, QString> askFiles(const ControlRequest &request)
 {
     using Take = void (*)(void *taker, const char *answer);
     using AnswerAlone = void (*)(const char *line, Take take, void *taker);
@@ -49,7 +42,7 @@ ControlAnswer askFiles(const ControlRequest &request)
                                   ? reinterpret_cast<AnswerAlone>(::dlsym(library, "answerAlone"))
                                   : nullptr;
     if (answerAlone == nullptr) {
-        return cannotTell(QString::fromLocal8Bit(::dlerror()));
+        return std::unexpected(QString::fromLocal8Bit(::dlerror()));
     }
     QByteArray line;
     answerAlone(request.toLine().constData(), &keepAnswer, &line);
@@ -62,14 +55,14 @@ Asked ask(const ControlRequest &request, Otherwise otherwise)
 {
     const QByteArray line = request.toLine();
     if (line.size() >= maxRequestBytes) {
-        return {.answer = cannotTell(u"that is too long"_s)};
+        return {.answer = std::unexpected(u"that is too long"_s)};
     }
     const auto heard = sayToProgram(line, longestWait);
     if (heard) {
         return {.answer = readAnswer(*heard)};
     }
     const QString why = describe(heard.error());
-    return {.answer = otherwise == Otherwise::FilesTell ? askFiles(request) : cannotTell(why),
+    return {.answer = otherwise == Otherwise::FilesTell ? askFiles(request) : std::unexpected(why),
             .notRunning = why};
 }
 

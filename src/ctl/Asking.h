@@ -13,10 +13,10 @@ enum ExitStatus {
     NotRunning = 3,
 };
 
-// What became of a request: the answer, and, where the running program has not given it, why.
+// What became of a request, and, where the running program has not given it, why.
 struct Asked {
-    ControlAnswer answer = {};
-    QString notRunning = {}; // for people; empty: it runs
+    std::expected<QJsonObject, QString> answer = {}; // the data, or why there is none
+    QString notRunning = {};                         // for people; empty: it runs
 };
 
 enum class Otherwise { Nothing, FilesTell };

@@ -42,7 +42,7 @@ int diagnose(const ReportFile &file)
     if (const auto failed = complaint(asked)) {
         return *failed;
     }
-    const QString text = printableLines(asked.answer.content->value("text"_L1).toString());
+    const QString text = printableLines(asked.answer->value("text"_L1).toString());
     print(text, Terminal::ofOutput());
     const int status = statusOf(asked);
     if (file.path == "-"_L1 ||

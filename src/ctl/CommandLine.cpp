@@ -355,7 +355,7 @@ int CommandLine::complainOf(const QString &usage)
 // Everybody on this machine can read a command line, and the reply may take minutes.
 void CommandLine::hideQuestion(std::span<char *> arguments) const
 {
-    for (char *const argument : arguments.subspan(1)) {
+    for (char *const argument : arguments) {
         if (std::ranges::find(m_words, argument) != m_words.end()) {
             ::explicit_bzero(argument, std::strlen(argument));
         }
@@ -370,7 +370,7 @@ int CommandLine::run(int argc, char **argv)
         m_app.exit(request);
         return Well;
     } catch (const CLI::ParseError &error) {
-        return complainOf(QString::fromStdString(error.what()).section(u'\n', 0, 0));
+        return complainOf(QString::fromStdString(error.what()));
     }
     hideQuestion({argv, static_cast<std::size_t>(argc)});
     return m_run ? m_run() : complainOf(u"a command is missing"_s);

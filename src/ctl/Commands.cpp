@@ -48,7 +48,7 @@ void printStatus(const Asked &asked, const Shown &shown, QJsonDocument::JsonForm
     if (shown.asJson) {
         printJson(withRunning(asked), shown, format);
     } else {
-        print(statusText(*asked.answer.content, shown.terminal), shown.terminal);
+        print(statusText(*asked.answer, shown.terminal), shown.terminal);
     }
 }
 
@@ -69,7 +69,7 @@ int watchStatus(const Shown &shown)
     std::optional<QJsonObject> before;
     do {
         const Asked asked = ask({.command = u"status"_s});
-        const bool isThere = asked.answer.content.has_value();
+        const bool isThere = asked.answer.has_value();
         QJsonObject now =
             isThere ? whatMatters(withRunning(asked)) : QJsonObject{{"running"_L1, false}};
         if (before == now) {
@@ -80,30 +80,29 @@ int watchStatus(const Shown &shown)
         } else if (shown.asJson) {
             printJson(now, shown, QJsonDocument::Compact);
         } else {
-            complain(asked.answer.content.error().text);
+            complain(asked.answer.error());
         }
         if (isThere && !shown.asJson) {
             print(u"\n"_s, shown.terminal);
         }
         before = std::move(now);
     } while (pauseWhileSomebodyReads());
-    return EXIT_SUCCESS;
+    return Well;
 }
 
 int showHealth(const Shown &shown)
 {
     const Asked asked = ask({.command = u"status"_s});
     QStringList problems;
-    if (!asked.answer.content) {
-        problems.append(asked.answer.content.error().text);
-    } else if (!asked.answer.content->value("problems"_L1).isArray()) {
+    if (!asked.answer) {
+        problems.append(asked.answer.error());
+    } else if (!asked.answer->value("problems"_L1).isArray()) {
         problems.append(u"Ostrelle does not say whether anything is wrong"_s);
     } else {
-        problems = problemsIn(*asked.answer.content);
+        problems = problemsIn(*asked.answer);
     }
-    const QString summary = asked.answer.content
-                                ? printable(asked.answer.content->value("summary"_L1).toString())
-                                : QString();
+    const QString summary =
+        asked.answer ? printable(asked.answer->value("summary"_L1).toString()) : QString();
     if (shown.asJson) {
         printJson({{"running"_L1, asked.notRunning.isEmpty()},
                    {"well"_L1, problems.isEmpty()},
@@ -129,9 +128,9 @@ int showList(const QString &command, const Shown &shown,
         printJson(withRunning(asked), shown);
     } else {
         const auto toText = shown.namesOnly ? &namesText : text;
-        print(toText(*asked.answer.content, shown.terminal), shown.terminal);
+        print(toText(*asked.answer, shown.terminal), shown.terminal);
     }
-    const bool isWrong = asked.answer.content->contains("problem"_L1);
+    const bool isWrong = asked.answer->contains("problem"_L1);
     return statusOf(asked, isWrong ? SomethingIsWrong : Well);
 }
 
@@ -146,7 +145,7 @@ int pairPhone(const Shown &shown, const Pairing &pairing)
     if (const auto status = complaint(asked)) {
         return *status;
     }
-    const QJsonObject data = *asked.answer.content;
+    const QJsonObject data = *asked.answer;
     if (pairing.asLink) {
         print(printable(data["link"_L1].toString()) + u'\n', shown.terminal);
         return Well;
@@ -181,8 +180,7 @@ int chat(const QString &text)
     if (const auto status = complaint(asked)) {
         return *status;
     }
-    print(printableLines(asked.answer.content->value("reply"_L1).toString()) + u'\n',
-          Terminal::ofOutput());
+    print(printableLines(asked.answer->value("reply"_L1).toString()) + u'\n', Terminal::ofOutput());
     return Well;
 }
 
@@ -207,7 +205,7 @@ int act(const ControlRequest &request, const QString &done, QLatin1StringView me
         return *status;
     }
     if (!done.isEmpty()) {
-        print(done.arg(printable(asked.answer.content->value(member).toString())) + u'\n',
+        print(done.arg(printable(asked.answer->value(member).toString())) + u'\n',
               Terminal::ofOutput());
     }
     return Well;

@@ -67,20 +67,15 @@ bool waitFor(int socket, short event, Clock::time_point deadline)
     return ::poll(&waiting, 1, static_cast<int>(std::max<long>(left, 0))) > 0;
 }
 
-bool isOver(ssize_t count)
-{
-    return count < 0 && errno != EAGAIN;
-}
-
 bool say(int socket, QByteArrayView rest, Clock::time_point deadline)
 {
     while (!rest.isEmpty() && waitFor(socket, POLLOUT, deadline)) {
         const ssize_t count =
             ::send(socket, rest.data(), static_cast<std::size_t>(rest.size()), MSG_NOSIGNAL);
-        if (isOver(count)) {
+        if (count < 0) {
             return false;
         }
-        rest = rest.sliced(std::max<ssize_t>(count, 0));
+        rest = rest.sliced(count);
     }
     return rest.isEmpty();
 }
@@ -94,11 +89,11 @@ std::expected<QByteArray, Unreachable> hear(int socket, Clock::time_point deadli
     };
     while (heard.size() <= maxAnswerBytes && waitFor(socket, POLLIN, patiently())) {
         const ssize_t count = ::recv(socket, piece.data(), piece.size(), 0);
-        if (count == 0 || isOver(count)) {
+        if (count <= 0) {
             break;
         }
         const qsizetype before = heard.size();
-        heard.append(piece.data(), std::max<ssize_t>(count, 0));
+        heard.append(piece.data(), count);
         if (const qsizetype end = heard.indexOf('\n', before); end >= 0) {
             return heard.first(end);
         }

@@ -86,10 +86,10 @@ std::expected<qint64, int> begin(const ControlRequest &request)
     if (const auto status = complaint(asked)) {
         return std::unexpected(*status);
     }
-    if (asked.answer.content->value("joined"_L1).toBool()) {
+    if (asked.answer->value("joined"_L1).toBool()) {
         complain(u"that is under way already, and goes on as it was begun"_s);
     }
-    return asked.answer.content->value("next"_L1).toInteger();
+    return asked.answer->value("next"_L1).toInteger();
 }
 
 int handPasswordOver()
@@ -108,7 +108,7 @@ extern "C" void tellThatWorkGoesOn(int signal)
 {
     constexpr char text[] = "\nostrellectl: Ostrelle goes on with it; "
                             "\"ostrellectl setup progress\" shows it again\n";
-    static_cast<void>(::write(STDERR_FILENO, text, sizeof text - 1) < 0);
+    [[maybe_unused]] const ssize_t count = ::write(STDERR_FILENO, text, std::strlen(text));
     std::raise(signal); // which ends the program, once this has returned
 }
 
@@ -162,6 +162,7 @@ int finish(const QJsonObject &data, const Shown &shown)
 // From the message of that number on.
 int follow(qint64 first, const Shown &shown)
 {
+    tellWhenInterrupted();
     QJsonObject data{{"working"_L1, true}, {"next"_L1, first}};
     while (data["working"_L1].toBool()) {
         const Asked asked = ask({.command = u"setup-progress"_s,
@@ -175,11 +176,9 @@ int follow(qint64 first, const Shown &shown)
         } else {
             printMessages(data, shown.terminal);
         }
-        if (data["working"_L1].toBool()) {
-            tellWhenInterrupted();
-            if (data["messages"_L1].toArray().isEmpty() && !pauseWhileSomebodyReads()) {
-                return SomethingIsWrong;
-            }
+        if (data["working"_L1].toBool() && data["messages"_L1].toArray().isEmpty() &&
+            !pauseWhileSomebodyReads()) {
+            return SomethingIsWrong;
         }
     }
     return finish(data, shown);
@@ -213,7 +212,6 @@ int installEverything(const Shown &shown)
     if (status != Well) {
         return status;
     }
-    tellWhenInterrupted();
     return follow(0, shown);
 }
 
@@ -223,7 +221,6 @@ int install(const QString &command, const Shown &shown)
     if (!begun) {
         return begun.error();
     }
-    tellWhenInterrupted();
     return follow(*begun, shown);
 }
 

@@ -13,10 +13,10 @@ std::optional<int> complaint(const Asked &asked)
     if (!asked.notRunning.isEmpty()) {
         complain(asked.notRunning);
     }
-    if (asked.answer.content) {
+    if (asked.answer) {
         return std::nullopt;
     }
-    if (const QString why = asked.answer.content.error().text; why != asked.notRunning) {
+    if (const QString why = asked.answer.error(); why != asked.notRunning) {
         complain(why);
     }
     return asked.notRunning.isEmpty() ? SomethingIsWrong : NotRunning;
@@ -29,7 +29,7 @@ int statusOf(const Asked &asked, int otherwise)
 
 QJsonObject withRunning(const Asked &asked)
 {
-    QJsonObject data = *asked.answer.content;
+    QJsonObject data = *asked.answer;
     data.insert("running"_L1, asked.notRunning.isEmpty());
     return data;
 }

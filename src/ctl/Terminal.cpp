@@ -52,8 +52,8 @@ QString cleaned(const QString &text, QLatin1StringView kept)
     QString clean;
     clean.reserve(text.size());
     for (const char32_t character : text.toUcs4()) {
-        const bool isKept = character < 0x80 && kept.contains(QLatin1Char(char(character)));
-        clean += isKept || isHarmless(character) ? QString::fromUcs4(&character, 1) : u" "_s;
+        const QString one = QString::fromUcs4(&character, 1);
+        clean += isHarmless(character) || kept.contains(one) ? one : u" "_s;
     }
     return clean;
 }
@@ -164,17 +164,14 @@ void print(const QString &text, const Terminal &terminal)
     if (writeAll(STDOUT_FILENO, terminal.spelled(text).toUtf8())) {
         return;
     }
-    if (errno != EPIPE) {
-        complain(QString::fromLocal8Bit(std::strerror(errno)));
-    }
+    complain(QString::fromLocal8Bit(std::strerror(errno)));
     std::_Exit(SomethingIsWrong);
 }
 
 void complain(const QString &text)
 {
-    const bool isUtf8 = std::strcmp(::nl_langinfo(CODESET), "UTF-8") == 0;
-    const QString line = u"ostrellectl: "_s + printable(text);
-    writeAll(STDERR_FILENO, (isUtf8 ? line : inAscii(line)).toUtf8() + '\n');
+    const QString line = u"ostrellectl: "_s + printable(text) + u'\n';
+    writeAll(STDERR_FILENO, Terminal::ofOutput().spelled(line).toUtf8());
 }
 
 } // namespace ostrelle

@@ -39,8 +39,8 @@ int widthOf(const QString &text);
 // As much of it as fits, with a mark where it was cut.
 QString elided(const QString &text, int columns, const Terminal &terminal);
 
-// Writes to the standard output, in characters that its locale has; all of it, or ends the program:
-// silently where nobody reads any more, else with a line on the standard error.
+// Writes to the standard output, in characters that its locale has; all of it, or ends the program
+// with a line on the standard error.
 void print(const QString &text, const Terminal &terminal);
 
 // One line on the standard error, after the program's name.
