@@ -62,7 +62,8 @@ CtlHome::CtlHome()
     write(u".ostrelle/ostrelle-project-tracker.json"_s,
           R"({"version":1,"updated":"now","projects":[{"id":"p","name":"Attic",
               "description":"tidy","status":"green","progress":40,"workstreams":[
-              {"id":"w","name":"Boxes","status":"red","progress":7,"note":"all"}]}]})");
+              {"id":"w","name":"Boxes","status":"red","progress":7,"note":"all"},
+              {"id":"v","name":"Shelf","status":"red","progress":0}]}]})");
     write(u".ostrelle/ostrelle-cron-tracker.json"_s,
           R"({"version":1,"updated":"now","jobs":[{"id":"1","name":"Nightly",
               "schedule":"every 1d","status":"green","enabled":false,

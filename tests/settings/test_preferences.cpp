@@ -41,14 +41,15 @@ private Q_SLOTS:
         const ScratchHome home;
         const auto preferences = home.settings().preferences;
         const TextPreference emoji = preference::customAgentEmoji(u"Käfer/#1"_s);
-        QVERIFY(!preferences->contains(preference::autoStartVoice.key));
+        QVERIFY(preferences->opens() && !preferences->contains(preference::autoStartVoice.key));
         preferences->set(preference::autoStartVoice, true);
         preferences->set(emoji, u"🐞 \"=\" ;\n"_s);
         preferences->set(preference::customAgentEmoji(u"Käfer//#1"_s), u"another's"_s);
         QVERIFY(written(home)->value(preference::autoStartVoice));
+        QVERIFY(preferences->contains(preference::autoStartVoice.key));
         QCOMPARE(written(home)->value(emoji), u"🐞 \"=\" ;\n"_s);
         preferences->remove(emoji);
-        QCOMPARE(written(home)->value(emoji), QString());
+        QCOMPARE(preferences->value(emoji) + written(home)->value(emoji), QString());
     }
 
     void holdsAtOnceWhileTheDiskHangs()
@@ -104,7 +105,7 @@ private Q_SLOTS:
         const ScratchHome home;
         const auto preferences = home.settings().preferences;
         preferences->set(preference::autoStartVoice, true);
-        settingsQueue().waitForDone();
+        QVERIFY(preferences->stored().result()); // and nothing is left
         const QByteArray before = home.read(file);
         {
             const FileSizeLimit limit(100);

@@ -1,6 +1,7 @@
 #include "session/SecretService.h"
 #include "settings/PreferredSecretStore.h"
 #include "settings/SecretFile.h"
+#include "support/PrintedLines.h"
 #include "support/PrivateSession.h"
 #include "support/Processes.h"
 #include "support/ScratchHome.h"
@@ -122,6 +123,7 @@ private Q_SLOTS:
         QVERIFY(m_preferred.write(account, "without a service"));
         QCOMPARE(m_preferred.whereKept(), m_home.path(keptIn));
 
+        const PrintedLines printed;
         m_keyring = &m_session->startKeyring();
         QCOMPARE(outcome(m_preferred.read(account + u'/')), u"\"another account\""_s);
         QCOMPARE(outcome(m_service.read(account)), u"\"without a service\""_s); // all have moved
@@ -136,6 +138,7 @@ private Q_SLOTS:
         PreferredSecretStore nextRun(m_home.path(keptIn));
         QCOMPARE(nextRun.whereKept(), u"the desktop's Secret Service"_s);
         QCOMPARE(outcome(nextRun.read(account)), toString(SecretProblem::NoAnswer));
+        QVERIFY(QFile::remove(m_home.path(keptIn)));
         QList<qsizetype> open;
         for (int start = 0; start < 5; ++start) {
             m_keyring = &m_session->startKeyring();
@@ -144,6 +147,8 @@ private Q_SLOTS:
             open.append(openDescriptors());
         }
         QCOMPARE(open.last(), open[1]);
+        QCOMPARE(nextRun.whereKept(), u"the desktop's Secret Service"_s); // as the file says again
+        QVERIFY(printed.text().endsWith("Secrets are kept in the desktop's Secret Service\n"));
     }
 
     void moveToTheKeyringLosesNothingNewer()
