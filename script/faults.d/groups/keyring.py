@@ -56,13 +56,17 @@ def token_in_the_keyring():
 
 @row(seconds=60)
 def frozen_keyring():
-    """The keyring is stopped (STOP) before the program starts; a link with a token comes; then the keyring goes on (CONT).
+    """The keyring is stopped (STOP) before the program starts; ostrellectl asks for tokens, and a link with one comes; then
+    the keyring goes on (CONT).
 
-    The program serves, the token is kept in the owner's file meanwhile and is moved to the keyring afterwards.
+    ostrellectl is told that they are not known; the program serves, the token is kept in the owner's file meanwhile and is
+    moved to the keyring afterwards.
     """
     home, bus = session()
     freeze(bus.keyring)
     program = start(home, bus)
+    for asked in "status", "gateways":
+        require("unknown" in ctl(home, asked)[1], f"ostrellectl {asked} tells of tokens")
     send(home, bus, GATEWAY, "sEcReT-two")
     must_serve("while the keyring hangs")
     require(wait_for(lambda: b"sEcReT-two" in (home.read(SECRETS) or b""), 15), "The token is not kept meanwhile")
