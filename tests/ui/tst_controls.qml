@@ -64,6 +64,8 @@ ViewTest {
             return [button.color, surface.rest, surface.border.color, surface.border.width, button.leftPadding].join();
         }), ["#ebffffff,#0dffffff,#14ffffff,1,12", "#06201f,#0ad9d1,#14ffffff,0,12", "#ff8f89,#24ff453a,#4dff453a,1,12",
              "#ebffffff,#00000000,#14ffffff,0,4"]);
+        const symbol = createTemporaryQmlObject("import Ostrelle; Symbol { name: 'stop.fill'; color: 'red' }", test);
+        compare([1, symbol.width / 2].map(at => String(grabImage(symbol).pixel(at, at))), ["#ffffff", "#ff0000"]);
         compare(TextColors.legible("blue", "white", 0), Qt.color("white")); // where none can be read
     }
 

@@ -158,6 +158,8 @@ ViewTest {
                 verify(!isText || item.contentWidth <= Math.ceil(item.width), what);
             }
         }
+        Items.withText(root, "Skip")?.clicked();
+        verify(!fixture.setupManager.showSetup);
     }
 
     function test_theWindow() {
@@ -167,7 +169,7 @@ ViewTest {
         Window.window.requestActivate();
         tryVerify(() => !window.visible && !root.visible && !root.active); // and what it showed is let go of
         fixture.openPanel(Qt.rect(0, 0, 0, 0)); // as a window
-        tryVerify(() => window.active && root.visible && root.active && root.framed);
+        tryVerify(() => window.active && root.visible && root.active && root.framed && window.height === 700);
         fixture.openPanel(Qt.rect(100, 200, 300, 400));
         Window.window.requestActivate(); // before it has had the focus
         tryVerify(() => !window.visible);
