@@ -28,6 +28,14 @@ void setMuted(const ControlContext &context, Question *question, bool (*wish)(bo
     tellVoice(voice, question);
 }
 
+// As the switch in the settings does, which uncovers the buttons. Nothing is written of what holds.
+void switchOn(ServiceManager &services)
+{
+    if (!services.voiceEnabled()) {
+        services.setVoiceEnabled(true);
+    }
+}
+
 void answerWhenUp(VoiceViewModel *voice, Question *question)
 {
     const auto look = [voice, question] {
@@ -64,10 +72,9 @@ void toggleMute(const ControlContext &context, Question *question)
     setMuted(context, question, [](bool isMuted) { return !isMuted; });
 }
 
-// As the switch in the settings does first, which uncovers the buttons.
 void startVoice(const ControlContext &context, Question *question)
 {
-    context.models.serviceManager->setVoiceEnabled(true);
+    switchOn(*context.models.serviceManager);
     context.models.voiceVM->start();
     answerWhenUp(context.models.voiceVM, question);
 }
@@ -80,7 +87,7 @@ void stopVoice(const ControlContext &context, Question *question)
 
 void restartVoice(const ControlContext &context, Question *question)
 {
-    context.models.serviceManager->setVoiceEnabled(true);
+    switchOn(*context.models.serviceManager);
     VoiceViewModel *const voice = context.models.voiceVM;
     voice->restart();
     QObject::connect(

@@ -36,15 +36,16 @@ bool hasThreadsForConnection()
     constexpr std::size_t wanted = 8;
     std::latch tried(1);
     std::vector<std::jthread> threads;
+    bool areThere = true;
     try {
         while (threads.size() < wanted) {
             threads.emplace_back([&tried] { tried.wait(); });
         }
     } catch (const std::system_error &) {
-        // as many as there are
+        areThere = false;
     }
     tried.count_down();
-    return threads.size() == wanted;
+    return areThere;
 }
 
 // Contexts that nobody uses now. They are used again, because what a service says later, when it
