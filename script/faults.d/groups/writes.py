@@ -6,7 +6,7 @@ import random
 import re
 import time
 
-from injection import FINISHED_LATER, Save
+from injection import Save
 from row import FallsShort, require, row
 from world import (DOCUMENTS, NEW_GATEWAY, PREFERENCES, Home, Program, install_agent, install_sessions, is_alive, link_to,
                    numbers, send_link, wait_for)
@@ -158,7 +158,7 @@ def config_failing():
     The program goes on; nothing is left beside the file, or only until the next start, which ends the write from it;
     the configuration is the old or the new one.
     """
-    return CONFIG.fail_everywhere(FINISHED_LATER)
+    return CONFIG.fail_everywhere({"pwrite64", "ftruncate"})
 
 
 @row(seconds=60)
