@@ -135,8 +135,10 @@ def no_home_variable():
     home = Home()
     program = Program(home, HOME=None)
     program.wait_for("[StatusServer]")
-    open_files = {os.readlink(f"/proc/{program.pid}/fd/{fd}") for fd in os.listdir(f"/proc/{program.pid}/fd")
-                  if os.path.lexists(f"/proc/{program.pid}/fd/{fd}")}
+    open_files = set()
+    for descriptor in os.scandir(f"/proc/{program.pid}/fd"):
+        with contextlib.suppress(FileNotFoundError):  # closed meanwhile
+            open_files.add(os.readlink(descriptor))
     program.end()
     expected = pwd.getpwuid(os.getuid()).pw_dir
     lock = [file for file in open_files if file.endswith("ostrelle.lock")]
