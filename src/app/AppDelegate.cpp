@@ -30,8 +30,10 @@ void AppDelegate::applicationDidFinishLaunching(Face *face)
     }
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
             &AppDelegate::cleanup);
-    connect(&m_signals, &TerminationSignals::terminationRequested, this,
-            [] { QCoreApplication::exit(0); });
+    connect(&m_signals, &TerminationSignals::terminationRequested, this, [this] {
+        cleanup(); // at once, also where an event loop within this one has to end first
+        QCoreApplication::exit(0);
+    });
 }
 
 void AppDelegate::toggleMute() const

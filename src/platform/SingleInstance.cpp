@@ -64,9 +64,10 @@ bool SingleInstance::becomeFirst()
     if (lock && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         return false;
     }
-    // Whoever holds the lock may replace the socket of an instance that was killed, which a server
-    // for this user alone does. Where no lock can be made, the program runs without it.
+    // Whoever holds the lock may clear away the socket of an instance that was killed. Where no
+    // lock can be made, the program runs without it.
     const QString socket = instanceSocket();
+    QLocalServer::removeServer(socket);
     m_server.listen(socket);
     const QByteArray path = QFile::encodeName(socket);
     if (lock && ::ftruncate(lock.get(), 0) == 0) {

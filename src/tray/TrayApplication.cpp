@@ -61,6 +61,7 @@ TrayApplication::TrayApplication(int argc, char **argv)
 {
     setQuitOnLastWindowClosed(false);
     setDesktopFileName(u"ai.duskrell.ostrelle"_s);
+    setApplicationDisplayName(u"Ostrelle"_s);
 }
 
 bool isOnDisplay()

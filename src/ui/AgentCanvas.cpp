@@ -93,6 +93,9 @@ void AgentCanvas::setViewModel(AgentsTopologyViewModel *viewModel)
     if (m_viewModel == viewModel) {
         return;
     }
+    if (m_viewModel) {
+        m_viewModel->disconnect(this);
+    }
     m_viewModel = viewModel;
     if (viewModel) {
         connect(viewModel, &AgentsTopologyViewModel::nodesChanged, this, &AgentCanvas::layOut);

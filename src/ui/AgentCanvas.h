@@ -43,7 +43,6 @@ class AgentCanvas : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    // One for good.
     Q_PROPERTY(ostrelle::AgentsTopologyViewModel *viewModel READ viewModel WRITE setViewModel NOTIFY
                    viewModelChanged)
     Q_PROPERTY(qreal width READ width WRITE setWidth NOTIFY widthChanged)
