@@ -245,19 +245,20 @@ std::optional<Draft> draftOf(const QString &path)
 bool finishUnlocked(const QString &path, const Draft &draft)
 {
     const auto file = OpenFile::open(path);
-    if (!file && file.error().kind != FileProblem::Kind::Missing) {
+    if (!file) {
+        if (file.error().kind != FileProblem::Kind::Missing ||
+            replaceUnlocked(fileBehind(path), draft.content,
+                            draft.attributes.st_mode & permissionBits) != 0) {
+            return false;
+        }
+        removeFile(unfinished(path));
+        return true;
+    }
+    if (file->attributes().st_mtime > draft.attributes.st_mtime + longestWrite) {
+        removeFile(unfinished(path)); // it was edited since
         return false;
     }
-    if (file && file->attributes().st_mtime <= draft.attributes.st_mtime + longestWrite) {
-        return fillAndFinish(path, *file, draft.content) == 0;
-    }
-    const bool wasEdited = file.has_value();
-    if (!wasEdited && replaceUnlocked(fileBehind(path), draft.content,
-                                      draft.attributes.st_mode & permissionBits) != 0) {
-        return false;
-    }
-    removeFile(unfinished(path));
-    return !wasEdited;
+    return fillAndFinish(path, *file, draft.content) == 0;
 }
 
 } // namespace
