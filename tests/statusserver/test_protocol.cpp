@@ -160,7 +160,9 @@ private Q_SLOTS:
         fixture.home.write(agentTrackerFile, "{}");
         QVERIFY(QFile::resize(path, qint64{1} << 40)); // without a block on the disk
         QCOMPARE(fixture.get("/status"), refusal);
-        QVERIFY(QFile::remove(path) && QDir().mkdir(path));
+        QVERIFY(QFile::remove(path));
+        QCOMPARE(fixture.get("/status"), refusal);
+        QVERIFY(QDir().mkdir(path));
         QCOMPARE(fixture.get("/status"), refusal);
         QVERIFY(QDir().rmdir(path) && QFile::link(u"/proc/self/mem"_s, path)); // cannot be read
         QCOMPARE(fixture.get("/status"), refusal);
