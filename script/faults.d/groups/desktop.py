@@ -30,7 +30,7 @@ def start(home, screen, bus):
     return Program(home, DISPLAY=screen.name, DBUS_SESSION_BUS_ADDRESS=address).listens()
 
 
-@row(seconds=60)
+@row(seconds=60, quick=True)
 def tray_host_restarts():
     """The tray host ends and is started again, five times.
 
@@ -48,7 +48,7 @@ def tray_host_restarts():
     return f"The icon was back five times; it ended in {program.end():.1f} s."
 
 
-@row(seconds=60)
+@row(seconds=60, quick=True)
 def tray_host_comes_late():
     """There is no tray host at the start; it comes 5 s later.
 
