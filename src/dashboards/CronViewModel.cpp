@@ -3,6 +3,8 @@
 #include "settings/OstrelleConfig.h"
 #include "tracker/TrackerDocument.h"
 
+#include <algorithm>
+
 namespace ostrelle
 {
 
@@ -62,10 +64,13 @@ public:
 
     QString take(const CronJobItem &job)
     {
-        for (QStringList *const keys : {&m_byId[job.id], &m_byNature[nature(job)]}) {
-            if (!keys->isEmpty()) {
-                return onlyOnce(keys->takeFirst());
-            }
+        if (QStringList &keys = m_byId[job.id]; !keys.isEmpty()) {
+            return onlyOnce(keys.takeFirst());
+        }
+        // Asked last, since thousands of jobs take long to compare by nature.
+        if (const auto alike = m_byNature.isEmpty() ? m_byNature.end() : m_byNature.find(nature(job));
+            alike != m_byNature.end() && !alike->isEmpty()) {
+            return onlyOnce(alike->takeFirst());
         }
         return onlyOnce(job.id);
     }
@@ -88,9 +93,16 @@ private:
 
 QList<CronRow> keyed(const QList<CronJobItem> &jobs, const QList<CronRow> &shown)
 {
-    Keys keys(shown, jobs);
     QList<CronRow> rows;
     rows.reserve(jobs.size());
+    const auto idOf = [](const CronRow &row) { return row.job.id; };
+    if (std::ranges::equal(jobs, shown, {}, &CronJobItem::id, idOf)) {
+        for (qsizetype i = 0; i < jobs.size(); ++i) { // the same keys; looking for them takes long
+            rows.append({.job = jobs[i], .key = shown[i].key});
+        }
+        return rows;
+    }
+    Keys keys(shown, jobs);
     for (const CronJobItem &job : jobs) {
         rows.append({.job = job, .key = keys.take(job)});
     }
