@@ -162,7 +162,7 @@ private Q_SLOTS:
         QCOMPARE(inTerminal(u"ctl status --watch --json | head -n 1"_s, 80).out,
                  "{\"running\":false}\r\n"); // the rest is not read
         Program program;
-        QVERIFY(hears("Status server  running"));
+        QVERIFY(hears("Ostrelle does not run\nGateway ") && hears("Status server  running"));
         QCOMPARE(program.endWith(SIGTERM), 0);
         QVERIFY(hears("\n\nostrellectl: Ostrelle does not run\n"));
         watch.kill();

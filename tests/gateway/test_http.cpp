@@ -40,7 +40,8 @@ private Q_SLOTS:
         whole("chunks", chunked + "3;x=y\r\nabc\r\n0A\r\n0123456789\r\n0\r\nT: t\r\n\r\n", 200,
               "abc0123456789");
         whole("after an interim response",
-              "HTTP/1.1 100 Continue\r\nContent-Length: 9\r\n\r\n" +
+              "HTTP/1.1 100 Continue\r\nContent-Length: 9\r\n"
+              "Transfer-Encoding: chunked\r\n\r\n" +
                   StandInGateway::response(500, "x"),
               500, "x");
         whole("up to the end", ok + "\r\nab\n", 200, "ab\n");
