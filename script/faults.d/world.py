@@ -119,7 +119,8 @@ class Home:
 
     def environment(self, **more):
         variables = {"HOME": str(self.path), "XDG_RUNTIME_DIR": str(self.runtime), "PATH": os.environ["PATH"],
-                     "LANG": "C.UTF-8", "DBUS_SESSION_BUS_ADDRESS": "disabled:", **more}
+                     "LANG": "C.UTF-8", "DBUS_SESSION_BUS_ADDRESS": "disabled:",
+                     "FAULT": os.environ.get("FAULT"), **more}  # which script/mutate chooses
         return {name: value for name, value in variables.items() if value is not None}
 
     def leftovers(self):
