@@ -62,7 +62,7 @@ QPoint cornerOfTrays(const ScreenPlace &screen, QSize size)
 QRect iconUnder(QPoint pointer, const ScreenPlace &screen)
 {
     const int side = screen.available.contains(pointer) ? largestIcon : 1; // on a bar it is known
-    QRect icon(0, 0, side, side);
+    QRect icon(QPoint(), QSize(side, side));
     icon.moveCenter(pointer);
     return icon;
 }

@@ -125,10 +125,13 @@ private Q_SLOTS:
         home.write(u"resources/voice-agent/requirements.txt"_s, "");
         home.addTool(u"python3"_s);
         for (const char *pip : {"exit 1", "exit 0", "exit 0"}) {
-            home.writeScript(u".ostrelle/venv/bin/pip"_s, "echo pip >> ~/calls; "_ba + pip);
+            home.writeScript(u".ostrelle/venv/bin/pip"_s,
+                             "printf %0301d; echo pip >> ~/calls; "_ba + pip);
             manager.run();
             QVERIFY(waitFor([&] { return !manager.isRunning(); }));
             QCOMPARE(manager.hasVenv(), pip[5] == '0');
+            const QString failed = u"WARNING: pip install failed — "_s + QString(300, u'0');
+            QCOMPARE(messagesOf(manager).contains(failed), !manager.hasVenv());
             QCOMPARE(manager.problem(), QString());
         }
         QCOMPARE(home.calls().count(u"pip"_s), 2);
