@@ -302,6 +302,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!monitor->isResettingToken());
         m_gateway->answerHanging(StandInGateway::response(401)); // of the old token
         QTRY_COMPARE(m_gateway->requests(modelsPath).size(), 3);
+        QTRY_COMPARE(m_gateway->clientCount(), 1); // with the new token, and without an answer
         QVERIFY(!monitor->tokenRejected() && monitor->tokenResetGateway() == m_gateway->url());
         QCOMPARE(m_home->storedToken(KeychainHelper::activeKey).value(), active);
         QCOMPARE(m_home->storedToken(m_gateway->url()).value(), stored);
