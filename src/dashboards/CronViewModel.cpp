@@ -67,12 +67,11 @@ public:
         if (QStringList &keys = m_byId[job.id]; !keys.isEmpty()) {
             return onlyOnce(keys.takeFirst());
         }
-        // Asked last, since thousands of jobs take long to compare by nature.
-        if (const auto alike = m_byNature.isEmpty() ? m_byNature.end() : m_byNature.find(nature(job));
-            alike != m_byNature.end() && !alike->isEmpty()) {
-            return onlyOnce(alike->takeFirst());
+        if (m_byNature.isEmpty()) {
+            return onlyOnce(job.id); // to tell the nature of thousands of jobs takes long
         }
-        return onlyOnce(job.id);
+        QStringList &alike = m_byNature[nature(job)];
+        return onlyOnce(alike.isEmpty() ? job.id : alike.takeFirst());
     }
 
 private:
