@@ -102,7 +102,7 @@ private Q_SLOTS:
         const Rows<QString, QString, QString> row("before", "after", "steps");
         row("two runs change", u"abcd"_s, u"a1b1cd1"_s, u"c2 c1"_s);
         row("first to the end", u"abcd"_s, u"bcda"_s, u"m"_s);
-        row("last to the front and changed", u"abcd"_s, u"d1abc"_s, u"m c1"_s);
+        row("last two to the front, one changed", u"abcd"_s, u"d1cab"_s, u"m m c1"_s);
         row("all of it", u"abcdef"_s, u"xfbyc1"_s, u"-2 -1 m +1 +1 c1"_s);
         row("same identity twice", u"a1a2b"_s, u"ba1a2"_s, u"m"_s);
     }
