@@ -243,7 +243,10 @@ private Q_SLOTS:
         QVERIFY(desk.press(u"Show QR to pair phone"_s)); // makes room
 
         QVERIFY(desk.press(u"Change Token"_s));
-        QVERIFY(desk.press(u"Paste gateway token"_s));
+        const QString field = u"Paste gateway token"_s;
+        QVERIFY(desk.press(field));
+        QTRY_COMPARE_WITH_TIMEOUT(desk.reader.focused().value_or(AccessibilityBus::Control()).name,
+                                  field, patienceMilliseconds);
         XSession::type(u"s3cret"_s);
         for (const auto &control : desk.reader.controls()) {
             QVERIFY(!desk.reader.text(control).contains("s3cret"_L1));
