@@ -41,16 +41,14 @@ class Place:
         return f"({chosen} ? ({with_fault}) : ({without}))"
 
 
-def opening(code, closing):
-    """Where the bracket that closes there is opened; None where it is not."""
-    depth = 0
-    for at in range(closing, -1, -1):
-        if code[at] in ")]}":
-            depth += 1
-        elif code[at] in "([{":
-            depth -= 1
-            if depth == 0:
-                return at
+def partner(code, at):
+    """Where the bracket at that place is closed, or opened; None where it is not."""
+    step, depth = 1 if code[at] in "([{" else -1, 0
+    while 0 <= at < len(code):
+        depth += (code[at] in "([{") - (code[at] in ")]}")
+        if depth == 0:
+            return at
+        at += step
     return None
 
 
@@ -67,7 +65,7 @@ def statement_begin(code, at):
         if code[at] == "}" and not GOES_ON.match(code, at + 1):
             break
         if code[at] in ")]}":
-            at = opening(code, at)
+            at = partner(code, at)
             if at is None:
                 return None
         at -= 1
@@ -104,18 +102,6 @@ def statement_end(code, begin, is_head):
     return None
 
 
-def closing(code, at):
-    depth = 0
-    for at in range(at, len(code)):
-        if code[at] in "([{":
-            depth += 1
-        elif code[at] in ")]}":
-            depth -= 1
-            if depth == 0:
-                return at
-    return None
-
-
 def parts(code, begin, end):
     """What `;` divides, brackets aside: their first and last characters."""
     found, depth = [begin], 0
@@ -127,7 +113,7 @@ def parts(code, begin, end):
 
 
 def declared_value(code, begin, end):
-    """The place of the value that a declaration gives, or of all of it where it declares nothing."""
+    """The place of the value that a declaration gives; None where nothing is declared."""
     begin += len(code[begin:end]) - len(code[begin:end].lstrip())
     found = DECLARED.match(code, begin, end)
     return Place(found.end(), end, "value") if found else None
@@ -144,7 +130,7 @@ def place_of(code, fault):
         return None
     head = KEYWORD.match(code, begin)
     if head:
-        inside, last = head.end(), closing(code, head.end() - 1)
+        inside, last = head.end(), partner(code, head.end() - 1)
         if last is None or not inside <= fault.begin <= fault.end <= last:
             return None
         for index, (first, end) in enumerate(pieces := parts(code, inside, last)):

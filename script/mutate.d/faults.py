@@ -5,7 +5,7 @@ import pathlib
 import re
 import subprocess
 
-from alternatives import closing
+from alternatives import partner
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 EQUIVALENT = ROOT / "script/mutate.d/equivalent"
@@ -61,7 +61,7 @@ def replacements(path, code):
 
 def conditions(path, code, source):
     for found in re.finditer(r"\bif (?=\()", code):
-        end = closing(code, found.end())
+        end = partner(code, found.end())
         if end is None:
             continue
         begin = found.end() + 1
@@ -73,7 +73,7 @@ def conditions(path, code, source):
 
 def statements(path, code):
     for found in re.finditer(r"(?<=[;{}]\n)( {4,})(?:[\w:]+(?:\.|->))*([\w:]+)\(", code):
-        end = closing(code, found.end() - 1)
+        end = partner(code, found.end() - 1)
         if end is None or code[end + 1:end + 2] != ";" or found[2] in ONLY_FASTER:
             continue
         kind = "dropped connection" if found[2].endswith("connect") else "dropped statement"
