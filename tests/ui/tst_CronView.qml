@@ -19,9 +19,12 @@ ViewTest {
         }
     }
 
+    function write(jobs: var): void {
+        fixture.write(".ostrelle/ostrelle-cron-tracker.json", JSON.stringify({version: 1, updated: "", jobs: jobs}));
+    }
+
     function loadedView(jobs: var): Item {
-        fixture.write(".ostrelle/ostrelle-cron-tracker.json",
-                      JSON.stringify({version: 1, updated: "", jobs: jobs}));
+        write(jobs);
         const view = createTemporaryObject(cronView, test);
         tryCompare(view.viewModel, "isLoading", false);
         tryVerify(() => jobs.every(each => Items.withText(view, each.name)));
@@ -69,6 +72,13 @@ ViewTest {
         Items.withText(view, "One").clicked();
         tryVerify(() => !Items.withText(view, "a"));
         verify(Items.withText(view, "Say good night"));
+        Items.withText(view, "Twin").clicked();
+        for (const payload of ["c", "d"]) { // the first one's; then no id is another than before
+            write([job({name: "One", payload: payload}), job({name: "Twin", payload: payload + "!"})]);
+            view.viewModel.load();
+            tryVerify(() => Items.withText(view, payload + "!"));
+        }
+        verify(!Items.withText(view, "d"));
     }
 
     function test_emptyOrBroken() {
