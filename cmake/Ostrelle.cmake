@@ -113,8 +113,9 @@ function(ostrelle_test name)
         set(on_own_network ${PROJECT_SOURCE_DIR}/cmake/on-own-network)
     endif()
     add_test(NAME ${name} COMMAND ${on_own_network} $<TARGET_FILE:${name}>)
-    # Freed memory is overwritten, so that who reads it is seen to.
-    set_tests_properties(${name} PROPERTIES TIMEOUT 120 ENVIRONMENT
+    # Freed memory is overwritten, so that who reads it is seen to. Most tests take seconds; with the
+    # sanitizers, on a slow machine with other work, some take minutes.
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
         "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};MALLOC_PERTURB_=165;TSAN_OPTIONS=${tsan_options};LSAN_OPTIONS=${lsan_options};ASAN_OPTIONS=${asan_options}")
 endfunction()
 

@@ -60,7 +60,7 @@ ViewTest {
             const card = Items.withText(view, "Project " + index);
             const top = card?.mapToItem(list, 0, 0).y;
             return card?.visualFocus && top >= 0 && top + card.height <= list.height;
-        }, 1000, String(index));
+        }, 5000, String(index));
         const refresh = Items.withText(view, "Refresh");
         refresh.forceActiveFocus(Qt.TabFocusReason);
         for (const [key, times, index] of [
