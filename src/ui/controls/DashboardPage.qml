@@ -68,6 +68,23 @@ FocusScope {
         }
     }
 
+    // The card at the keyboard stays in view while it or another one unfolds; whoever has scrolled
+    // away from it is not brought back by another one. Later, because cards also get their height
+    // while the list lays them out, and it would begin anew without end.
+    function stayInView(unfolding: Item) {
+        const card = list.currentItem;
+        const isInView = card?.y >= list.contentY && card.y + card.height <= list.contentY + list.height;
+        if (card === unfolding || isInView) {
+            Qt.callLater(page.revealFocused);
+        }
+    }
+
+    function revealFocused() {
+        if (list.currentItem?.activeFocus) {
+            page.reveal(list.currentIndex);
+        }
+    }
+
     // Gives the keyboard to that card. Qt's own order would be that in which the cards were made, and
     // those out of view are not.
     function focusCard(index: int, reason: int) {

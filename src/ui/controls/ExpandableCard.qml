@@ -33,13 +33,8 @@ BaseButton {
             card.page.toggle(card.key);
         }
     }
-    // The card at the keyboard stays in view, also while it unfolds, and exists wherever the user
-    // scrolls to.
-    onHeightChanged: {
-        if (card.activeFocus) {
-            card.page.reveal(card.index);
-        }
-    }
+    onHeightChanged: card.page.stayInView(card)
+    // The card at the keyboard exists wherever the user scrolls to.
     onActiveFocusChanged: {
         if (card.activeFocus) {
             card.ListView.view.currentIndex = card.index;
