@@ -2,6 +2,7 @@
 #include "support/Processes.h"
 #include "support/Rows.h"
 
+#include <QImage>
 #include <QScopeGuard>
 #include <QTest>
 
@@ -159,7 +160,8 @@ private Q_SLOTS:
                 if (scale == 1) {
                     first = Desk::screenshot(name + u"-before"_s);
                 }
-                return difference(first, Desk::screenshot(file)) < 0.16;
+                // A window that is not drawn yet is black.
+                return !QImage(first).allGray() && difference(first, Desk::screenshot(file)) < 0.16;
             };
             return QTest::qWaitFor(isSame, patienceMilliseconds);
         };
