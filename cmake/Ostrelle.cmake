@@ -98,16 +98,29 @@ set(asan_options "intercept_tls_get_addr=0")
 # script/test looks through what was reported.
 set(tsan_options "suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp die_after_fork=0 report_mutex_bugs=0 log_path=${CMAKE_BINARY_DIR}/report")
 
-# ostrelle_test(<name> SOURCES <file>... [LINK <library>...] [OWN_NETWORK])
+# ostrelle_compiled_as_test(<target>)
+# Compiling tests takes longer than running them. Without an optimiser no call can be checked. Qt tells
+# every test where its own folder is, which nobody asks for and which would keep them from sharing
+# headers.
+function(ostrelle_compiled_as_test target)
+    target_compile_options(${target} PRIVATE
+        -O0 -g1 -U_FORTIFY_SOURCE -UQT_TESTCASE_BUILDDIR -UQT_TESTCASE_SOURCEDIR)
+endfunction()
+
+# ostrelle_test(<name> SOURCES <file>... [LINK <library>...] [OWN_NETWORK] [OWN_HEADERS])
 # A Qt Test program that CTest runs in a home directory of its own. All that runs without a display
-# is there without being named. OWN_NETWORK is for a test that needs a port which is always the same.
+# is there without being named. OWN_NETWORK is for a test that needs a port which is always the same,
+# OWN_HEADERS for one that links more of Qt, which Qt's headers look at.
 function(ostrelle_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_NETWORK" "" "SOURCES;LINK")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_NETWORK;OWN_HEADERS" "" "SOURCES;LINK")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ostrelle_testsupport libostrelle ${arg_LINK} Qt6::Test)
     ostrelle_starts_children(${name})
-    # Compiling them takes longer than running them. Without an optimiser no call can be checked.
-    target_compile_options(${name} PRIVATE -O0 -g1 -U_FORTIFY_SOURCE)
+    ostrelle_compiled_as_test(${name})
+    # Where whole targets are compiled at once, a forgotten include does not show anyway.
+    if(CMAKE_UNITY_BUILD AND NOT arg_OWN_HEADERS)
+        target_precompile_headers(${name} REUSE_FROM ostrelle_testsupport)
+    endif()
     set(on_own_network)
     if(arg_OWN_NETWORK)
         set(on_own_network ${PROJECT_SOURCE_DIR}/cmake/on-own-network)
