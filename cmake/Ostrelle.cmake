@@ -110,14 +110,13 @@ endfunction()
 # ostrelle_test(<name> SOURCES <file>... [LINK <library>...] [OWN_NETWORK] [OWN_HEADERS])
 # A Qt Test program that CTest runs in a home directory of its own. All that runs without a display
 # is there without being named. OWN_NETWORK is for a test that needs a port which is always the same,
-# OWN_HEADERS for one that links more of Qt, which Qt's headers look at.
+# OWN_HEADERS for one whose libraries define more than those of the others: it cannot share headers.
 function(ostrelle_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_NETWORK;OWN_HEADERS" "" "SOURCES;LINK")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ostrelle_testsupport libostrelle ${arg_LINK} Qt6::Test)
     ostrelle_starts_children(${name})
     ostrelle_compiled_as_test(${name})
-    # Where whole targets are compiled at once, a forgotten include does not show anyway.
     if(CMAKE_UNITY_BUILD AND NOT arg_OWN_HEADERS)
         target_precompile_headers(${name} REUSE_FROM ostrelle_testsupport)
     endif()
