@@ -49,6 +49,7 @@ private Q_SLOTS:
               QByteArray(20, 'x'));
         malformed("not HTTP", "SSH-2.0-x\r\n" + ok + "\r\n");
         malformed("header without a colon", ok + "abc\r\n" + ok + "\r\n");
+        malformed("header without a name", ok + ": x\r\n\r\n");
         malformed("negative length", ok + "Content-Length: -1\r\n\r\n");
         malformed("length beyond reason", ok + "Content-Length: 99999999999999999999\r\n\r\n");
         malformed("chunk without a size", chunked + "\r\n" + ok + "\r\n");
