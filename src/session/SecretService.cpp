@@ -311,19 +311,22 @@ std::expected<void, SecretProblem> writeIn(KeyringConversation &conversation,
     return stored;
 }
 
-// One after the other: most items are unlocked together with their collection.
-std::expected<void, SecretProblem> unlockIn(KeyringConversation &conversation)
+// False when the user does not want to; the items would only be the next question.
+std::expected<bool, SecretProblem> unlockCollection(KeyringConversation &conversation)
 {
     auto collection = conversation.defaultCollection();
     if (!collection) {
         return std::unexpected(collection.error());
     }
-    if (secret_collection_get_locked(collection->get())) {
-        const Objects object(g_list_prepend(nullptr, collection->release()));
-        if (!conversation.unlock(object)) {
-            return {}; // the user does not want to; the items would only be the next question
-        }
+    if (!secret_collection_get_locked(collection->get())) {
+        return true;
     }
+    const Objects object(g_list_prepend(nullptr, collection->release()));
+    return conversation.unlock(object);
+}
+
+std::expected<void, SecretProblem> unlockItems(KeyringConversation &conversation)
+{
     const auto items = conversation.search(attributesOfAll());
     if (!items) {
         return std::unexpected(items.error());
@@ -356,10 +359,14 @@ std::expected<void, SecretProblem> SecretService::write(const QString &account,
         [&](KeyringConversation &conversation) { return writeIn(conversation, account, secret); });
 }
 
+// One after the other: most items are unlocked together with their collection. In two conversations,
+// because the user takes longer over the first question than the service may over an answer.
 void SecretService::unlockForUser()
 {
     const std::scoped_lock lock(m_unlocking);
-    static_cast<void>(converse(&unlockIn));
+    if (converse(&unlockCollection).value_or(false)) {
+        static_cast<void>(converse(&unlockItems));
+    }
 }
 
 } // namespace ostrelle
