@@ -103,7 +103,6 @@ CommandLine::CommandLine()
     // Of each that has any: a wrong one is better told than a missing one.
     m_app.require_subcommand(0, 1);
     m_app.set_version_flag("--version", "ostrellectl " OSTRELLE_VERSION);
-    m_app.failure_message(CLI::FailureMessage::simple);
     addStatus();
     addAgents();
     addLists();

@@ -35,7 +35,6 @@ public:
     void paint(QPainter &painter) const
     {
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setBrush(Qt::NoBrush);
         paintBody(painter);
         paintSheen(painter);
         paintReflections(painter);
