@@ -55,12 +55,16 @@ endfunction()
 # ostrelle_folder(<name> SOURCES <file>... [USES <library>...])
 # One folder of src, as the objects ostrelle_<name>. USES names what it needs to be compiled: folders,
 # with what those need, and libraries. It describes its models, so that qmllint knows them where the
-# ui exposes them.
+# ui exposes them. Whoever uses the folder is compiled as ostrelle_<name>_usage tells, and so waits for
+# none of its objects.
 function(ostrelle_folder name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
+    list(TRANSFORM arg_USES APPEND _usage REGEX "^ostrelle_")
+    add_library(ostrelle_${name}_usage INTERFACE)
+    target_link_libraries(ostrelle_${name}_usage INTERFACE ostrelle_options ${arg_USES})
     add_library(ostrelle_${name} OBJECT ${arg_SOURCES})
     set_target_properties(ostrelle_${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
-    target_link_libraries(ostrelle_${name} PUBLIC ostrelle_options ${arg_USES})
+    target_link_libraries(ostrelle_${name} PUBLIC ostrelle_${name}_usage)
     qt_extract_metatypes(ostrelle_${name})
 endfunction()
 
