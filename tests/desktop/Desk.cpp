@@ -87,6 +87,16 @@ bool Desk::press(const QString &name, const QString &role) const
     return place.has_value();
 }
 
+bool Desk::enter(const QString &field) const
+{
+    const auto isThere = [&] {
+        const bool isPressed = press(field); // what appears meanwhile may have moved it
+        const auto control = reader.focused();
+        return isPressed && control && control->name == field;
+    };
+    return QTest::qWaitFor(isThere, patienceMilliseconds);
+}
+
 QString Desk::screenshot(const QString &name)
 {
     const QRect panel = XSession::panel().value_or(QRect());

@@ -38,6 +38,8 @@ public:
 
     // Clicks the control once it rests; false when it does not come.
     bool press(const QString &name, const QString &role = {}) const;
+    // Clicks the field until the keyboard is at it.
+    bool enter(const QString &field) const;
     bool shows(const QString &name) const { return reader.waitFor(name).has_value(); }
 
     // A picture of the panel, kept beside the test program; returns its file.

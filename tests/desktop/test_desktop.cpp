@@ -182,7 +182,7 @@ private Q_SLOTS:
     void theKeyboardReachesEverything_data()
     {
         const Rows<QStringList> row("opened");
-        row("Setup", {u"Mac password"_s});
+        row("Setup", {});
         for (const QString &tab : {u"Ostrelle"_s, u"Projects"_s, u"Agents"_s, u"Cron"_s}) {
             row(qPrintable(tab), {u"Skip"_s, tab});
         }
@@ -198,6 +198,7 @@ private Q_SLOTS:
             QVERIFY(desk.press(name));
             QVERIFY(name != "Skip"_L1 || desk.shows(u"Mute"_s)); // the agent has started
         }
+        QVERIFY(!opened.isEmpty() || desk.enter(u"Mac password"_s));
         XSession::type(u"x"_s); // what needs a text to be of use is enabled then
         const QStringList forwards = walk(desk, u"Tab"_s);
         QStringList backwards = walk(desk, u"shift+Tab"_s);
@@ -245,10 +246,7 @@ private Q_SLOTS:
         QVERIFY(desk.press(u"Show QR to pair phone"_s)); // makes room
 
         QVERIFY(desk.press(u"Change Token"_s));
-        const QString field = u"Paste gateway token"_s;
-        QVERIFY(desk.press(field));
-        QTRY_COMPARE_WITH_TIMEOUT(desk.reader.focused().value_or(AccessibilityBus::Control()).name,
-                                  field, patienceMilliseconds);
+        QVERIFY(desk.enter(u"Paste gateway token"_s));
         XSession::type(u"s3cret"_s);
         for (const auto &control : desk.reader.controls()) {
             QVERIFY(!desk.reader.text(control).contains("s3cret"_L1));
