@@ -359,8 +359,9 @@ std::expected<void, SecretProblem> SecretService::write(const QString &account,
         [&](KeyringConversation &conversation) { return writeIn(conversation, account, secret); });
 }
 
-// One after the other: most items are unlocked together with their collection. In two conversations,
-// because the user takes longer over the first question than the service may over an answer.
+// One after the other: most items are unlocked together with their collection. In two
+// conversations, because the user takes longer over the first question than the service may over an
+// answer.
 void SecretService::unlockForUser()
 {
     const std::scoped_lock lock(m_unlocking);
