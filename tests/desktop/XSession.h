@@ -2,7 +2,7 @@
 
 #include <QProcess>
 #include <QRect>
-#include <QStringList>
+#include <QString>
 
 #include <optional>
 
