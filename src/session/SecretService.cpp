@@ -2,6 +2,8 @@
 
 #include "session/SessionBus.h"
 
+#include <QDeadlineTimer>
+
 #include <libsecret/secret.h>
 
 namespace ostrelle
@@ -149,11 +151,11 @@ public:
         return collection;
     }
 
-    // Raises a prompt. True when something is unlocked. When the patience is over the prompt is
-    // left alone: gnome-keyring 42 dies of one that is dismissed while it is shown.
-    bool unlock(const Objects &objects)
+    // Raises a prompt. True when something is unlocked. When the time is over the prompt is left
+    // alone: gnome-keyring 42 dies of one that is dismissed while it is shown.
+    bool unlock(const Objects &objects, QDeadlineTimer until)
     {
-        const BoundedCalls patience(userPatience);
+        const BoundedCalls patience(std::chrono::milliseconds(until.remainingTime()));
         const auto answer = std::make_shared<Answer>();
         secret_service_unlock(m_service.get(), objects.get(), nullptr,
                               &KeyringConversation::keepAnswer,
@@ -311,8 +313,9 @@ std::expected<void, SecretProblem> writeIn(KeyringConversation &conversation,
     return stored;
 }
 
-// False when the user does not want to; the items would only be the next question.
-std::expected<bool, SecretProblem> unlockCollection(KeyringConversation &conversation)
+// False when the user does not want to, or not in time; the items would only be the next question.
+std::expected<bool, SecretProblem> unlockCollection(KeyringConversation &conversation,
+                                                    QDeadlineTimer until)
 {
     auto collection = conversation.defaultCollection();
     if (!collection) {
@@ -322,10 +325,11 @@ std::expected<bool, SecretProblem> unlockCollection(KeyringConversation &convers
         return true;
     }
     const Objects object(g_list_prepend(nullptr, collection->release()));
-    return conversation.unlock(object);
+    return conversation.unlock(object, until);
 }
 
-std::expected<void, SecretProblem> unlockItems(KeyringConversation &conversation)
+std::expected<void, SecretProblem> unlockItems(KeyringConversation &conversation,
+                                               QDeadlineTimer until)
 {
     const auto items = conversation.search(attributesOfAll());
     if (!items) {
@@ -339,7 +343,7 @@ std::expected<void, SecretProblem> unlockItems(KeyringConversation &conversation
         }
     }
     if (const Objects objects(locked); objects) {
-        conversation.unlock(objects);
+        conversation.unlock(objects, until);
     }
     return {};
 }
@@ -365,8 +369,12 @@ std::expected<void, SecretProblem> SecretService::write(const QString &account,
 void SecretService::unlockForUser()
 {
     const std::scoped_lock lock(m_unlocking);
-    if (converse(&unlockCollection).value_or(false)) {
-        static_cast<void>(converse(&unlockItems));
+    const QDeadlineTimer until(userPatience);
+    const auto isUnlocked = converse(
+        [&](KeyringConversation &conversation) { return unlockCollection(conversation, until); });
+    if (isUnlocked.value_or(false)) {
+        static_cast<void>(converse(
+            [&](KeyringConversation &conversation) { return unlockItems(conversation, until); }));
     }
 }
 
