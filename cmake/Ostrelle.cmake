@@ -55,8 +55,8 @@ endfunction()
 # ostrelle_folder(<name> SOURCES <file>... [USES <library>...])
 # One folder of src, as the objects ostrelle_<name>. USES names what it needs to be compiled: folders,
 # with what those need, and libraries. It describes its models, so that qmllint knows them where the
-# ui exposes them. Whoever uses the folder is compiled as ostrelle_<name>_usage tells, and so waits for
-# none of its objects.
+# ui exposes them. Folders that use it are compiled as ostrelle_<name>_usage tells, and so wait for none
+# of its objects.
 function(ostrelle_folder name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
     list(TRANSFORM arg_USES APPEND _usage REGEX "^ostrelle_")
