@@ -198,7 +198,7 @@ private Q_SLOTS:
             QVERIFY(desk.press(name));
             QVERIFY(name != "Skip"_L1 || desk.shows(u"Mute"_s)); // the agent has started
         }
-        QVERIFY(!opened.isEmpty() || desk.enter(u"Mac password"_s));
+        QVERIFY(!opened.isEmpty() || desk.enter(u"Mac password"_s)); // in the setup
         XSession::type(u"x"_s); // what needs a text to be of use is enabled then
         const QStringList forwards = walk(desk, u"Tab"_s);
         QStringList backwards = walk(desk, u"shift+Tab"_s);
