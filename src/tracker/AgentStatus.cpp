@@ -75,6 +75,11 @@ QList<AgentCompletionItem> readCompletions(const JsonArray &elements)
     return completions;
 }
 
+QString tooMany(const QString &what)
+{
+    return what + u": more than %1"_s.arg(mostRecords);
+}
+
 JsonObject objectOrEmpty(const JsonValue &value)
 {
     return value.object() != nullptr ? *value.object() : JsonObject();
@@ -91,9 +96,15 @@ std::expected<AgentStatusPayload, QString> readAgentStatus(std::string_view text
     AgentStatusPayload payload;
     if (const JsonObject *root = document->object()) {
         if (const JsonObject *agents = (*root)["agents"].object()) {
+            if (agents->members().size() > mostRecords) {
+                return std::unexpected(tooMany(u"agents"_s));
+            }
             payload.agents = readItems(*agents);
         }
         if (const JsonArray *completions = (*root)["completions"].array()) {
+            if (completions->size() > mostRecords) {
+                return std::unexpected(tooMany(u"completions"_s));
+            }
             payload.completions = readCompletions(*completions);
         }
     }
@@ -108,7 +119,7 @@ std::expected<JsonObject, QString> readAgentEntries(std::string_view text)
     }
     auto entries = objectOrEmpty(objectOrEmpty(*document)["agents"]);
     if (entries.members().size() > mostRecords) {
-        return std::unexpected(u"agents: more than %1"_s.arg(mostRecords));
+        return std::unexpected(tooMany(u"agents"_s));
     }
     return entries;
 }

@@ -52,7 +52,8 @@ struct TopologyEntry {
     QString parentId;
 };
 
-// Both readers fail only for a text that is no JSON; entries are skipped or filled with fallbacks.
+// Both readers fail for a text that is no JSON and for more than 100,000 agents or completions;
+// entries are skipped or filled with fallbacks.
 std::expected<AgentStatusPayload, QString> readAgentStatus(std::string_view text);
 
 // The document's "agents" object; an empty one when that is missing or something else.
