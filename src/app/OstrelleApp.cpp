@@ -30,7 +30,7 @@ namespace
 
 void tellGatewayIsConfigured()
 {
-    NotificationManager::send(u"OSTRELLE"_s, u"Gateway configured via QR code"_s);
+    NotificationManager::send(notificationTitle, u"Gateway configured via QR code"_s);
 }
 
 void killVoiceAgent()

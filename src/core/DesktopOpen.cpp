@@ -3,8 +3,7 @@
 #include "core/NotificationManager.h"
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
-
-#include <QStandardPaths>
+#include "platform/SearchPath.h"
 
 namespace ostrelle
 {
@@ -14,10 +13,10 @@ using namespace Qt::StringLiterals;
 void openWithDesktop(const QString &fileOrUrl)
 {
     const QString opener = u"xdg-open"_s;
-    if (QStandardPaths::findExecutable(opener).isEmpty()) {
+    if (!findProgram(opener, qEnvironmentVariable("PATH"))) {
         const QString problem = u"Nothing here can open "_s + fileOrUrl + u": install xdg-utils"_s;
         logLine(u"[Ostrelle] "_s + problem);
-        NotificationManager::send(u"OSTRELLE"_s, problem);
+        NotificationManager::send(notificationTitle, problem);
         return;
     }
     // setsid forks and ends at once: what it started is no child of ours and is not killed with us.

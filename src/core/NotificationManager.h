@@ -5,6 +5,9 @@
 namespace ostrelle
 {
 
+// Above whatever Ostrelle tells.
+inline const QString notificationTitle = QStringLiteral("OSTRELLE");
+
 // Short desktop notifications. Shown by the system's script runner where there is one, else by the
 // desktop's notification service.
 class NotificationManager

@@ -2,8 +2,6 @@
 
 #include "core/ToolEnvironment.h"
 #include "platform/ChildProcess.h"
-#include "settings/KeychainHelper.h"
-#include "settings/OstrelleConfig.h"
 
 #include <QFileInfo>
 

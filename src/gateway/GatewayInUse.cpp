@@ -1,5 +1,6 @@
 #include "gateway/GatewayInUse.h"
 
+#include "core/NotificationManager.h"
 #include "core/WhenDone.h"
 #include "gateway/GatewayNames.h"
 
@@ -80,7 +81,12 @@ void GatewayInUse::saveToken(const Request &request)
         return;
     }
     whenDone(m_settings.tokens->saveForUser(request.url, *request.token), this,
-             [this, request](const Tokens::Saved &) { saveConfig(request); });
+             [this, request](const Tokens::Saved &saved) {
+                 if (!saved) {
+                     NotificationManager::send(notificationTitle, tokenNotSaved(saved.error()));
+                 }
+                 saveConfig(request);
+             });
 }
 
 void GatewayInUse::saveConfig(const Request &request)

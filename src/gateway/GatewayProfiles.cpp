@@ -21,7 +21,7 @@ namespace
 void tellElsewhere(const QString &problem)
 {
     if (!problem.isEmpty()) {
-        NotificationManager::send(u"OSTRELLE"_s, problem);
+        NotificationManager::send(notificationTitle, problem);
     }
 }
 

@@ -17,8 +17,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString notificationTitle = u"OSTRELLE"_s;
-
 // The last switch must win, also when the settings are closed meanwhile.
 QThreadPool &trackingQueue()
 {
@@ -38,9 +36,12 @@ QString enableTracking()
 QString disableTracking(const QStringList &toolPaths)
 {
     if (const auto disabled = disableProjectTracking(toolPaths); !disabled) {
-        return disabled.error() == TrackingSwitchProblem::NoTool
-                   ? u"the gateway goes on tracking projects: its tool was not found"_s
-                   : u"the gateway goes on tracking projects: its tool does not list its jobs"_s;
+        const QString problem =
+            disabled.error() == TrackingSwitchProblem::NoTool
+                ? u"the gateway goes on tracking projects: its tool was not found"_s
+                : u"the gateway goes on tracking projects: its tool does not list its jobs"_s;
+        NotificationManager::send(notificationTitle, problem);
+        return problem;
     }
     NotificationManager::send(notificationTitle, u"Project tracking disabled"_s);
     return {};

@@ -38,7 +38,7 @@ void openLog(const GatewaySurroundings &surroundings)
 void tellResetFailed(const QString &reason)
 {
     logLine(u"[Ostrelle] Token reset: "_s + reason);
-    NotificationManager::send(u"OSTRELLE"_s, u"Token reset failed: "_s + reason);
+    NotificationManager::send(notificationTitle, u"Token reset failed: "_s + reason);
 }
 
 } // namespace
@@ -213,7 +213,12 @@ void GatewayViewModel::resetGatewayToken()
         }
         config->snapshot();
         const auto saved = tokens->saveForUser(url, *token).result();
-        return saved ? QString() : tokenNotSaved(saved.error());
+        if (saved) {
+            return QString();
+        }
+        const QString problem = tokenNotSaved(saved.error());
+        tellResetFailed(problem);
+        return problem;
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this,
              [this](const QString &problem) { finishReset(problem); });

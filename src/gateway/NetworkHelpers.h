@@ -31,7 +31,7 @@ public:
     // plays no part.
     static QString runProcess(const QString &executable, const QStringList &args);
 
-    // The path, or else the name, by which to start the Tailscale tool.
+    // The path of the Tailscale tool; empty where there is none. Looks at the disk.
     static QString tailscaleCLI(const TailscalePlaces &places = {});
     static bool isTailscaleInstalled(const TailscalePlaces &places = {});
 
