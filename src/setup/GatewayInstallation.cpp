@@ -4,7 +4,6 @@
 #include "platform/ChildProcess.h"
 #include "platform/FileWriting.h"
 #include "platform/Terminal.h"
-#include "settings/KeychainHelper.h"
 #include "setup/AskpassFile.h"
 #include "setup/InstallerOutput.h"
 #include "setup/SetupManager.h"
@@ -117,7 +116,9 @@ void SetupManager::GatewayInstallation::primeSudo() const
     static_cast<void>(runChild({.program = u"sudo"_s,
                                 .arguments = {u"-S"_s, u"-v"_s},
                                 .environment = toolEnvironment(sudoSearchPath)},
-                               {.capture = Capture::Nothing, .input = password.toUtf8() + '\n'}));
+                               {.capture = Capture::Nothing,
+                                .input = password.toUtf8() + '\n',
+                                .killAfter = checkTimeout}));
 }
 
 // The log is cleared when the voice parts are installed next.

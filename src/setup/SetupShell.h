@@ -37,7 +37,7 @@ QString gatewayCLI();
 // on the search path, if the tool was found where only Linux users have it. Looks at the disk.
 QString searchPathFor(const QString &tool);
 
-// Path or name of the Tailscale command-line tool. Blocks.
+// Path of the Tailscale command-line tool; where there is none, of one that always fails. Blocks.
 QString tailscaleCLI();
 
 } // namespace ostrelle
