@@ -187,7 +187,8 @@ void ServiceManager::handleLaunchFailure(QProcess *process)
     m_voiceProcess = nullptr;
     m_isStopping = false;
     m_startsAgain = false;
-    log(u"Failed to start voice: "_s + process->errorString());
+    m_startProblem = u"Failed to start voice: "_s + process->errorString();
+    log(m_startProblem);
     process->deleteLater();
 }
 
