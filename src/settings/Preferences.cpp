@@ -4,6 +4,7 @@
 #include "settings/SettingsQueues.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -68,6 +69,19 @@ QVariantHash writeDraft(const QString &draftFile, const QSettings &current,
         }
     }
     return contentOf(draft);
+}
+
+// Of a run that was killed; all of the preferences are in them.
+void removeLeftovers(const QString &written)
+{
+    constexpr int longestWrite = 60; // seconds; a younger one may be another process's
+    const QFileInfo named(written);
+    const QDateTime old = QDateTime::currentDateTime().addSecs(-longestWrite);
+    for (const QFileInfo &left : named.dir().entryInfoList({named.fileName() + u'*'})) {
+        if (left.lastModified() < old) {
+            QFile::remove(left.filePath());
+        }
+    }
 }
 
 // Slashes divide keys into groups, and several in a row count as one: two agents would share a key.
@@ -257,7 +271,9 @@ bool Preferences::rewrite(const Changes &changes)
     QFile::remove(draftFile + u".lock"_s); // in case QSettings could not
     // Under a new name each time, because QSettings remembers what a file of that name held.
     static std::atomic<int> rewrites = 0;
-    const QString writtenFile = file + u".written"_s + QString::number(++rewrites);
+    const QString written = file + u".written"_s;
+    removeLeftovers(written);
+    const QString writtenFile = written + QString::number(++rewrites);
     if (!moveOver(draftFile, writtenFile)) {
         return false;
     }

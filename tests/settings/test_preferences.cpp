@@ -104,6 +104,10 @@ private Q_SLOTS:
     {
         const ScratchHome home;
         const auto preferences = home.settings().preferences;
+        QFile left(home.write(file + u".written7"_s, "of a run that was killed"));
+        QVERIFY(left.open(QFile::ReadWrite) &&
+                left.setFileTime(QDateTime::currentDateTime().addSecs(-70),
+                                 QFile::FileModificationTime));
         preferences->set(preference::autoStartVoice, true);
         QVERIFY(preferences->stored().result()); // and nothing is left
         const QByteArray before = home.read(file);
