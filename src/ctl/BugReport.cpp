@@ -25,11 +25,11 @@ bool writeNew(const QString &path, const QByteArray &text)
     if (!file) {
         return false;
     }
-    const ssize_t written =
-        ::write(file.get(), text.constData(), static_cast<std::size_t>(text.size()));
-    const bool isWhole = written == text.size();
+    const bool isWhole = writeAll(file.get(), text);
     if (!isWhole) {
+        const int reason = errno;
         ::unlink(QFile::encodeName(path).constData());
+        errno = reason;
     }
     return isWhole;
 }

@@ -78,6 +78,8 @@ QString inAscii(const QString &text)
     return ascii;
 }
 
+} // namespace
+
 bool writeAll(int descriptor, QByteArrayView rest)
 {
     while (!rest.isEmpty()) {
@@ -90,8 +92,6 @@ bool writeAll(int descriptor, QByteArrayView rest)
     }
     return true;
 }
-
-} // namespace
 
 Terminal Terminal::ofOutput()
 {

@@ -43,6 +43,9 @@ QString elided(const QString &text, int columns, const Terminal &terminal);
 // with a line on the standard error.
 void print(const QString &text, const Terminal &terminal);
 
+// Writes all of it, or as much as there is room for: false then, and errno says why.
+bool writeAll(int descriptor, QByteArrayView rest);
+
 // One line on the standard error, after the program's name.
 void complain(const QString &text);
 

@@ -155,6 +155,9 @@ public:
     // alone: gnome-keyring 42 dies of one that is dismissed while it is shown.
     bool unlock(const Objects &objects, QDeadlineTimer until)
     {
+        if (until.hasExpired()) {
+            return false;
+        }
         const BoundedCalls patience(std::chrono::milliseconds(until.remainingTime()));
         const auto answer = std::make_shared<Answer>();
         secret_service_unlock(m_service.get(), objects.get(), nullptr,
@@ -368,8 +371,8 @@ std::expected<void, SecretProblem> SecretService::write(const QString &account,
 // answer.
 void SecretService::unlockForUser()
 {
+    const QDeadlineTimer until(userPatience); // also while somebody else asks
     const std::scoped_lock lock(m_unlocking);
-    const QDeadlineTimer until(userPatience);
     const auto isUnlocked = converse(
         [&](KeyringConversation &conversation) { return unlockCollection(conversation, until); });
     if (isUnlocked.value_or(false)) {

@@ -87,10 +87,12 @@ void ServedDocument::finish(std::optional<LoadedDocument> loaded)
 {
     auto served = std::exchange(m_servedNext, {});
     m_reads = false;
-    m_version = loaded ? loaded->version : std::nullopt;
+    m_version.reset(); // until there is an answer of that version
+    const auto version = loaded ? loaded->version : std::nullopt;
     const SharedResponse answer =
         m_memory.keep(loaded ? std::move(loaded->response) : missingDocument());
     m_last = answer;
+    m_version = version;
     m_kept = answer->storage.size() <= maxKeptBytes ? answer : nullptr;
     for (Waiting &client : served) {
         try {

@@ -117,13 +117,13 @@ void TrayHostWatcher::connectAgain()
 
 void TrayHostWatcher::askBus()
 {
+    if (!m_watcherService) {
+        return; // a last word of a bus that has ended
+    }
     QDBusMessage question = QDBusMessage::createMethodCall(
         watcherService, watcherPath, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
     question << watcherService << u"IsStatusNotifierHostRegistered"_s;
     question.setAutoStartService(false);
-    if (!m_watcherService) {
-        return; // a last word of a bus that has ended
-    }
     auto *const asked =
         new QDBusPendingCallWatcher(m_watcherService->connection().asyncCall(question), this);
     m_question = asked;

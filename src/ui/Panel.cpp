@@ -1,6 +1,7 @@
 #include "ui/Panel.h"
 
 #include "displayserver/X11Windows.h"
+#include "platform/Heap.h"
 #include "tray/PearlIcon.h"
 #include "ui/FieldAccessibility.h"
 #include "ui/QmlTypes.h"
@@ -11,8 +12,6 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
-
-#include <malloc.h>
 
 namespace ostrelle
 {
@@ -226,7 +225,7 @@ void Panel::letGo()
     m_view.releaseResources();
     m_view.engine()->collectGarbage();
     m_view.engine()->trimComponentCache();
-    ::malloc_trim(0); // else the allocator would keep it
+    trimHeap();
 }
 
 void Panel::showAppearance()
