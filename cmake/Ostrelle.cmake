@@ -135,6 +135,14 @@ function(ostrelle_test name)
         "OSTRELLE_BINARY_DIR=${CMAKE_BINARY_DIR};MALLOC_PERTURB_=165;TSAN_OPTIONS=${tsan_options};LSAN_OPTIONS=${lsan_options};ASAN_OPTIONS=${asan_options}")
 endfunction()
 
+# ostrelle_tests(<folder> <topics> [<file>...] [LINK <library>...] [OWN_NETWORK] [OWN_HEADERS])
+# For each topic the test test_<folder>_<topic>, made of test_<topic>.cpp and these files.
+function(ostrelle_tests folder topics)
+    foreach(topic ${topics})
+        ostrelle_test(test_${folder}_${topic} SOURCES test_${topic}.cpp ${ARGN})
+    endforeach()
+endfunction()
+
 # ostrelle_fuzz_target(<name> SOURCES <file>...)
 # A libFuzzer program; its seed corpus is the folder fuzz/corpus/<name>.
 function(ostrelle_fuzz_target name)

@@ -1,5 +1,7 @@
 #include "app/Program.h"
 
+#include "support/Processes.h"
+
 #include <QFile>
 #include <QTest>
 
@@ -19,7 +21,7 @@ void skipWhereThereAre(const QStringList &realTools)
 Program::Program(const QStringList &arguments)
 {
     m_process.setProcessChannelMode(QProcess::MergedChannels);
-    m_process.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrelle"_s, arguments);
+    m_process.start(builtProgram(u"ostrelle"_s), arguments);
     m_process.waitForStarted();
 }
 

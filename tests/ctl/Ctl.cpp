@@ -1,6 +1,7 @@
 #include "ctl/Ctl.h"
 
 #include "support/Patience.h"
+#include "support/Processes.h"
 
 #include <QDir>
 #include <QJsonDocument>
@@ -9,21 +10,6 @@
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-QString builtProgram(const QString &name)
-{
-    return qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u'/' + name;
-}
-
-} // namespace
-
-QJsonObject Run::json() const
-{
-    return QJsonDocument::fromJson(out).object();
-}
 
 Run run(const QString &program, const QStringList &arguments, const QByteArray &input)
 {

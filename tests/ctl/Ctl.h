@@ -11,8 +11,6 @@ struct Run {
     int status = -1;
     QByteArray out = {};
     QByteArray err = {};
-
-    QJsonObject json() const;
 };
 
 // While it runs, what the test itself has at its sockets is served.

@@ -3,6 +3,7 @@
 #include "ctl/Ctl.h"
 #include "gateway/NetworkHelpers.h"
 #include "gateway/StandInGateway.h"
+#include "support/Processes.h"
 #include "support/SimulatedGateway.h"
 
 #include <QLocalSocket>
@@ -182,7 +183,7 @@ private Q_SLOTS:
         QTRY_COMPARE(ctl({u"health"_s}).out, "Gateway rejects the token\n");
         QCOMPARE(ctl({u"token"_s, u"set"_s}, desk.gateway.token() + '\n').status, 0);
         QTRY_COMPARE(ctl({u"health"_s}).out, "Gateway online, voice: Listening\n");
-        QCOMPARE(ctl({u"health"_s, u"--json"_s}).json().value(u"well"_s), true);
+        QVERIFY(ctl({u"health"_s, u"--json"_s}).out.contains("\"well\":true"));
         take({u"chat what time is it"_s, 0, u"^..+\n$"_s});
         QCOMPARE(ctl({u"chat"_s, u"-"_s}, "what time\nis it\n").status, 0);
         playSimulator(desk.home, {{u"service"_s, u"error"_s}});
@@ -260,8 +261,7 @@ private Q_SLOTS:
         desk.home.writeScript(u"bin/curl"_s, "while [ ! -e ~/go ]; do sleep 0.1; done");
         QProcess first;
         QByteArray shown;
-        first.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrellectl"_s,
-                    {u"setup"_s, u"voice"_s, u"--json"_s});
+        first.start(builtProgram(u"ostrellectl"_s), {u"setup"_s, u"voice"_s, u"--json"_s});
         constexpr int inTime = 25'000; // an answer without messages takes 30 s
         QTRY_VERIFY_WITH_TIMEOUT((shown += first.readAll()).contains("Downloading"), inTime);
         QVERIFY(ctl({u"setup"_s, u"serve"_s}).err.contains("something else is being set up"));

@@ -2,6 +2,7 @@
 #include "control/Unnamed.h"
 #include "ctl/Ctl.h"
 #include "platform/InstancePlaces.h"
+#include "support/Processes.h"
 #include "support/Rows.h"
 
 #include <QElapsedTimer>
@@ -156,8 +157,7 @@ private Q_SLOTS:
                                    patienceMilliseconds);
         };
         watch.setProcessChannelMode(QProcess::MergedChannels);
-        watch.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrellectl"_s,
-                    {u"status"_s, u"--watch"_s});
+        watch.start(builtProgram(u"ostrellectl"_s), {u"status"_s, u"--watch"_s});
         QVERIFY(hears("Ostrelle does not run\n"));
         QCOMPARE(inTerminal(u"ctl status --watch --json | head -n 1"_s, 80).out,
                  "{\"running\":false}\r\n"); // the rest is not read
@@ -217,8 +217,7 @@ private Q_SLOTS:
         QLocalServer server;
         QVERIFY(server.listen(instanceSocket()));
         QProcess chat;
-        chat.start(qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/ostrellectl"_s,
-                   {u"chat"_s, u"something"_s, u"private"_s});
+        chat.start(builtProgram(u"ostrellectl"_s), {u"chat"_s, u"something"_s, u"private"_s});
         QTRY_VERIFY(server.hasPendingConnections());
         QFile commandLine(u"/proc/%1/cmdline"_s.arg(chat.processId()));
         QVERIFY(commandLine.open(QIODevice::ReadOnly));
@@ -281,6 +280,7 @@ private Q_SLOTS:
         QVERIFY(inTerminal(u"LC_ALL=C ctl agents --json"_s, 80).out.contains("✨"));
         QCOMPARE(inTerminal(u"ctl status 2>&1 | head -n 1"_s, 80).out,
                  "ostrellectl: Ostrelle does not run\r\n");
+        QVERIFY(inTerminal(u"HOME=/ ctl status 2>&1"_s, 200).out.contains(", //.ostrelle/"));
         const QString full = u"(ctl --help || ctl completions zsh) >/dev/full || LC_ALL=C ctl ✓"_s;
         QVERIFY(inTerminal(full, 80).out.contains(
             " left on device\r\nostrellectl: The following argument was not expected: ok "));

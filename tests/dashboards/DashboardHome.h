@@ -1,6 +1,5 @@
 #pragma once
 
-#include "gateway/StandInGateway.h"
 #include "settings/OstrelleConfig.h"
 #include "support/ScratchHome.h"
 
@@ -21,16 +20,4 @@ public:
         write(QStringLiteral(".duskrell/duskrell.json"),
               R"({"gateway":{"auth":{"token":"secret"}}})");
     }
-};
-
-// The status server of another machine: an address of this one that is not known as such.
-class OtherMachine : public StandInGateway
-{
-public:
-    OtherMachine()
-        : StandInGateway(QHostAddress(QStringLiteral("127.94.18.7")), 18794)
-    {
-    }
-
-    static QString gatewayUrl() { return QStringLiteral("http://127.94.18.7:18789"); }
 };

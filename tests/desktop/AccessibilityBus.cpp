@@ -64,13 +64,15 @@ void AccessibilityBus::collect(const Control &parent, QList<Control> &found, int
         return;
     }
     for (Control control : children(parent)) {
-        control.states = states(control);
+        control.states =
+            qdbus_cast<QList<uint>>(ask(control, accessibleInterface, u"GetState"_s)).value(0);
         if (!control.isShowing()) {
             continue;
         }
-        control.role =
-            call(control, accessibleInterface, u"GetRoleName"_s).arguments().value(0).toString();
-        control.name = property(control, accessibleInterface, u"Name"_s).toString();
+        control.role = ask(control, accessibleInterface, u"GetRoleName"_s).toString();
+        const QVariant name = ask(control, u"org.freedesktop.DBus.Properties"_s, u"Get"_s,
+                                  {accessibleInterface, u"Name"_s});
+        control.name = name.value<QDBusVariant>().variant().toString();
         found.append(control);
         collect(control, found, depth + 1);
     }
@@ -104,80 +106,31 @@ std::optional<QRect> AccessibilityBus::waitFor(const QString &name, const QStrin
 
 QString AccessibilityBus::text(const Control &field) const
 {
-    return call(field, u"org.a11y.atspi.Text"_s, u"GetText"_s, {0, -1})
-        .arguments()
-        .value(0)
-        .toString();
-}
-
-QVariant AccessibilityBus::property(const Control &control, const QString &interface,
-                                    const QString &name) const
-{
-    return call(control, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {interface, name})
-        .arguments()
-        .value(0)
-        .value<QDBusVariant>()
-        .variant();
+    return ask(field, u"org.a11y.atspi.Text"_s, u"GetText"_s, {0, -1}).toString();
 }
 
 QList<AccessibilityBus::Control> AccessibilityBus::children(const Control &parent) const
 {
     QList<Control> found;
-    const QVariant answer =
-        call(parent, accessibleInterface, u"GetChildren"_s).arguments().value(0);
-    if (!answer.canConvert<QDBusArgument>()) {
-        return found;
+    const QVariant told = ask(parent, accessibleInterface, u"GetChildren"_s);
+    for (const auto &[service, path] : qdbus_cast<QList<QPair<QString, QDBusObjectPath>>>(told)) {
+        found.append({.role = {}, .name = {}, .service = service, .path = path.path()});
     }
-    const auto list = answer.value<QDBusArgument>();
-    list.beginArray();
-    while (!list.atEnd()) {
-        Control child;
-        QDBusObjectPath path;
-        list.beginStructure();
-        list >> child.service >> path;
-        list.endStructure();
-        child.path = path.path();
-        found.append(child);
-    }
-    list.endArray();
     return found;
-}
-
-uint AccessibilityBus::states(const Control &control) const
-{
-    const QVariant answer = call(control, accessibleInterface, u"GetState"_s).arguments().value(0);
-    QList<uint> words{0};
-    if (answer.canConvert<QDBusArgument>()) {
-        answer.value<QDBusArgument>() >> words;
-    }
-    return words.value(0);
 }
 
 QRect AccessibilityBus::place(const Control &control) const
 {
     constexpr uint onTheScreen = 0;
-    const QVariant answer =
-        call(control, u"org.a11y.atspi.Component"_s, u"GetExtents"_s, {onTheScreen})
-            .arguments()
-            .value(0);
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-    if (answer.canConvert<QDBusArgument>()) {
-        const auto extents = answer.value<QDBusArgument>();
-        extents.beginStructure();
-        extents >> x >> y >> width >> height;
-        extents.endStructure();
-    }
-    return {x, y, width, height};
+    return qdbus_cast<QRect>(
+        ask(control, u"org.a11y.atspi.Component"_s, u"GetExtents"_s, {onTheScreen}));
 }
 
-QDBusMessage AccessibilityBus::call(const Control &control, const QString &interface,
-                                    const QString &method, const QVariantList &arguments) const
+QVariant AccessibilityBus::ask(const Control &control, const QString &interface,
+                               const QString &method, const QVariantList &arguments) const
 {
     QDBusMessage message =
         QDBusMessage::createMethodCall(control.service, control.path, interface, method);
     message.setArguments(arguments);
-    return m_bus->call(message, QDBus::Block, 5000);
+    return m_bus->call(message, QDBus::Block, 5000).arguments().value(0);
 }

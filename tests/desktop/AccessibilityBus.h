@@ -44,12 +44,11 @@ public:
 
 private:
     void collect(const Control &parent, QList<Control> &found, int depth) const;
-    QVariant property(const Control &control, const QString &interface, const QString &name) const;
     QList<Control> children(const Control &parent) const;
-    uint states(const Control &control) const;
     QRect place(const Control &control) const;
-    QDBusMessage call(const Control &control, const QString &interface, const QString &method,
-                      const QVariantList &arguments = {}) const;
+    // The first of what the control answers; nothing where it is gone.
+    QVariant ask(const Control &control, const QString &interface, const QString &method,
+                 const QVariantList &arguments = {}) const;
 
     QProcess m_launcher;
     std::optional<QDBusConnection> m_bus;

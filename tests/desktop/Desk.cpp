@@ -64,7 +64,6 @@ Desk::Desk(qreal scale)
 {
     qputenv("QT_SCALE_FACTOR", QByteArray::number(scale));
     bus.startKeyring();
-    session.startTrayHost();
     program.emplace();
     if (const auto icon = XSession::waitForIcon()) {
         XSession::click(icon->center());

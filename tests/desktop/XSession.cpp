@@ -60,6 +60,9 @@ XSession::XSession()
     if (!QTest::qWaitFor(manages, patienceMilliseconds)) {
         qFatal("no window manager");
     }
+    m_trayHost.start(u"trayer"_s, {u"--edge"_s, u"top"_s, u"--align"_s, u"right"_s, u"--height"_s,
+                                   u"24"_s, u"--width"_s, u"10"_s});
+    m_trayHost.waitForStarted();
 }
 
 XSession::~XSession()
@@ -68,13 +71,6 @@ XSession::~XSession()
     endProcess(m_windowManager);
     endProcess(m_server);
     qunsetenv("DISPLAY");
-}
-
-void XSession::startTrayHost()
-{
-    m_trayHost.start(u"trayer"_s, {u"--edge"_s, u"top"_s, u"--align"_s, u"right"_s, u"--height"_s,
-                                   u"24"_s, u"--width"_s, u"10"_s});
-    m_trayHost.waitForStarted();
 }
 
 std::optional<QRect> XSession::icon()

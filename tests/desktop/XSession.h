@@ -6,8 +6,8 @@
 
 #include <optional>
 
-// An X server of the test's own with a window manager, and DISPLAY set to it, for as long as the
-// object lives. What is seen and done there is what a user sees and does.
+// An X server of the test's own with a window manager and a tray host, and DISPLAY set to it, for
+// as long as the object lives. What is seen and done there is what a user sees and does.
 class XSession
 {
 public:
@@ -15,8 +15,6 @@ public:
     ~XSession();
     XSession(const XSession &) = delete;
     XSession &operator=(const XSession &) = delete;
-
-    void startTrayHost();
 
     // Where the program's icon stands in the tray; nothing while it is not there.
     static std::optional<QRect> icon();

@@ -77,6 +77,7 @@ private Q_SLOTS:
         row("torn at the last moment", 60, "new");
         row("edited since then", 61, "torn");
         row("gone", -1, "new");
+        row("no file any more", -2, "");
     }
 
     void finishesWhatWasCutShort()
@@ -90,10 +91,14 @@ private Q_SLOTS:
         edited.setFileTime(draft.lastModified().addSecs(editedAfter), QFile::FileModificationTime);
         QFile::link(edited.fileName(), home.path(u"link"_s));
         QVERIFY(editedAfter >= 0 || edited.remove());
-        finishWriting(home.path(u"link"_s));
+        QVERIFY(editedAfter >= -1 || QDir().mkdir(edited.fileName()));
+        for (const rlim_t room : {rlim_t{1}, RLIM_INFINITY}) { // what has none waits
+            const FileSizeLimit limit(room);
+            finishWriting(home.path(u"link"_s));
+        }
         QTEST(home.read(u"target"_s), "content");
         QCOMPARE(printed.text().contains("Finished an interr"), home.read(u"target"_s) == "new");
-        QVERIFY(!home.exists(u"link.unfinished"_s));
+        QCOMPARE(home.exists(u"link.unfinished"_s), editedAfter < -1);
     }
 
     void writersTakeTurnsAndReadersSeeNoHalf()
@@ -154,6 +159,10 @@ private Q_SLOTS:
         QCOMPARE(home.read(u"entry"_s), entryOf(namedThen));
         QVERIFY(item.enable());
         QCOMPARE(home.read(u"entry"_s), entryOf(u"a \"$`\\% b/ostrelle"_s));
+        for (const char *off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
+            home.write(u"entry"_s, entryOf(u"a \"$`\\% b/ostrelle"_s) + off);
+            QVERIFY(!item.isEnabled()); // the desktop has switched it off
+        }
         QVERIFY(item.disable() && !home.exists(u"entry"_s) && item.disable());
         QVERIFY(!LoginItem(home.path(u"build"_s), {}).disable()); // a folder
     }
@@ -163,7 +172,6 @@ private Q_SLOTS:
         const Rows<QString, FileProblem::Kind> row("path", "kind");
         row("pipe without a writer", u"pipe"_s, FileProblem::Kind::NotRegular);
         row("directory", u"."_s, FileProblem::Kind::NotRegular);
-        row("device", u"/dev/zero"_s, FileProblem::Kind::NotRegular);
         row("missing", u"missing"_s, FileProblem::Kind::Missing);
         row("below a file", u"large/below"_s, FileProblem::Kind::Missing);
         row("too large", u"large"_s, FileProblem::Kind::TooLarge);

@@ -44,7 +44,6 @@ private Q_SLOTS:
         row("no file", {});
         row("saved that is no list", with(minimal, ":1\"}", ":1\",\"saved\":{}}"));
         row("enabled as a number", with(minimal, "true", "1"));
-        row("without ports", with(minimal, "\"ports\"", "\"port\""));
         row("not UTF-8", with(minimal, "/venv", "\xff\xfe"));
         row("nested beyond reason", QByteArray(100000, '['));
         row("port as text", with(minimal, "\"status\":1", "\"status\":\"1\""));

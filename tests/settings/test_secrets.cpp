@@ -156,6 +156,9 @@ private Q_SLOTS:
         m_keyring = &m_session->startKeyring();
         m_home.write(keptIn, "broken {");
         QVERIFY(m_preferred.write(account, "where no file is needed"));
+        QVERIFY(SecretFile(m_home.path(keptIn)).write(account, "kept"));
+        QCOMPARE(outcome(m_preferred.read(account)), u"\"kept\""_s);
+        QTRY_COMPARE(outcome(m_service.read(account)), u"\"kept\""_s);
         for (int i = 0; i < 30; ++i) {
             const QByteArray newer = "new " + QByteArray::number(i);
             QVERIFY(SecretFile(m_home.path(keptIn)).write(account, "old"));

@@ -65,12 +65,13 @@ private Q_SLOTS:
     {
         OstrelleConfig config = OstrelleConfig::defaults();
         QCOMPARE(config.resolveToken(*m_tokens), u""_s);
-        for (const char *content :
-             {R"({"gateway":{"auth":{"token":"G"})", R"({"gateway":{"auth":{"token":5}}})"}) {
+        const QByteArray known = R"({"gateway":{"auth":{"token":"G"}}})";
+        for (const QByteArray &content : {known.chopped(1), QByteArray(known).replace("\"G\"", "5"),
+                                          QByteArray(17'000'000, ' ') + known}) {
             m_home->write(u".duskrell/duskrell.json"_s, content);
             QCOMPARE(config.resolveToken(*m_tokens), u""_s);
         }
-        m_home->write(u".duskrell/duskrell.json"_s, R"({"gateway":{"auth":{"token":"G"}}})");
+        m_home->write(u".duskrell/duskrell.json"_s, known);
         config.gateway.token = u""_s;
         QCOMPARE(config.resolveToken(*m_tokens), u"G"_s);
         config.gateway.token = u"C"_s;

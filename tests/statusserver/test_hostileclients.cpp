@@ -250,6 +250,7 @@ private Q_SLOTS:
         RawClient later(fixture.server->port());
         QVERIFY(later.send("GET /health HTTP/1.1\r\n\r\n"));
         QCOMPARE(later.readAll().value_or("broken"), healthy); // the silent one has made way
+        QCOMPARE(printed.text(), complaint + complaint);       // all were accepted in between
     }
 
     void endWhileServing()

@@ -103,8 +103,3 @@ void PrivateSession::freeze(bool isFrozen)
 {
     ::kill(static_cast<pid_t>(m_processes.front()->processId()), isFrozen ? SIGSTOP : SIGCONT);
 }
-
-void PrivateSession::endBus()
-{
-    endProcess(*m_processes.front());
-}

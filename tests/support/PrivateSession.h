@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Processes.h"
+
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -31,7 +33,7 @@ public:
     void freeze(bool isFrozen);
 
     // Ends the bus itself, as a crash of the session would.
-    void endBus();
+    void endBus() { endProcess(*m_processes.front()); }
 
 private:
     QProcess &start(const QString &program, const QStringList &arguments);

@@ -44,6 +44,12 @@ inline QByteArray outputOf(const QString &program, const QStringList &arguments)
     return process.readAllStandardOutput();
 }
 
+// One of the programs that were built.
+inline QString builtProgram(const QString &name)
+{
+    return qEnvironmentVariable("OSTRELLE_BINARY_DIR") + QLatin1Char('/') + name;
+}
+
 // Of this process.
 inline qsizetype openDescriptors()
 {

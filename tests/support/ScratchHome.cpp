@@ -49,11 +49,6 @@ QByteArray ScratchHome::read(const QString &relative) const
     return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
 }
 
-bool ScratchHome::exists(const QString &relative) const
-{
-    return QFileInfo::exists(path(relative));
-}
-
 QString ScratchHome::writeScript(const QString &relative, const QByteArray &body) const
 {
     // Another file of that name: one that is being started cannot be written to.
@@ -81,9 +76,4 @@ void ScratchHome::storeToken(const QString &token, const QString &key) const
 {
     ostrelle::PreferredSecretStore store(secretsFile());
     static_cast<void>(ostrelle::KeychainHelper::saveToken(store, token, key));
-}
-
-QString ScratchHome::secretsFile() const
-{
-    return path(QStringLiteral(".ostrelle/secrets.json"));
 }

@@ -3,6 +3,7 @@
 #include "settings/Settings.h"
 
 #include <QByteArray>
+#include <QFileInfo>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -25,7 +26,7 @@ public:
     // A file's content; null when it cannot be read.
     QByteArray read(const QString &relative) const;
 
-    bool exists(const QString &relative) const;
+    bool exists(const QString &relative) const { return QFileInfo::exists(path(relative)); }
 
     // Writes an executable shell script below the home; `body` follows "#!/bin/sh".
     QString writeScript(const QString &relative, const QByteArray &body) const;
@@ -38,7 +39,7 @@ public:
     void storeToken(const QString &token, const QString &key) const;
 
 private:
-    QString secretsFile() const;
+    QString secretsFile() const { return path(QStringLiteral(".ostrelle/secrets.json")); }
 
     QTemporaryDir m_directory;
 };

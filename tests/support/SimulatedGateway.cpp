@@ -1,6 +1,7 @@
 #include "support/SimulatedGateway.h"
 
 #include "support/Patience.h"
+#include "support/Processes.h"
 
 #include <QJsonDocument>
 
@@ -8,21 +9,11 @@
 
 using namespace Qt::StringLiterals;
 
-namespace
-{
-
-QString simulatorProgram()
-{
-    return qEnvironmentVariable("OSTRELLE_BINARY_DIR") + u"/duskrell"_s;
-}
-
-} // namespace
-
 SimulatedGateway::SimulatedGateway(const ScratchHome &home)
     : m_home(home)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(simulatorProgram(), {u"serve"_s, u"--port"_s, u"0"_s});
+    m_process.start(builtProgram(u"duskrell"_s), {u"serve"_s, u"--port"_s, u"0"_s});
     while (!m_process.canReadLine()) {
         if (!m_process.waitForReadyRead(patienceMilliseconds)) {
             qFatal("the gateway simulator does not start");
@@ -35,11 +26,6 @@ SimulatedGateway::~SimulatedGateway()
 {
     m_process.terminate();
     m_process.waitForFinished();
-}
-
-QString SimulatedGateway::url() const
-{
-    return u"http://127.0.0.1:%1"_s.arg(m_port);
 }
 
 QByteArray SimulatedGateway::token() const

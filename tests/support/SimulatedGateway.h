@@ -17,7 +17,7 @@ public:
     SimulatedGateway &operator=(const SimulatedGateway &) = delete;
 
     quint16 port() const { return m_port; }
-    QString url() const;
+    QString url() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
     QByteArray token() const;
 
     // Whether somebody has asked for that path since settings had "record" on.

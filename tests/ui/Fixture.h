@@ -24,8 +24,7 @@ class Fixture : public QObject
     Q_PROPERTY(ostrelle::TailscalePeersModel *peers READ peers NOTIFY madeAnew)
 
 public:
-    Fixture();
-    ~Fixture() override;
+    Fixture() { reset(); }
 
     // A new home with nothing in it but a configuration, and nobody who answers.
     Q_INVOKABLE void reset();
@@ -68,7 +67,7 @@ public:
     Q_INVOKABLE void storeToken(const QString &token, const QString &key) const;
 
     // A file below the home, for what a test wants to save there.
-    Q_INVOKABLE QString path(const QString &relative) const;
+    Q_INVOKABLE QString path(const QString &relative) const { return m_home->path(relative); }
     // What a scanner reads from an image.
     Q_INVOKABLE static QString scan(const QString &image);
 

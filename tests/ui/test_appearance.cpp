@@ -49,7 +49,10 @@ private Q_SLOTS:
                   {u"font-name"_s, u"Sans"_s},
                   {u"text-scaling-factor"_s, 0.0}}}},
                false, 1);
-        portal("beyond reason", {{gnome, {{u"text-scaling-factor"_s, 40.0}}}}, true, 4);
+        portal("beyond reason, with quick animations",
+               {{gnome, {{u"text-scaling-factor"_s, 40.0}}},
+                {u"org.kde.kdeglobals.KDE"_s, {{u"AnimationDurationFactor"_s, u"0.5"_s}}}},
+               true, 4);
         row("GTK alone", u"org.gtk.Settings"_s, QVariant::fromValue(QDBusVariant(false)), false, 1);
     }
 

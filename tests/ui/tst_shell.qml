@@ -171,8 +171,10 @@ ViewTest {
         fixture.openPanel(Qt.rect(0, 0, 0, 0)); // as a window
         tryVerify(() => window.active && root.visible && root.active && root.framed && window.height === 700);
         fixture.openPanel(Qt.rect(100, 200, 300, 400));
+        let stays; // the end of the earlier focus alone does not close it
+        window.activeChanged.connect(() => stays = stays ?? window.visible);
         Window.window.requestActivate(); // before it has had the focus
-        tryVerify(() => !window.visible);
+        tryVerify(() => !window.visible && stays);
         fixture.openPanel(Qt.rect(0, 0, 0, 0));
         root.closeRequested();
         verify(!window.visible);

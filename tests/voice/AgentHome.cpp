@@ -1,17 +1,9 @@
 #include "voice/AgentHome.h"
 
-#include "support/DemoVoiceAgent.h"
 #include "support/Patience.h"
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
-
-void AgentHome::installDemoAgent() const
-{
-    OstrelleConfig config = OstrelleConfig::defaults();
-    config.ports.voiceAgent = installDemoVoiceAgent(*this);
-    config.save();
-}
 
 void AgentHome::installScript(const QByteArray &body) const
 {

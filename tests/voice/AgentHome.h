@@ -11,9 +11,6 @@
 class AgentHome : public ScratchHome
 {
 public:
-    // The demo agent on a free port.
-    void installDemoAgent() const;
-
     // A shell script in place of Python.
     void installScript(const QByteArray &body) const;
 

@@ -1,5 +1,6 @@
 #include "core/BackgroundWork.h"
 #include "settings/SettingsQueues.h"
+#include "support/DemoVoiceAgent.h"
 #include "support/Patience.h"
 #include "support/Rows.h"
 #include "voice/AgentHome.h"
@@ -44,7 +45,9 @@ private Q_SLOTS:
     void runsAgent()
     {
         const AgentHome home;
-        home.installDemoAgent();
+        OstrelleConfig config = OstrelleConfig::defaults();
+        config.ports.voiceAgent = installDemoVoiceAgent(home);
+        config.save();
         const QString log = home.write(u"agent.log"_s, "of an earlier run\n");
         QVERIFY(QFile::setPermissions(log, QFile::Permissions(0x6644)));
         ManualTime time; // no restart after a crash
