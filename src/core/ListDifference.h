@@ -28,7 +28,7 @@ struct ListDifference {
     QList<Range> insertions; // from the start to the end
 
     // Absent when more than `maxSteps` removals, moves and insertions would be needed. Takes O(n
-    // log n) time, however different the lists are.
+    // log n) time, and O(n) for each move.
     static std::optional<ListDifference> between(const QStringList &before,
                                                  const QStringList &after, qsizetype maxSteps);
 };

@@ -19,7 +19,8 @@ QString instanceSocket();
 // Where the running program may listen, the likeliest place first. Makes nothing.
 QStringList instanceSockets();
 
-// What the lock says; in another session it may be in another directory than ours would be.
+// What the lock says, which in another session may be in another directory than ours would be;
+// instanceSocket() where it says nothing. Reads the disk.
 QString socketToldBy(const QString &lockFile);
 
 // Whether a process of this user is at the other end of the local socket.

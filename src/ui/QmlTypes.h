@@ -27,6 +27,13 @@ struct GatewayViewModelType {
     QML_UNCREATABLE("made by the program")
 };
 
+struct GatewaySettingsType {
+    Q_GADGET
+    QML_FOREIGN(ostrelle::GatewaySettings)
+    QML_NAMED_ELEMENT(GatewaySettings)
+    QML_UNCREATABLE("made by the program")
+};
+
 struct ServiceManagerType {
     Q_GADGET
     QML_FOREIGN(ostrelle::ServiceManager)
@@ -97,13 +104,6 @@ struct GatewayProfilesType {
     Q_GADGET
     QML_FOREIGN(ostrelle::GatewayProfiles)
     QML_NAMED_ELEMENT(GatewayProfiles)
-    QML_UNCREATABLE("made by SettingsModels")
-};
-
-struct GatewaySettingsType {
-    Q_GADGET
-    QML_FOREIGN(ostrelle::GatewaySettings)
-    QML_NAMED_ELEMENT(GatewaySettings)
     QML_UNCREATABLE("made by SettingsModels")
 };
 
