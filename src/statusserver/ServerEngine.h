@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/AbandonableThread.h"
 #include "settings/OstrelleConfig.h"
-#include "statusserver/AbandonableThread.h"
 #include "statusserver/Acceptor.h"
 #include "statusserver/ClientService.h"
 #include "statusserver/ServerLimits.h"

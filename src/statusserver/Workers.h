@@ -1,6 +1,6 @@
 #pragma once
 
-#include "statusserver/AbandonableThread.h"
+#include "platform/AbandonableThread.h"
 
 #include <asio/io_context.hpp>
 #include <memory>

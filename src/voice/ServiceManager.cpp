@@ -3,6 +3,7 @@
 #include "core/BackgroundWork.h"
 #include "core/LegacyAgent.h"
 #include "core/WhenDone.h"
+#include "platform/AbandonableThread.h"
 #include "platform/Log.h"
 #include "platform/PrivateLog.h"
 #include "settings/SettingsQueues.h"
@@ -14,6 +15,7 @@
 #include <QtConcurrentRun>
 
 #include <ctime>
+#include <system_error>
 #include <utility>
 
 namespace ostrelle
@@ -27,6 +29,7 @@ namespace
 
 constexpr auto terminationGrace = 3s;
 constexpr int momentToDie = 200;     // in milliseconds, after a KILL
+constexpr auto diskPatience = 200ms; // at the end, which must not take a second
 constexpr auto crashSeriesGap = 60s; // longer without a crash, and the series is over
 constexpr auto longestRestartDelay = 30s;
 
@@ -263,7 +266,13 @@ void ServiceManager::forget(const QProcess *process)
 
 void ServiceManager::killFromPidFile()
 {
-    ostrelle::killFromPidFile(pidFile());
+    const auto deadline = std::chrono::steady_clock::now() + diskPatience;
+    const auto kill = [file = pidFile()] { ostrelle::killFromPidFile(file); };
+    try {
+        AbandonableThread(kill).finishUntil(deadline);
+    } catch (const std::system_error &) {
+        kill(); // there is no thread to be had
+    }
 }
 
 void ServiceManager::killRemaining()

@@ -1,6 +1,6 @@
 #include "core/BackgroundWork.h"
+#include "platform/AbandonableThread.h"
 #include "platform/ProcessSetup.h"
-#include "statusserver/AbandonableThread.h"
 #include "statusserver/FileVersion.h"
 #include "statusserver/ServerFixture.h"
 #include "support/Patience.h"

@@ -235,6 +235,26 @@ def agent_on_a_hanging_disk():
 
 
 @row(seconds=40)
+def hanging_disk_at_the_end():
+    """Every system call on the agent's PID file takes 20 s, and the program is told to end.
+
+    It and the agent are gone within a moment.
+    """
+    home = home_with_agent("exec sleep 1000")
+    program = Program(home).listens()
+    require(wait_for(lambda: numbers(home) and home.file(".ostrelle/voice-agent.pid").exists(), 10), "No agent")
+    spawn(hold_calls_on(home.file(".ostrelle/voice-agent.pid"), 20, program))
+    time.sleep(1)
+    program.process.terminate()
+    began = time.monotonic()
+    # Who delays a call keeps its thread until that is over; what the program itself is, is a zombie before.
+    require(wait_for(lambda: not is_alive(program.pid), MOMENT), "It did not end in time")
+    took = time.monotonic() - began
+    require(wait_for(lambda: not is_alive(numbers(home)[0]), 2), "The agent lives on")
+    return f"It ended {took:.1f} s after TERM, and the agent with it."
+
+
+@row(seconds=40)
 def agent_without_python():
     """The agent's Python is missing, is no program, is a folder, or a link that leads nowhere.
 

@@ -1,4 +1,4 @@
-#include "statusserver/AbandonableThread.h"
+#include "platform/AbandonableThread.h"
 
 namespace ostrelle
 {
