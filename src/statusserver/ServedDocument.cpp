@@ -87,7 +87,6 @@ void ServedDocument::finish(std::optional<LoadedDocument> loaded)
 {
     auto served = std::exchange(m_servedNext, {});
     m_reads = false;
-    m_version.reset(); // until there is an answer of that version
     const auto version = loaded ? loaded->version : std::nullopt;
     const SharedResponse answer =
         m_memory.keep(loaded ? std::move(loaded->response) : missingDocument());

@@ -1,5 +1,7 @@
 #include "core/DesktopOpen.h"
 #include "core/NotificationManager.h"
+#include "core/OneLine.h"
+#include "platform/Terminal.h"
 #include "support/Patience.h"
 #include "support/PrivateSession.h"
 #include "support/ScratchHome.h"
@@ -38,9 +40,12 @@ private Q_SLOTS:
         qputenv("PATH", home.path(u"bin"_s).toLocal8Bit()); // no xdg-open there
         openWithDesktop(u"/tmp/a.log"_s);
         QTRY_VERIFY_WITH_TIMEOUT(
-            (shown += daemon.readAll()).contains("can open /tmp/a.log: install xdg-utils"),
+            (shown += daemon.readAll()).contains("body: 'Nothing here can open /tmp/a.log: "),
             patienceMilliseconds);
+        QVERIFY(!openInTerminal(u"/tmp/a.sh"_s)); // nor a terminal
     }
+
+    void cutsOnlyWhatIsLonger() { QCOMPARE(oneLine(QString(100, u'x')), QString(100, u'x')); }
 };
 
 QTEST_GUILESS_MAIN(TestNotifications)

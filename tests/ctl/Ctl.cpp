@@ -44,12 +44,12 @@ CtlHome::CtlHome()
     write(
         u".ostrelle/ostrelle-agent-tracker.json"_s,
         R"({"agents":{"scout":{"status":"busy","progressText":"1 of 2","parent":"main","model":"m",
-              "detail":"reads \u001b[31m\u202a\u202e\u2066\u2069\u200e\u200fthe news"}}})");
+              "detail":"r\u0301eads \u001b[31m\u202a\u202e\u2066\u2069\u200e\u200fthe news"}}})");
     write(u".ostrelle/ostrelle-project-tracker.json"_s,
           R"({"version":1,"updated":"now","projects":[{"id":"p","name":"Attic",
               "description":"tidy","status":"green","progress":40,"workstreams":[
               {"id":"w","name":"Boxes","status":"red","progress":7,"note":"all"},
-              {"id":"v","name":"Shelf","status":"red","progress":0}]}]})");
+              {"id":"v","name":"Shelf","status":"red","progress":10}]}]})");
     write(u".ostrelle/ostrelle-cron-tracker.json"_s,
           R"({"version":1,"updated":"now","jobs":[{"id":"1","name":"Nightly",
               "schedule":"every 1d","status":"green","enabled":false,

@@ -165,7 +165,11 @@ private Q_SLOTS:
         writeUnlessNull(home, u"cron"_s, file);
         CronViewModel model(home.settings());
         QTRY_VERIFY(!model.isLoading());
-        QTEST(model.jobCount(), "jobs");
+        const QAbstractItemModelTester tester(model.jobList());
+        writeUnlessNull(home, u"cron"_s, QByteArray(file).replace("idle", "blue")); // the same ids
+        model.load();
+        QTRY_VERIFY(!model.isLoading());
+        QTEST(model.jobList()->rowCount(), "jobs");
         QTEST(model.activeJobCount(), "active");
         QCOMPARE(model.lastUpdatedText(), model.jobCount() > 0 ? u"now"_s : QString());
         QTEST(model.errorMessage(), "error");

@@ -34,8 +34,8 @@ private Q_SLOTS:
         whole("bare line feeds", "HTTP/1.0 200 OK\ncontent-length:  000000000000002 \n\nab", 200,
               "ab");
         whole("chunks of many lines",
-              chunked + ("1;" + QByteArray(4096, 'x') + "\r\na\r\n").repeated(16) + "0\r\n\r\n",
-              200, QByteArray(16, 'a'));
+              chunked + ("1;" + QByteArray(4096, 'x') + "\r\na\r\n").repeated(20) + "0\r\n\r\n",
+              200, QByteArray(20, 'a'));
         whole("no reason", "HTTP/1.1 204\r\nContent-Length: 5\r\n\r\n", 204, "");
         whole("chunks", chunked + "3;x=y\r\nabc\r\n0A\r\n0123456789\r\n0\r\nT: t\r\n\r\n", 200,
               "abc0123456789");
@@ -43,13 +43,14 @@ private Q_SLOTS:
               "HTTP/1.1 100 Continue\r\nContent-Length: 9\r\n"
               "Transfer-Encoding: chunked\r\n\r\nHTTP/1.1 500 X\r\n\r\nx",
               500, "x");
-        whole("up to the end", ok + "\r\nab\n", 200, "ab\n");
-        whole("longer than wanted", StandInGateway::response(200, QByteArray(30, 'x')), 200,
-              QByteArray(20, 'x'));
-        malformed("not HTTP", "SSH-2.0-x\r\n" + ok + "\r\n");
+        whole("up to the end", ok + "X:\r\n\r\nab\n", 200, "ab\n");
+        whole("longer than wanted", StandInGateway::response(200, QByteArray(30, 'y')), 200,
+              QByteArray(20, 'y'));
+        malformed("not HTTP", "SSH-2.0-x200\r\n\r\n" + ok + "\r\n");
+        malformed("status below all", "HTTP/1.1 099 X\r\n\r\n" + ok + "\r\n");
         malformed("header without a colon", ok + "abc\r\n" + ok + "\r\n");
         malformed("header without a name", ok + ": x\r\n\r\n");
-        malformed("negative length", ok + "Content-Length: -1\r\n\r\n");
+        malformed("negative length", chunked + "-1\r\n\r\n0\r\n\r\n");
         malformed("length beyond reason", ok + "Content-Length: 99999999999999999999\r\n\r\n");
         malformed("chunk without a size", chunked + "\r\n" + ok + "\r\n");
         malformed("chunk longer than its size", chunked + "1\r\nab\r\n" + ok + "\r\n");
@@ -62,22 +63,21 @@ private Q_SLOTS:
         QFETCH(QByteArray, response);
         QFETCH(int, status);
         QFETCH(QByteArray, body);
-        const qsizetype step =
-            1 + response.size() / 1000 * 100; // a long one is cut at a few places
+        const qsizetype step = 1 + response.size() / 1000 * 100; // a long one is cut at few places
         for (qsizetype cut = 0; cut < response.size(); cut += step) {
             HttpResponseReader reader(20);
             State state = reader.feed(response.first(cut));
             if (state == State::Reading) {
                 state = reader.feed(response.sliced(cut));
             }
-            if (state == State::Reading) {
+            if (state == State::Reading && response.size() < 60'000) { // a long one needs no end
                 state = reader.close();
             }
             QCOMPARE(state, status == 0 ? State::Malformed : State::Complete);
             if (status != 0) {
                 QCOMPARE(reader.answer().status, status);
                 QCOMPARE(reader.answer().body, body);
-                QCOMPARE(reader.answer().complete, body.size() < 20);
+                QCOMPARE(reader.answer().complete, !body.contains('y'));
             }
         }
     }
@@ -85,13 +85,13 @@ private Q_SLOTS:
     void followsRedirectsWithinTheOrigin()
     {
         StandInGateway gateway;
-        gateway.answer("/b?c=d", "HTTP/1.0 200 OK\r\n\r\nthere");
+        gateway.answer("/b?c=d", "HTTP/1.0 200 OK\r\nLocation: /\r\n\r\nthere");
         const QByteArray head = " /b?c=d HTTP/1.1\r\nHost: " + gateway.url().mid(7).toLatin1() +
                                 "\r\nUser-Agent: Ostrelle\r\nAccept: */*\r\n"
                                 "Connection: close\r\nAuthorization: t\r\n";
         for (const int status : {301, 302, 303, 307, 308}) {
             gateway.answer("/a", StandInGateway::response(status, {}, "Location: b?c=d\r\n"));
-            QCOMPARE(ask(gateway.url() + u"/a"_s, "posted")->body, "there");
+            QCOMPARE(ask(gateway.url().insert(7, u"me@"_s) + u"/a"_s, "posted")->body, "there");
             QCOMPARE(gateway.requests("/b?c=d").last(),
                      status < 304 ? "GET" + head + "\r\n"
                                   : "POST" + head + "Content-Length: 6\r\n\r\nposted");
@@ -153,7 +153,7 @@ private Q_SLOTS:
         // An address of this machine that is not known as such.
         const auto answer = ask(gateway.url().replace(u"127.0.0.1"_s, u"0.0.0.0"_s));
         QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
-        QVERIFY(answer && answer->status == 404);
+        QVERIFY(answer && answer->status == 404 && !ask(u"ftp"_s + gateway.url().mid(4)));
         QCOMPARE(gateway.requestCount(), 1);
         QCOMPARE(proxy.requestCount(), 0);
     }

@@ -66,11 +66,12 @@ private Q_SLOTS:
         for (int i = 0; i < 50; ++i) {
             monitor->pollHealth();
         }
-        QTRY_VERIFY(m_gateway->requestCount() > 0);
+        QTRY_VERIFY(m_gateway->requests(healthPath).size() >= 24);
         StandInGateway other;
         other.answer(healthPath, ok);
         monitor->setGatewayURL(other.url());
         QTRY_COMPARE(m_gateway->clientCount(), 0);
+        QCOMPARE(m_gateway->requests(healthPath).size(), 24);
         monitor->pollHealth();
         QTRY_VERIFY(monitor->gatewayOnline());
     }

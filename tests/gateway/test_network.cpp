@@ -27,9 +27,11 @@ private Q_SLOTS:
     void findsTheToolWhereUsersHaveIt()
     {
         const TailscalePlaces nowhere{.tools = {}, .application = {}, .applicationTool = {}};
-        m_home.writeScript(u".local/bin/tailscale"_s, {});
+        m_home.writeScript(u".nvm/versions/node/v10.1.0/bin/tailscale"_s, {});
+        m_home.writeScript(u".nvm/versions/node/v20.0.0/bin/tailscale"_s, {});
         QVERIFY(NetworkHelpers::isTailscaleInstalled(nowhere));
-        QVERIFY(NetworkHelpers::tailscaleCLI(nowhere).endsWith("/bin/tailscale"_L1));
+        const QString tool = NetworkHelpers::tailscaleCLI(nowhere);
+        QVERIFY(tool.endsWith("/bin/tailscale"_L1) && !tool.contains("/v10"_L1)); // the newest
     }
 
     void readsAddressAndServeLine_data()
@@ -58,7 +60,7 @@ private Q_SLOTS:
         const QByteArray on = R"({"Online":true,)";
 
         row("not logged in", "Logged out.\n", {}, {});
-        row("no dot", R"({"Self":{"DNSName":"a.ts.net"}})", u"a.ts.net"_s, {});
+        row("no dot, twice", R"({"Self":{"DNSName":"b","DNSName":"a.ts.net"}})", u"a.ts.net"_s, {});
         row("two dots", R"({"Self":{"DNSName":"a.."}})", u"a."_s, {});
         row("nameless, peers in a list", R"({"Self":{"DNSName":"."},"Peer":[]})", {}, {});
         row("in document order, odd ones left out",

@@ -40,6 +40,7 @@ private Q_SLOTS:
             *m_settings, GatewaySurroundings{.tailscale = m_tailscale, .pollInterval = 24h});
         m_inUse = std::make_unique<GatewayInUse>(*m_settings, m_gateway.get());
         m_profiles = std::make_unique<GatewayProfiles>(*m_settings, m_gateway.get(), m_inUse.get());
+        QCOMPARE(m_profiles->activeGatewayName(), u"Here"_s); // at once
         QTRY_VERIFY(m_profiles->isRead());
     }
 
@@ -81,6 +82,7 @@ private Q_SLOTS:
         profile.isMagicDNS.reset();
         QCOMPARE(names.profileDisplayName(profile), url == local ? u"box"_s : u"Odd.Name#2"_s);
         QCOMPARE(names.profileDisplayURL(profile), url == local ? own : url);
+        QCOMPARE(names.profileDisplayName({.name = u"ftp://a:b@c"_s, .url = own}), u"ftp://a@c"_s);
     }
 
     void adoptsPairedGateways_data()
@@ -171,6 +173,7 @@ private Q_SLOTS:
         row("http://box\\@far", AddressProblem::Characters);
         row("http://box\r\nX: y", AddressProblem::Characters);
         row("http://box\u202e", AddressProblem::Characters);
+        row("http://box\u2028", AddressProblem::Characters);
         row("javascript:x", AddressProblem::Scheme);
         row(" http://box", AddressProblem::Scheme);
         row("http:///x", AddressProblem::NoHost);
@@ -216,7 +219,7 @@ private Q_SLOTS:
         QCOMPARE(m_profiles->profileTokenProblem(), QString());
         QDir(m_home->path(u".ostrelle/secrets.json"_s)).removeRecursively();
         m_profiles->saveProfileToken();
-        QTRY_COMPARE(m_profiles->editingProfileId(), QString());
+        QTRY_COMPARE(m_profiles->editingProfileId() + m_profiles->profileTokenInput(), QString());
         QCOMPARE(m_home->storedToken(remote), u"again"_s);
         m_profiles->setTokenInput(u"another"_s);
         QCOMPARE(m_profiles->tokenProblem(), QString());
@@ -233,8 +236,8 @@ private Q_SLOTS:
 
         // What has been stored elsewhere is seen after a reset, however that ends, and a change.
         const auto far = m_profiles->saved()->index(1);
-        m_home->storeToken(u"elsewhere"_s, remote);
         m_gateway->resetGatewayToken();
+        m_home->storeToken(u"elsewhere"_s, remote);
         QTRY_COMPARE(far.data(SavedGatewaysModel::TokenTailRole), u"here"_s);
         m_home->storeToken(u"since"_s, remote);
         m_profiles->addGateway({.name = u"New"_s, .url = u"http://new"_s});
@@ -312,9 +315,11 @@ private Q_SLOTS:
         QCOMPARE(m_profiles->activeGatewayURL(), u"https://box.t.ts.net"_s);
         QCOMPARE(m_profiles->saved()->index(0).data(SavedGatewaysModel::NameRole), u"box"_s);
         const QSignalSpy changed(&pairing, &GatewayPairing::qrCodeChanged);
-        m_profiles->switchGateway({.name = u"Far"_s, .url = remote});
-        now.replace("box.t", "far.t");
+        const QString own = u"https://box.t.ts.net/x"_s;
+        m_profiles->switchGateway({.name = u"Own"_s, .url = own});
+        now.replace("ts.net", "ts.net%2Fx");
         QTRY_COMPARE(pairing.qrCode(), QrCode::encode(now).value());
+        QCOMPARE(m_settings->tokens->tokenFor(own), u"t2"_s);
         QVERIFY(changed.size() > 1); // it was hidden: nobody scans the one before meanwhile
         pairing.setShowQR(false);
         QVERIFY(pairing.qrCode().isEmpty());

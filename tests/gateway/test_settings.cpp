@@ -101,6 +101,7 @@ private Q_SLOTS:
     // Where no search path leads, and run by what stands beside it.
     void findsTheToolOfNpm()
     {
+        QVERIFY(!disableProjectTracking({}));
         m_home->writeScript(u".npm-global/bin/duskrell"_s, "exec beside");
         m_home->writeScript(u".npm-global/bin/beside"_s, R"(echo '{"jobs":[]}')");
         QVERIFY(disableProjectTracking({}).has_value());

@@ -48,9 +48,9 @@ private Q_SLOTS:
     void collectsOutput_data()
     {
         const Rows<QString, Capture, QByteArray> row("script", "capture", "output");
-        row("standard error", u"echo out; echo err >&2"_s, Capture::StandardError, "err\n");
+        row("standard error", u"seq 99999; echo err >&2"_s, Capture::StandardError, "err\n");
         row("merged", u"echo out; echo err >&2"_s, Capture::Merged, "out\nerr\n");
-        row("asks for input", u"cat; echo out"_s, Capture::StandardOutput, "out\n");
+        row("asks for input", u"cat; seq 99999 >&2; echo out"_s, Capture::StandardOutput, "out\n");
         row("nothing", u"echo out; echo err >&2"_s, Capture::Nothing, {});
         row("more than a pipe holds", u"head -c 300000 /dev/zero"_s, Capture::StandardOutput,
             QByteArray(300000, '\0'));
@@ -136,10 +136,10 @@ private Q_SLOTS:
     void killsWhatHoldsTheOutput_data()
     {
         const Rows<QString, bool, bool> row("script", "killLeftovers", "lives");
-        row("holds it", u"sleep 60 & echo $!"_s, true, false);
+        row("holds it", u"sleep 600 & echo $!"_s, true, false);
         row("holds it, which is nobody's concern", u"sleep 60 & echo $!"_s, false, true);
         row("holds it in a session of its own",
-            u"setsid -f sh -c 'echo $$; : >~/told; exec sleep 60';"
+            u"setsid -f sh -c 'echo $$; : >~/told; exec sleep 600';"
             " until test -e ~/told; do sleep 0.01; done"_s,
             true, false);
         row("a service", u"sleep 60 >/dev/null & echo $!"_s, true, true);

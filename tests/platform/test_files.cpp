@@ -42,8 +42,7 @@ private Q_SLOTS:
         const QByteArray before(5000, 'o');
         QVERIFY(QDir(home.path()).mkdir(u"folder"_s));
         const FileSizeLimit limit(8000);
-        const QStringList files{u"file"_s,
-                                QString(250, u'l')}; // the longer one with none beside it
+        const QStringList files{u"file"_s, QString(250, u'l')}; // and none beside the longer one
         for (const QString &file : files) {
             const auto written = writeInPlace(home.write(file, before), QByteArray(20000, 'n'));
             QVERIFY(!written && written.error().kind == FileProblem::Kind::Failed);
@@ -68,6 +67,7 @@ private Q_SLOTS:
         QCOMPARE(attributes.st_mode & 07777, 0700U);
         QVERIFY(QDir().rmdir(folder) && QFile::link(home.path(), folder));
         QVERIFY(!privateHomeDirectory()); // the folder of somebody else, for all we know
+        QVERIFY(qputenv("HOME", "/dev/null") && !privateHomeDirectory());
     }
 
     void finishesWhatWasCutShort_data()
@@ -131,7 +131,8 @@ private Q_SLOTS:
         row("moved", u"gone/ostrelle"_s, installed, false, installed);
         row("of a build", built, installed, false, installed);
         row("a build runs", installed, built, true, installed);
-        row("another one", u"other/tool"_s, installed, false, u"other/tool"_s);
+        row("another one", u"gone/tool"_s, installed, false, u"gone/tool"_s);
+        row("at another place", u"other/ostrelle"_s, installed, false, u"other/ostrelle"_s);
     }
 
     void loginItemNamesTheInstalledProgram()
@@ -141,7 +142,7 @@ private Q_SLOTS:
         QFETCH(QString, namedThen);
         const ScratchHome home;
         for (const QString &program :
-             {u"a \"$`\\% b/ostrelle"_s, u"other/tool"_s, u"build/bin/ostrelle"_s}) {
+             {u"a \"$`\\% b/ostrelle"_s, u"other/ostrelle"_s, u"build/bin/ostrelle"_s}) {
             home.writeScript(program, "");
         }
         home.write(u"build/CMakeCache.txt"_s, "");
@@ -163,6 +164,7 @@ private Q_SLOTS:
             home.write(u"entry"_s, entryOf(u"a \"$`\\% b/ostrelle"_s) + off);
             QVERIFY(!item.isEnabled()); // the desktop has switched it off
         }
+        QVERIFY(!LoginItem(home.write(u"cut"_s, "\nExec=\"\\"), home.path(running)).isEnabled());
         QVERIFY(item.disable() && !home.exists(u"entry"_s) && item.disable());
         QVERIFY(!LoginItem(home.path(u"build"_s), {}).disable()); // a folder
     }

@@ -89,6 +89,17 @@ private Q_SLOTS:
         QTRY_COMPARE(std::ranges::count(crowd, QLocalSocket::ConnectedState, &QLocalSocket::state),
                      0);
         QCOMPARE(started.size(), 1);
+        int told = 0; // one for each line that is heard, ten for the end
+        connect(&first, &SingleInstance::asked, this, [&](Conversation *each) {
+            connect(each, &QObject::destroyed, this, [&] { told += 10; });
+            ++told;
+        });
+        crowd[0].connectToServer(instanceSocket());
+        crowd[0].write("{\n");
+        QTRY_COMPARE(told, 1);
+        crowd[0].write("{\n"); // only the first line counts
+        crowd[0].disconnectFromServer();
+        QTRY_COMPARE(told, 11);
         first.release();
         QVERIFY(!QFile::exists(instanceSocket()));
     }

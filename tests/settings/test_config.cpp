@@ -163,7 +163,9 @@ private Q_SLOTS:
             OstrelleConfig::ensureTrackerFiles(config);
             QVERIFY(!home.exists(u"elsewhere/deep/status.json"_s)); // for the next start to create
         }
+        const PrintedLines printed;
         OstrelleConfig::ensureTrackerFiles(config);
+        QCOMPARE(printed.text().count("[Ostrelle] Created /"), 2);
         QCOMPARE(home.read(u"elsewhere/deep/status.json"_s), R"({"agents":{},"completions":[]})");
         QCOMPARE(home.read(u".ostrelle/ostrelle-project-tracker.json"_s), "");
         QCOMPARE(home.read(u".ostrelle/ostrelle-cron-tracker.json"_s),

@@ -61,7 +61,7 @@ private Q_SLOTS:
         preferences->set(key, u"first"_s);
         preferences->set(key, u"second"_s);
         QCOMPARE(preferences->value(key), u"second"_s);
-        QVERIFY(!home.exists(file));
+        QVERIFY(!home.exists(file) && settingsQueue().maxThreadCount() == 1); // in their order
         disk.release();
         for (int i = 0; i < 100'000 && !home.exists(file + u".new"_s); ++i) {
             preferences->set(key, QString::number(i));
@@ -91,7 +91,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, text);
         const ScratchHome home;
-        home.write(file, "[General]\n" + text + "\n");
+        home.write(file, "; by hand\r\n[General]\r\n" + text + "\n");
         QByteArray values;
         for (const bool otherwise : {true, false}) {
             values += QByteArray::number(
@@ -148,7 +148,8 @@ private Q_SLOTS:
         const Rows<QByteArray> row("content");
         row("not an INI file", "[unclosed\nno equals sign\n");
         row("only the section is wrong", "[unclosed=\nkey=old\n");
-        row("huge", QByteArray(5000000, '#'));
+        row("text behind the section", "[General] text\nkey=old\n");
+        row("huge", QByteArray(5000000, ';'));
     }
 
     void leavesABrokenFileAlone()

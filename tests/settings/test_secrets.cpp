@@ -119,19 +119,21 @@ private Q_SLOTS:
 
     void followsTheServiceAsItComesAndGoes()
     {
+        const PrintedLines printed;
         QCOMPARE(outcome(m_service.read(account)), toString(SecretProblem::Unreachable));
         QVERIFY(m_preferred.write(account, "without a service"));
         QCOMPARE(m_preferred.whereKept(), m_home.path(keptIn));
+        QCOMPARE(PreferredSecretStore(m_home.path(keptIn)).whereKept(), m_home.path(keptIn));
 
-        const PrintedLines printed;
         m_keyring = &m_session->startKeyring();
-        QCOMPARE(outcome(m_preferred.read(account + u'/')), u"\"another account\""_s);
-        QCOMPARE(outcome(m_service.read(account)), u"\"without a service\""_s); // all have moved
-        QVERIFY(m_preferred.write(account, "with a service"));
-        QCOMPARE(outcome(m_preferred.read(account)), u"\"with a service\""_s);
-        QCOMPARE(itemsInKeyring(), 1);
+        QCOMPARE(outcome(m_preferred.read(account)), u"\"without a service\""_s);
+        QCOMPARE(outcome(m_service.read(account)), u"\"without a service\""_s); // it has moved
         QCOMPARE(m_home.read(keptIn).simplified(), R"({ "usesSecretService": true })");
         QCOMPARE(m_preferred.whereKept(), u"the desktop's Secret Service"_s);
+        QVERIFY(PreferredSecretStore(m_home.path(u"other"_s)).write(account, "with a service"));
+        QCOMPARE(m_home.read(u"other"_s).simplified(), R"({ "usesSecretService": true })");
+        QCOMPARE(outcome(m_preferred.read(account)), u"\"with a service\""_s);
+        QCOMPARE(itemsInKeyring(), 1);
 
         endKeyring();
         // Also in the next run nobody says that there is none.
@@ -142,13 +144,14 @@ private Q_SLOTS:
         QList<qsizetype> open;
         for (int start = 0; start < 5; ++start) {
             m_keyring = &m_session->startKeyring();
-            QCOMPARE(outcome(m_preferred.read(account)), u"\"with a service\""_s);
+            QCOMPARE(outcome(nextRun.read(account)), u"\"with a service\""_s);
             endKeyring();
             open.append(openDescriptors());
         }
         QCOMPARE(open.last(), open[1]);
-        QCOMPARE(nextRun.whereKept(), u"the desktop's Secret Service"_s); // as the file says again
-        QVERIFY(printed.text().endsWith("Secrets are kept in the desktop's Secret Service\n"));
+        QVERIFY(m_home.read(keptIn).contains("true")); // as the file says again
+        QCOMPARE(printed.text().count("No Secret Service; secrets are kept in /"), 1);
+        QCOMPARE(printed.text().count("Secrets are kept in the desktop's Secret Service\n"), 3);
     }
 
     void moveToTheKeyringLosesNothingNewer()
@@ -157,7 +160,10 @@ private Q_SLOTS:
         m_home.write(keptIn, "broken {");
         QVERIFY(m_preferred.write(account, "where no file is needed"));
         QVERIFY(SecretFile(m_home.path(keptIn)).write(account, "kept"));
-        QCOMPARE(outcome(m_preferred.read(account)), u"\"kept\""_s);
+        m_home.write(keptIn + u".new/in/it"_s, {});
+        QVERIFY(!m_preferred.write(account, "where an older one stays"));
+        QVERIFY(QDir(m_home.path(keptIn + u".new"_s)).removeRecursively());
+        QCOMPARE(outcome(m_preferred.read(account + u'/')), u"\"another account\""_s);
         QTRY_COMPARE(outcome(m_service.read(account)), u"\"kept\""_s);
         for (int i = 0; i < 30; ++i) {
             const QByteArray newer = "new " + QByteArray::number(i);
@@ -217,6 +223,7 @@ private Q_SLOTS:
         QVERIFY(m_preferred.write(account, "after the session"));
         QCOMPARE(outcome(m_preferred.read(account)), u"\"after the session\""_s);
         QVERIFY(m_home.read(keptIn).contains("after the session"));
+        QCOMPARE(outcome(m_service.read(account)), toString(SecretProblem::Unreachable));
     }
 
 private:

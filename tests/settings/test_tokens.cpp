@@ -135,13 +135,16 @@ private Q_SLOTS:
 
     void savesTheActiveTokenOnlyForTheGatewayInUse()
     {
+        m_config->change([](auto &config) { config.gateway.token = u"old"_s; }).waitForFinished();
         QVERIFY(m_tokens->saveForUser(far, u"F"_s).result());
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), std::nullopt);
+        QVERIFY(m_config->change([](auto &) {}).result().config.holdsTokens()); // another one's
         m_tokens->activate(far).waitForFinished();
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), std::nullopt);
         QVERIFY(m_tokens->saveForUser(local, u"L"_s).result());
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), u"L"_s);
         use(far);
+        QVERIFY(!m_config->current().holdsTokens()); // the older one
         m_tokens->activate(far).waitForFinished();
         QCOMPARE(m_tokens->getToken(KeychainHelper::activeKey), u"F"_s);
         QCOMPARE(m_tokens->getToken(local), u"L"_s);
@@ -199,6 +202,7 @@ private Q_SLOTS:
         QCOMPARE(printed.text(),
                  QByteArray("[Ostrelle] Token not saved: the secret store refused\n"));
         QCOMPARE(OstrelleConfig::load(), config);
+        QVERIFY(!m_tokens->saveForUser(local, u"newer"_s).result());
         use(far); // the token stays with its gateway
         QCOMPARE(OstrelleConfig::load().gateway.saved->first().token, u"old"_s);
         setStoreRefuses(false);

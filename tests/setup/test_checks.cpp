@@ -41,6 +41,7 @@ private Q_SLOTS:
         row("fails", u"echo why; exit 3"_s, false, u"why"_s);
         row("both streams", u"echo a; echo b >&2; echo c"_s, true, u"a\nb\nc"_s);
         row("not UTF-8", u"printf 'a\\377b'"_s, true, {});
+        row("a flood", u"/usr/bin/yes"_s, false, u"The command wrote too much output"_s);
         row("environment", u"cat /proc/$$/environ; true"_s, true,
             u"HOME=%1PATH=/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"_s);
     }
@@ -50,7 +51,7 @@ private Q_SLOTS:
         QFETCH(const QString, command);
         QFETCH(QString, output);
         const SetupHome home;
-        ShellResult result = runShell(command);
+        ShellResult result = runShell(command, checkTimeout);
         QCOMPARE(result.output.remove(u'\0'), output.replace(u"%1"_s, home.path()));
         QTEST(result.success, "success");
     }
@@ -73,6 +74,7 @@ private Q_SLOTS:
         const SetupHome home;
         home.writeScript(u".nvm/versions/node/v20.1.0/bin/node"_s, {});
         home.addTool(u"brew"_s);
+        home.addTool(u"pacman"_s); // has nothing to do yet
         home.addTool(u"xcode-select"_s);
         home.addTool(u"tailscale"_s, R"(case "$1" in
             status) echo '{"BackendState":"Running"}';;
@@ -90,7 +92,7 @@ private Q_SLOTS:
         const QSignalSpy logs(manager.statusMessages(), &StatusLog::rowsInserted);
 
         manager.checkFirstLaunch();
-        QVERIFY(waitFor([&] { return manager.hasModels(); }));
+        QVERIFY(waitFor([&] { return manager.hasModels(); }) && manager.voiceCommand().isEmpty());
         // Python takes no part in the decision.
         QCOMPARE(truths(manager),
                  QStringList({u"hasXcodeCLT"_s, u"hasBrew"_s, u"hasNode"_s, u"hasDuskrell"_s,
@@ -99,11 +101,9 @@ private Q_SLOTS:
                               u"hasConfig"_s, u"hasVenv"_s, u"hasModels"_s}));
 
         // The models are the last check: what they tell comes after everything else.
-        home.addTool(u"brew"_s, "");
         QFile::remove(home.path(u"bin/xcode-select"_s));
         home.addTool(u"cc"_s);
         QFile::remove(home.path(u"bin/brew"_s));
-        home.addTool(u"pacman"_s);
         home.write(u".ostrelle/data/models/kokoro-v1.0.onnx.incomplete"_s, "");
         const QSignalSpy xcode(&manager, &SetupManager::hasXcodeCLTChanged);
         manager.runChecks();

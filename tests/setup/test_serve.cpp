@@ -78,6 +78,9 @@ private Q_SLOTS:
         QFile::setPermissions(open, QFile::Permissions(0x7777));
         home.writeScript(u".bun/bin/duskrell"_s, "exec duskrell-runtime \"$@\"");
         home.writeScript(u".bun/bin/duskrell-runtime"_s, "echo duskrell \"$@\" >> ~/calls");
+        auto hold = std::make_optional<BackgroundHold>();
+        SetupManager(home.settings(), home.surroundings()).configureTailscaleServe(); // and is gone
+        hold.reset();
         SetupManager manager(home.settings(), home.surroundings());
         manager.configureTailscaleServe();
         QVERIFY(waitFor([&] { return !manager.isConfiguringTailscale(); }));

@@ -17,7 +17,8 @@ private Q_SLOTS:
         home.addTool(u"python3"_s, "cd ~; exec /usr/bin/python3 \"$@\"");
         home.write(u"venv.py"_s, "exit(1)"); // planted in the working directory
         home.write(u".config/pip/pip.conf"_s, "[global]\nno-index=1\ndisable-pip-version-check=1");
-        home.addTool(u"curl"_s, "case $4 in https:*.onnx) echo model > $3;; esac");
+        home.addTool(u"curl"_s, "case $4 in https:*.onnx) echo model > $3;;"
+                                " *) cp -s /dev/null $3; esac"); // which cannot be synced
         home.write(u"resources/voice-agent/config.yaml"_s, "new");
         home.write(u"resources/voice-agent/hey_vorn_mac.ppn"_s, "new");
         home.write(u"resources/voice-agent/sounds/thinking.wav"_s, "wav");
@@ -32,7 +33,7 @@ private Q_SLOTS:
         manager.run();
         manager.run(); // one at a time
         QVERIFY(waitFor([&] { return manager.hasModels(); }) && manager.hasConfig()); // meanwhile
-        QVERIFY(waitFor([&] { return manager.isComplete(); }));
+        QVERIFY(waitFor([&] { return manager.isComplete(); }) && manager.hasPython());
 
         const QString saved = u"Config saved to "_s + OstrelleConfig::configPath();
         QCOMPARE(messagesOf(manager),
@@ -86,6 +87,7 @@ private Q_SLOTS:
         manager.run();
         QVERIFY(waitFor([&] { return !manager.isRunning(); }));
         QCOMPARE(OstrelleConfig::load(), paired);
+        QVERIFY(messagesOf(manager).value(4).endsWith(u" — The file could not be written"_s));
     }
 
     void fail()

@@ -55,6 +55,7 @@ private Q_SLOTS:
         row("zero", "0", false);
         row("beyond 32 bits", "4294967297", false);
         row("not UTF-8", "%1\xff", false);
+        row("longer than any number", QByteArray(5000, ' ') + "%1", false);
     }
 
     void content()
@@ -91,8 +92,8 @@ private Q_SLOTS:
         QVERIFY(grandchild > 0);
         const QString file = home.write(
             pidFile, QByteArray::number(isOurs ? child.processId() : qint64(grandchild)));
-        const utimbuf longAgo{.actime = 1'000'000'000, .modtime = 1'000'000'000};
-        QCOMPARE(::utime(qPrintable(file), &longAgo), 0);
+        const utimbuf aMinuteAgo{.actime = 0, .modtime = QDateTime::currentSecsSinceEpoch() - 60};
+        QCOMPARE(::utime(qPrintable(file), &aMinuteAgo), 0);
 
         ServiceManager::killFromPidFile();
 

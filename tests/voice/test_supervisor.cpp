@@ -59,6 +59,7 @@ private Q_SLOTS:
         manager.stopVoice();
         QCOMPARE(launchedBy(manager), 0);
         manager.startVoice();
+        manager.startVoice(); // while the agent is looked for
         QTRY_VERIFY(manager.voiceRunning());
         const auto pid = static_cast<pid_t>(manager.voiceProcessId());
         QTRY_COMPARE(home.read(pidFile), QByteArray::number(pid));
@@ -77,9 +78,10 @@ private Q_SLOTS:
         manager.startVoice();            // remembered until then
         QTRY_COMPARE(changes.size(), 3);
         QVERIFY(!isAlive(pid) && manager.voiceProcessId() != 0);
-        manager.stopVoice();
+        manager.startVoice(); // it runs: there is nothing to remember
+        ::kill(static_cast<pid_t>(manager.voiceProcessId()), SIGKILL);
         QTRY_COMPARE(changes.size(), 4);
-        QVERIFY(home.exists(pidFile));
+        QVERIFY(home.exists(pidFile) && launchedBy(manager) == 0);
     }
 
     void command_data()
@@ -96,7 +98,7 @@ private Q_SLOTS:
         QFETCH(const bool, bundled);
         const AgentHome home;
         QDir::setCurrent(home.path());
-        home.installScript("(pwd; echo $@; tr '\\0' '\\n' </proc/$$/environ | sort) >~/told");
+        home.installScript("(pwd; cat; echo $@; tr '\\0' '\\n' </proc/$$/environ | sort) >~/told");
         home.write(u"bundle/voice-agent/voice_agent.py"_s, "");
         OstrelleConfig config = home.config();
         config.voice.venvPath = venvPath;
@@ -143,8 +145,13 @@ private Q_SLOTS:
         const QByteArray begin = "[ServiceManager] " + message;
         QTRY_VERIFY(printed.text().startsWith(begin));
         QVERIFY(!removed || printed.text() == begin + home.path(broken).toUtf8() + '\n');
-        QCOMPARE(manager.voiceProcessId(), 0);
+        QCOMPARE(printed.text(), "[ServiceManager] " + manager.startProblem().toUtf8() + '\n');
         QVERIFY(!manager.voiceRunning() && time.scheduled.isEmpty());
+        home.installScript("exit 0"); // now it is there
+        manager.startVoice();
+        QCOMPARE(manager.startProblem(), QString());
+        QTRY_COMPARE(launchedBy(manager), 0);
+        QCOMPARE(printed.text().count("agent started"), 1);
     }
 
     void startAll()
