@@ -18,7 +18,8 @@ int main(int argc, char **argv)
     // What Qt has to say about the environment is nothing to the user.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     int status = ostrelle::runCommandLine(argc, argv);
-    if (std::fflush(stdout) != 0 && status == ostrelle::Well) { // the help was not taken
+    const bool isTaken = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    if (!isTaken && status == ostrelle::Well) { // the help or the version
         status = ostrelle::SomethingIsWrong;
     }
     // Without waiting for what may hang in the background.

@@ -97,6 +97,7 @@ void VoiceViewModel::start()
 {
     m_pending = Starting{m_polling.now() + startDeadline};
     m_isLaunching = true;
+    m_startProblem = QString(); // of an earlier start
     if (m_voiceRunning) {
         m_controlPort.postAction(u"start"_s);
     } else if (m_serviceManager) {

@@ -294,7 +294,8 @@ private Q_SLOTS:
         const QString far = u"XDG_RUNTIME_DIR=~/.$(printf %090d) ctl status 2>&1 | head -n 1"_s;
         QCOMPARE(inTerminal(far, 80).out, "ostrellectl: Ostrelle does not run\r\n");
         QVERIFY(inTerminal(u"HOME=/ ctl status 2>&1"_s, 200).out.contains(", //.ostrelle/"));
-        const QString full = u"(ctl --help || ctl completions zsh) >/dev/full || LC_ALL=C ctl ✓"_s;
+        const QString full =
+            u"(ctl --help || ctl --version || ctl completions zsh) >/dev/full || LC_ALL=C ctl ✓"_s;
         QVERIFY(inTerminal(full, 80).out.contains(
             " left on device\r\nostrellectl: The following argument was not expected: ok "));
         const QString diagnose =
