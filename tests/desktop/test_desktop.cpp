@@ -53,6 +53,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!XSession::panel(), patienceMilliseconds);
         QVERIFY(!QTest::qWaitFor([] { return XSession::panel().has_value(); }, 1000));
         QCOMPARE(program.endWith(SIGTERM), 0);
+        QVERIFY(!program.output().contains("wayland")); // is not tried first
     }
 
     void anotherProgramShowsThePanel_data()
@@ -125,10 +126,13 @@ private Q_SLOTS:
         QVERIFY(desk.press(u"Mute"_s));
         QTRY_VERIFY_WITH_TIMEOUT(desk.home.voiceStatus().contains("\"muted\": true"),
                                  patienceMilliseconds);
-        Desk::screenshot(u"ostrelle"_s);
+        const QImage picture(Desk::screenshot(u"ostrelle"_s)); // opaque, but for its corners
+        QVERIFY(picture.pixel(4, 350) == 0xff0f0f1f && picture.pixel(0, 0) != 0xff0f0f1f);
         const QByteArray told = outputOf(u"xprop"_s, {u"-name"_s, u"Ostrelle"_s});
         QVERIFY(told.contains("_SKIP_TASKBAR, _NET_WM_STATE_SKIP_PAGER, _NET_WM_STATE_ABOVE"));
-        QVERIFY(told.contains("Icon (22 x 22)"));
+        for (const int side : {16, 18, 22, 24, 32, 36, 44, 48, 64}) {
+            QVERIFY(told.contains("Icon (" + QByteArray::number(side) + " x "));
+        }
         QVERIFY(desk.press(u"Quit"_s));
         QCOMPARE(desk.program->waitForEnd(), 0);
         QVERIFY(desk.home.voiceStatus().isEmpty());

@@ -144,7 +144,6 @@ private Q_SLOTS:
         PortalShortcut shortcut(m_pool);
         const QSignalSpy pressed(&shortcut, &GlobalShortcut::pressed);
         QTRY_COMPARE(portal->bindings(), 1);
-        QCOMPARE(portal->calls().value(0), u"Register"_s);
         portal->endSession();
         QTRY_COMPARE(portal->bindings(), 2);
         portal->activate(u"/session_of_another_program"_s);
@@ -156,6 +155,7 @@ private Q_SLOTS:
         portal.reset();
         portal = std::make_unique<Portal>(Manner::Grants);
         QTRY_COMPARE(portal->bindings(), 1);
+        QCOMPARE(portal->calls().mid(0, 2), QStringList({u"Register"_s, u"CreateSession"_s}));
         portal->endSession(); // of a portal that has ended none yet
         QTRY_COMPARE(portal->bindings(), 2);
         portal->activate(u"/session"_s);

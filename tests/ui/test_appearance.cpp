@@ -30,10 +30,14 @@ private Q_SLOTS:
     void isAsTheDesktopSays_data()
     {
         const Rows<QString, QVariant, bool, double> row("service", "answer", "motion", "scale");
-        const auto portal = [&](const char *name, const Groups &groups, bool motion, double scale) {
+        const auto portal = [&](const char *name, Groups groups, bool motion, double scale) {
+            groups[u"org.freedesktop.appearance"_s].insert(u"color-scheme"_s, 1U); // told as well
+            groups[gnome].insert(u"gtk-timeout-initial"_s, 200);
+            groups[u"org.kde.kdeglobals.KDE"_s].insert(u"widgetStyle"_s, u"Breeze"_s);
+            groups[u"org.kde.kdeglobals.General"_s].insert(u"menuFont"_s, u"Noto Sans,8"_s);
             row(name, portalService, QVariant::fromValue(groups), motion, scale);
         };
-        portal("GNOME with large text", {{gnome, {{u"text-scaling-factor"_s, 1.25}}}}, true, 1.25);
+        portal("GNOME with small text", {{gnome, {{u"text-scaling-factor"_s, 0.75}}}}, true, 0.75);
         portal(
             "GNOME with a large font and no animations",
             {{gnome, {{u"enable-animations"_s, false}, {u"font-name"_s, u"Noto Sans Bold 22"_s}}}},

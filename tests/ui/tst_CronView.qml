@@ -48,8 +48,8 @@ ViewTest {
         compare(Texts.oneLine("x" + "😀".repeat(99)), "x" + "😀".repeat(49) + "…");
         const view = loadedView([job(), job({id: "2", name: "a\nb".repeat(1000)})]);
         const cards = Items.visibleItems(view).filter(each => each.summary !== undefined);
-        compare(cards[1].height, cards[0].height);
         const cut = Items.visibleItems(cards[1]).find(each => each.truncated);
+        compare([cards[1].height, cut.Accessible.name, cut.help.children[0].isShown], [cards[0].height, Texts.help(cards[1].name), false]);
         const helps = () => Items.texts(Window.window.contentItem).includes(Texts.help(cards[1].name));
         mouseMove(cut);
         tryVerify(helps);

@@ -107,7 +107,7 @@ ViewTest {
         mouseClick(install);
         compare(told(install), "Installing…!|In progress|<spinner>:textOnAccent|(Installing…):textOnAccent");
         const log = () => Items.visibleItems(sheet).find(item => item.positionViewAtEnd);
-        tryVerify(() => log()?.contentY > 0 && log().atYEnd);
+        tryVerify(() => log()?.contentY > 0 && log().atYEnd && log().clip && log().activeFocusOnTab);
         log().forceActiveFocus();
         keyClick(Qt.Key_Up);
         tryVerify(() => !log().moving);
@@ -164,12 +164,13 @@ ViewTest {
         compare(done, 1);
         verify(!fixture.setupManager.gatewayTokenInput);
         const finish = Items.withText(sheet, "Install Voice + Finish");
+        fixture.tool("python3", "/bin/mkdir -p $3/bin; /bin/ln -s /bin/true $3/bin/python");
         mouseClick(finish);
         verify(!finish.enabled);
         tryVerify(() => Items.withText(sheet, "Setup complete!"));
         tryVerify(() => finish.enabled && finish.visible); // curl is missing, for instance
+        tryVerify(() => !Items.withText(sheet, "✓ Voice agent ready."));
         fixture.tool("curl", "echo model > $3");
-        fixture.tool("python3", "/bin/mkdir -p $3/bin; /bin/ln -s /bin/true $3/bin/python");
         mouseClick(finish);
         tryVerify(() => Items.withText(sheet, "Done"));
         verify(!Items.withText(sheet, "Skip") && !finish.visible);

@@ -8,7 +8,6 @@ ViewTest {
     name: "TailscalePeersView"
     height: 500
 
-
     Component {
         id: peersView
 

@@ -165,16 +165,17 @@ ViewTest {
     function test_theWindow() {
         const window = fixture.openPanel(Qt.rect(100, 200, 300, 400));
         const root = window.contentItem.children[0];
-        tryVerify(() => window.active && root.active && !root.framed && !root.LayoutMirroring.enabled);
+        tryVerify(() => window.active && root.active && root.motion && !root.framed && !root.translucent && !root.LayoutMirroring.enabled);
         Window.window.requestActivate();
         tryVerify(() => !window.visible && !root.visible && !root.active); // and what it showed is let go of
         fixture.openPanel(Qt.rect(0, 0, 0, 0)); // as a window
-        tryVerify(() => window.active && root.visible && root.active && root.framed && window.height === 700);
+        tryVerify(() => window.active && root.visible && root.active && root.framed && !root.translucent && window.height === 700);
+        compare([window.title, window.minimumHeight, window.maximumHeight, window.flags & Qt.FramelessWindowHint], ["Ostrelle", 700, 700, 0]);
         fixture.openPanel(Qt.rect(100, 200, 300, 400));
         let stays; // the end of the earlier focus alone does not close it
-        window.activeChanged.connect(() => stays = stays ?? window.visible);
+        window.activeChanged.connect(() => stays = stays ?? (window.visible && root.visible && !root.framed));
         Window.window.requestActivate(); // before it has had the focus
-        tryVerify(() => !window.visible && stays);
+        tryVerify(() => !window.visible && stays, 2500);
         fixture.openPanel(Qt.rect(0, 0, 0, 0));
         root.closeRequested();
         verify(!window.visible);
