@@ -296,6 +296,7 @@ private Q_SLOTS:
         settings.setGeminiAPIKey(u"key2"_s);
         QTRY_COMPARE(pairing.qrCode(), QrCode::encode(link + "&geminiAPIKey=key2").value());
         settings.setGeminiAPIKey({});
+        QTRY_COMPARE(pairing.qrCode(), QrCode::encode(link).value());
         m_profiles->setTokenInput(u"t2"_s);
         m_profiles->saveActiveToken();
         QByteArray now = link.first(link.indexOf("a%26b")) + "t2";
