@@ -77,7 +77,7 @@ void removeLeftovers(const QString &written)
     constexpr int longestWrite = 60; // seconds; a younger one may be another process's
     const QFileInfo named(written);
     const QDateTime old = QDateTime::currentDateTime().addSecs(-longestWrite);
-    for (const QFileInfo &left : named.dir().entryInfoList({named.fileName() + u'*'})) {
+    for (const QFileInfo &left : named.dir().entryInfoList({named.fileName() + u"[0-9]*"_s})) {
         if (left.lastModified() < old) {
             QFile::remove(left.filePath());
         }
