@@ -22,9 +22,10 @@ inline std::atomic<char> *openReached()
     if (file < 0) {
         return nullptr;
     }
-    void *const bytes = ::ftruncate(file, mostFaults) == 0
-                            ? ::mmap(nullptr, mostFaults, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
-                            : MAP_FAILED;
+    void *const bytes =
+        ::ftruncate(file, mostFaults) == 0
+            ? ::mmap(nullptr, mostFaults, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
+            : MAP_FAILED;
     ::close(file);
     return bytes != MAP_FAILED ? static_cast<std::atomic<char> *>(bytes) : nullptr;
 }
