@@ -194,15 +194,17 @@ private:
     struct stat m_attributes;
 };
 
-// With the new content saved beside the file; that is removed once it is no longer needed.
-int fillAndFinish(const QString &path, const OpenFile &file, std::string_view content)
+// With the new content saved beside the file; that is removed once the file has it.
+OpenFile::Filled fillAndFinish(const QString &path, const OpenFile &file, std::string_view content)
 {
-    const auto filled = file.fill(content);
-    const int error = filled.error == 0 ? file.toDisk() : filled.error;
-    if (error == 0 || !filled.isBegun) {
+    auto filled = file.fill(content);
+    if (filled.error == 0) {
+        filled.error = file.toDisk();
+    }
+    if (filled.error == 0) {
         removeFile(unfinished(path));
     }
-    return error;
+    return filled;
 }
 
 std::expected<void, FileProblem> writeUnlocked(const QString &path, std::string_view content,
@@ -220,7 +222,11 @@ std::expected<void, FileProblem> writeUnlocked(const QString &path, std::string_
     if (error != 0 && !isForbiddenByFolder(error)) {
         return std::unexpected(problemFrom(error));
     }
-    return resultOf(fillAndFinish(path, *file, content));
+    const auto filled = fillAndFinish(path, *file, content);
+    if (!filled.isBegun) {
+        removeFile(unfinished(path)); // or the next start would write what was said to have failed
+    }
+    return resultOf(filled.error);
 }
 
 struct Draft {
@@ -258,7 +264,7 @@ bool finishUnlocked(const QString &path, const Draft &draft)
         removeFile(unfinished(path)); // it was edited since
         return false;
     }
-    return fillAndFinish(path, *file, draft.content) == 0;
+    return fillAndFinish(path, *file, draft.content).error == 0;
 }
 
 } // namespace

@@ -73,10 +73,10 @@ private Q_SLOTS:
     void finishesWhatWasCutShort_data()
     {
         const Rows<int, QByteArray> row("editedAfter", "content"); // in seconds
-        row("torn", 0, "new");
-        row("torn at the last moment", 60, "new");
+        row("torn", 0, "as new");
+        row("torn at the last moment", 60, "as new");
         row("edited since then", 61, "torn");
-        row("gone", -1, "new");
+        row("gone", -1, "as new");
         row("no file any more", -2, "");
     }
 
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QFETCH(int, editedAfter);
         const ScratchHome home;
         const PrintedLines printed;
-        const QFileInfo draft(home.write(u"link.unfinished"_s, "new"));
+        const QFileInfo draft(home.write(u"link.unfinished"_s, "as new"));
         QFile edited(home.write(u"target"_s, "torn"));
         QVERIFY(edited.open(QFile::ReadWrite));
         edited.setFileTime(draft.lastModified().addSecs(editedAfter), QFile::FileModificationTime);
@@ -97,7 +97,7 @@ private Q_SLOTS:
             finishWriting(home.path(u"link"_s));
         }
         QTEST(home.read(u"target"_s), "content");
-        QCOMPARE(printed.text().contains("Finished an interr"), home.read(u"target"_s) == "new");
+        QCOMPARE(printed.text().contains("Finished an interr"), home.read(u"target"_s) == "as new");
         QCOMPARE(home.exists(u"link.unfinished"_s), editedAfter < -1);
     }
 
