@@ -85,10 +85,10 @@ bool writeAll(int descriptor, QByteArrayView rest)
     while (!rest.isEmpty()) {
         const ssize_t count =
             ::write(descriptor, rest.data(), static_cast<std::size_t>(rest.size()));
-        if (count < 0) {
+        if (count < 0 && errno != EINTR) {
             return false;
         }
-        rest = rest.sliced(count);
+        rest = rest.sliced(std::max<ssize_t>(count, 0));
     }
     return true;
 }
