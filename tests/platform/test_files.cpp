@@ -120,6 +120,16 @@ private Q_SLOTS:
         }
     }
 
+    void readsAgainWhatIsBeingWritten()
+    {
+        const ScratchHome home;
+        const auto isWhole = [&home](std::string_view content) {
+            return content != "half" || home.write(u"file"_s, "whole").isEmpty();
+        };
+        QTRY_COMPARE(readWhole(home.write(u"file"_s, "half"), 100, isWhole).value(),
+                     std::string("whole"));
+    }
+
     void loginItemNamesTheInstalledProgram_data()
     {
         // named then: once the program has started
