@@ -197,10 +197,10 @@ private Q_SLOTS:
         QVERIFY(!m_tokens->getToken(local)); // and with it the line that says where they are kept
         setStoreRefuses(true);
         const PrintedLines printed;
-        QVERIFY(m_tokens->migrateFromConfig().result());
-        QVERIFY(m_tokens->migrateFromConfig().result());
-        QCOMPARE(printed.text(),
-                 QByteArray("[Ostrelle] Token not saved: the secret store refused\n"));
+        for (int i = 0; i < 2; ++i) {
+            QVERIFY(m_tokens->migrateFromConfig().result());
+            QCOMPARE(printed.text(), "[Ostrelle] Token not saved: the secret store refused\n");
+        }
         QCOMPARE(OstrelleConfig::load(), config);
         QVERIFY(!m_tokens->saveForUser(local, u"newer"_s).result());
         use(far); // the token stays with its gateway
