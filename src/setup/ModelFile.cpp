@@ -20,9 +20,6 @@ namespace
 const QString releaseAddress =
     u"https://github.com/thewh1teagle/kokoro-onnx/releases/download/model-files-v1.0/"_s;
 
-// For 310 MB on a slow line. A server that stops in the middle must not hold the setup for good.
-constexpr std::chrono::hours longestDownload{4};
-
 // Waits until the content would survive a power cut.
 bool isOnDisk(const QString &path)
 {
@@ -53,8 +50,7 @@ bool ModelFile::exists() const
 ShellResult ModelFile::download() const
 {
     static_cast<void>(replaceFile(m_marker, std::string_view()));
-    ShellResult result =
-        runShell(u"curl -fSL -o "_s + quoted(m_path) + u' ' + quoted(m_address), longestDownload);
+    ShellResult result = runShell(u"curl -fSL -o "_s + quoted(m_path) + u' ' + quoted(m_address));
     if (result.success && !isOnDisk(m_path)) {
         result = {.success = false, .output = u"The file could not be written"_s};
     }
