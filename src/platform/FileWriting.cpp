@@ -172,6 +172,8 @@ public:
         }
         const auto size = static_cast<off_t>(content.size());
         if (const int error = reserve(fd, now.st_size, size); error != 0) {
+            const std::array times{now.st_atim, now.st_mtim};
+            ::futimens(fd, times.data()); // nothing was edited
             return {.error = error, .isBegun = false};
         }
         int error = writeAt(fd, 0, content);
@@ -212,18 +214,23 @@ std::expected<void, FileProblem> writeUnlocked(const QString &path, std::string_
 {
     const auto file = OpenFile::open(path);
     if (!file && file.error().kind == FileProblem::Kind::Missing) {
-        return resultOf(replaceUnlocked(fileBehind(path), content, mode));
+        const int error = replaceUnlocked(fileBehind(path), content, mode);
+        if (error == 0) {
+            removeFile(unfinished(path)); // of a file that is gone
+        }
+        return resultOf(error);
     }
     if (!file) {
         return std::unexpected(file.error());
     }
+    const bool isTorn = fileExists(unfinished(path));
     const mode_t common = mode & file->attributes().st_mode & permissionBits;
     const int error = replaceUnlocked(unfinished(path), content, common | S_IRUSR);
     if (error != 0 && !isForbiddenByFolder(error)) {
         return std::unexpected(problemFrom(error));
     }
     const auto filled = fillAndFinish(path, *file, content);
-    if (!filled.isBegun) {
+    if (!filled.isBegun && !isTorn) {
         removeFile(unfinished(path)); // or the next start would write what was said to have failed
     }
     return resultOf(filled.error);
@@ -308,13 +315,14 @@ std::expected<void, FileProblem> writeInPlace(const QString &path, const QByteAr
     return writeInPlace(path, viewOf(content), mode);
 }
 
-void finishWriting(const QString &path)
+bool finishWriting(const QString &path)
 {
     const auto lock = saveLock(QFile::encodeName(path));
     const std::scoped_lock turn(*lock);
     if (const auto draft = draftOf(path); draft && finishUnlocked(path, *draft)) {
         logLine(u"[Ostrelle] Finished an interrupted write of "_s + path);
     }
+    return !fileExists(unfinished(path));
 }
 
 std::optional<QString> setAside(const QString &path)

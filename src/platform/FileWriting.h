@@ -40,9 +40,9 @@ std::expected<void, FileProblem> writeInPlace(const QString &path, std::string_v
 std::expected<void, FileProblem> writeInPlace(const QString &path, const QByteArray &content,
                                               mode_t mode = ownerOnly);
 
-// For a start, before the file is read: does what a writeInPlace() of an earlier run has left
-// undone. A file that was changed long after that stays as it is.
-void finishWriting(const QString &path);
+// Before a file is read: does what a writeInPlace() of an earlier run has left undone. A file that
+// was changed long after that stays as it is. False while that waits, for room on the disk say.
+bool finishWriting(const QString &path);
 
 // Gives a file that cannot be understood the name "<name>.broken", or the next free one after it,
 // so that another can be written in its place; links to it stay. Returns the new name, or nothing

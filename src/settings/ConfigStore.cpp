@@ -48,6 +48,7 @@ ConfigFile contentOf(const QString &file)
 // Absent without a file that can be understood.
 std::optional<OstrelleConfig> readConfig(const QString &file)
 {
+    finishWriting(file);
     auto config = contentOf(file).config;
     if (config && config->migrate()) {
         static_cast<void>(writeConfig(file, *config));
@@ -60,7 +61,6 @@ std::optional<OstrelleConfig> readConfig(const QString &file)
 ConfigStore::ConfigStore(QString file)
     : m_file(std::move(file))
 {
-    finishWriting(m_file);
     m_current = readConfig(m_file).value_or(OstrelleConfig::defaults());
 }
 
@@ -159,6 +159,9 @@ std::expected<void, FileProblem> ConfigStore::makeWay() const
     }
     if (problem && problem->kind != Kind::TooLarge) {
         return std::unexpected(*problem);
+    }
+    if (!finishWriting(m_file)) {
+        return std::unexpected(FileProblem{Kind::Failed, u"An interrupted write waits for room"_s});
     }
     const auto name = setAside(m_file);
     if (!name) {

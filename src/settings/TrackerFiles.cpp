@@ -19,8 +19,7 @@ namespace
 void createTrackerFile(const QString &path, std::string_view content)
 {
     const QString file = expandPath(path);
-    finishWriting(file);
-    if (fileExists(file)) {
+    if (!finishWriting(file) || fileExists(file)) {
         return;
     }
     QDir().mkpath(QFileInfo(file).path());

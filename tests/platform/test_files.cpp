@@ -85,10 +85,13 @@ private Q_SLOTS:
         QFETCH(int, editedAfter);
         const ScratchHome home;
         const PrintedLines printed;
-        const QFileInfo draft(home.write(u"link.unfinished"_s, "as new"));
+        QFile draft(home.write(u"link.unfinished"_s, "as new"));
         QFile edited(home.write(u"target"_s, "torn"));
         QVERIFY(edited.open(QFile::ReadWrite));
-        edited.setFileTime(draft.lastModified().addSecs(editedAfter), QFile::FileModificationTime);
+        const auto written = QDateTime::currentDateTime().addSecs(-100);
+        QVERIFY(draft.open(QFile::ReadWrite));
+        draft.setFileTime(written, QFile::FileModificationTime);
+        edited.setFileTime(written.addSecs(editedAfter), QFile::FileModificationTime);
         QFile::link(edited.fileName(), home.path(u"link"_s));
         QVERIFY(editedAfter >= 0 || edited.remove());
         QVERIFY(editedAfter >= -1 || QDir().mkdir(edited.fileName()));

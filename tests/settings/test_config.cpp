@@ -130,6 +130,23 @@ private Q_SLOTS:
         QCOMPARE(store->snapshot(), OstrelleConfig::defaults());
     }
 
+    void finishesAnInterruptedWriteOnceThereIsRoom()
+    {
+        const ScratchHome home;
+        home.write(configFile, "{");
+        home.write(configFile + u".unfinished"_s, minimal);
+        const auto next = [](OstrelleConfig &config) { ++config.ports.status; };
+        std::shared_ptr<ConfigStore> store;
+        {
+            const FileSizeLimit full(1);
+            store = home.settings().config;
+            QVERIFY(!store->change(next).result().written);
+            QCOMPARE(home.read(configFile), "{"); // and not set aside
+        }
+        QCOMPARE(store->change(next).result().config.gateway.url, u"http://10.0.0.1:1"_s);
+        QCOMPARE(OstrelleConfig::load().ports.status, 3);
+    }
+
     void followsEditsFromOutside()
     {
         const ScratchHome home;
