@@ -116,9 +116,7 @@ void SetupManager::GatewayInstallation::primeSudo() const
     static_cast<void>(runChild({.program = u"sudo"_s,
                                 .arguments = {u"-S"_s, u"-v"_s},
                                 .environment = toolEnvironment(sudoSearchPath)},
-                               {.capture = Capture::Nothing,
-                                .input = password.toUtf8() + '\n',
-                                .killAfter = checkTimeout}));
+                               {.capture = Capture::Nothing, .input = password.toUtf8() + '\n'}));
 }
 
 // The log is cleared when the voice parts are installed next.

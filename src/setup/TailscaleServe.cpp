@@ -101,14 +101,13 @@ void SetupManager::ServeConfiguration::configureGateway() const
     if (tool.isEmpty()) {
         return;
     }
-    constexpr std::chrono::minutes toolTimeout{5}; // a slow machine needs some seconds
     const QString duskrell = searchPathFor(tool) + quoted(tool);
     for (const QString &setting : {u"gateway.bind loopback"_s, u"gateway.tailscale.mode serve"_s,
                                    u"gateway.http.endpoints.chatCompletions.enabled true"_s}) {
-        runShell(duskrell + u" config set "_s + setting + u" 2>&1"_s, toolTimeout);
+        runShell(duskrell + u" config set "_s + setting + u" 2>&1"_s);
     }
     feed.addStatus(u"✓ Duskrell gateway configured (Tailscale + chat API)"_s);
-    runShell(duskrell + u" gateway restart 2>&1"_s, toolTimeout);
+    runShell(duskrell + u" gateway restart 2>&1"_s);
     feed.addStatus(u"✓ Duskrell gateway restarted"_s);
 }
 
