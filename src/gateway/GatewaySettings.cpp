@@ -36,12 +36,9 @@ QString enableTracking()
 QString disableTracking(const QStringList &toolPaths)
 {
     if (const auto disabled = disableProjectTracking(toolPaths); !disabled) {
-        const QString problem =
-            disabled.error() == TrackingSwitchProblem::NoTool
-                ? u"the gateway goes on tracking projects: its tool was not found"_s
-                : u"the gateway goes on tracking projects: its tool does not list its jobs"_s;
-        NotificationManager::send(notificationTitle, problem);
-        return problem;
+        return disabled.error() == TrackingSwitchProblem::NoTool
+                   ? u"the gateway goes on tracking projects: its tool was not found"_s
+                   : u"the gateway goes on tracking projects: its tool does not list its jobs"_s;
     }
     NotificationManager::send(notificationTitle, u"Project tracking disabled"_s);
     return {};

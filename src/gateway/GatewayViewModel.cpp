@@ -216,8 +216,8 @@ void GatewayViewModel::resetGatewayToken()
         if (saved) {
             return QString();
         }
-        const QString problem = tokenNotSaved(saved.error());
-        tellResetFailed(problem);
+        const QString problem = u"The gateway has a new token. "_s + tokenNotSaved(saved.error());
+        NotificationManager::send(notificationTitle, problem);
         return problem;
     };
     whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this,
