@@ -58,7 +58,7 @@ QList<AgentStatusItem> readItems(const JsonObject &entries)
     return items;
 }
 
-// One element that is no object makes the whole list unreadable.
+// The newest come first. One element that is no object makes the whole list unreadable.
 QList<AgentCompletionItem> readCompletions(const JsonArray &elements)
 {
     QList<AgentCompletionItem> completions;
@@ -66,6 +66,9 @@ QList<AgentCompletionItem> readCompletions(const JsonArray &elements)
         const JsonObject *completion = element.object();
         if (completion == nullptr) {
             return {};
+        }
+        if (completions.size() == static_cast<qsizetype>(mostRecords)) {
+            continue;
         }
         completions.append(
             {.agent = (*completion)["agent"].string().value_or(u"agent"_s),
@@ -102,9 +105,6 @@ std::expected<AgentStatusPayload, QString> readAgentStatus(std::string_view text
             payload.agents = readItems(*agents);
         }
         if (const JsonArray *completions = (*root)["completions"].array()) {
-            if (completions->size() > mostRecords) {
-                return std::unexpected(tooMany(u"completions"_s));
-            }
             payload.completions = readCompletions(*completions);
         }
     }

@@ -135,10 +135,8 @@ private Q_SLOTS:
         for (int i = 1; i < 100'000; ++i) {
             many += ",\"" + std::to_string(i) + "\":0";
         }
-        std::string end = R"(},"completions":[0)" + QByteArray(",0").repeated(99'999).toStdString();
-        row("as many as can be", many + end + "]}", {});
-        row("one agent more", many + ",\"y\":0" + end + "]}", u"agents: more than 100000"_s);
-        row("one completion more", many + end + ",0]}", u"completions: more than 100000"_s);
+        row("as many as can be", many + "}}", {});
+        row("one agent more", many + ",\"y\":0}}", u"agents: more than 100000"_s);
     }
 
     void whatIsNoDocument()
@@ -153,6 +151,8 @@ private Q_SLOTS:
     {
         std::string text = "[0" + QByteArray(",0").repeated(4 * 1024 * 1024 - 2).toStdString();
         QVERIFY(readAgentStatus(text + "]") && !readAgentStatus(text + ",0]"));
+        text = R"({"completions":[{})" + QByteArray(",{}").repeated(100'000).toStdString() + "]}";
+        QCOMPARE(readAgentStatus(text).value().completions.size(), 100'000);
     }
 
     void projects_data()
