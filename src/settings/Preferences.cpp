@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTimer>
 
@@ -77,8 +78,9 @@ void removeLeftovers(const QString &written)
     constexpr int longestWrite = 60; // seconds; a younger one may be another process's
     const QFileInfo named(written);
     const QDateTime old = QDateTime::currentDateTime().addSecs(-longestWrite);
-    for (const QFileInfo &left : named.dir().entryInfoList({named.fileName() + u"[0-9]*"_s})) {
-        if (left.lastModified() < old) {
+    static const QRegularExpression number(uR"(\.written\d+$)"_s);
+    for (const QFileInfo &left : named.dir().entryInfoList({named.fileName() + u'*'})) {
+        if (number.match(left.fileName()).hasMatch() && left.lastModified() < old) {
             QFile::remove(left.filePath());
         }
     }

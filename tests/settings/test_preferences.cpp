@@ -104,7 +104,7 @@ private Q_SLOTS:
     {
         const ScratchHome home;
         const auto preferences = home.settings().preferences;
-        QFile left(home.write(file + u".written7"_s, "of a run that was killed"));
+        QFile left(home.write(file + u".written17"_s, "of a run that was killed"));
         QVERIFY(left.open(QFile::ReadWrite) &&
                 left.setFileTime(QDateTime::currentDateTime().addSecs(-70),
                                  QFile::FileModificationTime));
