@@ -21,11 +21,15 @@ AbandonableThread::~AbandonableThread()
     }
 }
 
-void AbandonableThread::finishUntil(std::chrono::steady_clock::time_point deadline)
+bool AbandonableThread::finishUntil(std::chrono::steady_clock::time_point deadline)
 {
-    if (m_thread.joinable() && m_finished.wait_until(deadline) == std::future_status::ready) {
+    if (m_finished.wait_until(deadline) != std::future_status::ready) {
+        return false;
+    }
+    if (m_thread.joinable()) {
         m_thread.join();
     }
+    return true;
 }
 
 } // namespace ostrelle

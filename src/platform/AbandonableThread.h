@@ -20,7 +20,8 @@ public:
     AbandonableThread &operator=(const AbandonableThread &) = delete;
     ~AbandonableThread();
 
-    void finishUntil(std::chrono::steady_clock::time_point deadline);
+    // False when it is left to itself.
+    bool finishUntil(std::chrono::steady_clock::time_point deadline);
 
 private:
     std::future<void> m_finished;

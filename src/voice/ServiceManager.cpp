@@ -14,6 +14,7 @@
 #include <QTimer>
 #include <QtConcurrentRun>
 
+#include <atomic>
 #include <ctime>
 #include <system_error>
 #include <utility>
@@ -266,10 +267,14 @@ void ServiceManager::forget(const QProcess *process)
 
 void ServiceManager::killFromPidFile()
 {
+    static std::atomic hangs = false; // the disk, which is not waited for a second time
+    if (hangs) {
+        return;
+    }
     const auto deadline = std::chrono::steady_clock::now() + diskPatience;
     const auto kill = [file = pidFile()] { ostrelle::killFromPidFile(file); };
     try {
-        AbandonableThread(kill).finishUntil(deadline);
+        hangs = !AbandonableThread(kill).finishUntil(deadline);
     } catch (const std::system_error &) {
         kill(); // there is no thread to be had
     }

@@ -7,7 +7,7 @@ import time
 
 from groups.disk import hold_calls_on
 from row import require, row
-from world import (MOMENT, NEW_GATEWAY, PREFERENCES, Home, Program, install_agent, is_alive, link_to, must_serve, numbers,
+from world import (MOMENT, NEW_GATEWAY, PREFERENCES, Home, Program, ctl, install_agent, is_alive, link_to, must_serve, numbers,
                    send_link, spawn, wait_for)
 
 PID_FILE = ".ostrelle/voice-agent.pid"
@@ -234,24 +234,37 @@ def agent_on_a_hanging_disk():
     return f"It listened and had taken a link after {took:.1f} s; the agent ran after {started_after:.0f} s; they ended within {ended:.1f} s."
 
 
-@row(seconds=40)
-def hanging_disk_at_the_end():
-    """Every system call on the agent's PID file takes 20 s, and the program is told to end.
-
-    It and the agent are gone within a moment.
-    """
+def ends_over_a_hanging_disk(ask):
     home = home_with_agent("exec sleep 1000")
     program = Program(home).listens()
     require(wait_for(lambda: numbers(home) and home.file(".ostrelle/voice-agent.pid").exists(), 10), "No agent")
     spawn(hold_calls_on(home.file(".ostrelle/voice-agent.pid"), 20, program))
     time.sleep(1)
-    program.process.terminate()
     began = time.monotonic()
+    ask(home, program)
     # Who delays a call keeps its thread until that is over; what the program itself is, is a zombie before.
     require(wait_for(lambda: not is_alive(program.pid), MOMENT), "It did not end in time")
     took = time.monotonic() - began
     require(wait_for(lambda: not is_alive(numbers(home)[0]), 2), "The agent lives on")
-    return f"It ended {took:.1f} s after TERM, and the agent with it."
+    return f"It ended {took:.1f} s afterwards, and the agent with it."
+
+
+@row(seconds=40)
+def hanging_disk_at_the_end():
+    """Every system call on the agent's PID file takes 20 s, and the program gets TERM.
+
+    It and the agent are gone within a moment.
+    """
+    return ends_over_a_hanging_disk(lambda _, program: program.process.terminate())
+
+
+@row(seconds=40)
+def hanging_disk_at_quit():
+    """Every system call on the agent's PID file takes 20 s, and the program is told to quit.
+
+    It and the agent are gone within a moment.
+    """
+    return ends_over_a_hanging_disk(lambda home, _: ctl(home, "quit"))
 
 
 @row(seconds=40)
