@@ -1,7 +1,6 @@
 #include "core/LegacyAgent.h"
 
 #include "platform/ChildProcess.h"
-#include "platform/Files.h"
 
 #include <QFile>
 
@@ -28,10 +27,7 @@ void disableLegacyAgent(const LegacyAgent &agent)
     runShell(u"launchctl unload '"_s + agent.plist + u"' 2>/dev/null || true"_s);
     runShell(u"launchctl remove '"_s + agent.label + u"' 2>/dev/null || true"_s);
 
-    const QString disabled = agent.plist + u".disabled"_s;
-    if (fileExists(agent.plist) && !fileExists(disabled)) {
-        QFile::rename(agent.plist, disabled);
-    }
+    QFile::rename(agent.plist, agent.plist + u".disabled"_s); // never over an older one
 }
 
 } // namespace ostrelle
