@@ -185,8 +185,10 @@ private Q_SLOTS:
             QVERIFY(crowd.emplace_back(fixture.server->port()).send(request));
         }
         QCOMPARE(fixture.get("/health"), healthy);
-        // The first have made way; whoever is there and speaks after all is answered.
-        QVERIFY(crowd.front().readAll().value_or(QByteArray(bytes, 'x')).size() < bytes);
+        // The first have made way, by a reset where nobody has read what they asked for; whoever is
+        // there and speaks after all is answered.
+        const QByteArray whole(request.isEmpty() ? bytes : 0, 'x');
+        QVERIFY(crowd.front().readAll().value_or(whole).size() < bytes);
         if (request.isEmpty()) {
             QVERIFY(crowd.back().send("GET /health HTTP/1.1\r\n\r\n"));
             QCOMPARE(crowd.back().readAll().value_or("broken"), healthy);
