@@ -53,8 +53,11 @@ ServerEngine::ServerEngine(const OstrelleConfig &config, std::shared_ptr<const T
 
 void ServerEngine::start()
 {
-    if (ensureThread() && m_state.requestStart()) {
-        asio::post(m_loop, [this] { runServer(Try::First); });
+    if (!ensureThread()) {
+        return;
+    }
+    if (const auto start = m_state.requestStart()) {
+        asio::post(m_loop, [this, start = *start] { runServer(start, Try::First); });
     }
 }
 
@@ -89,14 +92,15 @@ bool ServerEngine::ensureThread()
     return m_thread.has_value();
 }
 
-void ServerEngine::runServer(Try which)
+// Not for a start that was stopped: what it would open, the stop of another one might close.
+void ServerEngine::runServer(int start, Try which)
 {
-    if (!m_state.startRequested()) {
+    if (!m_state.isUnderWay(start)) {
         return;
     }
     auto listener = listenOn(m_port);
     if (!listener) {
-        const bool waits = m_state.enterIdle(listener.error().portTaken);
+        const bool waits = m_state.enterIdle(start, listener.error().portTaken);
         if (which == Try::First) {
             logLine(listener.error().logLine);
         }
@@ -105,7 +109,7 @@ void ServerEngine::runServer(Try which)
         }
         return;
     }
-    if (!m_state.enterServing(listener->socket.get(), listener->port)) {
+    if (!m_state.enterServing(start, listener->socket.get(), listener->port)) {
         return;
     }
     if (m_acceptor.open(listener->socket)) {
@@ -119,8 +123,11 @@ void ServerEngine::tryAgainLater()
 {
     m_nextTry.expires_after(m_limits.untilNextTry);
     m_nextTry.async_wait([this](const asio::error_code &error) {
-        if (!error && m_state.portTaken() && m_state.requestStart()) {
-            runServer(Try::Again);
+        if (error || !m_state.portTaken()) {
+            return;
+        }
+        if (const auto start = m_state.requestStart()) {
+            runServer(*start, Try::Again);
         }
     });
 }

@@ -40,7 +40,7 @@ private:
     // False, and logged, when the I/O thread cannot be started.
     bool ensureThread();
     enum class Try { First, Again };
-    void runServer(Try which);
+    void runServer(int start, Try which);
     void tryAgainLater();
     ClientService::RunSlowly slowlyOn(Workers &workers);
 

@@ -36,20 +36,26 @@ int ServerState::port() const
     return m_port;
 }
 
-bool ServerState::requestStart()
+std::optional<int> ServerState::requestStart()
 {
     const std::scoped_lock lock(m_mutex);
     if (m_startRequested || m_running) {
-        return false;
+        return std::nullopt;
     }
     m_startRequested = true;
-    return true;
+    return ++m_starts;
 }
 
-bool ServerState::enterServing(int serverSocket, int port)
+bool ServerState::isUnderWay(int start) const
 {
     const std::scoped_lock lock(m_mutex);
-    if (!m_startRequested || m_running) {
+    return isUnderWayLocked(start);
+}
+
+bool ServerState::enterServing(int start, int serverSocket, int port)
+{
+    const std::scoped_lock lock(m_mutex);
+    if (!isUnderWayLocked(start)) {
         return false;
     }
     m_serverSocket = serverSocket;
@@ -61,14 +67,17 @@ bool ServerState::enterServing(int serverSocket, int port)
     return true;
 }
 
-bool ServerState::enterIdle(bool portTaken)
+bool ServerState::enterIdle(int start, bool portTaken)
 {
     const std::scoped_lock lock(m_mutex);
-    const bool waits = std::exchange(m_startRequested, false) && portTaken;
-    if (std::exchange(m_portTaken, waits) != waits) {
+    if (!isUnderWayLocked(start)) {
+        return false;
+    }
+    m_startRequested = false;
+    if (std::exchange(m_portTaken, portTaken) != portTaken) {
         tell();
     }
-    return waits;
+    return portTaken;
 }
 
 int ServerState::stop()
@@ -86,6 +95,11 @@ int ServerState::stop()
         tell();
     }
     return std::exchange(m_serverSocket, -1);
+}
+
+bool ServerState::isUnderWayLocked(int start) const
+{
+    return m_startRequested && m_starts == start;
 }
 
 void ServerState::tell() const

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <mutex>
+#include <optional>
 
 namespace ostrelle
 {
@@ -24,21 +25,25 @@ public:
     // The port that is listened on; 0 while not running.
     int port() const;
 
-    // Idle to starting; false when the server was not idle.
-    bool requestStart();
+    // Idle to starting; the number of this start, or nothing when the server was not idle.
+    std::optional<int> requestStart();
 
-    // Starting to serving; false when it was stopped meanwhile or serves already.
-    bool enterServing(int serverSocket, int port);
+    // False once the start has come to its end, or was stopped: another one may be under way then.
+    bool isUnderWay(int start) const;
 
-    // Starting to idle; true when the port is to be tried again, because it is taken and the server
-    // was not stopped meanwhile.
-    bool enterIdle(bool portTaken);
+    // Starting to serving; false when that start is no longer under way.
+    bool enterServing(int start, int serverSocket, int port);
+
+    // Starting to idle; true when the port is to be tried again, because it is taken and the start
+    // is still under way.
+    bool enterIdle(int start, bool portTaken);
 
     // Any state to idle. Connections are refused at once; the listening socket that is left to
     // close is returned, or -1.
     int stop();
 
 private:
+    bool isUnderWayLocked(int start) const;
     void tell() const;
 
     mutable std::mutex m_mutex;
@@ -46,6 +51,7 @@ private:
     std::function<void()> m_changed;
     int m_serverSocket = -1;
     int m_port = 0;
+    int m_starts = 0;
     bool m_running = false;
     bool m_startRequested = false;
     bool m_portTaken = false;
