@@ -12,6 +12,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <unistd.h>
+
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -106,6 +108,10 @@ private Q_SLOTS:
         gateway.answer("/a", StandInGateway::redirectTo(other.url() + u"/a"_s));
         QCOMPARE(ask(gateway.url() + u"/a"_s)->status, 307);
         QCOMPARE(other.requestCount(), 0); // it would get to see the token
+        if (::geteuid() == 0) {            // who may have that port
+            const StandInGateway usual(QHostAddress::LocalHost, 80);
+            QCOMPARE(ask(u"http://127.0.0.1/"_s)->status, 404);
+        }
     }
 
     void trustsWhomTheSystemTrusts_data()
