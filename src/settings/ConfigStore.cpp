@@ -45,15 +45,36 @@ ConfigFile contentOf(const QString &file)
     return {.problem = {}, .config = understand(*content)};
 }
 
-// Absent without a file that can be understood.
-std::optional<OstrelleConfig> readConfig(const QString &file)
+ConfigFile readConfig(const QString &file)
 {
-    finishWriting(file);
-    auto config = contentOf(file).config;
-    if (config && config->migrate()) {
-        static_cast<void>(writeConfig(file, *config));
+    const bool isFinished = finishWriting(file);
+    auto found = contentOf(file);
+    if (found.config && found.config->migrate()) {
+        static_cast<void>(writeConfig(file, *found.config));
     }
-    return config;
+    if (!found.config && !isFinished) {
+        found.problem = {FileProblem::Kind::Failed, u"An interrupted write waits for room"_s};
+    }
+    return found;
+}
+
+// So that another one can be written. A file that cannot be understood may hold what nothing else
+// does, every saved gateway for one; and so may one that could not be read.
+std::expected<void, FileProblem> makeWay(const QString &file, const ConfigFile &found)
+{
+    using Kind = FileProblem::Kind;
+    if (found.config || (found.problem && found.problem->kind == Kind::Missing)) {
+        return {};
+    }
+    if (found.problem && found.problem->kind != Kind::TooLarge) {
+        return std::unexpected(*found.problem);
+    }
+    const auto name = setAside(file);
+    if (!name) {
+        return std::unexpected(FileProblem{Kind::Failed, u"Cannot be set aside"_s});
+    }
+    logLine(u"[Ostrelle] "_s + file + u" cannot be understood; it is kept as "_s + *name);
+    return {};
 }
 
 } // namespace
@@ -61,7 +82,7 @@ std::optional<OstrelleConfig> readConfig(const QString &file)
 ConfigStore::ConfigStore(QString file)
     : m_file(std::move(file))
 {
-    m_current = readConfig(m_file).value_or(OstrelleConfig::defaults());
+    m_current = readConfig(m_file).config.value_or(OstrelleConfig::defaults());
 }
 
 std::shared_ptr<ConfigStore> ConfigStore::open(const QString &file)
@@ -79,7 +100,8 @@ std::shared_ptr<ConfigStore> ConfigStore::open(const QString &file)
 OstrelleConfig ConfigStore::snapshot()
 {
     const std::scoped_lock lock(m_diskMutex);
-    const auto inFile = readConfig(m_file);
+    const auto found = readConfig(m_file);
+    const auto &inFile = found.config;
     if (m_unwritten.isEmpty()) {
         if (inFile) {
             remember(*inFile);
@@ -90,7 +112,7 @@ OstrelleConfig ConfigStore::snapshot()
     for (const Change &apply : m_unwritten) {
         apply(config);
     }
-    if (write(config)) {
+    if (write(config, makeWay(m_file, found))) {
         m_unwritten.clear();
     }
     remember(config);
@@ -113,7 +135,8 @@ QFuture<ConfigStore::Changed> ConfigStore::change(const Change &apply, Write mod
 ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
 {
     const std::scoped_lock lock(m_diskMutex);
-    const auto inFile = readConfig(m_file);
+    const auto found = readConfig(m_file);
+    const auto &inFile = found.config;
     OstrelleConfig before = inFile.value_or(current());
     for (const Change &unwritten : m_unwritten) {
         unwritten(before);
@@ -127,7 +150,7 @@ ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
         if (m_unwritten.isEmpty() || config != before) {
             rememberUnwritten(apply, config);
         }
-        changed.written = write(config);
+        changed.written = write(config, makeWay(m_file, found));
         if (changed.written) {
             m_unwritten.clear();
         }
@@ -136,9 +159,9 @@ ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)
     return changed;
 }
 
-std::expected<void, FileProblem> ConfigStore::write(const OstrelleConfig &config)
+std::expected<void, FileProblem> ConfigStore::write(const OstrelleConfig &config,
+                                                    std::expected<void, FileProblem> written)
 {
-    auto written = makeWay();
     if (written) {
         written = writeConfig(m_file, config);
     }
@@ -147,28 +170,6 @@ std::expected<void, FileProblem> ConfigStore::write(const OstrelleConfig &config
     }
     m_toldFailure = !written;
     return written;
-}
-
-// A file that cannot be understood may hold what nothing else does, every saved gateway for one.
-std::expected<void, FileProblem> ConfigStore::makeWay() const
-{
-    using Kind = FileProblem::Kind;
-    const auto [problem, config] = contentOf(m_file);
-    if (config || (problem && problem->kind == Kind::Missing)) {
-        return {};
-    }
-    if (problem && problem->kind != Kind::TooLarge) {
-        return std::unexpected(*problem);
-    }
-    if (!finishWriting(m_file)) {
-        return std::unexpected(FileProblem{Kind::Failed, u"An interrupted write waits for room"_s});
-    }
-    const auto name = setAside(m_file);
-    if (!name) {
-        return std::unexpected(FileProblem{Kind::Failed, u"Cannot be set aside"_s});
-    }
-    logLine(u"[Ostrelle] "_s + m_file + u" cannot be understood; it is kept as "_s + *name);
-    return {};
 }
 
 // Where very many wait for a disk, what they have made of the configuration takes their place.
@@ -197,7 +198,7 @@ void ConfigStore::remember(const OstrelleConfig &config)
 
 OstrelleConfig OstrelleConfig::load()
 {
-    return readConfig(configPath()).value_or(defaults());
+    return readConfig(configPath()).config.value_or(defaults());
 }
 
 void OstrelleConfig::save() const

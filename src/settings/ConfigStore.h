@@ -56,8 +56,9 @@ Q_SIGNALS:
 
 private:
     explicit ConfigStore(QString file);
-    std::expected<void, FileProblem> write(const OstrelleConfig &config);
-    std::expected<void, FileProblem> makeWay() const;
+    // Unless something has failed already.
+    std::expected<void, FileProblem> write(const OstrelleConfig &config,
+                                           std::expected<void, FileProblem> written);
     void rememberUnwritten(const Change &apply, const OstrelleConfig &result);
     void remember(const OstrelleConfig &config);
     Changed changeNow(const Change &apply, Write mode);
