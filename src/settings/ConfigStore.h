@@ -56,7 +56,7 @@ Q_SIGNALS:
 
 private:
     explicit ConfigStore(QString file);
-    // Unless something has failed already.
+    // `written` is what had to be done before; when that failed, nothing is written.
     std::expected<void, FileProblem> write(const OstrelleConfig &config,
                                            std::expected<void, FileProblem> written);
     void rememberUnwritten(const Change &apply, const OstrelleConfig &result);

@@ -79,8 +79,8 @@ public:
     Q_INVOKABLE void stopVoice();
 
     // Kills the agent that the PID file names: asks it to end, and kills it one second later, or at
-    // once when the program exits before that. A disk that hangs is waited for 0.2 seconds, and
-    // then the file is left alone until it answers. Needs no instance; any thread.
+    // once when the program exits before that. A disk that hangs is waited for 0.2 seconds, once
+    // in a run, and then the file is left alone until it answers. Needs no instance; any thread.
     static void killFromPidFile();
 
     // Kills at once the agents that still have time left from that; for ways to end the program
