@@ -78,9 +78,9 @@ QList<AgentCompletionItem> readCompletions(const JsonArray &elements)
     return completions;
 }
 
-QString tooMany(const QString &what)
+QString tooManyAgents()
 {
-    return what + u": more than %1"_s.arg(mostRecords);
+    return u"agents: more than %1"_s.arg(mostRecords);
 }
 
 JsonObject objectOrEmpty(const JsonValue &value)
@@ -100,7 +100,7 @@ std::expected<AgentStatusPayload, QString> readAgentStatus(std::string_view text
     if (const JsonObject *root = document->object()) {
         if (const JsonObject *agents = (*root)["agents"].object()) {
             if (agents->members().size() > mostRecords) {
-                return std::unexpected(tooMany(u"agents"_s));
+                return std::unexpected(tooManyAgents());
             }
             payload.agents = readItems(*agents);
         }
@@ -119,7 +119,7 @@ std::expected<JsonObject, QString> readAgentEntries(std::string_view text)
     }
     auto entries = objectOrEmpty(objectOrEmpty(*document)["agents"]);
     if (entries.members().size() > mostRecords) {
-        return std::unexpected(tooMany(u"agents"_s));
+        return std::unexpected(tooManyAgents());
     }
     return entries;
 }
