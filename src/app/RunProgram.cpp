@@ -6,6 +6,7 @@
 #include "core/BackgroundWork.h"
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
+#include "platform/Paths.h"
 #include "platform/ProcessSetup.h"
 #include "platform/SingleInstance.h"
 #include "platform/TerminationSignals.h"
@@ -140,6 +141,7 @@ void prepareProgram()
 int runProgram(const QByteArray &link, MakeFace makeFace)
 {
     QCoreApplication::setApplicationName(u"ostrelle"_s);
+    settleProgramPlace();
     SingleInstance instance;
     switch (instance.claim(link)) {
     case SingleInstance::Role::HandedOver:

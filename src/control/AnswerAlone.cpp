@@ -1,5 +1,6 @@
 #include "control/ControlServer.h"
 #include "platform/Log.h"
+#include "platform/Paths.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -16,6 +17,7 @@ extern "C" void answerAlone(const char *line, void (*take)(void *taker, const ch
     char *arguments[] = {name, nullptr};
     ostrelle::logMessagesOfLibraries();
     QCoreApplication application(count, arguments);
+    ostrelle::settleProgramPlace();
     const ostrelle::Models models{.settings = ostrelle::Settings()};
     const ostrelle::ControlServer server(
         {.models = models, .version = QStringLiteral(OSTRELLE_VERSION), .isRunning = false});

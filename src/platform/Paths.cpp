@@ -46,6 +46,11 @@ QString homeDirectory()
     return QDir::homePath();
 }
 
+void settleProgramPlace()
+{
+    static_cast<void>(QCoreApplication::applicationDirPath()); // the other place comes with it
+}
+
 std::optional<QString> resourceDirectory()
 {
     const QDir program(QCoreApplication::applicationDirPath());

@@ -11,6 +11,11 @@ namespace ostrelle
 // The user's home directory as the platform reports it, without a trailing slash.
 QString homeDirectory();
 
+// Qt 6.4 finds out where the program is when it is first asked, and keeps that without a lock: two
+// threads that ask at the same moment corrupt the heap. Main thread, as soon as there is an
+// application object, before another thread can ask.
+void settleProgramPlace();
+
 // The directory of the files that ship with the program: where they are installed to, as seen from
 // the program, else resources beside it. One with nothing in it counts as none.
 std::optional<QString> resourceDirectory();

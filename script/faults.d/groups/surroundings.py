@@ -127,6 +127,22 @@ def few_processes():
 
 
 @row(seconds=30, quick=True)
+def place_of_the_program():
+    """The start; the system takes 0.3 s to tell where the program is.
+
+    One thread asks: Qt keeps the answer without a lock, and two that keep it at the same moment corrupt the heap.
+    """
+    home = Home()
+    log = home.runtime / "told"
+    program = Program(home, under=["strace", "-f", "-qq", "-o", str(log), "-P", "/proc/self/exe",
+                                   "-e", "inject=readlink:delay_exit=300000"])
+    require(program.wait_for("secrets are kept in"), "It does not ask for the keyring")
+    told = {line.split()[0] for line in log.read_text().splitlines() if '/ostrelle"' in line}
+    require(len(told) == 1, f"These ask: {told}")
+    return "One thread asked."
+
+
+@row(seconds=30, quick=True)
 def no_home_variable():
     """HOME is not set.
 
