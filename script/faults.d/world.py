@@ -171,6 +171,7 @@ class Program:
     """The program, from its start until the row ends it, or its sandbox does."""
 
     def __init__(self, home, *arguments, under=(), output=None, limits=(), cwd=None, umask=-1, **variables):
+        self.home = home
         self.log = home.runtime / f"log-{time.monotonic_ns()}"
         self.began = time.monotonic()
 
@@ -237,6 +238,10 @@ class Program:
 
     def threads(self):
         return len(os.listdir(f"/proc/{self.pid}/task"))
+
+    def allow_threads(self, count):
+        """How many processes and threads its user may have; what runs goes on."""
+        subprocess.run(["prlimit", f"--pid={self.pid}", f"--nproc={count}:"], user=self.home.user, group=self.home.user, check=True)
 
     def children(self):
         return children_of(self.pid)

@@ -61,7 +61,7 @@ OstrelleApp::OstrelleApp(AppDelegate &delegate)
     m_cronSync->start();
     m_agentSync = std::make_unique<AgentSyncService>(m_config);
     m_agentSync->start();
-    inOrder(settingsQueue(), [] { LoginItem().bringUpToDate(); });
+    settingsQueue().run([] { LoginItem().bringUpToDate(); });
     handOverServices();
     // However the program ends: main leaves by the quick way, libraries by the other.
     std::atexit(&killVoiceAgent);

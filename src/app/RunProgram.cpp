@@ -14,6 +14,7 @@
 #include <QCoreApplication>
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <unistd.h>
@@ -134,7 +135,11 @@ void prepareProgram()
     prepareProcess();
     ensureHome();
     acceptAnyBusAtItsAddress();
-    TerminationSignals::watch(patienceForMainThread, &endWithoutMainThread);
+    if (!TerminationSignals::watch(patienceForMainThread, &endWithoutMainThread)) {
+        // The log would need a thread, too.
+        std::fputs("[Ostrelle] Not started: the system has no thread to spare\n", stderr);
+        std::exit(EXIT_FAILURE);
+    }
     logMessagesOfLibraries();
 }
 

@@ -158,7 +158,7 @@ void syncProjects(const ControlContext &context, Question *question)
         return;
     }
     const auto work = [pass] { return runProjectTrackerJob(&NetworkHelpers::runProcess); };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), work), question,
+    whenDone(userInitiatedPool().run(work), question,
              [question](const std::expected<void, TrackerJobProblem> &started) {
                  if (started) {
                      question->answer({});

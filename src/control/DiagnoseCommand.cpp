@@ -11,7 +11,6 @@
 #include <QLocale>
 #include <QSysInfo>
 #include <QUrl>
-#include <QtConcurrentRun>
 
 #include <algorithm>
 
@@ -173,7 +172,7 @@ void diagnose(const ControlContext &context, Question *question)
     const QPointer<Question> asked(question); // the checks may outlast it
     setup->runChecks([asked, look, tell] {
         if (asked) {
-            whenDone(QtConcurrent::run(&userInitiatedPool(), look), asked.get(), tell);
+            whenDone(userInitiatedPool().run(look), asked.get(), tell);
         }
     });
 }

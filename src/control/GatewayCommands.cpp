@@ -7,8 +7,6 @@
 #include "gateway/StoredTokens.h"
 #include "state/StatusWords.h"
 
-#include <QtConcurrentRun>
-
 #include <algorithm>
 
 namespace ostrelle::command
@@ -105,7 +103,7 @@ void tellGateways(const ControlContext &context, Question *question)
                        tokens = context.models.settings.tokens] {
         return readStoredTokens(config, *tokens);
     };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), look), question, tell);
+    whenDone(userInitiatedPool().run(look), question, tell);
     QTimer::singleShot(patienceForTokens, question, [tell] { tell(std::nullopt); });
 }
 

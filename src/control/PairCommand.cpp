@@ -5,8 +5,6 @@
 #include "gateway/PairingLink.h"
 #include "gateway/QrCode.h"
 
-#include <QtConcurrentRun>
-
 namespace ostrelle::command
 {
 
@@ -59,16 +57,15 @@ void pair(const ControlContext &context, Question *question)
         return;
     }
     const auto build = [pass, subject = subjectOf(context)] { return buildPairURL(subject); };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), build), question,
-             [question, asLink](const QString &link) {
-                 if (asLink) {
-                     question->answer({{"link"_L1, link}});
-                 } else if (const auto code = codeForTerminal(link)) {
-                     question->answer({{"rows"_L1, rowsOf(*code)}});
-                 } else {
-                     question->fail(u"the link is too long for a code"_s);
-                 }
-             });
+    whenDone(userInitiatedPool().run(build), question, [question, asLink](const QString &link) {
+        if (asLink) {
+            question->answer({{"link"_L1, link}});
+        } else if (const auto code = codeForTerminal(link)) {
+            question->answer({{"rows"_L1, rowsOf(*code)}});
+        } else {
+            question->fail(u"the link is too long for a code"_s);
+        }
+    });
 }
 
 } // namespace ostrelle::command

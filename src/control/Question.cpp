@@ -4,8 +4,6 @@
 #include "core/WhenDone.h"
 #include "platform/Heap.h"
 
-#include <QtConcurrentRun>
-
 #include <utility>
 
 namespace ostrelle
@@ -37,7 +35,7 @@ void Question::answerFromBackground(std::function<QJsonObject()> make)
         trimHeap(); // of all that the line was made from
         return line;
     };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), std::move(work)), this,
+    whenDone(userInitiatedPool().run(std::move(work)), this,
              [this](const QByteArray &line) { reply(line); });
 }
 

@@ -4,7 +4,6 @@
 #include "core/WhenDone.h"
 
 #include <QTimer>
-#include <QtConcurrentRun>
 
 namespace ostrelle::command
 {
@@ -32,7 +31,7 @@ void tellStatus(const ControlContext &context, Question *question)
                        askTokens = context.isRunning ? AskTokens::Yes : AskTokens::No] {
         return lookAtFiles(settings, askTokens);
     };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), look), question, tell);
+    whenDone(userInitiatedPool().run(look), question, tell);
     QTimer::singleShot(patienceForFacts, question, [tell] { tell({}); });
 }
 

@@ -2,8 +2,6 @@
 
 #include "platform/NeverDestroyed.h"
 
-#include <QDeadlineTimer>
-
 #include <cstdlib>
 
 namespace ostrelle
@@ -12,59 +10,53 @@ namespace ostrelle
 namespace
 {
 
-constexpr int threadsPerPool = 64;
+constexpr std::size_t threadsPerPool = 64;
 
 // A pool that is never destroyed, because its destructor would wait for tasks that hang. When a
 // library ends the program with exit(), running tasks get a moment to finish.
-template<QThread::Priority priority>
-class Pool : public QThreadPool
+class Pool : public WorkPool
 {
 public:
     Pool()
+        : WorkPool(threadsPerPool)
     {
-        setMaxThreadCount(threadsPerPool);
-        setThreadPriority(priority);
         std::atexit([] { finishBackgroundWork(std::chrono::milliseconds(350)); });
     }
 };
 
 } // namespace
 
-QThreadPool &utilityPool()
+WorkPool &utilityPool()
 {
-    static NeverDestroyed<Pool<QThread::LowPriority>> pool;
+    static NeverDestroyed<Pool> pool;
     return pool.object();
 }
 
-QThreadPool &userInitiatedPool()
+WorkPool &userInitiatedPool()
 {
-    static NeverDestroyed<Pool<QThread::NormalPriority>> pool;
+    static NeverDestroyed<Pool> pool;
     return pool.object();
 }
 
 BackgroundHold::BackgroundHold()
 {
-    for (QThreadPool *pool : {&utilityPool(), &userInitiatedPool()}) {
-        pool->setMaxThreadCount(1);
-        pool->start([over = m_over] { over->wait(); });
-    }
+    utilityPool().hold();
+    userInitiatedPool().hold();
 }
 
 BackgroundHold::~BackgroundHold()
 {
-    m_over->count_down();
-    for (QThreadPool *pool : {&utilityPool(), &userInitiatedPool()}) {
-        pool->setMaxThreadCount(threadsPerPool);
-    }
+    utilityPool().release();
+    userInitiatedPool().release();
 }
 
 bool finishBackgroundWork(std::chrono::milliseconds within)
 {
-    const QDeadlineTimer deadline(within);
+    const auto deadline = std::chrono::steady_clock::now() + within;
     bool finished = true;
-    for (QThreadPool *pool : {&utilityPool(), &userInitiatedPool()}) {
+    for (WorkPool *pool : {&utilityPool(), &userInitiatedPool()}) {
         pool->clear();
-        finished = pool->waitForDone(static_cast<int>(deadline.remainingTime())) && finished;
+        finished = pool->waitForDone(deadline - std::chrono::steady_clock::now()) && finished;
     }
     return finished;
 }

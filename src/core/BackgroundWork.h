@@ -1,10 +1,9 @@
 #pragma once
 
-#include <QThreadPool>
+#include "platform/WorkPool.h"
 
 #include <atomic>
 #include <chrono>
-#include <latch>
 #include <memory>
 
 namespace ostrelle
@@ -12,8 +11,8 @@ namespace ostrelle
 
 // Where work that may block runs. Each pool has up to 64 threads, so that a few hung tools do not
 // hold up everything else.
-QThreadPool &utilityPool();       // polls and housekeeping
-QThreadPool &userInitiatedPool(); // what the user waits for
+WorkPool &utilityPool();       // polls and housekeeping
+WorkPool &userInitiatedPool(); // what the user waits for
 
 // While this object lives, both pools accept work but start none of it; what already runs goes on.
 // At most one object at a time. Main thread only.
@@ -24,9 +23,6 @@ public:
     ~BackgroundHold();
     BackgroundHold(const BackgroundHold &) = delete;
     BackgroundHold &operator=(const BackgroundHold &) = delete;
-
-private:
-    const std::shared_ptr<std::latch> m_over = std::make_shared<std::latch>(1);
 };
 
 // Waits for both pools; false when the time was not enough. Tasks that were not started are

@@ -7,7 +7,6 @@
 
 #include <QObject>
 #include <QProperty>
-#include <QtConcurrentRun>
 
 namespace ostrelle
 {
@@ -51,11 +50,10 @@ protected:
         }
         using Result = std::shared_ptr<const std::invoke_result_t<Work>>;
         const auto load = [work, pass] { return freedInBackground(work()); };
-        whenDone(QtConcurrent::run(&userInitiatedPool(), load), this,
-                 [this, publish](const Result &result) {
-                     publish(result);
-                     m_isLoading = false;
-                 });
+        whenDone(userInitiatedPool().run(load), this, [this, publish](const Result &result) {
+            publish(result);
+            m_isLoading = false;
+        });
     }
 
 private:

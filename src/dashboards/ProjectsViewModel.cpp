@@ -223,7 +223,7 @@ void ProjectsViewModel::triggerProjectSync()
         return;
     }
     const auto runJob = [run = m_runProcess, pass] { return runProjectTrackerJob(run); };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), runJob), this, [this](const auto &started) {
+    whenDone(userInitiatedPool().run(runJob), this, [this](const auto &started) {
         if (started) {
             QTimer::singleShot(m_reloadDelay, this, &ProjectsViewModel::load);
         }

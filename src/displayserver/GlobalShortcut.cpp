@@ -14,7 +14,7 @@ namespace
 
 // In a Wayland session the X server reports keys only while one of its own windows has the focus.
 // That is better than nothing where the portal is of no use.
-std::unique_ptr<GlobalShortcut> listenOnWayland(QThreadPool &background)
+std::unique_ptr<GlobalShortcut> listenOnWayland(WorkPool &background)
 {
     auto portal = std::make_unique<PortalShortcut>(background);
     QObject::connect(portal.get(), &PortalShortcut::notHeard, [shortcut = portal.get()] {
@@ -30,7 +30,7 @@ std::unique_ptr<GlobalShortcut> listenOnWayland(QThreadPool &background)
 
 } // namespace
 
-std::unique_ptr<GlobalShortcut> GlobalShortcut::listen(QThreadPool &background)
+std::unique_ptr<GlobalShortcut> GlobalShortcut::listen(WorkPool &background)
 {
     if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
         return listenOnWayland(background);

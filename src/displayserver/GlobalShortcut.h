@@ -4,10 +4,10 @@
 
 #include <memory>
 
-class QThreadPool;
-
 namespace ostrelle
 {
+
+class WorkPool;
 
 // Hears Super+Shift+M whatever window has the focus. Main thread only.
 class GlobalShortcut : public QObject
@@ -18,7 +18,7 @@ public:
     // Listens through the portal in a Wayland session, else through the X server; null where there
     // is neither. When the shortcut cannot be heard, now or once the portal has answered, one log
     // line says why. What may wait for the portal's bus runs in `background`.
-    static std::unique_ptr<GlobalShortcut> listen(QThreadPool &background);
+    static std::unique_ptr<GlobalShortcut> listen(WorkPool &background);
 
 Q_SIGNALS:
     void pressed();

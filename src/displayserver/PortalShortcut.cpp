@@ -1,10 +1,11 @@
 #include "displayserver/PortalShortcut.h"
 
+#include "platform/WorkPool.h"
+
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QTimer>
 #include <QUuid>
-#include <QtConcurrentRun>
 
 #include <utility>
 
@@ -44,14 +45,14 @@ QDBusMessage portalCall(const QString &interface, const QString &method)
 
 } // namespace
 
-PortalShortcut::PortalShortcut(QThreadPool &background, std::chrono::milliseconds patience)
+PortalShortcut::PortalShortcut(WorkPool &background, std::chrono::milliseconds patience)
     : m_patience(patience)
 {
     qDBusRegisterMetaType<Shortcut>();
     qDBusRegisterMetaType<QList<Shortcut>>();
     connect(&m_connecting, &QFutureWatcherBase::finished, this,
             [this] { listenOn(m_connecting.future().takeResult()); });
-    m_connecting.setFuture(QtConcurrent::run(&background, &PortalShortcut::connectToBus));
+    m_connecting.setFuture(background.run(&PortalShortcut::connectToBus));
 }
 
 PortalShortcut::Bus PortalShortcut::connectToBus()

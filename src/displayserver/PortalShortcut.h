@@ -25,7 +25,7 @@ class PortalShortcut : public GlobalShortcut
 public:
     // Does not wait for the portal. When no session was opened after `patience`, that is logged; an
     // answer that comes later counts all the same.
-    explicit PortalShortcut(QThreadPool &background,
+    explicit PortalShortcut(WorkPool &background,
                             std::chrono::milliseconds patience = std::chrono::seconds(25));
 
 Q_SIGNALS:

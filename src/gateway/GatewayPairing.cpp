@@ -2,8 +2,6 @@
 
 #include "core/WhenDone.h"
 
-#include <QtConcurrent>
-
 namespace ostrelle
 {
 
@@ -69,8 +67,8 @@ void GatewayPairing::rebuild()
         return;
     }
     m_isBuilding = true;
-    whenDone(QtConcurrent::run(&userInitiatedPool(), &generateQRCode, subject()), this,
-             [this](const QrCode &code) { finish(code); });
+    whenDone(userInitiatedPool().run([subject = subject()] { return generateQRCode(subject); }),
+             this, [this](const QrCode &code) { finish(code); });
 }
 
 void GatewayPairing::finish(const QrCode &code)

@@ -5,8 +5,6 @@
 #include "gateway/SavedGateways.h"
 #include "platform/Log.h"
 
-#include <QtConcurrent>
-
 #include <algorithm>
 
 namespace ostrelle
@@ -52,7 +50,7 @@ GatewayProfiles::GatewayProfiles(Settings settings, GatewayViewModel *gateway, G
 void GatewayProfiles::reload()
 {
     const auto look = [config = m_settings.config] { config->snapshot(); };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this, [this, before = m_config] {
+    whenDone(userInitiatedPool().run(look), this, [this, before = m_config] {
         m_isRead = true;
         if (m_config == before) { // else they are being read already
             readTokens();
@@ -232,7 +230,7 @@ void GatewayProfiles::readTokens()
     const auto look = [config = m_config, tokens = m_settings.tokens] {
         return readStoredTokens(config, *tokens);
     };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this,
+    whenDone(userInitiatedPool().run(look), this,
              [this](const StoredTokens &tokens) { finishReading(tokens); });
 }
 

@@ -18,10 +18,9 @@ namespace
 {
 
 // The last switch must win, also when the settings are closed meanwhile.
-QThreadPool &trackingQueue()
+WorkPool &trackingQueue()
 {
-    static NeverDestroyed<QThreadPool> queue;
-    queue.object().setMaxThreadCount(1);
+    static NeverDestroyed<WorkPool> queue;
     return queue.object();
 }
 
@@ -85,7 +84,7 @@ void GatewaySettings::showLoginItem(const std::function<void(LoginItem &)> &chan
         change(item);
         return item.isEnabled();
     };
-    whenDone(inOrder(settingsQueue(), work), this,
+    whenDone(settingsQueue().run(work), this,
              [this, changes = m_loginItemChanges, done](bool holds) {
                  if (changes == m_loginItemChanges) { // else another one was asked for meanwhile
                      m_launchAtLogin = holds;
@@ -111,7 +110,7 @@ void GatewaySettings::setProjectTrackingEnabled(bool enabled, const TrackingSwit
     const auto work = [enabled, paths = m_toolPaths] {
         return enabled ? enableTracking() : disableTracking(paths);
     };
-    whenDone(inOrder(trackingQueue(), work), this, [this, done](const QString &problem) {
+    whenDone(trackingQueue().run(work), this, [this, done](const QString &problem) {
         m_trackingProblem = problem;
         done(problem);
     });

@@ -8,8 +8,6 @@
 #include "platform/Log.h"
 #include "platform/PrivateLog.h"
 
-#include <QtConcurrent>
-
 namespace ostrelle
 {
 
@@ -115,7 +113,7 @@ void GatewayViewModel::probeToken()
     const auto look = [pass, tokens = m_settings.tokens, url = gatewayURL()] {
         return tokens->tokenFor(url);
     };
-    whenDone(QtConcurrent::run(&utilityPool(), look), this,
+    whenDone(utilityPool().run(look), this,
              [this, url = gatewayURL(), probe = ++m_tokenProbes](const QString &token) {
                  askWithToken(url, token, probe);
              });
@@ -144,7 +142,7 @@ void GatewayViewModel::probeTailscale()
         return;
     }
     const auto look = [pass, places = m_surroundings.tailscale] { return lookAtTailscale(places); };
-    whenDone(QtConcurrent::run(&utilityPool(), look), this,
+    whenDone(utilityPool().run(look), this,
              [this](const Tailscale &tailscale) { show(tailscale); });
 }
 
@@ -182,7 +180,7 @@ void GatewayViewModel::enableTailscaleServe()
     }
     m_isEnablingTailscale = true;
     m_enableTailscaleError = QString();
-    whenDone(QtConcurrent::run(&userInitiatedPool(), &switchGatewayToTailscaleServe), this,
+    whenDone(userInitiatedPool().run(&switchGatewayToTailscaleServe), this,
              [this](const std::expected<void, QString> &outcome) { finishEnabling(outcome); });
 }
 
@@ -220,7 +218,7 @@ void GatewayViewModel::resetGatewayToken()
         NotificationManager::send(notificationTitle, problem);
         return problem;
     };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), renew), this,
+    whenDone(userInitiatedPool().run(renew), this,
              [this](const QString &problem) { finishReset(problem); });
 }
 

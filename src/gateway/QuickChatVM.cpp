@@ -7,7 +7,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QtConcurrent>
 
 namespace ostrelle
 {
@@ -62,7 +61,7 @@ void QuickChatVM::sendToGateway(const QString &message, const QString &gatewayUR
         return;
     }
     const auto look = [tokens = m_tokens, gatewayURL] { return tokens->tokenFor(gatewayURL); };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this,
+    whenDone(userInitiatedPool().run(look), this,
              [this, url, message](const QString &token) { post(*url, token, message); });
 }
 

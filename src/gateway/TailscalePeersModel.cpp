@@ -2,8 +2,6 @@
 
 #include "core/WhenDone.h"
 
-#include <QtConcurrent>
-
 #include <algorithm>
 
 namespace ostrelle
@@ -59,8 +57,9 @@ void TailscalePeersModel::loadPeers()
         return;
     }
     m_loading = true;
-    whenDone(QtConcurrent::run(&utilityPool(), &NetworkHelpers::getOnlinePeers, m_tailscale), this,
-             [this](const QList<OnlinePeer> &peers) { probe(peers); });
+    whenDone(
+        utilityPool().run([tool = m_tailscale] { return NetworkHelpers::getOnlinePeers(tool); }),
+        this, [this](const QList<OnlinePeer> &peers) { probe(peers); });
 }
 
 void TailscalePeersModel::probe(const QList<OnlinePeer> &peers)

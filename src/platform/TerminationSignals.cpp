@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <sys/eventfd.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -42,18 +43,24 @@ int requested()
 
 } // namespace
 
-void TerminationSignals::watch(std::chrono::milliseconds patience, void (*giveUp)())
+bool TerminationSignals::watch(std::chrono::milliseconds patience, void (*giveUp)())
 {
     const sigset_t signals = terminationSignals();
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
-    std::thread([signals, patience, giveUp] {
+    const auto wait = [signals, patience, giveUp] {
         int signal = 0;
         while (::sigwait(&signals, &signal) != 0) {
         }
         ::eventfd_write(requested(), 1);
         std::this_thread::sleep_for(patience);
         giveUp();
-    }).detach();
+    };
+    try {
+        std::thread(wait).detach();
+    } catch (const std::system_error &) {
+        return false;
+    }
+    return true;
 }
 
 TerminationSignals::TerminationSignals(QObject *parent)

@@ -17,8 +17,8 @@ public:
     // Blocks the signals and waits for them on a thread of its own, where `giveUp` is called when
     // the program is still there `patience` after the first of them: the main thread may hang. Call
     // it before there is any other thread, including those of the application object: only threads
-    // that are made later inherit the block.
-    static void watch(std::chrono::milliseconds patience, void (*giveUp)());
+    // that are made later inherit the block. False when the system has no thread for it.
+    static bool watch(std::chrono::milliseconds patience, void (*giveUp)());
 
     explicit TerminationSignals(QObject *parent = nullptr);
 

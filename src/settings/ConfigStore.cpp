@@ -127,9 +127,8 @@ OstrelleConfig ConfigStore::current() const
 
 QFuture<ConfigStore::Changed> ConfigStore::change(const Change &apply, Write mode)
 {
-    return inOrder(settingsQueue(), [store = shared_from_this(), apply, mode] {
-        return store->changeNow(apply, mode);
-    });
+    return settingsQueue().run(
+        [store = shared_from_this(), apply, mode] { return store->changeNow(apply, mode); });
 }
 
 ConfigStore::Changed ConfigStore::changeNow(const Change &apply, Write mode)

@@ -156,7 +156,7 @@ void Preferences::remove(const TextPreference &preference)
 
 QFuture<bool> Preferences::stored()
 {
-    return inOrder(settingsQueue(), [self = shared_from_this()] { return self->write(); });
+    return settingsQueue().run([self = shared_from_this()] { return self->write(); });
 }
 
 QVariant Preferences::valueOf(const QString &key) const

@@ -10,14 +10,11 @@ namespace ostrelle
 namespace
 {
 
-constexpr int patienceAtTheEnd = 175; // in milliseconds, for each of the two
+constexpr std::chrono::milliseconds patienceAtTheEnd(175); // for each of the two
 
 struct Queues {
     Queues()
     {
-        for (QThreadPool *queue : {&settings, &tokens}) {
-            queue->setMaxThreadCount(1);
-        }
         // main leaves by the quick way, libraries by the other.
         std::at_quick_exit(&finish);
         std::atexit(&finish);
@@ -35,18 +32,18 @@ struct Queues {
         instance().tokens.waitForDone(patienceAtTheEnd);
     }
 
-    QThreadPool settings;
-    QThreadPool tokens;
+    WorkPool settings;
+    WorkPool tokens;
 };
 
 } // namespace
 
-QThreadPool &settingsQueue()
+WorkPool &settingsQueue()
 {
     return Queues::instance().settings;
 }
 
-QThreadPool &tokenQueue()
+WorkPool &tokenQueue()
 {
     return Queues::instance().tokens;
 }

@@ -150,24 +150,21 @@ void Tokens::setMagicDNSName(const QString &name)
 QFuture<Tokens::Saved> Tokens::saveForUser(const QString &gatewayURL, const QString &token)
 {
     const quint64 turn = takeTurn(gatewayURL);
-    const auto unlockIfLocked = [tokens = shared_from_this(), gatewayURL, token,
-                                 turn](const Saved &saved) {
-        if (saved || saved.error() != SecretProblem::Locked) {
-            return QtFuture::makeReadyFuture(saved);
+    const auto first = saveInOrder(gatewayURL, token, turn);
+    return userInitiatedPool().run([tokens = shared_from_this(), gatewayURL, token, turn, first] {
+        Saved saved = first.result();
+        if (!saved && saved.error() == SecretProblem::Locked) {
+            tokens->m_store->unlockForUser();
+            saved = tokens->saveInOrder(gatewayURL, token, turn).result();
         }
-        tokens->m_store->unlockForUser();
-        return tokens->saveInOrder(gatewayURL, token, turn);
-    };
-    return saveInOrder(gatewayURL, token, turn)
-        .then(&userInitiatedPool(), unlockIfLocked)
-        .unwrap()
-        .then(QtFuture::Launch::Inherit, &logged);
+        return logged(saved);
+    });
 }
 
 QFuture<Tokens::Saved> Tokens::saveInOrder(const QString &gatewayURL, const QString &token,
                                            quint64 turn)
 {
-    return inOrder(tokenQueue(), [tokens = shared_from_this(), gatewayURL, token, turn] {
+    return tokenQueue().run([tokens = shared_from_this(), gatewayURL, token, turn] {
         return tokens->hasTurn(gatewayURL, turn) ? tokens->saveForNow(gatewayURL, token) : Saved();
     });
 }
@@ -186,13 +183,13 @@ bool Tokens::hasTurn(const QString &gatewayURL, quint64 turn) const
 
 QFuture<void> Tokens::activate(const QString &gatewayURL)
 {
-    return inOrder(tokenQueue(),
-                   [tokens = shared_from_this(), gatewayURL] { tokens->activateNow(gatewayURL); });
+    return tokenQueue().run(
+        [tokens = shared_from_this(), gatewayURL] { tokens->activateNow(gatewayURL); });
 }
 
 QFuture<bool> Tokens::migrateFromConfig()
 {
-    return inOrder(tokenQueue(), [tokens = shared_from_this()] { return tokens->migrateNow(); });
+    return tokenQueue().run([tokens = shared_from_this()] { return tokens->migrateNow(); });
 }
 
 Tokens::Saved Tokens::save(const QString &token, const QString &key)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <asio/post.hpp>
 #include <sys/resource.h>
+#include <utility>
 
 namespace ostrelle
 {
@@ -51,14 +52,15 @@ ServerEngine::ServerEngine(const OstrelleConfig &config, std::shared_ptr<const T
 {
 }
 
-void ServerEngine::start()
+bool ServerEngine::start()
 {
     if (!ensureThread()) {
-        return;
+        return false;
     }
     if (const auto start = m_state.requestStart()) {
         asio::post(m_loop, [this, start = *start] { runServer(start, Try::First); });
     }
+    return true;
 }
 
 void ServerEngine::stop()
@@ -87,7 +89,9 @@ bool ServerEngine::ensureThread()
             m_thread.emplace([self = shared_from_this()] { runUntilStopped(self->m_loop); });
         }
     } catch (const std::exception &error) {
-        logLine(u"[StatusServer] Failed to start: "_s + QString::fromUtf8(error.what()));
+        if (!std::exchange(m_toldNoThread, true)) {
+            logLine(u"[StatusServer] Failed to start: "_s + QString::fromUtf8(error.what()));
+        }
     }
     return m_thread.has_value();
 }

@@ -27,8 +27,9 @@ public:
 
     ServerState &state() { return m_state; }
 
-    // Starts to listen, on the I/O thread. Main thread only, like the two below.
-    void start();
+    // Starts to listen, on the I/O thread. False when there is no thread for that. Main thread
+    // only, like the two below.
+    bool start();
 
     // Refuses connections from now on; those that are there are served to their end.
     void stop();
@@ -60,6 +61,7 @@ private:
     asio::steady_timer m_nextTry;
     // main thread only
     std::optional<AbandonableThread> m_thread;
+    bool m_toldNoThread = false;
 };
 
 } // namespace ostrelle

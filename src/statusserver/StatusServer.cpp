@@ -30,6 +30,8 @@ StatusServer::StatusServer(const OstrelleConfig &config, std::shared_ptr<const T
     m_engine->state().observe([this] {
         QMetaObject::invokeMethod(this, &StatusServer::tellState, Qt::QueuedConnection);
     });
+    m_nextTry.setInterval(limits.untilNextTry);
+    connect(&m_nextTry, &QTimer::timeout, this, &StatusServer::start);
     disableLegacyStatusServer();
 }
 
@@ -41,11 +43,16 @@ StatusServer::~StatusServer()
 
 void StatusServer::start()
 {
-    m_engine->start();
+    if (m_engine->start()) {
+        m_nextTry.stop();
+    } else {
+        m_nextTry.start();
+    }
 }
 
 void StatusServer::stop()
 {
+    m_nextTry.stop();
     m_engine->stop();
 }
 

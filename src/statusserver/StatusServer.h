@@ -4,6 +4,7 @@
 #include "statusserver/ServerLimits.h"
 
 #include <QObject>
+#include <QTimer>
 
 #include <memory>
 
@@ -33,7 +34,7 @@ public:
     // Listens on the configured port, 0 for one that the kernel chooses. Returns at once; success
     // is told by runningChanged() and one log line, failure by a log line. Does nothing unless the
     // server is idle. A port that another program listens on is tried again every 30 s until
-    // stop().
+    // stop(), and so is a start for which the system had no thread.
     void start();
 
     // Returns at once; from then on connections are refused. Those being served are finished.
@@ -57,6 +58,7 @@ private:
     void tellState();
 
     const std::shared_ptr<ServerEngine> m_engine;
+    QTimer m_nextTry; // runs while there is no thread
     bool m_toldRunning = false;
     bool m_toldPortTaken = false;
 };

@@ -6,7 +6,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QtConcurrentRun>
 
 #include <limits>
 
@@ -21,7 +20,7 @@ void withSessionBus(QObject *owner, Use use)
 {
     // The first use of the process's connection waits for the bus.
     const auto connect = [] { return QDBusConnection::sessionBus(); };
-    whenDone(QtConcurrent::run(&utilityPool(), connect), owner, std::move(use));
+    whenDone(utilityPool().run(connect), owner, std::move(use));
 }
 
 // Calls `go` on the owner's thread as soon as the session bus answers, or there is none. Until then

@@ -105,7 +105,7 @@ void TrayHostWatcher::connectAgain()
     const auto connect = [name = connectionName(++m_connections)] {
         return QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
     };
-    whenDone(QtConcurrent::run(&utilityPool(), connect), this, [this](QDBusConnection bus) {
+    whenDone(utilityPool().run(connect), this, [this](QDBusConnection bus) {
         if (bus.isConnected()) {
             Q_EMIT busCameBack();
             watchBus(bus);

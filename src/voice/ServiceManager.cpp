@@ -12,7 +12,6 @@
 
 #include <QProcess>
 #include <QTimer>
-#include <QtConcurrentRun>
 
 #include <atomic>
 #include <ctime>
@@ -147,7 +146,7 @@ void ServiceManager::lookForAgent()
             m_startProblem = command.error();
         }
     };
-    whenDone(QtConcurrent::run(&userInitiatedPool(), look), this, found);
+    whenDone(userInitiatedPool().run(look), this, found);
 }
 
 void ServiceManager::launch(const ChildCommand &command)
@@ -181,7 +180,7 @@ void ServiceManager::handleStart(const QProcess &process)
 {
     const qint64 pid = process.processId();
     m_voiceRunning = true;
-    inOrder(settingsQueue(), [file = pidFile(), pid] { writePidFile(file, pid); });
+    settingsQueue().run([file = pidFile(), pid] { writePidFile(file, pid); });
     log(u"Voice agent started (PID %1)"_s.arg(pid));
 }
 

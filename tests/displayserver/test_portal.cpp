@@ -1,4 +1,5 @@
 #include "displayserver/PortalShortcut.h"
+#include "platform/WorkPool.h"
 #include "support/PrintedLines.h"
 #include "support/PrivateSession.h"
 #include "support/Rows.h"
@@ -8,7 +9,6 @@
 #include <QDBusVirtualObject>
 #include <QSignalSpy>
 #include <QTest>
-#include <QThreadPool>
 
 using namespace ostrelle;
 using namespace std::chrono_literals;
@@ -168,7 +168,7 @@ private Q_SLOTS:
 private:
     const ScratchHome m_home;
     PrivateSession m_session; // for all: a process knows one bus address
-    QThreadPool m_pool;
+    WorkPool m_pool;
 };
 
 QTEST_GUILESS_MAIN(TestPortal)

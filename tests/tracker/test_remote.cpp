@@ -1,3 +1,4 @@
+#include "core/BackgroundWork.h"
 #include "gateway/StandInGateway.h"
 #include "settings/OstrelleConfig.h"
 #include "support/Rows.h"
@@ -6,7 +7,6 @@
 
 #include <QElapsedTimer>
 #include <QTest>
-#include <QtConcurrentRun>
 
 using namespace ostrelle;
 using namespace Qt::StringLiterals;
@@ -132,7 +132,7 @@ private:
     // Fetches "/status" in the background while the servers here answer.
     static Fetched fetch(const QString &base, const FetchLimits &limits = {})
     {
-        const auto fetched = QtConcurrent::run([base, limits] {
+        const auto fetched = utilityPool().run([base, limits] {
             return RemoteDataSource::fetchWithToken(base, u"/status"_s, u"secret"_s, limits);
         });
         const bool finished = QTest::qWaitFor([&] { return fetched.isFinished(); }, 4000);

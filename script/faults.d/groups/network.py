@@ -419,12 +419,7 @@ def no_thread_for_an_answer():
     subprocess.run(["chown", "-R", str(home.user), str(home.path), str(home.runtime)], check=True)
     program = Program(home).listens()
     program.rest()  # a library that wants a thread for good, and gets none, ends the program
-
-    def allow(threads):
-        command = ["prlimit", f"--pid={program.pid}", f"--nproc={threads}:"]
-        subprocess.run(command, user=home.user, group=home.user, check=True)
-
-    allow(1)
+    program.allow_threads(1)
     hesitates = connect()
     time.sleep(0.3)
     freeze(program.process)  # until the others have sent all
@@ -436,7 +431,7 @@ def no_thread_for_an_answer():
     require(not any(answers), f"Answered {answers}")
     require(wait_for(lambda: program.output().count("Request dropped") == 3), f"It says: {program.output()}")
     must_serve("without a thread")
-    allow(64)
+    program.allow_threads(64)
     require(document("status") == {"agents": {}}, "The document is not served with threads")
     require(b" 200 " in waits.recv(100), "Who has waited for it is not served")
     return f"{program.wait_for('Request dropped')}; it ended in {program.end():.1f} s."

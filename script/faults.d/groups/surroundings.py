@@ -4,13 +4,14 @@ import contextlib
 import os
 import pathlib
 import pwd
+import re
 import resource
 import signal
 import subprocess
 import time
 
 from row import require, row
-from world import (NEW_GATEWAY, PREFERENCES, Home, Program, another_user, install_tool, link_to, must_serve, send_link,
+from world import (MOMENT, NEW_GATEWAY, PREFERENCES, Home, Program, another_user, install_tool, link_to, must_serve, send_link,
                    wait_for)
 
 
@@ -117,13 +118,43 @@ def few_processes():
     It listens, serves, takes a link, and ends in time.
     """
     another_user()
-    uid = 61234  # nobody else's processes count
+    uid = 61236  # nobody else's processes count
     home = Home("/tmp/theirs")
     home.configure()
     subprocess.run(["chown", "-R", str(uid), str(home.path), str(home.runtime)], check=True)
     home.user = uid
     install_tool("duskrell", "exit 1")
     return lives_with(home, (resource.RLIMIT_NPROC, 20))
+
+
+@row(seconds=80)
+def no_threads():
+    """The start finds a limit of three processes and threads: one to run, one for signals, one for the log. A link comes, and six
+    seconds later there may be more.
+
+    One line says so; then the link is saved within two seconds, and it listens within 31. A limit of one is told in a line, too.
+    """
+    another_user()
+    home = Home("/tmp/theirs", user=61235)  # nobody else's processes count, those of other rows neither
+    home.configure()
+    install_tool("duskrell", "exit 1")
+    subprocess.run(["chown", "-R", str(home.user), str(home.path), str(home.runtime)], check=True)
+    refused = Program(home, limits=[(resource.RLIMIT_NPROC, 1)])
+    require(refused.process.wait(MOMENT) == 1 and refused.output().count("\n") == 1, f"With one it ends like this: {refused.tail()}")
+
+    program = Program(home, under=["prlimit", "--nproc=3:64"])
+    require(program.wait_for("no thread to spare"), f"It says: {program.output()}")
+    send_link(home, link_to(NEW_GATEWAY))
+    time.sleep(6)
+    program.must_run("without threads")
+    program.allow_threads(64)
+    began = time.monotonic()
+    require(wait_for(lambda: home.config()["gateway"]["url"] == NEW_GATEWAY, 2), "The link is not saved")
+    saved = time.monotonic() - began
+    program.listens(31)
+    must_serve("once there are threads")
+    return (f"{program.wait_for('to spare')}; the link was saved {saved:.1f} s after, and it listened {time.monotonic() - began:.0f} s "
+            f"after; it ended in {program.end():.1f} s.")
 
 
 @row(seconds=30, quick=True)
