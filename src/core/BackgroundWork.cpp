@@ -12,8 +12,7 @@ namespace
 
 constexpr std::size_t threadsPerPool = 64;
 
-// A pool that is never destroyed, because its destructor would wait for tasks that hang. When a
-// library ends the program with exit(), running tasks get a moment to finish.
+// When a library ends the program with exit(), running tasks get a moment to finish.
 class Pool : public WorkPool
 {
 public:

@@ -25,7 +25,7 @@ public:
     BackgroundHold &operator=(const BackgroundHold &) = delete;
 };
 
-// Waits for both pools; false when the time was not enough. Tasks that were not started are
+// Waits for both pools; false when the time was not enough. What no thread has time for yet is
 // dropped.
 bool finishBackgroundWork(std::chrono::milliseconds within);
 

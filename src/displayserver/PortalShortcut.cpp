@@ -50,8 +50,11 @@ PortalShortcut::PortalShortcut(WorkPool &background, std::chrono::milliseconds p
 {
     qDBusRegisterMetaType<Shortcut>();
     qDBusRegisterMetaType<QList<Shortcut>>();
-    connect(&m_connecting, &QFutureWatcherBase::finished, this,
-            [this] { listenOn(m_connecting.future().takeResult()); });
+    connect(&m_connecting, &QFutureWatcherBase::finished, this, [this] {
+        if (!m_connecting.isCanceled()) {
+            listenOn(m_connecting.future().takeResult());
+        }
+    });
     m_connecting.setFuture(background.run(&PortalShortcut::connectToBus));
 }
 

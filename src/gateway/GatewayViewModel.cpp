@@ -210,7 +210,7 @@ void GatewayViewModel::resetGatewayToken()
             return token.error();
         }
         config->snapshot();
-        const auto saved = tokens->saveForUser(url, *token).result();
+        const auto saved = tokens->saveForUserAndWait(url, *token);
         if (saved) {
             return QString();
         }

@@ -10,7 +10,6 @@
 #include <deque>
 #include <iterator>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -51,6 +50,7 @@ struct WorkPool::State {
             lock.lock();
             ++idle;
             if (isDone()) {
+                toldShortage = false;
                 done.notify_all();
             }
         }
@@ -139,16 +139,25 @@ void WorkPool::clear()
 
 void WorkPool::waitForDone()
 {
-    std::unique_lock lock(m_state->mutex);
-    ensureThreads(m_state); // nobody else may try again any more
-    m_state->done.wait(lock, [this] { return m_state->isDone(); });
+    while (!waitForDone(std::chrono::hours(1))) {
+    }
 }
 
 bool WorkPool::waitForDone(std::chrono::nanoseconds within)
 {
+    // The main thread may be waiting here, so that its timers do not run.
+    constexpr std::chrono::milliseconds shortWait(20);
+    const auto deadline = std::chrono::steady_clock::now() + within;
     std::unique_lock lock(m_state->mutex);
-    ensureThreads(m_state);
-    return m_state->done.wait_for(lock, within, [this] { return m_state->isDone(); });
+    while (!m_state->isDone() && std::chrono::steady_clock::now() < deadline) {
+        while (m_state->needsThread() && startThread(m_state)) {
+        }
+        const auto until = m_state->needsThread()
+                               ? std::min(deadline, std::chrono::steady_clock::now() + shortWait)
+                               : deadline;
+        m_state->done.wait_until(lock, until, [this] { return m_state->isDone(); });
+    }
+    return m_state->isDone();
 }
 
 // With the mutex locked, like the two below.
@@ -166,7 +175,7 @@ bool WorkPool::startThread(const std::shared_ptr<State> &state)
 {
     try {
         std::thread([state] { state->run(std::unique_lock(state->mutex)); }).detach();
-    } catch (const std::system_error &) {
+    } catch (const std::exception &) {
         if (!std::exchange(state->toldShortage, true)) {
             logLine(u"[Ostrelle] The system has no thread to spare; work waits for one"_s);
         }
@@ -174,7 +183,6 @@ bool WorkPool::startThread(const std::shared_ptr<State> &state)
     }
     ++state->threads;
     ++state->idle;
-    state->toldShortage = false;
     return true;
 }
 

@@ -18,7 +18,9 @@ namespace ostrelle
 //
 // Not QThreadPool: when the system has no thread to spare, that one of Qt 6.4 loses the work, and
 // the place of the thread for good. Here the work waits until one of the threads has time, or until
-// a thread can be started, which is tried again every second.
+// a thread can be started, which the main thread's event loop tries again every second.
+//
+// Work must not wait for other work of the same pool: there may be no second thread.
 class WorkPool
 {
 public:
@@ -26,7 +28,7 @@ public:
 
     explicit WorkPool(std::size_t mostThreads = 1);
 
-    // Drops what has not begun. A thread that hangs in its work is left to itself.
+    // Drops what no thread has time for yet. Waits for nothing: what runs goes on.
     ~WorkPool();
     WorkPool(const WorkPool &) = delete;
     WorkPool &operator=(const WorkPool &) = delete;
@@ -34,7 +36,8 @@ public:
     // The work must not throw.
     void start(Work work);
 
-    // The future has what the work returns or throws; it is cancelled when the work was dropped.
+    // The future has what the work returns or throws. When the work was dropped it is cancelled and
+    // must not be asked for a result.
     template<typename Function>
     QFuture<std::invoke_result_t<Function &>> run(Function function)
     {

@@ -151,14 +151,26 @@ QFuture<Tokens::Saved> Tokens::saveForUser(const QString &gatewayURL, const QStr
 {
     const quint64 turn = takeTurn(gatewayURL);
     const auto first = saveInOrder(gatewayURL, token, turn);
-    return userInitiatedPool().run([tokens = shared_from_this(), gatewayURL, token, turn, first] {
-        Saved saved = first.result();
-        if (!saved && saved.error() == SecretProblem::Locked) {
-            tokens->m_store->unlockForUser();
-            saved = tokens->saveInOrder(gatewayURL, token, turn).result();
-        }
-        return logged(saved);
+    return userInitiatedPool().run([tokens = shared_from_this(), first, gatewayURL, token, turn] {
+        return tokens->finishSaving(first, gatewayURL, token, turn);
     });
+}
+
+Tokens::Saved Tokens::saveForUserAndWait(const QString &gatewayURL, const QString &token)
+{
+    const quint64 turn = takeTurn(gatewayURL);
+    return finishSaving(saveInOrder(gatewayURL, token, turn), gatewayURL, token, turn);
+}
+
+Tokens::Saved Tokens::finishSaving(const QFuture<Saved> &first, const QString &gatewayURL,
+                                   const QString &token, quint64 turn)
+{
+    Saved saved = first.result();
+    if (!saved && saved.error() == SecretProblem::Locked) {
+        m_store->unlockForUser();
+        saved = saveInOrder(gatewayURL, token, turn).result();
+    }
+    return logged(saved);
 }
 
 QFuture<Tokens::Saved> Tokens::saveInOrder(const QString &gatewayURL, const QString &token,

@@ -55,6 +55,9 @@ public:
     // has also been logged. Any thread.
     QFuture<Saved> saveForUser(const QString &gatewayURL, const QString &token);
 
+    // The same, and waits for it. Not on the main thread.
+    Saved saveForUserAndWait(const QString &gatewayURL, const QString &token);
+
     // Makes the token that is stored for the gateway, if there is one, the active one, if it is
     // still in use then. Any thread.
     QFuture<void> activate(const QString &gatewayURL);
@@ -70,6 +73,8 @@ private:
     quint64 takeTurn(const QString &gatewayURL);
     bool hasTurn(const QString &gatewayURL, quint64 turn) const;
     QFuture<Saved> saveInOrder(const QString &gatewayURL, const QString &token, quint64 turn);
+    Saved finishSaving(const QFuture<Saved> &first, const QString &gatewayURL, const QString &token,
+                       quint64 turn);
     Saved saveForNow(const QString &gatewayURL, const QString &token);
     void activateNow(const QString &gatewayURL);
     bool migrateNow();

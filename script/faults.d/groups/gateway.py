@@ -11,6 +11,7 @@ from world import (DOCUMENTS, GATEWAY_PORT, MOMENT, SYNC, TOOLS, Gateway, Home, 
                    install_sessions, install_tool, is_alive, must_serve, send_link, sessions, spawn, wait_for)
 
 POLL = 3  # seconds between two questions to the gateway
+LONGEST_QUESTION = 60  # seconds until one without an answer is given up
 PATIENCE_FOR_POLL = 3 * POLL + 2
 
 
@@ -40,13 +41,13 @@ def gateway_row(mode, seconds=15, most_megabytes=10):
     home.play(record=True)
     took = gateway.must_be_asked("after it answers again", PATIENCE_FOR_POLL)
     gateway.must_be_asked("a second time", PATIENCE_FOR_POLL)
-    after = program.calm_descriptors(calm + 3, 25)
+    after = program.calm_descriptors(calm + 3, LONGEST_QUESTION + 5)
     require(after <= calm + 3, f"{after} descriptors afterwards, {calm} before")
     program.end()
     return f"{most - memory:+.1f} MB at most; asked again {took:.1f} s after it answered; {after} descriptors, {calm} before."
 
 
-@row(seconds=90)
+@row(seconds=130)
 def silent_gateway():
     """The gateway takes requests and never answers, for 15 s.
 
@@ -55,7 +56,7 @@ def silent_gateway():
     return gateway_row("silent")
 
 
-@row(seconds=90)
+@row(seconds=130)
 def trickling_gateway():
     """The gateway answers a byte at a time, for 15 s.
 
@@ -73,7 +74,7 @@ def flooding_gateway():
     return gateway_row("flood")
 
 
-@row(seconds=90)
+@row(seconds=130)
 def endless_headers():
     """The gateway's headers never end, for 15 s.
 

@@ -78,7 +78,8 @@ def inherited_descriptors():
     """
     home = Home()
     home.configure()
-    install_tool("duskrell", "ls -l /proc/self/fd > \"$HOME/fds\"; grep SigIgn /proc/self/status > \"$HOME/ignored\"")
+    # Run several times, and the last one is cut short; so each file is there whole.
+    install_tool("duskrell", 'cd "$HOME"; ls -l /proc/self/fd > $$; mv $$ fds; grep SigIgn /proc/self/status > $$; mv $$ ignored')
     program = Program(home, under=["/bin/sh", "-c", 'exec 7</etc/passwd 8</etc 9>>/dev/null; exec "$0" "$@"']).listens()
     require(wait_for(lambda: home.read("ignored")), "The tool was not run")
     program.end()
